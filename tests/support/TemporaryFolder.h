@@ -1,0 +1,51 @@
+#pragma once
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace support
+{
+
+/// A folder of its own for each test, gone with it.
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+        : m_path(boost::filesystem::temp_directory_path() / boost::filesystem::unique_path("utility-%%%%%%%%%%%%"))
+    {
+        boost::filesystem::create_directory(m_path);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder()
+    {
+        boost::system::error_code ignored;
+        boost::filesystem::remove_all(m_path, ignored);
+    }
+
+    boost::filesystem::path operator/(const char* name) const { return m_path / name; }
+
+    /// Makes a file with these bytes and gives its path.
+    boost::filesystem::path File(const char* name, const std::string& bytes) const
+    {
+        std::ofstream(PlainName(m_path / name), std::ios::binary) << bytes;
+        return m_path / name;
+    }
+
+    static std::string BytesOf(const boost::filesystem::path& path)
+    {
+        std::ifstream stream(PlainName(path), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+private:
+    static std::string PlainName(const boost::filesystem::path& path) { return path.string(); }
+
+    boost::filesystem::path m_path;
+};
+
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+// Messages: a numbered string with arguments.
+//
+//     std::wstring text = LoadMessage(8302, 'x'); // "Invalid character (x) found ..."
+//
+// Any thread may call.
+
+#include "utility/platform/Export.h"
+
+#include <cstdarg>
+#include <string>
+
+/// The string with this number as a printf-style format, filled with the arguments. The directives have the Windows
+/// meaning on every system: `%s` and `%c` are wide, `%ld` has 32 bits. An empty text, with no look at the arguments, if
+/// there is no such string. The text ends at its first null character and after 512 characters.
+UTILITY_API std::wstring LoadMessage(int messageId, ...);
+UTILITY_API std::wstring LoadMessageVA(int messageId, std::va_list arguments);

@@ -1,0 +1,33 @@
+#pragma once
+
+// The framework's failures. They are thrown as pointers to objects on the heap, and whoever catches one ends it:
+//
+//     try
+//     {
+//         file.Open(L"part.igs");
+//     }
+//     catch (CException* failure)
+//     {
+//         wchar_t text[256];
+//         failure->GetErrorMessage(text, 256, nullptr);
+//         failure->Delete();
+//     }
+//
+// A failure belongs to whoever holds it; one thread at a time.
+
+#include "utility/framework/Object.h"
+
+class UTILITY_API CException : public CObject
+{
+public:
+    CException();
+    ~CException() override;
+
+    /// Writes the text of the failure to `buffer`, null-terminated and cut to `bufferSize` characters with the null.
+    /// `helpContext` may be null; otherwise it receives the number of a help topic, 0 for none.
+    /// Gives 1 if there was a text and 0 if not, which is all that the base class knows.
+    virtual int GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsigned int* helpContext);
+
+    /// Ends a failure that was made by `new`.
+    void Delete();
+};

@@ -1,0 +1,261 @@
+#include "utility/framework/Format.h"
+
+#include "utility/platform/Text.h"
+#include "utility/platform/Types.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <cwchar>
+#include <string_view>
+
+namespace utility::framework
+{
+
+namespace
+{
+
+enum class Width
+{
+    standard,
+    byte,      // hh
+    narrow,    // h
+    wide,      // l, w
+    sixtyFour, // ll, I64, j, z, t, I
+};
+
+struct Directive
+{
+    std::string flags;
+    int width = 0;
+    int precision = -1;
+    Width size = Width::standard;
+    wchar_t type = L'\0';
+};
+
+/// Walks a format and takes the arguments that its directives ask for.
+class Formatter
+{
+public:
+    Formatter(const wchar_t* format, std::va_list arguments) : m_at(format) { va_copy(m_arguments, arguments); }
+    Formatter(const Formatter&) = delete;
+    Formatter& operator=(const Formatter&) = delete;
+    ~Formatter() { va_end(m_arguments); }
+
+    std::wstring Run()
+    {
+        while (*m_at != L'\0')
+        {
+            const wchar_t* const begin = m_at;
+            if (*m_at++ != L'%')
+                m_result += *begin;
+            else if (!Put(Parse()))
+                m_result.append(begin, m_at);
+        }
+        return std::move(m_result);
+    }
+
+private:
+    Directive Parse()
+    {
+        Directive directive;
+        while (*m_at != L'\0' && std::wcschr(L"-+ #0", *m_at) != nullptr)
+            directive.flags += static_cast<char>(*m_at++);
+        directive.width = Number();
+        if (directive.width < 0)
+        {
+            directive.flags += '-';
+            directive.width = -directive.width;
+        }
+        if (*m_at == L'.')
+        {
+            ++m_at;
+            directive.precision = Number();
+        }
+        directive.size = Size();
+        directive.type = *m_at;
+        if (*m_at != L'\0')
+            ++m_at;
+        return directive;
+    }
+
+    int Number()
+    {
+        constexpr int limit = 100000; // keeps a damaged format from asking for gigabytes
+        if (*m_at == L'*')
+        {
+            ++m_at;
+            const int given = va_arg(m_arguments, int);
+            return given < -limit ? -limit : given > limit ? limit : given;
+        }
+        int number = 0;
+        for (; *m_at >= L'0' && *m_at <= L'9'; ++m_at)
+            number = number < limit ? number * 10 + static_cast<int>(*m_at - L'0') : limit;
+        return number;
+    }
+
+    Width Size()
+    {
+        struct Name
+        {
+            std::wstring_view letters;
+            Width size;
+        };
+        constexpr Name names[] = {
+            {L"hh", Width::byte},      {L"h", Width::narrow},      {L"ll", Width::sixtyFour},
+            {L"l", Width::wide},       {L"w", Width::wide},        {L"I64", Width::sixtyFour},
+            {L"I32", Width::standard}, {L"I", Width::sixtyFour},   {L"j", Width::sixtyFour},
+            {L"z", Width::sixtyFour},  {L"t", Width::sixtyFour},   {L"L", Width::standard},
+        };
+        for (const Name& name : names)
+        {
+            if (std::wcsncmp(m_at, name.letters.data(), name.letters.size()) == 0)
+            {
+                m_at += name.letters.size();
+                return name.size;
+            }
+        }
+        return Width::standard;
+    }
+
+    bool Put(const Directive& directive)
+    {
+        switch (directive.type)
+        {
+        case L'%':
+            m_result += L'%';
+            return true;
+        case L'c':
+        case L'C':
+            PutCharacter(directive);
+            return true;
+        case L's':
+        case L'S':
+            PutText(directive);
+            return true;
+        case L'd':
+        case L'i':
+            PutNumber(directive, "ll", Signed(directive.size));
+            return true;
+        case L'o':
+        case L'u':
+        case L'x':
+        case L'X':
+            PutNumber(directive, "ll", Unsigned(directive.size));
+            return true;
+        case L'e':
+        case L'E':
+        case L'f':
+        case L'F':
+        case L'g':
+        case L'G':
+        case L'a':
+        case L'A':
+            PutNumber(directive, "", va_arg(m_arguments, double));
+            return true;
+        case L'p':
+        {
+            Directive digits = directive;
+            digits.precision = 16;
+            digits.type = L'X';
+            PutNumber(digits, "ll", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*))));
+            return true;
+        }
+        case L'n':
+            static_cast<void>(va_arg(m_arguments, void*));
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    long long Signed(Width size)
+    {
+        if (size == Width::sixtyFour)
+            return va_arg(m_arguments, long long);
+        const int value = va_arg(m_arguments, int);
+        return size == Width::byte ? static_cast<signed char>(value) : size == Width::narrow ? static_cast<short>(value) : value;
+    }
+
+    unsigned long long Unsigned(Width size)
+    {
+        if (size == Width::sixtyFour)
+            return va_arg(m_arguments, unsigned long long);
+        const unsigned int value = va_arg(m_arguments, unsigned int);
+        return size == Width::byte ? static_cast<unsigned char>(value) : size == Width::narrow ? static_cast<unsigned short>(value) : value;
+    }
+
+    template <class Value>
+    void PutNumber(const Directive& directive, const char* length, Value value)
+    {
+        std::string format = "%" + directive.flags + "*.*" + length;
+        format += static_cast<char>(directive.type);
+        char small[128];
+        const int size = std::snprintf(small, sizeof(small), format.c_str(), directive.width, directive.precision, value);
+        if (size < 0)
+            return;
+        std::string text(small, std::min(static_cast<std::size_t>(size), sizeof(small) - 1));
+        if (static_cast<std::size_t>(size) > text.size())
+        {
+            text.resize(static_cast<std::size_t>(size));
+            std::snprintf(text.data(), text.size() + 1, format.c_str(), directive.width, directive.precision, value);
+        }
+        m_result += Widen(text);
+    }
+
+    static bool IsNarrow(const Directive& directive)
+    {
+        const bool capital = directive.type == L'S' || directive.type == L'C';
+        return directive.size == Width::narrow || (capital && directive.size != Width::wide);
+    }
+
+    void PutCharacter(const Directive& directive)
+    {
+        const int value = va_arg(m_arguments, int);
+        if (IsNarrow(directive))
+            Pad(directive, Widen(std::string(1, static_cast<char>(value))));
+        else
+            Pad(directive, std::wstring(1, static_cast<wchar_t>(static_cast<char16_t>(value))));
+    }
+
+    void PutText(const Directive& directive)
+    {
+        const auto limit = directive.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(directive.precision);
+        if (IsNarrow(directive))
+        {
+            const char* const text = va_arg(m_arguments, const char*);
+            Pad(directive, Widen(text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit))).substr(0, limit));
+        }
+        else
+        {
+            const wchar_t* const text = va_arg(m_arguments, const wchar_t*);
+            Pad(directive, text == nullptr ? std::wstring(L"(null)").substr(0, limit) : std::wstring(text, ::wcsnlen(text, limit)));
+        }
+    }
+
+    void Pad(const Directive& directive, const std::wstring& text)
+    {
+        const auto width = static_cast<std::size_t>(directive.width);
+        const std::size_t blanks = width > text.size() ? width - text.size() : 0;
+        const bool left = directive.flags.find('-') != std::string::npos;
+        m_result.append(left ? 0 : blanks, L' ').append(text).append(left ? blanks : 0, L' ');
+    }
+
+    static std::wstring Widen(const std::string& text)
+    {
+        const int length = static_cast<int>(text.size());
+        std::wstring wide(static_cast<std::size_t>(platform::Text().FromCodePage(CP_ACP, text.data(), length, nullptr, 0)), L'\0');
+        platform::Text().FromCodePage(CP_ACP, text.data(), length, wide.data(), static_cast<int>(wide.size()));
+        return wide;
+    }
+
+    const wchar_t* m_at;
+    std::va_list m_arguments;
+    std::wstring m_result;
+};
+
+}
+
+std::wstring FormatWide(const wchar_t* format, std::va_list arguments) { return Formatter(format, arguments).Run(); }
+
+}

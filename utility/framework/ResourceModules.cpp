@@ -1,0 +1,40 @@
+#include "utility/framework/ResourceModules.h"
+
+#include "utility/platform/Modules.h"
+
+#include <utility>
+
+namespace utility::framework
+{
+
+namespace
+{
+
+const DynLinkLibrary* chain = nullptr;
+
+}
+
+ModuleState& CurrentModuleState()
+{
+    static ModuleState state;
+    return state;
+}
+
+DynLinkLibrary::DynLinkLibrary(HINSTANCE module, HINSTANCE resources) noexcept
+    : m_module(module), m_resources(resources), m_next(std::exchange(chain, this))
+{
+}
+
+const DynLinkLibrary* FirstLibrary() { return chain; }
+
+HINSTANCE StringModule(UINT id)
+{
+    for (const DynLinkLibrary* library = chain; library != nullptr; library = library->Next())
+    {
+        if (!platform::Modules().StringOf(library->Resources(), id).empty())
+            return library->Resources();
+    }
+    return nullptr;
+}
+
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+// The chain of modules in which numbered strings are looked for. It is made at start-up, by one thread, and only read
+// afterwards.
+
+#include "utility/framework/Object.h"
+#include "utility/platform/Types.h"
+
+namespace utility::framework
+{
+
+/// What the framework knows of the running program.
+struct ModuleState
+{
+    HINSTANCE currentInstance = nullptr; ///< the module that stands for the program, null until somebody sets it
+};
+
+ModuleState& CurrentModuleState();
+
+/// A link of the chain: a module, and the module that holds its strings. It joins the chain when it is made, ahead of
+/// all earlier ones, and stays in it until the process ends.
+class DynLinkLibrary final : public CObject
+{
+public:
+    DynLinkLibrary(HINSTANCE module, HINSTANCE resources) noexcept;
+
+    HINSTANCE Module() const noexcept { return m_module; }
+    HINSTANCE Resources() const noexcept { return m_resources; }
+    const DynLinkLibrary* Next() const noexcept { return m_next; }
+
+private:
+    HINSTANCE m_module;
+    HINSTANCE m_resources;
+    const DynLinkLibrary* m_next;
+};
+
+/// The link that joined the chain last, null for an empty chain.
+const DynLinkLibrary* FirstLibrary();
+
+/// The first resource module of the chain that holds a string with this number; null if none does.
+HINSTANCE StringModule(UINT id);
+
+}

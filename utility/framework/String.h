@@ -1,0 +1,42 @@
+#pragma once
+
+// The framework's wide string: a value that formats, loads and converts itself.
+//
+//     CStringW text;
+//     text.Format(L"%d entities in %s", count, name);
+//
+// A string belongs to one thread at a time. What cannot be loaded is the empty string.
+
+#include "utility/platform/Export.h"
+#include "utility/platform/Types.h"
+
+#include <string>
+
+class UTILITY_API CStringW
+{
+public:
+    CStringW();
+    CStringW(const wchar_t* text); ///< null is the empty text
+    CStringW(const wchar_t* text, int length);
+
+    const wchar_t* GetString() const;
+    operator const wchar_t*() const;
+    int GetLength() const;
+    bool IsEmpty() const;
+    void Empty();
+    CStringW& operator+=(const CStringW& text);
+
+    /// Replaces the text by a printf-style one; the directives have the Windows meaning on every system.
+    void Format(const wchar_t* format, ...);
+
+    /// Replaces the text by a numbered string, found along the chain of resource modules or in one module. False, and
+    /// the empty text, if there is none.
+    bool LoadString(unsigned int id);
+    bool LoadString(HINSTANCE module, unsigned int id);
+
+    friend bool operator==(const CStringW& left, const CStringW& right) { return left.m_text == right.m_text; }
+    friend bool operator==(const CStringW& left, const wchar_t* right) { return left.m_text == right; }
+
+private:
+    std::wstring m_text;
+};

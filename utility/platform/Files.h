@@ -1,0 +1,71 @@
+#pragma once
+
+#include "utility/platform/Service.h"
+#include "utility/platform/Types.h"
+
+#include <cstdint>
+
+namespace utility::platform
+{
+
+/// Files and mappings. Any thread may call; a handle belongs to one thread at a time.
+/// An operation that fails leaves its reason in LastError().
+///
+/// Who may open a file that is open already: several readers may share it, a reader and a writer or two writers may
+/// not (32, sharing violation). Windows holds everybody to this. On Linux an open file carries an advisory lock, so it
+/// holds among the users of this library, in all processes, on file systems that know locks.
+class FileService
+{
+public:
+    virtual ~FileService() = default;
+
+    /// An existing file, to be read from start to end. Others may read, rename and delete it meanwhile.
+    /// INVALID_HANDLE_VALUE on failure; a directory is refused with 5.
+    virtual HANDLE OpenForReading(const wchar_t* path) = 0;
+
+    /// A file to write, created if absent, its bytes kept. Others may neither read nor write it meanwhile.
+    /// INVALID_HANDLE_VALUE on failure.
+    virtual HANDLE OpenForWriting(const wchar_t* path) = 0;
+
+    /// The length in bytes.
+    virtual bool Length(HANDLE file, std::uint64_t& length) = 0;
+
+    /// A mapping of the whole file, read-only. Null on failure, which an empty file is too.
+    virtual HANDLE MapReadOnly(HANDLE file) = 0;
+
+    /// The bytes of a whole mapping, whose file has this length. They stay readable until UnmapView, also when both
+    /// handles are closed before, and one byte more is readable behind them. Null on failure. (Windows cannot put that
+    /// byte behind a file that fills its last page: such a file is read into memory instead.)
+    virtual void* ViewAll(HANDLE mapping, std::uint64_t length) = 0;
+
+    /// Hands the changed bytes of a view to the system.
+    virtual bool FlushView(const void* view) = 0;
+
+    virtual bool UnmapView(const void* view) = 0;
+
+    /// Moves the file position by `distance` from the start (FILE_BEGIN), the position (FILE_CURRENT) or the end
+    /// (FILE_END) and gives the low half of the new one; INVALID_SET_FILE_POINTER on failure. With `distanceHigh`
+    /// the distance has 64 bits, and the high half of the new position is stored there.
+    virtual DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) = 0;
+
+    /// Cuts or extends the file at the file position.
+    virtual bool TruncateHere(HANDLE file) = 0;
+
+    /// Writes at the file position; `written` says how many bytes went out, which may be fewer than `size`.
+    virtual bool Write(HANDLE file, const void* data, DWORD size, DWORD& written) = 0;
+
+    /// Has the system bring all that was written to the disk.
+    virtual bool FlushToDisk(HANDLE file) = 0;
+
+    /// What the system knows of an open file. Off Windows the creation time is that of the last change of the
+    /// file's record where the file system keeps none.
+    virtual bool Information(HANDLE file, BY_HANDLE_FILE_INFORMATION& information) = 0;
+
+    /// Closes a file or a mapping.
+    virtual bool Close(HANDLE handle) = 0;
+};
+
+ServiceSlot<FileService>& FilesSlot() noexcept;
+inline FileService& Files() noexcept { return FilesSlot().Get(); }
+
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace utility::platform
+{
+
+/// Sets the bits of `mask` in the calling thread's floating-point control word to those of `value`, and gives the new
+/// control word. The bits are those of the Windows runtime on every system; `FloatingControl(0, 0)` reads.
+unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept;
+
+/// Discards the calling thread's pending floating-point status flags.
+void ClearFloatingStatus() noexcept;
+
+/// 10 to the power `exponent` by the system's own pow, computed when called.
+double PowerOfTen(int exponent) noexcept;
+
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "utility/platform/Service.h"
+#include "utility/platform/Types.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace utility::platform
+{
+
+/// Code pages, and the system's words for its errors. Any thread may call.
+///
+/// Code pages have their Windows numbers: 65001 is UTF-8, 0 the system's narrow encoding, which is the ANSI code page
+/// on Windows and UTF-8 on Linux, whatever the locale. What a text cannot be converted to becomes the code page's
+/// substitute character. An unknown code page fails.
+class TextService
+{
+public:
+    virtual ~TextService() = default;
+
+    /// Wide text in a code page: writes at most `capacity` bytes to `out` and gives the number of bytes. With capacity
+    /// 0 nothing is written and the number needed is given. 0 is a failure, or an empty text.
+    virtual int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) = 0;
+
+    /// The reverse of ToCodePage, with the capacity and the result in wide characters.
+    virtual int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) = 0;
+
+    /// The system's message for an error number, null-terminated, in the language with this identifier where the
+    /// system has it. Gives its length, or 0 where there is none or the buffer is too small.
+    virtual DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) = 0;
+
+    /// The locale of the calling thread.
+    virtual LCID ThreadLocale() = 0;
+};
+
+ServiceSlot<TextService>& TextSlot() noexcept;
+inline TextService& Text() noexcept { return TextSlot().Get(); }
+
+}

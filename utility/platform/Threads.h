@@ -1,0 +1,23 @@
+#pragma once
+
+#include "utility/platform/Types.h"
+
+namespace utility::platform
+{
+
+/// A pointer for each thread, null until a thread stores one. Plain functions, because they are on hot paths.
+
+/// A new slot, or TLS_OUT_OF_INDEXES when there is none left.
+DWORD AllocateThreadSlot() noexcept;
+void FreeThreadSlot(DWORD slot) noexcept;
+void* ThreadSlotValue(DWORD slot) noexcept;
+void SetThreadSlotValue(DWORD slot, void* value) noexcept;
+
+/// A lock that a thread may take again while it holds it. A thread that has to wait first tries `spinCount` times
+/// where there is more than one processor.
+void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept;
+void DeleteCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept;
+void EnterCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept;
+void LeaveCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept;
+
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "utility/platform/Error.h"
+
+#include <cerrno>
+
+namespace utility::platform::posix
+{
+
+/// The Windows number for an errno value; 31 (general failure) for one that has none.
+DWORD ErrorOfErrno(int value) noexcept;
+
+/// The errno value whose message says what a Windows error number means; 0 where there is none.
+int ErrnoOfError(DWORD error) noexcept;
+
+/// Leaves the reason of the failed call just made in LastError(). Always false, for use as a result.
+inline bool Fail() noexcept
+{
+    SetLastError(ErrorOfErrno(errno));
+    return false;
+}
+
+}

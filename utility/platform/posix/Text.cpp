@@ -1,0 +1,145 @@
+#include "utility/platform/Text.h"
+
+#include "utility/platform/Error.h"
+#include "utility/platform/posix/Errors.h"
+#include "utility/platform/posix/Utf8.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iconv.h>
+#include <limits>
+
+namespace utility::platform
+{
+
+namespace
+{
+
+/// The name under which iconv knows a Windows code page.
+std::string EncodingName(UINT codePage)
+{
+    return codePage == 54936 ? "GB18030" : "CP" + std::to_string(codePage);
+}
+
+/// One iconv conversion, in which `substitute` stands for what has no counterpart or is malformed.
+class Conversion
+{
+public:
+    Conversion(const std::string& to, const std::string& from) : m_descriptor(::iconv_open(to.c_str(), from.c_str())) {}
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+    ~Conversion()
+    {
+        if (IsOpen())
+            ::iconv_close(m_descriptor);
+    }
+
+    bool IsOpen() const { return m_descriptor != reinterpret_cast<iconv_t>(std::intptr_t{-1}); }
+
+    template <class In, class Out>
+    std::basic_string<Out> Convert(const In* text, std::size_t length, Out substitute) const
+    {
+        std::basic_string<Out> result;
+        char* in = const_cast<char*>(reinterpret_cast<const char*>(text));
+        std::size_t inLeft = length * sizeof(In);
+        while (inLeft != 0)
+        {
+            Out chunk[256];
+            char* out = reinterpret_cast<char*>(chunk);
+            std::size_t outLeft = sizeof(chunk);
+            const bool failed = ::iconv(m_descriptor, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1);
+            const int reason = errno;
+            result.append(chunk, (sizeof(chunk) - outLeft) / sizeof(Out));
+            if (failed && reason != E2BIG)
+            {
+                result += substitute;
+                in += sizeof(In);
+                inLeft -= sizeof(In);
+            }
+        }
+        return result;
+    }
+
+private:
+    iconv_t m_descriptor;
+};
+
+/// Hands a converted text over as both directions of the service do.
+template <class Char>
+int Deliver(const std::basic_string<Char>& text, Char* out, int capacity)
+{
+    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    const int size = static_cast<int>(text.size());
+    if (capacity == 0)
+        return size;
+    std::copy_n(text.data(), std::min(size, capacity), out);
+    if (size > capacity)
+    {
+        SetLastError(ERROR_INSUFFICIENT_BUFFER);
+        return 0;
+    }
+    return size;
+}
+
+int Refuse()
+{
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+}
+
+class PosixText final : public TextService
+{
+public:
+    int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) override
+    {
+        if (length <= 0)
+            return Refuse();
+        const std::wstring_view wide(text, static_cast<std::size_t>(length));
+        if (codePage == CP_ACP || codePage == CP_UTF8)
+            return Deliver(posix::Utf8FromWide(wide), out, capacity);
+        const Conversion conversion(EncodingName(codePage), "WCHAR_T");
+        return conversion.IsOpen() ? Deliver(conversion.Convert(wide.data(), wide.size(), '?'), out, capacity) : Refuse();
+    }
+
+    int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) override
+    {
+        if (length <= 0)
+            return Refuse();
+        const std::string_view narrow(text, static_cast<std::size_t>(length));
+        if (codePage == CP_ACP || codePage == CP_UTF8)
+            return Deliver(posix::WideFromUtf8(narrow), out, capacity);
+        const Conversion conversion("WCHAR_T", EncodingName(codePage));
+        return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity) : Refuse();
+    }
+
+    DWORD SystemMessage(DWORD error, DWORD /*languageId: the messages are in the locale's language*/, wchar_t* buffer, DWORD size) override
+    {
+        const int value = posix::ErrnoOfError(error);
+        char text[256];
+        const std::wstring message = value == 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
+        if (message.empty() || message.size() >= size)
+        {
+            SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);
+            return 0;
+        }
+        buffer[message.copy(buffer, message.size())] = L'\0';
+        return static_cast<DWORD>(message.size());
+    }
+
+    LCID ThreadLocale() override { return 0x0409; }
+};
+
+}
+
+ServiceSlot<TextService>& TextSlot() noexcept
+{
+    static PosixText system;
+    static ServiceSlot<TextService> slot(system);
+    return slot;
+}
+
+}

@@ -1,0 +1,10 @@
+#include "utility/platform/Error.h"
+
+namespace utility::platform
+{
+
+DWORD LastError() noexcept { return ::GetLastError(); }
+
+void SetLastError(DWORD error) noexcept { ::SetLastError(error); }
+
+}

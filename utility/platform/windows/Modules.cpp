@@ -1,0 +1,38 @@
+#include "utility/platform/Modules.h"
+
+namespace utility::platform
+{
+
+namespace
+{
+
+class WindowsModules final : public ModuleService
+{
+public:
+    HINSTANCE ModuleAt(const void* address) override
+    {
+        HINSTANCE module = nullptr;
+        ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                             static_cast<const wchar_t*>(address), &module);
+        return module;
+    }
+
+    std::wstring_view StringOf(HINSTANCE module, UINT id) override
+    {
+        // With no buffer the pointer is set to the text in the module, which no null character ends.
+        const wchar_t* text = nullptr;
+        const int length = ::LoadStringW(module, id, reinterpret_cast<wchar_t*>(&text), 0);
+        return length > 0 ? std::wstring_view(text, static_cast<std::size_t>(length)) : std::wstring_view();
+    }
+};
+
+}
+
+ServiceSlot<ModuleService>& ModulesSlot() noexcept
+{
+    static WindowsModules system;
+    static ServiceSlot<ModuleService> slot(system);
+    return slot;
+}
+
+}

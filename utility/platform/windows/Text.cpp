@@ -1,0 +1,40 @@
+#include "utility/platform/Text.h"
+
+namespace utility::platform
+{
+
+namespace
+{
+
+class WindowsText final : public TextService
+{
+public:
+    int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) override
+    {
+        return ::WideCharToMultiByte(codePage, 0, text, length, out, capacity, nullptr, nullptr);
+    }
+
+    int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) override
+    {
+        return ::MultiByteToWideChar(codePage, 0, text, length, out, capacity);
+    }
+
+    DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) override
+    {
+        return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, languageId, buffer,
+                                size, nullptr);
+    }
+
+    LCID ThreadLocale() override { return ::GetThreadLocale(); }
+};
+
+}
+
+ServiceSlot<TextService>& TextSlot() noexcept
+{
+    static WindowsText system;
+    static ServiceSlot<TextService> slot(system);
+    return slot;
+}
+
+}
