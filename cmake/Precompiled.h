@@ -1,0 +1,19 @@
+// Compiled once for each target. No source relies on it: each includes what it uses, and the Clang build goes without.
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <boost/circular_buffer.hpp>
+#include <boost/filesystem.hpp>
+#include <boost/format.hpp>
+#include <cstdint>
+#include <functional>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>

@@ -1,0 +1,84 @@
+# What the project's own targets have in common. Nothing here reaches those who use the library.
+
+if(PROJECT_IS_TOP_LEVEL AND NOT DEFINED CMAKE_CXX_COMPILER_LAUNCHER)
+  find_program(UTILITY_CCACHE ccache)
+  mark_as_advanced(UTILITY_CCACHE)
+  if(UTILITY_CCACHE)
+    # What it needs to be told before it caches a unit that has a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        ${UTILITY_CCACHE})
+  endif()
+endif()
+
+# Warnings, the rules of arithmetic, and what every unit is compiled with.
+function(utility_options target)
+  target_compile_features(${target} PRIVATE cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
+                                             VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(
+    ${target}
+    PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${UTILITY_WERROR}>:-Werror>
+            # A contracted multiplication and addition rounds once instead of twice: results would depend on the processor.
+            -ffp-contract=off)
+  if(WIN32)
+    target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
+    # The version that Wine's own symbol reader understands.
+    target_compile_options(${target} PRIVATE -gdwarf-4)
+  endif()
+endfunction()
+
+# The heavy headers of the standard library and of Boost, compiled once for the target.
+function(utility_precompile target)
+  target_precompile_headers(${target} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE -fpch-preprocess)
+  endif()
+endfunction()
+
+# Windows looks for a program's libraries beside it. Puts the C++ runtime into the current build folder and, with LIBRARY,
+# the library too, so that the folder can be copied to another machine as it is. Makes the target `name` for it.
+function(utility_stage_runtime name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
+  if(NOT WIN32)
+    add_custom_target(${name})
+    return()
+  endif()
+  utility_runtime_files(runtime)
+  set(staged "")
+  foreach(file IN LISTS runtime)
+    cmake_path(GET file FILENAME filename)
+    add_custom_command(
+      OUTPUT ${filename}
+      COMMAND ${CMAKE_COMMAND} -E copy "${file}" .
+      DEPENDS "${file}"
+      VERBATIM)
+    list(APPEND staged ${filename})
+  endforeach()
+  if(arg_LIBRARY AND UTILITY_SHARED)
+    add_custom_command(
+      OUTPUT Utility.dll
+      COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:Utility> .
+      DEPENDS Utility
+      VERBATIM)
+    list(APPEND staged Utility.dll)
+  endif()
+  add_custom_target(${name} ALL DEPENDS ${staged})
+endfunction()
+
+# The C++ runtime of the Windows build: the library and its host share one, since failures and streams cross between them.
+function(utility_runtime_files variable)
+  set(files "")
+  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+    execute_process(
+      COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+      OUTPUT_VARIABLE file
+      OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(NOT IS_ABSOLUTE "${file}")
+      message(FATAL_ERROR "${CMAKE_CXX_COMPILER} has no ${name}")
+    endif()
+    cmake_path(NORMAL_PATH file)
+    list(APPEND files "${file}")
+  endforeach()
+  set(${variable} "${files}" PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,11 @@
+#!/bin/sh
+# Runs a Windows program under Wine, with no display, in the prefix that scripts/bootstrap makes: wine.sh PROGRAM ARGUMENT...
+WINEPREFIX=$(CDPATH='' cd "$(dirname "$0")/.." && pwd)/build/wine
+export WINEPREFIX WINEDEBUG=-all
+unset DISPLAY WAYLAND_DISPLAY
+
+# A server that stays makes a start cost 0.04 s instead of 2.4 s. With one there already this fails at once.
+if wineserver -p </dev/null >/dev/null 2>&1; then
+    wine wineboot </dev/null >/dev/null 2>&1
+fi
+exec wine "$@"
