@@ -25,7 +25,10 @@ public:
     {
         return Fails("OpenForWriting") ? INVALID_HANDLE_VALUE : m_system.OpenForWriting(path);
     }
-    bool Length(HANDLE file, std::uint64_t& length) override { return !Fails("Length") && m_system.Length(file, length); }
+    bool Length(HANDLE file, std::uint64_t& length) override
+    {
+        return !Fails("Length") && m_system.Length(file, length);
+    }
     HANDLE MapReadOnly(HANDLE file) override { return Fails("MapReadOnly") ? nullptr : m_system.MapReadOnly(file); }
     void* ViewAll(HANDLE mapping, std::uint64_t length) override
     {

@@ -3,6 +3,8 @@
 #include "utility/failures/ResourceString.h"
 #include "utility/framework/Format.h"
 
+#include <algorithm>
+
 std::wstring LoadMessage(int messageId, ...)
 {
     std::va_list arguments;

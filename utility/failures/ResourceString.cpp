@@ -15,7 +15,10 @@ std::wstring resource_string(HINSTANCE hModule, unsigned int id)
     return std::wstring(utility::platform::Modules().StringOf(hModule, id));
 }
 
-std::string from_utf(const std::wstring& text, unsigned int codePage) { return from_utf(text.data(), text.size(), codePage); }
+std::string from_utf(const std::wstring& text, unsigned int codePage)
+{
+    return from_utf(text.data(), text.size(), codePage);
+}
 
 std::string from_utf(const wchar_t* text, std::uint64_t length, unsigned int codePage)
 {

@@ -10,7 +10,11 @@
 using utility::platform::Files;
 
 CMemoryMappedFile::CMemoryMappedFile()
-    : m_hFile(INVALID_HANDLE_VALUE), m_hMapping(INVALID_HANDLE_VALUE), m_pBase(nullptr), m_nSize(0), m_bValid(false),
+    : m_hFile(INVALID_HANDLE_VALUE),
+      m_hMapping(INVALID_HANDLE_VALUE),
+      m_pBase(nullptr),
+      m_nSize(0),
+      m_bValid(false),
       m_bWritable(false)
 {
 }
@@ -21,7 +25,10 @@ CMemoryMappedFile::CMemoryMappedFile(const boost::filesystem::path& path) : CMem
 
 CMemoryMappedFile::CMemoryMappedFile(const wchar_t* path, DWORD size) : CMemoryMappedFile() { Open(path, size); }
 
-CMemoryMappedFile::CMemoryMappedFile(const boost::filesystem::path& path, DWORD size) : CMemoryMappedFile() { Open(path, size); }
+CMemoryMappedFile::CMemoryMappedFile(const boost::filesystem::path& path, DWORD size) : CMemoryMappedFile()
+{
+    Open(path, size);
+}
 
 // Copies deliberately alias the handles: they are neither duplicated nor counted, and assignment closes nothing.
 CMemoryMappedFile::CMemoryMappedFile(const CMemoryMappedFile& other) = default;
@@ -45,7 +52,10 @@ bool CMemoryMappedFile::Open(const wchar_t* path)
     return false;
 }
 
-bool CMemoryMappedFile::Open(const boost::filesystem::path& path) { return Open(utility::platform::WideFromPath(path).c_str()); }
+bool CMemoryMappedFile::Open(const boost::filesystem::path& path)
+{
+    return Open(utility::platform::WideFromPath(path).c_str());
+}
 
 bool CMemoryMappedFile::Open(const wchar_t* path, DWORD size)
 {
@@ -121,7 +131,10 @@ bool CMemoryMappedFile::WriteFile(const void* data, std::uint64_t size) const
 
 DWORD CMemoryMappedFile::GetFilePointer() const { return Files().Seek(m_hFile, 0, nullptr, FILE_CURRENT); }
 
-DWORD CMemoryMappedFile::SetFilePointer(LONG distance, DWORD method) { return Files().Seek(m_hFile, distance, nullptr, method); }
+DWORD CMemoryMappedFile::SetFilePointer(LONG distance, DWORD method)
+{
+    return Files().Seek(m_hFile, distance, nullptr, method);
+}
 
 bool CMemoryMappedFile::CloseFileView()
 {

@@ -41,7 +41,7 @@ public:
     /// Throws a new failure, as a pointer.
     [[noreturn]] static void ThrowOsError(LONG osError, const wchar_t* fileName = nullptr);
 
-    int m_cause;             ///< one of Cause
-    LONG m_lOsError;         ///< the system's error number, -1 for none
+    int m_cause;     ///< one of Cause
+    LONG m_lOsError; ///< the system's error number, -1 for none
     std::wstring m_strFileName;
 };

@@ -102,10 +102,9 @@ private:
             Width size;
         };
         constexpr Name names[] = {
-            {L"hh", Width::byte},      {L"h", Width::narrow},      {L"ll", Width::sixtyFour},
-            {L"l", Width::wide},       {L"w", Width::wide},        {L"I64", Width::sixtyFour},
-            {L"I32", Width::standard}, {L"I", Width::sixtyFour},   {L"j", Width::sixtyFour},
-            {L"z", Width::sixtyFour},  {L"t", Width::sixtyFour},   {L"L", Width::standard},
+            {L"hh", Width::byte},     {L"h", Width::narrow},      {L"ll", Width::sixtyFour}, {L"l", Width::wide},
+            {L"w", Width::wide},      {L"I64", Width::sixtyFour}, {L"I32", Width::standard}, {L"I", Width::sixtyFour},
+            {L"j", Width::sixtyFour}, {L"z", Width::sixtyFour},   {L"t", Width::sixtyFour},  {L"L", Width::standard},
         };
         for (const Name& name : names)
         {
@@ -158,7 +157,8 @@ private:
             Directive digits = directive;
             digits.precision = 16;
             digits.type = L'X';
-            PutNumber(digits, "ll", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*))));
+            PutNumber(digits, "ll",
+                      static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*))));
             return true;
         }
         case L'n':
@@ -174,7 +174,9 @@ private:
         if (size == Width::sixtyFour)
             return va_arg(m_arguments, long long);
         const int value = va_arg(m_arguments, int);
-        return size == Width::byte ? static_cast<signed char>(value) : size == Width::narrow ? static_cast<short>(value) : value;
+        return size == Width::byte     ? static_cast<signed char>(value)
+               : size == Width::narrow ? static_cast<short>(value)
+                                       : value;
     }
 
     unsigned long long Unsigned(Width size)
@@ -182,7 +184,9 @@ private:
         if (size == Width::sixtyFour)
             return va_arg(m_arguments, unsigned long long);
         const unsigned int value = va_arg(m_arguments, unsigned int);
-        return size == Width::byte ? static_cast<unsigned char>(value) : size == Width::narrow ? static_cast<unsigned short>(value) : value;
+        return size == Width::byte     ? static_cast<unsigned char>(value)
+               : size == Width::narrow ? static_cast<unsigned short>(value)
+                                       : value;
     }
 
     template <class Value>
@@ -191,7 +195,8 @@ private:
         std::string format = "%" + directive.flags + "*.*" + length;
         format += static_cast<char>(directive.type);
         char small[128];
-        const int size = std::snprintf(small, sizeof(small), format.c_str(), directive.width, directive.precision, value);
+        const int size =
+            std::snprintf(small, sizeof(small), format.c_str(), directive.width, directive.precision, value);
         if (size < 0)
             return;
         std::string text(small, std::min(static_cast<std::size_t>(size), sizeof(small) - 1));
@@ -224,12 +229,14 @@ private:
         if (IsNarrow(directive))
         {
             const char* const text = va_arg(m_arguments, const char*);
-            Pad(directive, Widen(text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit))).substr(0, limit));
+            Pad(directive,
+                Widen(text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit))).substr(0, limit));
         }
         else
         {
             const wchar_t* const text = va_arg(m_arguments, const wchar_t*);
-            Pad(directive, text == nullptr ? std::wstring(L"(null)").substr(0, limit) : std::wstring(text, ::wcsnlen(text, limit)));
+            Pad(directive, text == nullptr ? std::wstring(L"(null)").substr(0, limit)
+                                           : std::wstring(text, ::wcsnlen(text, limit)));
         }
     }
 
@@ -244,7 +251,8 @@ private:
     static std::wstring Widen(const std::string& text)
     {
         const int length = static_cast<int>(text.size());
-        std::wstring wide(static_cast<std::size_t>(platform::Text().FromCodePage(CP_ACP, text.data(), length, nullptr, 0)), L'\0');
+        std::wstring wide(
+            static_cast<std::size_t>(platform::Text().FromCodePage(CP_ACP, text.data(), length, nullptr, 0)), L'\0');
         platform::Text().FromCodePage(CP_ACP, text.data(), length, wide.data(), static_cast<int>(wide.size()));
         return wide;
     }

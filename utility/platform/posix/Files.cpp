@@ -206,7 +206,8 @@ public:
         }
         std::int64_t offset = distance;
         if (distanceHigh != nullptr)
-            offset = static_cast<std::int64_t>(static_cast<std::uint64_t>(*distanceHigh) << 32 | static_cast<DWORD>(distance));
+            offset = static_cast<std::int64_t>(static_cast<std::uint64_t>(*distanceHigh) << 32 |
+                                               static_cast<DWORD>(distance));
         const off_t position = ::lseek(DescriptorOf(file), offset, origins[method]);
         if (position < 0)
         {
@@ -251,7 +252,8 @@ public:
         const auto length = static_cast<std::uint64_t>(status.st_size);
         const auto index = static_cast<std::uint64_t>(status.st_ino);
         information = {};
-        information.dwFileAttributes = status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH) ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_READONLY;
+        information.dwFileAttributes =
+            status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH) ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_READONLY;
         information.ftCreationTime = CreationTime(DescriptorOf(file), status);
         information.ftLastAccessTime = FileTimeOf(status.st_atim);
         information.ftLastWriteTime = FileTimeOf(status.st_mtim);

@@ -19,8 +19,8 @@ struct MaskBit
 };
 
 constexpr MaskBit maskBits[] = {
-    {_EM_INEXACT, 0x1000},  {_EM_UNDERFLOW, 0x800}, {_EM_OVERFLOW, 0x400},
-    {_EM_ZERODIVIDE, 0x200}, {_EM_INVALID, 0x80},   {_EM_DENORMAL, 0x100},
+    {_EM_INEXACT, 0x1000},   {_EM_UNDERFLOW, 0x800}, {_EM_OVERFLOW, 0x400},
+    {_EM_ZERODIVIDE, 0x200}, {_EM_INVALID, 0x80},    {_EM_DENORMAL, 0x100},
 };
 
 constexpr unsigned int sseMasks = 0x1F80;
@@ -62,10 +62,11 @@ unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept
     ClearX87Status();
     std::uint16_t x87 = 0;
     asm volatile("fnstcw %0" : "=m"(x87));
-    x87 = static_cast<std::uint16_t>((x87 & ~(sseMasks >> x87MaskShift) & ~(_MCW_RC << x87RoundingShift)) | masks >> x87MaskShift |
-                                     rounding << x87RoundingShift);
+    x87 = static_cast<std::uint16_t>((x87 & ~(sseMasks >> x87MaskShift) & ~(_MCW_RC << x87RoundingShift)) |
+                                     masks >> x87MaskShift | rounding << x87RoundingShift);
     asm volatile("fldcw %0" : : "m"(x87));
-    _mm_setcsr((mxcsr & ~sseMasks & ~sseStatus & ~(_MCW_RC << sseRoundingShift)) | masks | rounding << sseRoundingShift);
+    _mm_setcsr((mxcsr & ~sseMasks & ~sseStatus & ~(_MCW_RC << sseRoundingShift)) | masks |
+               rounding << sseRoundingShift);
     return control;
 }
 

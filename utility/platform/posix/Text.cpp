@@ -16,10 +16,7 @@ namespace
 {
 
 /// The name under which iconv knows a Windows code page.
-std::string EncodingName(UINT codePage)
-{
-    return codePage == 54936 ? "GB18030" : "CP" + std::to_string(codePage);
-}
+std::string EncodingName(UINT codePage) { return codePage == 54936 ? "GB18030" : "CP" + std::to_string(codePage); }
 
 /// One iconv conversion, in which `substitute` stands for what has no counterpart or is malformed.
 class Conversion
@@ -102,7 +99,8 @@ public:
         if (codePage == CP_ACP || codePage == CP_UTF8)
             return Deliver(posix::Utf8FromWide(wide), out, capacity);
         const Conversion conversion(EncodingName(codePage), "WCHAR_T");
-        return conversion.IsOpen() ? Deliver(conversion.Convert(wide.data(), wide.size(), '?'), out, capacity) : Refuse();
+        return conversion.IsOpen() ? Deliver(conversion.Convert(wide.data(), wide.size(), '?'), out, capacity)
+                                   : Refuse();
     }
 
     int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) override
@@ -113,14 +111,17 @@ public:
         if (codePage == CP_ACP || codePage == CP_UTF8)
             return Deliver(posix::WideFromUtf8(narrow), out, capacity);
         const Conversion conversion("WCHAR_T", EncodingName(codePage));
-        return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity) : Refuse();
+        return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity)
+                                   : Refuse();
     }
 
-    DWORD SystemMessage(DWORD error, DWORD /*languageId: the messages are in the locale's language*/, wchar_t* buffer, DWORD size) override
+    DWORD SystemMessage(DWORD error, DWORD /*languageId: the messages are in the locale's language*/, wchar_t* buffer,
+                        DWORD size) override
     {
         const int value = posix::ErrnoOfError(error);
         char text[256];
-        const std::wstring message = value == 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
+        const std::wstring message =
+            value == 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
         if (message.empty() || message.size() >= size)
         {
             SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);

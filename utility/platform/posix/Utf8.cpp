@@ -14,7 +14,7 @@ bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 struct Lead
 {
-    int length;             // of the whole sequence, 0 for a byte that begins none
+    int length;              // of the whole sequence, 0 for a byte that begins none
     unsigned char secondLow; // what the second byte may be: this keeps out overlong forms, surrogates and the beyond
     unsigned char secondHigh;
 };

@@ -73,7 +73,8 @@ public:
     bool UnmapView(const void* view) override
     {
         MEMORY_BASIC_INFORMATION region;
-        if (::VirtualQuery(view, &region, sizeof(region)) != 0 && region.Type == MEM_PRIVATE && region.AllocationBase == view)
+        if (::VirtualQuery(view, &region, sizeof(region)) != 0 && region.Type == MEM_PRIVATE &&
+            region.AllocationBase == view)
             return ::VirtualFree(const_cast<void*>(view), 0, MEM_RELEASE);
         return ::UnmapViewOfFile(view);
     }

@@ -17,7 +17,8 @@ PowFunction SystemPow() noexcept
 {
     const HMODULE runtime = ::GetModuleHandleW(L"msvcrt.dll");
     const FARPROC found = runtime == nullptr ? nullptr : ::GetProcAddress(runtime, "pow");
-    return found == nullptr ? static_cast<PowFunction>(std::pow) : reinterpret_cast<PowFunction>(reinterpret_cast<void*>(found));
+    return found == nullptr ? static_cast<PowFunction>(std::pow)
+                            : reinterpret_cast<PowFunction>(reinterpret_cast<void*>(found));
 }
 
 }

@@ -21,8 +21,8 @@ public:
 
     DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) override
     {
-        return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, languageId, buffer,
-                                size, nullptr);
+        return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, languageId,
+                                buffer, size, nullptr);
     }
 
     LCID ThreadLocale() override { return ::GetThreadLocale(); }
