@@ -28,10 +28,10 @@ public:
     /// The library stores a severity and gives it back; only the order of the levels has a meaning.
     enum SEVERITY : std::int32_t
     {
-        SEVERITY_NONE = 0,
-        SEVERITY_INFORMATION = 1,
-        SEVERITY_WARNING = 2,
-        SEVERITY_ERROR = 4,
+        SeverityNone = 0,
+        SeverityInformation = 1,
+        SeverityWarning = 2,
+        SeverityError = 4,
     };
 
     CError(SEVERITY severity, std::wstring message);
