@@ -1,0 +1,77 @@
+#include "utility/records/TextRecordPtr.h"
+
+#include "utility/files/TextInputOutputFile.h"
+#include "utility/records/TextRecordReader.h"
+
+#include "resources/StringIds.h"
+
+static_assert(utility::detail::endOfFileInInteger == utility::resources::EndOfFileInInteger);
+static_assert(utility::detail::endOfFileInReal == utility::resources::EndOfFileInReal);
+static_assert(utility::detail::badCharacterInInteger == utility::resources::BadCharacterInInteger);
+static_assert(utility::detail::badCharacterInReal == utility::resources::BadCharacterInReal);
+
+const char CTextRecordPtr::m_cNULL = '\0';
+
+CTextRecordPtr::CTextRecordPtr(CTextInputOutputFile* file) : m_pFile(file), m_pCurrent(&m_cNULL), m_pLast(&m_cNULL) {}
+
+CTextRecordPtr::~CTextRecordPtr() = default;
+
+void CTextRecordPtr::SkipBlanks()
+{
+    while (*m_pCurrent == ' ')
+        AdvancePtr();
+}
+
+bool CTextRecordPtr::IsExponentChar(char c) const { return c == 'D' || c == 'E' || c == 'd' || c == 'e'; }
+
+void CTextRecordPtr::Add(const char* first, const char* last)
+{
+    CTextRecord::Add(first, last);
+    Reset();
+}
+
+void CTextRecordPtr::Reset()
+{
+    m_itLine = Lines().begin();
+    m_pCurrent = Lines().empty() ? &m_cNULL : m_itLine->First();
+    m_pLast = Lines().empty() ? &m_cNULL : m_itLine->Last();
+}
+
+bool CTextRecordPtr::ReadChar(char& c)
+{
+    SkipBlanks();
+    if (IsEndOfRecord() || IsTerminator(*m_pCurrent))
+        return false;
+    c = *m_pCurrent;
+    AdvancePtr();
+    return true;
+}
+
+bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }
+
+bool CTextRecordPtr::ReadReal(double& value) { return ReadRealAs<CTextRecordPtr>(value); }
+
+void CTextRecordPtr::SkipLine()
+{
+    // Deliberately without a test for the end of the record: a caller knows that a line end follows.
+    while (*m_pCurrent != '\n' && *m_pCurrent != '\r')
+        AdvancePtr();
+    while (*m_pCurrent == '\n' || *m_pCurrent == '\r')
+        AdvancePtr();
+}
+
+void CTextRecordPtr::NextLine()
+{
+    if (IsEndOfRecord())
+        return;
+    ++m_itLine;
+    const bool atEnd = m_itLine == Lines().end();
+    m_pCurrent = atEnd ? &m_cNULL : m_itLine->First();
+    m_pLast = atEnd ? &m_cNULL : m_itLine->Last();
+}
+
+void CTextRecordPtr::IssueAtCursor(int messageId) const
+{
+    // From a signed char, so that characters above 127 are negative.
+    m_pFile->IssueError(m_pCurrent, messageId, static_cast<int>(static_cast<signed char>(*m_pCurrent)));
+}
