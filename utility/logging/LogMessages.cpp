@@ -1,0 +1,94 @@
+#include "utility/logging/LogMessages.h"
+
+#include <map>
+#include <memory>
+#include <utility>
+
+namespace
+{
+
+class Guard
+{
+public:
+    explicit Guard(CCriticalSectionSpinCount& lock) : m_lock(lock) { m_lock.Lock(); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+    ~Guard() { m_lock.Unlock(); }
+
+private:
+    CCriticalSectionSpinCount& m_lock;
+};
+
+constinit std::atomic<LogSeverity> logLevel = LogSeverityInformation;
+constinit std::atomic<bool> debugMessages = false;
+
+}
+
+CLogMessage::CLogMessage(LogSeverity severity, const std::wstring& message)
+    : m_eSeverity(severity), m_strMessage(message)
+{
+}
+
+constinit std::atomic<std::uint64_t> CLogMessages::m_nDefaultLogCapacity = 500;
+
+CLogMessages& CLogMessages::instance(const void* owner)
+{
+    static CCriticalSectionSpinCount lock;
+    static std::map<const void*, std::unique_ptr<CLogMessages>> stores;
+    const Guard guard(lock);
+    auto place = stores.lower_bound(owner);
+    if (place == stores.end() || place->first != owner)
+    {
+        std::unique_ptr<CLogMessages> store(new CLogMessages(m_nDefaultLogCapacity.load(std::memory_order_relaxed)));
+        place = stores.emplace_hint(place, owner, std::move(store));
+    }
+    return *place->second;
+}
+
+void CLogMessages::SetDefaultLogCapacity(std::uint64_t capacity)
+{
+    m_nDefaultLogCapacity.store(capacity, std::memory_order_relaxed);
+}
+
+CLogMessages::CLogMessages(std::uint64_t capacity) : m_ring(Ring::capacity_type(capacity, 0)), m_capacity(capacity) {}
+
+CLogMessages::~CLogMessages() = default;
+
+void CLogMessages::SetLogCapacity(std::uint64_t capacity)
+{
+    const Guard guard(m_lock);
+    m_ring.set_capacity(Ring::capacity_type(capacity, 0));
+    m_capacity.store(capacity, std::memory_order_relaxed);
+}
+
+void CLogMessages::push(LogSeverity severity, const std::wstring& message) { Store(severity, message); }
+
+void CLogMessages::pop(Ring& messages)
+{
+    // The capacity is read outside the lock on purpose, and a change until the swap is undone by it: the caller's
+    // messages may be many and are not to be destroyed under the lock.
+    const std::uint64_t capacity = m_capacity.load(std::memory_order_relaxed);
+    messages.clear();
+    messages.set_capacity(Ring::capacity_type(capacity, 0));
+    const Guard guard(m_lock);
+    m_ring.swap(messages);
+    m_capacity.store(capacity, std::memory_order_relaxed);
+}
+
+void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
+{
+    if (message.empty())
+        return;
+    const Guard guard(m_lock);
+    CLogMessage stored(severity, std::wstring());
+    stored.m_strMessage = message;
+    m_ring.push_back(std::move(stored));
+}
+
+LogSeverity GetLogLevel() { return logLevel.load(std::memory_order_relaxed); }
+
+void SetLogLevel(LogSeverity level) { logLevel.store(level, std::memory_order_relaxed); }
+
+bool LogDebugMessages() { return debugMessages.load(std::memory_order_relaxed); }
+
+void SetLogDebugMessages(bool enable) { debugMessages.store(enable, std::memory_order_relaxed); }

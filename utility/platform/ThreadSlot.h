@@ -1,0 +1,65 @@
+#pragma once
+
+#include "utility/platform/Threads.h"
+
+#include <utility>
+
+namespace utility::platform
+{
+
+/// A pointer for each thread, for a static object: usable before its own initialiser ran and after its slot was given
+/// back. While it has no slot, which is also the case if the system had none left, every thread reads null and storing
+/// does nothing.
+///
+///     constinit ThreadSlot slot;
+///     const ThreadSlot::Lifetime slotLifetime(slot);
+class ThreadSlot
+{
+public:
+    /// Takes a slot at start-up and gives it back at exit.
+    class Lifetime
+    {
+    public:
+        explicit Lifetime(ThreadSlot& slot) noexcept : m_slot(slot) { m_slot.m_index = AllocateThreadSlot(); }
+        Lifetime(const Lifetime&) = delete;
+        Lifetime& operator=(const Lifetime&) = delete;
+        ~Lifetime()
+        {
+            if (m_slot.IsAllocated())
+                FreeThreadSlot(std::exchange(m_slot.m_index, TLS_OUT_OF_INDEXES));
+        }
+
+    private:
+        ThreadSlot& m_slot;
+    };
+
+    /// Puts a slot into the state of one that could not be allocated, for a scope.
+    class Failure
+    {
+    public:
+        explicit Failure(ThreadSlot& slot) noexcept
+            : m_slot(slot), m_index(std::exchange(slot.m_index, TLS_OUT_OF_INDEXES))
+        {
+        }
+        Failure(const Failure&) = delete;
+        Failure& operator=(const Failure&) = delete;
+        ~Failure() { m_slot.m_index = m_index; }
+
+    private:
+        ThreadSlot& m_slot;
+        DWORD m_index;
+    };
+
+    bool IsAllocated() const noexcept { return m_index != TLS_OUT_OF_INDEXES; }
+    void* Value() const noexcept { return IsAllocated() ? ThreadSlotValue(m_index) : nullptr; }
+    void SetValue(void* value) const noexcept
+    {
+        if (IsAllocated())
+            SetThreadSlotValue(m_index, value);
+    }
+
+private:
+    DWORD m_index = TLS_OUT_OF_INDEXES;
+};
+
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+// Two small locks: the library's ordinary mutex, and a record of who holds an object.
+//
+//     CCriticalSectionSpinCount section;
+//     section.Lock();
+//     Change(shared);
+//     section.Unlock();
+//
+// Any thread may use a CCriticalSectionSpinCount. A CLock guards nothing by itself and belongs to one thread at a time.
+// Nothing here throws.
+
+#include "utility/platform/Export.h"
+#include "utility/platform/Types.h"
+
+#include <cstdint>
+
+/// A count of locks with a note of whether the last one taken was for writing. It blocks nobody and refuses nothing.
+/// A new lock counts as held for writing until InitialUnlock: deliberately so, for an object under construction.
+class UTILITY_API CLock
+{
+public:
+    CLock();
+    CLock(const CLock& other);
+    CLock& operator=(const CLock& other);
+    ~CLock();
+
+    /// To be called once, when the object that the lock stands for is complete: nobody holds it from then on.
+    void InitialUnlock();
+
+    /// One more reader. False as long as the new count is not above 0, which it is not for a new lock.
+    bool ReadLock();
+
+    /// One more lock, for writing whoever else holds one. Always true.
+    bool WriteLock();
+
+    /// One lock less, and deliberately no write lock any more, also where readers are left. The count may fall below 0.
+    void Unlock();
+
+    bool IsLocked() const;
+    bool IsWriteLocked() const;
+    int LockCount() const;
+
+private:
+    std::int32_t m_nCount;
+    bool m_bWriteLocked;
+};
+
+/// A mutual exclusion lock that a thread may take again while it holds it: it is free after as many calls of Unlock.
+class UTILITY_API CCriticalSectionSpinCount
+{
+public:
+    /// A thread that has to wait first tries `spinCount` times, where there is more than one processor.
+    explicit CCriticalSectionSpinCount(DWORD spinCount = 4000);
+    CCriticalSectionSpinCount(const CCriticalSectionSpinCount&) = delete;
+    CCriticalSectionSpinCount& operator=(const CCriticalSectionSpinCount&) = delete;
+    /// No thread may hold it.
+    ~CCriticalSectionSpinCount();
+
+    void Lock();
+    /// Only for the thread that holds it.
+    void Unlock();
+
+    /// For calls of the system; it belongs to this object.
+    operator _RTL_CRITICAL_SECTION*();
+
+private:
+    _RTL_CRITICAL_SECTION m_section;
+};
