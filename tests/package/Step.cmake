@@ -8,7 +8,7 @@
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.
 set(configure
     ${CMAKE_COMMAND} -G Ninja "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER}"
-    "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DUTILITY_SHARED=${SHARED}" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -Wno-dev
+    "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DUTILITY_SHARED=${SHARED}" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -Wno-dev --no-warn-unused-cli
     --log-level=WARNING)
 
 function(run)
