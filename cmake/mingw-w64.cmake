@@ -8,7 +8,7 @@ set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
 cmake_path(SET utility_build_folder NORMALIZE "${CMAKE_CURRENT_LIST_DIR}/../build")
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 "${utility_build_folder}/deps/mingw")
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 "${utility_build_folder}/deps/mingw")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -1,0 +1,38 @@
+# Installs the library, its public headers, and the package for find_package and pkg-config. Included where the library is
+# made.
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+install(
+  TARGETS Utility
+  EXPORT UtilityTargets
+  FILE_SET HEADERS)
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Utility")
+install(EXPORT UtilityTargets NAMESPACE Utility:: DESTINATION "${package_folder}")
+write_basic_package_version_file(UtilityConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" "${PROJECT_SOURCE_DIR}/cmake/UtilityConfig.cmake"
+        DESTINATION "${package_folder}")
+
+set(pc_definitions "")
+set(pc_libraries "-lboost_filesystem")
+if(NOT UTILITY_SHARED)
+  set(pc_definitions "-DUTILITY_STATIC")
+  string(APPEND pc_libraries " -pthread")
+endif()
+
+if(WIN32 AND UTILITY_SHARED)
+  utility_runtime_files(runtime)
+  install(FILES ${runtime} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+elseif(WIN32)
+  # A linker takes from an archive what is referred to by name, which resources are not: they go in as an object.
+  set(resources "${CMAKE_INSTALL_LIBDIR}/Utility.res.obj")
+  target_link_libraries(Utility INTERFACE $<BUILD_INTERFACE:$<TARGET_OBJECTS:UtilityResources>>
+                                          $<INSTALL_INTERFACE:$<INSTALL_PREFIX>/${resources}>)
+  install(FILES $<TARGET_OBJECTS:UtilityResources> DESTINATION "${CMAKE_INSTALL_LIBDIR}" RENAME Utility.res.obj)
+  string(PREPEND pc_libraries "\${prefix}/${resources} ")
+endif()
+
+file(RELATIVE_PATH pc_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/utility.pc.in" utility.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/utility.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

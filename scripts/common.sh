@@ -1,0 +1,99 @@
+# What the scripts share; read by them, not run. Sets `root`, the repository's folder.
+# shellcheck shell=bash
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+logs=$root/build/logs
+mkdir -p "$logs"
+
+# quietly NAME COMMAND...: what the command prints goes to build/logs/NAME.log, and is shown only if it fails.
+quietly() {
+    local log=$logs/$1.log
+    shift
+    if ! "$@" </dev/null >"$log" 2>&1; then
+        printf 'failed: %s\n' "$*" >&2
+        tail -n 60 "$log" >&2
+        printf 'all of it: %s\n' "$log" >&2
+        return 1
+    fi
+}
+
+# build PRESET [CACHE-ENTRY...]: configures and builds. The environment's UTILITY_WERROR and UTILITY_TEST_DATA are taken over.
+build() {
+    local preset=$1
+    shift
+    [ -z "${UTILITY_WERROR:-}" ] || set -- "$@" -D "UTILITY_WERROR=$UTILITY_WERROR"
+    [ -z "${UTILITY_TEST_DATA:-}" ] || set -- "$@" -D "UTILITY_TEST_DATA=$UTILITY_TEST_DATA"
+    quietly "$preset-configure" cmake -S "$root" --preset "$preset" "$@" &&
+        (cd "$root" && quietly "$preset-build" cmake --build --preset "$preset")
+}
+
+passed=0
+failed=0
+skipped=0
+
+# result WHAT STATE: one thing that was tried, in a line.
+result() { printf '%-12s %s\n' "$1" "$2"; }
+
+# build_or_count PRESET: a build that fails counts as one failed test.
+build_or_count() {
+    local start=$SECONDS
+    if build "$@"; then
+        result "$1" "built in $((SECONDS - start)) s"
+    else
+        result "$1" "DOES NOT BUILD"
+        failed=$((failed + 1))
+        return 1
+    fi
+}
+
+# run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the state
+# (passed, failed or skipped) and the name of each.
+run_tests() {
+    local preset=$1 start=$SECONDS junit=$logs/$1-tests.xml table=$logs/$1-tests.tsv log=$logs/$1-tests.log status=0 good bad out
+    rm -f "$junit"
+    (cd "$root" && ctest --preset "$preset" --output-junit "$junit") </dev/null >"$log" 2>&1 || status=$?
+    [ -e "$junit" ] || : >"$junit"
+    # A test that should have run and did not, because what it needs failed, has failed.
+    awk '
+        function flush() { if (name != "") print state "\t" name; name = "" }
+        /<testcase / {
+            flush()
+            name = $0
+            sub(/.*<testcase name="/, "", name)
+            sub(/" classname=.*/, "", name)
+            gsub(/&lt;/, "<", name)
+            gsub(/&gt;/, ">", name)
+            gsub(/&quot;/, "\"", name)
+            gsub(/&apos;/, "\047", name)
+            gsub(/&amp;/, "\\&", name)
+            state = $0 ~ /status="run"/ ? "passed" : "failed"
+        }
+        /<skipped message="SKIP_/ { state = "skipped" }
+        END { flush() }' "$junit" >"$table"
+    good=$(grep -c '^passed' "$table" || true)
+    bad=$(grep -c '^failed' "$table" || true)
+    out=$(grep -c '^skipped' "$table" || true)
+    if [ "$status" != 0 ] && [ "$bad" = 0 ]; then
+        bad=1
+    fi
+    if [ "$bad" != 0 ]; then
+        grep -vE '^ +Start +[0-9]+:|   Passed +[0-9.]+ sec$' "$log" | tail -n 300 || true
+    fi
+    passed=$((passed + good))
+    failed=$((failed + bad))
+    skipped=$((skipped + out))
+    result "$preset" "$good passed, $bad failed, $out skipped in $((SECONDS - start)) s"
+}
+
+# finish: the totals, and an exit status that says whether all is well. A run without a test is not.
+finish() {
+    if [ "$passed" = 0 ] && [ "$failed" = 0 ]; then
+        echo "no test ran"
+        failed=1
+    fi
+    if [ "$skipped" = 0 ]; then
+        printf '%d passed, %d failed\n' "$passed" "$failed"
+    else
+        printf '%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
+    fi
+    [ "$failed" = 0 ]
+}

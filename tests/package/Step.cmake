@@ -1,0 +1,58 @@
+# One step of the package tests, each a process of its own: cmake -D STEP=… -D … -P Step.cmake
+#   install   builds the library if BUILD is not given, and installs it to PREFIX
+#   headers   compares what is installed in PREFIX with what utility/Utility.h reaches
+#   use       configures, builds and runs the user's project the WAY it says
+# Common: SOURCE (of the library), SHARED, WORK (a folder for this step), and what the library was configured with.
+
+# The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
+# debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.
+set(configure
+    ${CMAKE_COMMAND} -G Ninja "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER}"
+    "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DUTILITY_SHARED=${SHARED}" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -Wno-dev --no-warn-unused-cli
+    --log-level=WARNING)
+
+function(run)
+  execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+if(STEP STREQUAL "install")
+  file(REMOVE_RECURSE "${PREFIX}")
+  if(NOT BUILD)
+    set(BUILD "${WORK}")
+    run(${configure} -S "${SOURCE}" -B "${BUILD}" -DUTILITY_BUILD_TESTS=OFF -DUTILITY_BUILD_EXAMPLES=OFF)
+    run(${CMAKE_COMMAND} --build "${BUILD}" -- --quiet)
+  endif()
+  run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${PREFIX}")
+
+elseif(STEP STREQUAL "headers")
+  execute_process(
+    COMMAND ${CXX_COMPILER} -std=c++20 -MM -I "${SOURCE}" -isystem "${BOOST_INCLUDE}" "${SOURCE}/utility/Utility.h"
+    OUTPUT_VARIABLE rule COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "[^ \\\n]+\\.(h|inc)" reached "${rule}")
+  list(TRANSFORM reached REPLACE "^${SOURCE}/" "")
+  list(REMOVE_DUPLICATES reached)
+  list(SORT reached)
+  file(GLOB_RECURSE installed RELATIVE "${PREFIX}/include" "${PREFIX}/include/*")
+  list(SORT installed)
+  if(NOT installed STREQUAL reached)
+    list(JOIN reached "\n  " reached)
+    list(JOIN installed "\n  " installed)
+    message(FATAL_ERROR "utility/Utility.h reaches\n  ${reached}\nbut installed is\n  ${installed}")
+  endif()
+
+elseif(STEP STREQUAL "use")
+  file(REMOVE_RECURSE "${WORK}")
+  run(${configure} -S "${CMAKE_CURRENT_LIST_DIR}/user" -B "${WORK}" "-DWAY=${WAY}" "-DUTILITY_SOURCE=${SOURCE}"
+      "-DCMAKE_PREFIX_PATH=${PREFIX}" "-DCMAKE_FIND_ROOT_PATH=${PREFIX}")
+  run(${CMAKE_COMMAND} --build "${WORK}" -- --quiet)
+  if(EXISTS "${WORK}/user.exe")
+    # The library's folder and that of the C++ runtime.
+    set(ENV{WINEPATH} "Z:${PREFIX}/bin;Z:${RUNTIME}")
+    run(${EMULATOR} "${WORK}/user.exe")
+  else()
+    run("${WORK}/user")
+  endif()
+
+else()
+  message(FATAL_ERROR "STEP is \"${STEP}\"")
+endif()

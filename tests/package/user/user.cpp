@@ -1,0 +1,35 @@
+// What a user relies on first: the library links, its strings came along, and its failures can be caught.
+#include <utility/Utility.h>
+
+#include <cstdio>
+
+int main(int, char** arguments)
+{
+    InitialiseUtilityDLL();
+    if (resource_string(8301).empty())
+    {
+        std::puts("the library's strings are missing");
+        return 1;
+    }
+
+    CMemoryMappedFile file;
+    if (!file.Open(boost::filesystem::path(arguments[0])) || file.GetFileSize() == 0)
+    {
+        std::puts("the program's own file was not mapped");
+        return 2;
+    }
+
+    try
+    {
+        CMemoryMappedFile missing;
+        missing.Open(L"no such folder/no such file");
+        std::puts("a missing file was opened");
+        return 3;
+    }
+    catch (CFileException* failure)
+    {
+        const int cause = failure->m_cause;
+        failure->Delete();
+        return cause == CFileException::badPath || cause == CFileException::fileNotFound ? 0 : 4;
+    }
+}
