@@ -5,10 +5,10 @@
 
 #include "resources/StringIds.h"
 
-static_assert(utility::detail::endOfFileInInteger == utility::resources::EndOfFileInInteger);
-static_assert(utility::detail::endOfFileInReal == utility::resources::EndOfFileInReal);
-static_assert(utility::detail::badCharacterInInteger == utility::resources::BadCharacterInInteger);
-static_assert(utility::detail::badCharacterInReal == utility::resources::BadCharacterInReal);
+static_assert(int{utility::detail::endOfFileInInteger} == int{utility::resources::EndOfFileInInteger});
+static_assert(int{utility::detail::endOfFileInReal} == int{utility::resources::EndOfFileInReal});
+static_assert(int{utility::detail::badCharacterInInteger} == int{utility::resources::BadCharacterInInteger});
+static_assert(int{utility::detail::badCharacterInReal} == int{utility::resources::BadCharacterInReal});
 
 const char CTextRecordPtr::m_cNULL = '\0';
 
