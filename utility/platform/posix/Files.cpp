@@ -70,7 +70,7 @@ HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
     const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0)
     {
-        posix::Fail();
+        posix::FailOn(name);
         return INVALID_HANDLE_VALUE;
     }
     const auto refuse = [descriptor](DWORD error)
@@ -179,11 +179,8 @@ public:
         return base;
     }
 
-    bool FlushView(const void* view) override
-    {
-        // Views are read-only here: there is nothing of theirs to write.
-        return view != nullptr;
-    }
+    /// Views are read-only here: there is nothing of theirs to write.
+    bool FlushView(const void* /*view*/) override { return true; }
 
     bool UnmapView(const void* view) override
     {
