@@ -30,7 +30,7 @@ std::string TextThrownBy(Throw action)
 }
 
 template <class... Types>
-constexpr bool AreUnrelated = ((!std::is_base_of_v<std::exception, Types> && !std::is_base_of_v<CObject, Types>) && ...);
+constexpr bool AreUnrelated = ((!std::is_base_of_v<std::exception, Types> && !std::is_base_of_v<CObject, Types>)&&...);
 
 }
 
@@ -298,7 +298,8 @@ TEST(AlgorithmFailureTest, MessageIsEmptyUnlessGiven)
 
 TEST(AlgorithmFailureTest, MessageIsDeliberatelyACopy)
 {
-    static_assert(std::is_same_v<decltype(&AlgorithmFailure::Message), const std::string (AlgorithmFailure::*)() const>);
+    static_assert(
+        std::is_same_v<decltype(&AlgorithmFailure::Message), const std::string (AlgorithmFailure::*)() const>);
     const AlgorithmFailure failure("f", 3, "why");
     const std::string& first = failure.Message();
     const std::string& second = failure.Message();

@@ -33,10 +33,7 @@ private:
 
 }
 
-TEST_F(LoadMessageTest, FillsTheArgumentsIn)
-{
-    EXPECT_EQ(LoadMessage(60001, 7, L"name", LONG{-3}), L"7 of name (-3)");
-}
+TEST_F(LoadMessageTest, FillsTheArgumentsIn) { EXPECT_EQ(LoadMessage(60001, 7, L"name", LONG{-3}), L"7 of name (-3)"); }
 
 TEST_F(LoadMessageTest, StringsOfTheLibrary)
 {

@@ -93,6 +93,16 @@ HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
     return HandleOf(descriptor);
 }
 
+/// Fail for a call that changes a file, which one open for reading does not allow.
+bool FailToChange(int descriptor)
+{
+    posix::Fail();
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    if (flags >= 0 && (flags & O_ACCMODE) == O_RDONLY)
+        SetLastError(ERROR_ACCESS_DENIED);
+    return false;
+}
+
 FILETIME FileTimeOf(std::int64_t seconds, std::int64_t nanoseconds)
 {
     constexpr std::int64_t secondsFrom1601To1970 = 11644473600;
@@ -219,7 +229,7 @@ public:
     bool TruncateHere(HANDLE file) override
     {
         const off_t position = ::lseek(DescriptorOf(file), 0, SEEK_CUR);
-        return (position >= 0 && ::ftruncate(DescriptorOf(file), position) == 0) || posix::Fail();
+        return (position >= 0 && ::ftruncate(DescriptorOf(file), position) == 0) || FailToChange(DescriptorOf(file));
     }
 
     bool Write(HANDLE file, const void* data, DWORD size, DWORD& written) override
@@ -234,7 +244,7 @@ public:
             if (count > 0)
                 written += static_cast<DWORD>(count);
             else if (errno != EINTR)
-                return posix::Fail();
+                return FailToChange(DescriptorOf(file));
         }
         return true;
     }
