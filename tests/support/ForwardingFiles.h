@@ -11,7 +11,8 @@ namespace support
 {
 
 /// A file service that hands everything to the one it was made over, records the names of the calls, and fails those
-/// that are named in `failing` with the error `error`.
+/// that are named in `failing`, and call number `failAt` (the first is 1), with the error `error`. What closes
+/// something closes it all the same.
 class ForwardingFiles : public utility::platform::FileService
 {
 public:
@@ -35,7 +36,11 @@ public:
         return Fails("ViewAll") ? nullptr : m_system.ViewAll(mapping, length);
     }
     bool FlushView(const void* view) override { return !Fails("FlushView") && m_system.FlushView(view); }
-    bool UnmapView(const void* view) override { return !Fails("UnmapView") && m_system.UnmapView(view); }
+    bool UnmapView(const void* view) override
+    {
+        const bool unmapped = m_system.UnmapView(view);
+        return !Fails("UnmapView") && unmapped;
+    }
     DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
     {
         return Fails("Seek") ? INVALID_SET_FILE_POINTER : m_system.Seek(file, distance, distanceHigh, method);
@@ -50,10 +55,15 @@ public:
     {
         return !Fails("Information") && m_system.Information(file, information);
     }
-    bool Close(HANDLE handle) override { return !Fails("Close") && m_system.Close(handle); }
+    bool Close(HANDLE handle) override
+    {
+        const bool closed = m_system.Close(handle);
+        return !Fails("Close") && closed;
+    }
 
     std::vector<std::string> calls;
     std::vector<std::string> failing;
+    std::size_t failAt = 0;
     DWORD error = ERROR_NOT_ENOUGH_MEMORY;
 
 protected:
@@ -63,7 +73,7 @@ private:
     bool Fails(const char* call)
     {
         calls.emplace_back(call);
-        if (std::ranges::find(failing, call) == failing.end())
+        if (calls.size() != failAt && std::ranges::find(failing, call) == failing.end())
             return false;
         utility::platform::SetLastError(error);
         return true;

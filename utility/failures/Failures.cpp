@@ -32,9 +32,11 @@ CTextError::~CTextError() = default;
 
 std::uint64_t CTextError::Offset() const { return m_nOffset; }
 
+// The line is made text here, since the format would group its digits as the global locale says.
 CSourceLocationException::CSourceLocationException(const char* file, int line, unsigned int messageId)
-    : std::runtime_error(
-          (boost::format("%1% [exception thrown from %2%, line %3%.]") % Utf8Message(messageId) % file % line).str())
+    : std::runtime_error((boost::format("%1% [exception thrown from %2%, line %3%.]") % Utf8Message(messageId) % file %
+                          std::to_string(line))
+                             .str())
 {
 }
 

@@ -23,6 +23,9 @@ public:
     explicit CResourceString(unsigned int id);
     /// Looked up in one module.
     CResourceString(HINSTANCE hModule, unsigned int id);
+    /// A move is deliberately a copy: the source keeps its text.
+    CResourceString(const CResourceString&) = default;
+    CResourceString& operator=(const CResourceString&) = default;
 };
 
 /// The string with this number, from the first resource module of the chain that holds it.

@@ -96,6 +96,9 @@ bool CMemoryMappedFile::Close(std::int64_t finalSize)
         Files().TruncateHere(m_hFile);
         Files().FlushToDisk(m_hFile);
     }
+    // An object that was open already when it failed to open anew lost its file: the rest deliberately stays as it is.
+    if (m_hFile == INVALID_HANDLE_VALUE)
+        return true;
     return CloseFile();
 }
 
@@ -124,9 +127,10 @@ bool CMemoryMappedFile::GetFileInformation(_BY_HANDLE_FILE_INFORMATION* informat
 bool CMemoryMappedFile::WriteFile(const void* data, std::uint64_t size) const
 {
     DWORD written = 0;
-    if (!Files().Write(m_hFile, data, static_cast<DWORD>(size), written))
-        ThrowFileException(utility::platform::LastError(), utility::platform::WideFromPath(m_path).c_str());
-    return true;
+    if (Files().Write(m_hFile, data, static_cast<DWORD>(size), written))
+        return true;
+    const DWORD reason = utility::platform::LastError();
+    ThrowFileException(reason, utility::platform::WideFromPath(m_path).c_str());
 }
 
 DWORD CMemoryMappedFile::GetFilePointer() const { return Files().Seek(m_hFile, 0, nullptr, FILE_CURRENT); }

@@ -45,10 +45,11 @@ public:
 
     /// Moves the file position by `distance` from the start (FILE_BEGIN), the position (FILE_CURRENT) or the end
     /// (FILE_END) and gives the low half of the new one; INVALID_SET_FILE_POINTER on failure. With `distanceHigh`
-    /// the distance has 64 bits, and the high half of the new position is stored there.
+    /// the distance has 64 bits, and the high half of the new position is stored there; without it the new position is
+    /// one that 32 bits hold.
     virtual DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) = 0;
 
-    /// Cuts or extends the file at the file position.
+    /// Cuts or extends the file at the file position. As with Write, a file that is open for reading is refused with 5.
     virtual bool TruncateHere(HANDLE file) = 0;
 
     /// Writes at the file position; `written` says how many bytes went out, which may be fewer than `size`.

@@ -18,6 +18,7 @@ public:
     virtual HINSTANCE ModuleAt(const void* address) = 0;
 
     /// The text with this number, in place in the module, as long as the module is loaded. Empty if there is none.
+    /// On Windows a null module stands for the program itself.
     virtual std::wstring_view StringOf(HINSTANCE module, UINT id) = 0;
 };
 

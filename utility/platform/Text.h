@@ -21,7 +21,8 @@ public:
     virtual ~TextService() = default;
 
     /// Wide text in a code page: writes at most `capacity` bytes to `out` and gives the number of bytes. With capacity
-    /// 0 nothing is written and the number needed is given. 0 is a failure, or an empty text.
+    /// 0 nothing is written and the number needed is given. A length of -1 stands for a null-terminated text, with its
+    /// null. 0 is a failure, which an empty text is too (87), and a buffer that is too small (122).
     virtual int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) = 0;
 
     /// The reverse of ToCodePage, with the capacity and the result in wide characters.

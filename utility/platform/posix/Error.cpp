@@ -1,5 +1,7 @@
 #include "utility/platform/posix/Errors.h"
 
+#include <unistd.h>
+
 namespace utility::platform
 {
 
@@ -16,6 +18,7 @@ struct Translation
 
 // The first row with an error number is the one whose message stands for it.
 constexpr Translation translations[] = {
+    {0, ERROR_SUCCESS},
     {ENOENT, ERROR_FILE_NOT_FOUND},
     {ENOTDIR, ERROR_PATH_NOT_FOUND},
     {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
@@ -46,6 +49,13 @@ constexpr Translation translations[] = {
     {ELOOP, ERROR_CANT_RESOLVE_FILENAME},
 };
 
+/// Whether there is a folder for a path to be in. The empty path has none.
+bool FolderExists(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? !path.empty() : ::access(path.substr(0, slash + 1).c_str(), F_OK) == 0;
+}
+
 }
 
 DWORD LastError() noexcept { return lastError; }
@@ -72,7 +82,15 @@ int ErrnoOfError(DWORD error) noexcept
         if (translation.error == error)
             return translation.errnoValue;
     }
-    return 0;
+    return -1;
+}
+
+bool FailOn(const std::string& path)
+{
+    Fail();
+    if (LastError() == ERROR_FILE_NOT_FOUND && !FolderExists(path))
+        SetLastError(ERROR_PATH_NOT_FOUND);
+    return false;
 }
 
 }

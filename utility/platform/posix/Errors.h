@@ -3,6 +3,7 @@
 #include "utility/platform/Error.h"
 
 #include <cerrno>
+#include <string>
 
 namespace utility::platform::posix
 {
@@ -10,7 +11,7 @@ namespace utility::platform::posix
 /// The Windows number for an errno value; 31 (general failure) for one that has none.
 DWORD ErrorOfErrno(int value) noexcept;
 
-/// The errno value whose message says what a Windows error number means; 0 where there is none.
+/// The errno value whose message says what a Windows error number means; -1 where there is none.
 int ErrnoOfError(DWORD error) noexcept;
 
 /// Leaves the reason of the failed call just made in LastError(). Always false, for use as a result.
@@ -19,5 +20,8 @@ inline bool Fail() noexcept
     SetLastError(ErrorOfErrno(errno));
     return false;
 }
+
+/// Fail for a call on a path: a file that is missing (2) is told from a folder on the way to it (3).
+bool FailOn(const std::string& path);
 
 }

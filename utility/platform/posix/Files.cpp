@@ -70,7 +70,7 @@ HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
     const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0)
     {
-        posix::Fail();
+        posix::FailOn(name);
         return INVALID_HANDLE_VALUE;
     }
     const auto refuse = [descriptor](DWORD error)
@@ -91,6 +91,16 @@ HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
     if (::fcntl(descriptor, F_OFD_SETLK, &lock) != 0 && (errno == EAGAIN || errno == EACCES))
         return refuse(ERROR_SHARING_VIOLATION);
     return HandleOf(descriptor);
+}
+
+/// Fail for a call that changes a file, which one open for reading does not allow.
+bool FailToChange(int descriptor)
+{
+    posix::Fail();
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    if (flags >= 0 && (flags & O_ACCMODE) == O_RDONLY)
+        SetLastError(ERROR_ACCESS_DENIED);
+    return false;
 }
 
 FILETIME FileTimeOf(std::int64_t seconds, std::int64_t nanoseconds)
@@ -179,11 +189,8 @@ public:
         return base;
     }
 
-    bool FlushView(const void* view) override
-    {
-        // Views are read-only here: there is nothing of theirs to write.
-        return view != nullptr;
-    }
+    /// Views are read-only here: there is nothing of theirs to write.
+    bool FlushView(const void* /*view*/) override { return true; }
 
     bool UnmapView(const void* view) override
     {
@@ -222,7 +229,7 @@ public:
     bool TruncateHere(HANDLE file) override
     {
         const off_t position = ::lseek(DescriptorOf(file), 0, SEEK_CUR);
-        return (position >= 0 && ::ftruncate(DescriptorOf(file), position) == 0) || posix::Fail();
+        return (position >= 0 && ::ftruncate(DescriptorOf(file), position) == 0) || FailToChange(DescriptorOf(file));
     }
 
     bool Write(HANDLE file, const void* data, DWORD size, DWORD& written) override
@@ -237,7 +244,7 @@ public:
             if (count > 0)
                 written += static_cast<DWORD>(count);
             else if (errno != EINTR)
-                return posix::Fail();
+                return FailToChange(DescriptorOf(file));
         }
         return true;
     }

@@ -46,6 +46,8 @@ void ClearX87Status() { asm volatile("fnclex"); }
 
 unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept
 {
+    mask &= _MCW_EM | _MCW_RC;
+    mask &= value | ~_EM_DENORMAL;
     const unsigned int mxcsr = _mm_getcsr();
     const unsigned int control = (ControlOf(mxcsr) & ~mask) | (value & mask);
     if (mask == 0)

@@ -82,6 +82,12 @@ int Deliver(const std::basic_string<Char>& text, Char* out, int capacity)
     return size;
 }
 
+template <class Char>
+std::size_t LengthOf(const Char* text, int length)
+{
+    return length < 0 ? std::char_traits<Char>::length(text) + 1 : static_cast<std::size_t>(length);
+}
+
 int Refuse()
 {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -93,9 +99,9 @@ class PosixText final : public TextService
 public:
     int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) override
     {
-        if (length <= 0)
+        if (length == 0)
             return Refuse();
-        const std::wstring_view wide(text, static_cast<std::size_t>(length));
+        const std::wstring_view wide(text, LengthOf(text, length));
         if (codePage == CP_ACP || codePage == CP_UTF8)
             return Deliver(posix::Utf8FromWide(wide), out, capacity);
         const Conversion conversion(EncodingName(codePage), "WCHAR_T");
@@ -105,9 +111,9 @@ public:
 
     int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) override
     {
-        if (length <= 0)
+        if (length == 0)
             return Refuse();
-        const std::string_view narrow(text, static_cast<std::size_t>(length));
+        const std::string_view narrow(text, LengthOf(text, length));
         if (codePage == CP_ACP || codePage == CP_UTF8)
             return Deliver(posix::WideFromUtf8(narrow), out, capacity);
         const Conversion conversion("WCHAR_T", EncodingName(codePage));
@@ -121,7 +127,7 @@ public:
         const int value = posix::ErrnoOfError(error);
         char text[256];
         const std::wstring message =
-            value == 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
+            value < 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
         if (message.empty() || message.size() >= size)
         {
             SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);

@@ -19,6 +19,9 @@ public:
 
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
+        // The system looks at the low half of a number only, and would give the text of another one.
+        if (id > 0xFFFF)
+            return {};
         // With no buffer the pointer is set to the text in the module, which no null character ends.
         const wchar_t* text = nullptr;
         const int length = ::LoadStringW(module, id, reinterpret_cast<wchar_t*>(&text), 0);

@@ -1,0 +1,81 @@
+#include "utility/failures/LibraryFrame.h"
+
+#include "tests/support/TableModules.h"
+#include "utility/failures/ResourceString.h"
+#include "utility/framework/ResourceModules.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+using utility::framework::CurrentModuleState;
+using utility::framework::FirstLibrary;
+
+namespace
+{
+
+/// Puts the module state back as it was.
+class KeepModuleState
+{
+public:
+    KeepModuleState() : m_instance(CurrentModuleState().currentInstance) {}
+    KeepModuleState(const KeepModuleState&) = delete;
+    KeepModuleState& operator=(const KeepModuleState&) = delete;
+    ~KeepModuleState() { CurrentModuleState().currentInstance = m_instance; }
+
+private:
+    HINSTANCE m_instance;
+};
+
+support::FakeModule moduleA;
+support::FakeModule moduleB;
+support::FakeModule resourcesA;
+
+}
+
+TEST(ZeloInitMFCExtensionDLLTest, SetsTheCurrentInstanceOfAHostWithoutOne)
+{
+    const KeepModuleState keep;
+    CurrentModuleState().currentInstance = nullptr;
+    ZeloInitMFCExtensionDLL(moduleA.Handle(), resourcesA.Handle());
+    EXPECT_EQ(CurrentModuleState().currentInstance, moduleA.Handle());
+}
+
+TEST(ZeloInitMFCExtensionDLLTest, LeavesACurrentInstanceUnchanged)
+{
+    const KeepModuleState keep;
+    CurrentModuleState().currentInstance = moduleA.Handle();
+    ZeloInitMFCExtensionDLL(moduleB.Handle(), resourcesA.Handle());
+    EXPECT_EQ(CurrentModuleState().currentInstance, moduleA.Handle());
+}
+
+TEST(ZeloInitMFCExtensionDLLTest, AddsALinkWithModuleAndResources)
+{
+    const auto* const earlier = FirstLibrary();
+    ZeloInitMFCExtensionDLL(moduleA.Handle(), resourcesA.Handle());
+    ASSERT_NE(FirstLibrary(), earlier);
+    EXPECT_EQ(FirstLibrary()->Next(), earlier);
+    EXPECT_EQ(FirstLibrary()->Module(), moduleA.Handle());
+    EXPECT_EQ(FirstLibrary()->Resources(), resourcesA.Handle());
+}
+
+TEST(InitialiseUtilityDLLTest, MakesTheLibrarysStringsKnown)
+{
+    InitialiseUtilityDLL();
+    EXPECT_EQ(resource_string(8304), L"mm");
+    EXPECT_EQ(resource_string(FirstLibrary()->Resources(), 8304), L"mm");
+}
+
+TEST(InitialiseUtilityDLLTest, SecondCallAddsASecondLinkAndHasNoOtherEffect)
+{
+    InitialiseUtilityDLL();
+    const auto* const first = FirstLibrary();
+    const HINSTANCE instance = CurrentModuleState().currentInstance;
+    InitialiseUtilityDLL();
+    ASSERT_NE(FirstLibrary(), first);
+    EXPECT_EQ(FirstLibrary()->Next(), first);
+    EXPECT_EQ(FirstLibrary()->Module(), first->Module());
+    EXPECT_EQ(FirstLibrary()->Resources(), first->Resources());
+    EXPECT_EQ(CurrentModuleState().currentInstance, instance);
+    EXPECT_EQ(resource_string(8304), L"mm");
+}

@@ -1,0 +1,79 @@
+#include "utility/framework/ResourceModules.h"
+
+#include "tests/support/Substitute.h"
+#include "tests/support/TableModules.h"
+
+#include <gtest/gtest.h>
+
+using utility::framework::DynLinkLibrary;
+using utility::framework::FirstLibrary;
+using utility::framework::StringModule;
+
+namespace
+{
+
+/// Two modules at the head of the chain, with strings for the length of a test.
+class ResourceModulesTest : public ::testing::Test
+{
+protected:
+    static HINSTANCE Older() { return Chain().older.Handle(); }
+    static HINSTANCE Newer() { return Chain().newer.Handle(); }
+
+    support::TableModules m_modules;
+
+private:
+    struct Links
+    {
+        support::FakeModule code;
+        support::FakeModule older;
+        support::FakeModule newer;
+        const DynLinkLibrary* olderLink = new DynLinkLibrary(code.Handle(), older.Handle());
+        const DynLinkLibrary* newerLink = new DynLinkLibrary(code.Handle(), newer.Handle());
+    };
+
+    static Links& Chain()
+    {
+        static Links links;
+        return links;
+    }
+
+    const Links& m_links = Chain();
+    const support::Substitute<utility::platform::ModuleService> m_scope{utility::platform::ModulesSlot(), m_modules};
+};
+
+}
+
+TEST_F(ResourceModulesTest, ModuleThatJoinedLastIsAskedFirst)
+{
+    m_modules.strings = {{{Older(), 61000}, L"older"}, {{Newer(), 61000}, L"newer"}, {{Older(), 61001}, L"alone"}};
+    EXPECT_EQ(StringModule(61000), Newer());
+    EXPECT_EQ(StringModule(61001), Older());
+}
+
+TEST_F(ResourceModulesTest, ModuleWithAnEmptyStringDoesNotHoldIt)
+{
+    m_modules.strings = {{{Newer(), 61000}, L""}, {{Older(), 61000}, L"older"}};
+    EXPECT_EQ(StringModule(61000), Older());
+}
+
+TEST_F(ResourceModulesTest, NumberThatNoModuleHoldsGivesNull) { EXPECT_EQ(StringModule(61999), nullptr); }
+
+TEST_F(ResourceModulesTest, LibrarysStringsAreFoundBehindThoseOfOthers)
+{
+    const HINSTANCE library = StringModule(8304);
+    ASSERT_NE(library, nullptr);
+    m_modules.strings = {{{Newer(), 8304}, L"Millimeter"}};
+    EXPECT_EQ(StringModule(8304), Newer());
+    EXPECT_EQ(StringModule(8305), library);
+}
+
+TEST_F(ResourceModulesTest, NewLinkStandsAheadOfAllEarlierOnes)
+{
+    const DynLinkLibrary* const earlier = FirstLibrary();
+    // A link is for the rest of the process: nothing takes it out of the chain.
+    const auto* const link = new DynLinkLibrary(Older(), Newer());
+    EXPECT_EQ(FirstLibrary(), link);
+    EXPECT_EQ(link->Next(), earlier);
+    EXPECT_EQ(link->Module(), Older());
+    EXPECT_EQ(link->Resources(), Newer());
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "utility/platform/Modules.h"
+
+#include <map>
+#include <string>
+#include <utility>
+
+namespace support
+{
+
+/// A module for a substitute to know; the real service finds nothing in it.
+class FakeModule
+{
+public:
+    HINSTANCE Handle() { return reinterpret_cast<HINSTANCE>(m_bytes); }
+
+private:
+    alignas(4096) char m_bytes[4096] = {};
+};
+
+/// A module service with strings of its own, which hands the rest to the one it was made over.
+class TableModules : public utility::platform::ModuleService
+{
+public:
+    TableModules() : m_system(utility::platform::Modules()) {}
+
+    HINSTANCE ModuleAt(const void* address) override { return m_system.ModuleAt(address); }
+
+    std::wstring_view StringOf(HINSTANCE module, UINT id) override
+    {
+        ++lookups;
+        const auto found = strings.find({module, id});
+        return found == strings.end() ? m_system.StringOf(module, id) : std::wstring_view(found->second);
+    }
+
+    std::map<std::pair<HINSTANCE, UINT>, std::wstring> strings;
+    int lookups = 0;
+
+private:
+    utility::platform::ModuleService& m_system;
+};
+
+}
