@@ -19,6 +19,9 @@ private:
     CCriticalSectionSpinCount& m_lock;
 };
 
+/// How much longer than its text the memory of a message may be.
+constexpr std::size_t spareLength = 128;
+
 constinit std::atomic<LogSeverity> logLevel = LogSeverityInformation;
 constinit std::atomic<bool> debugMessages = false;
 
@@ -80,6 +83,15 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
     if (message.empty())
         return;
     const Guard guard(m_lock);
+    if (m_ring.full() && !m_ring.empty() && m_ring.front().m_strMessage.capacity() <= message.size() + spareLength)
+    {
+        // The oldest message gives its place and its memory.
+        CLogMessage& oldest = m_ring.front();
+        oldest.m_strMessage = message;
+        oldest.m_eSeverity = severity;
+        m_ring.rotate(m_ring.begin() + 1);
+        return;
+    }
     CLogMessage stored(severity, std::wstring());
     stored.m_strMessage = message;
     m_ring.push_back(std::move(stored));

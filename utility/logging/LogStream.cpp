@@ -2,7 +2,9 @@
 
 #include "utility/platform/Text.h"
 
+#include <iterator>
 #include <limits>
+#include <locale>
 
 namespace utility::detail
 {
@@ -62,30 +64,127 @@ CLogStream::CLogStream(const void* owner, LogSeverity severity)
 CLogStream::~CLogStream() { m_buffer.pubsync(); }
 
 CLogStreamHelper::CLogStreamHelper(const void* owner, LogSeverity severity)
-    : m_bEnabled(severity >= GetLogLevel()), m_stream(owner, m_bEnabled ? severity : LogSeverityNone)
+    : m_pOwner(owner), m_eSeverity(severity), m_bEnabled(severity >= GetLogLevel()), m_nLength(0)
 {
+    // Other locales may group the digits of a number.
+    if (m_bEnabled && std::locale() != std::locale::classic())
+        m_stream.emplace(m_pOwner, m_eSeverity);
 }
 
-CLogStreamHelper::~CLogStreamHelper() = default;
+CLogStreamHelper::~CLogStreamHelper()
+{
+    if (m_bEnabled && !m_stream)
+        Deliver();
+}
 
 CLogStreamHelper&
 CLogStreamHelper::operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&))
 {
-    if (m_bEnabled)
-        m_stream << manipulator;
+    constexpr auto endl = &std::endl<wchar_t, std::char_traits<wchar_t>>;
+    constexpr auto flush = &std::flush<wchar_t, std::char_traits<wchar_t>>;
+    if (!m_bEnabled)
+        return *this;
+    if (m_stream || (manipulator != endl && manipulator != flush))
+    {
+        Stream() << manipulator;
+        return *this;
+    }
+    if (manipulator == endl)
+        AppendText(L"\n");
+    Deliver();
     return *this;
+}
+
+void CLogStreamHelper::InsertText(std::wstring_view text)
+{
+    if (m_stream)
+        *m_stream << text;
+    else
+        AppendText(text);
+}
+
+void CLogStreamHelper::InsertText(const wchar_t* text)
+{
+    if (text == nullptr)
+        Stream() << text;
+    else
+        InsertText(std::wstring_view(text));
+}
+
+void CLogStreamHelper::InsertNarrow(std::string_view text)
+{
+    const std::wstring wide = WideFromSystemCodePage(text);
+    if (m_bEnabled)
+        InsertText(wide);
+}
+
+void CLogStreamHelper::AppendText(std::wstring_view text)
+{
+    if (m_strLong.empty() && text.size() <= std::size(m_szText) - m_nLength)
+    {
+        text.copy(m_szText + m_nLength, text.size());
+        m_nLength += text.size();
+        return;
+    }
+    if (m_strLong.empty())
+    {
+        m_strLong.reserve(2 * (m_nLength + text.size()));
+        m_strLong.append(m_szText, m_nLength);
+    }
+    m_strLong += text;
+}
+
+void CLogStreamHelper::AppendInteger(std::uint64_t magnitude, bool negative)
+{
+    wchar_t text[20];
+    wchar_t* begin = std::end(text);
+    do
+        *--begin = static_cast<wchar_t>(L'0' + magnitude % 10);
+    while ((magnitude /= 10) != 0);
+    if (negative)
+        *--begin = L'-';
+    AppendText({begin, static_cast<std::size_t>(std::end(text) - begin)});
+}
+
+CLogStream& CLogStreamHelper::Stream()
+{
+    if (!m_stream)
+    {
+        m_stream.emplace(m_pOwner, m_eSeverity);
+        // A stream keeps the locale that it began with.
+        if (std::locale() != std::locale::classic())
+            m_stream->imbue(std::locale::classic());
+        const std::wstring_view text = Text();
+        m_stream->rdbuf()->sputn(text.data(), static_cast<std::streamsize>(text.size()));
+    }
+    return *m_stream;
+}
+
+std::wstring_view CLogStreamHelper::Text() const
+{
+    return m_strLong.empty() ? std::wstring_view(m_szText, m_nLength) : std::wstring_view(m_strLong);
+}
+
+void CLogStreamHelper::Deliver()
+{
+    if (Text().empty())
+        return;
+    if (Text().back() != L'\n')
+        AppendText(L"\n");
+    utility::detail::DeliverLogText(m_pOwner, m_eSeverity, Text());
+    m_nLength = 0;
+    m_strLong.clear();
 }
 
 CLogStreamHelper& operator<<(CLogStreamHelper& helper, const char* const text)
 {
-    return helper << std::string(text == nullptr ? "" : text);
+    helper.InsertNarrow(text == nullptr ? std::string_view() : std::string_view(text));
+    return helper;
 }
 
 CLogStreamHelper& operator<<(CLogStreamHelper& helper, const std::string& text)
 {
-    const std::wstring wide = WideFromSystemCodePage(text);
-    if (helper.m_bEnabled)
-        helper.m_stream << wide;
+    helper.InsertNarrow(text);
     return helper;
 }
 

@@ -24,6 +24,21 @@
 
 class CEntityDatabase;
 
+namespace utility::detail
+{
+
+template <class T>
+inline constexpr bool IsNarrowText = std::is_same_v<std::decay_t<T>, char*> ||
+                                     std::is_same_v<std::decay_t<T>, const char*> || std::is_base_of_v<std::string, T>;
+
+/// What a wide stream prints as a number. A `char` is not among them, `signed char` and `unsigned char` are.
+template <class T>
+inline constexpr bool IsInteger =
+    std::is_integral_v<T> && !std::is_same_v<T, char> && !std::is_same_v<T, wchar_t> && !std::is_same_v<T, char8_t> &&
+    !std::is_same_v<T, char16_t> && !std::is_same_v<T, char32_t>;
+
+}
+
 /// A stream without a filter: whatever is inserted is stored.
 class UTILITY_API CLogStream : public std::basic_ostream<wchar_t>
 {
@@ -51,33 +66,73 @@ private:
     CLogStreamBuffer m_buffer;
 };
 
-/// A log stream behind the test of its severity against the level, which is made once, at construction.
+/// A log stream behind the test of its severity against the level, which is made once, at construction. Text and
+/// integers do not need a stream as long as nothing can have changed how they are formatted; the first other value or
+/// manipulator makes one, and from then on everything goes through it. Nobody can tell the difference.
 class UTILITY_API CLogStreamHelper
 {
 public:
     CLogStreamHelper(const void* owner, LogSeverity severity);
     CLogStreamHelper(const CLogStreamHelper&) = delete;
     CLogStreamHelper& operator=(const CLogStreamHelper&) = delete;
+    /// Stores what is left.
     ~CLogStreamHelper();
 
     CLogStreamHelper& operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&));
 
     /// Whatever can be inserted into a wide stream, but for narrow text, which has its own operators below.
     template <class T>
-    requires(!std::is_same_v<std::remove_cv_t<std::remove_pointer_t<std::decay_t<T>>>, char> ||
-             !std::is_pointer_v<std::decay_t<T>>) CLogStreamHelper&
-    operator<<(const T& value)
+    requires(!utility::detail::IsNarrowText<T>) CLogStreamHelper& operator<<(const T& value)
     {
         if (m_bEnabled)
-            m_stream << value;
+            Insert(value);
         return *this;
     }
 
 private:
+    friend UTILITY_API CLogStreamHelper& operator<<(CLogStreamHelper& helper, const char* const text);
     friend UTILITY_API CLogStreamHelper& operator<<(CLogStreamHelper& helper, const std::string& text);
 
+    template <class T>
+    void Insert(const T& value)
+    {
+        if constexpr (std::is_same_v<T, std::wstring> || std::is_same_v<T, std::wstring_view>)
+            InsertText(value);
+        else if constexpr (std::is_convertible_v<const T&, const wchar_t*> &&
+                           (std::is_pointer_v<T> || std::is_array_v<T>))
+            InsertText(static_cast<const wchar_t*>(value));
+        else if constexpr (std::is_same_v<T, wchar_t>)
+            InsertText(std::wstring_view(&value, 1));
+        else if constexpr (std::is_same_v<T, bool> || utility::detail::IsInteger<T>)
+        {
+            if (m_stream)
+                *m_stream << value;
+            else if (value < T{})
+                AppendInteger(0 - static_cast<std::uint64_t>(value), true);
+            else
+                AppendInteger(static_cast<std::uint64_t>(value), false);
+        }
+        else
+            Stream() << value;
+    }
+
+    void InsertText(std::wstring_view text);
+    void InsertText(const wchar_t* text);
+    void InsertNarrow(std::string_view text);
+    void AppendText(std::wstring_view text);
+    void AppendInteger(std::uint64_t magnitude, bool negative);
+    CLogStream& Stream();
+    std::wstring_view Text() const;
+    void Deliver();
+
+    const void* m_pOwner;
+    LogSeverity m_eSeverity;
     bool m_bEnabled;
-    CLogStream m_stream;
+    std::size_t m_nLength;
+    /// The whole text, once it is too long for m_szText.
+    std::wstring m_strLong;
+    std::optional<CLogStream> m_stream;
+    wchar_t m_szText[256];
 };
 
 /// Narrow text is converted from the system's code page, also if it then goes nowhere. Null counts as empty, and what

@@ -33,23 +33,6 @@ public:
         ThreadSlot& m_slot;
     };
 
-    /// Puts a slot into the state of one that could not be allocated, for a scope.
-    class Failure
-    {
-    public:
-        explicit Failure(ThreadSlot& slot) noexcept
-            : m_slot(slot), m_index(std::exchange(slot.m_index, TLS_OUT_OF_INDEXES))
-        {
-        }
-        Failure(const Failure&) = delete;
-        Failure& operator=(const Failure&) = delete;
-        ~Failure() { m_slot.m_index = m_index; }
-
-    private:
-        ThreadSlot& m_slot;
-        DWORD m_index;
-    };
-
     bool IsAllocated() const noexcept { return m_index != TLS_OUT_OF_INDEXES; }
     void* Value() const noexcept { return IsAllocated() ? ThreadSlotValue(m_index) : nullptr; }
     void SetValue(void* value) const noexcept

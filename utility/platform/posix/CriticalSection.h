@@ -1,10 +1,13 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <pthread.h>
 
 struct _RTL_CRITICAL_SECTION
 {
-    pthread_mutex_t mutex;
-    std::uint32_t spinCount;
+    std::atomic<int> state = 0;
+    std::atomic<pthread_t> owner = 0;
+    std::uint32_t takenAgain = 0;
+    std::uint32_t spinCount = 0;
 };

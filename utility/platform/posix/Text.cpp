@@ -62,8 +62,8 @@ private:
 };
 
 /// Hands a converted text over as both directions of the service do.
-template <class Char>
-int Deliver(const std::basic_string<Char>& text, Char* out, int capacity)
+template <class Text, class Char>
+int Deliver(const Text& text, Char* out, int capacity)
 {
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     {
@@ -73,7 +73,7 @@ int Deliver(const std::basic_string<Char>& text, Char* out, int capacity)
     const int size = static_cast<int>(text.size());
     if (capacity == 0)
         return size;
-    std::copy_n(text.data(), std::min(size, capacity), out);
+    std::copy_n(text.begin(), std::min(size, capacity), out);
     if (size > capacity)
     {
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
@@ -115,7 +115,11 @@ public:
             return Refuse();
         const std::string_view narrow(text, LengthOf(text, length));
         if (codePage == CP_ACP || codePage == CP_UTF8)
-            return Deliver(posix::WideFromUtf8(narrow), out, capacity);
+        {
+            // Nearly every text is, and needs no text in between.
+            const bool isAscii = std::ranges::all_of(narrow, [](char c) { return (c & 0x80) == 0; });
+            return isAscii ? Deliver(narrow, out, capacity) : Deliver(posix::WideFromUtf8(narrow), out, capacity);
+        }
         const Conversion conversion("WCHAR_T", EncodingName(codePage));
         return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity)
                                    : Refuse();

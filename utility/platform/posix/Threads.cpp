@@ -5,6 +5,34 @@
 namespace utility::platform
 {
 
+namespace
+{
+
+constexpr int stateFree = 0;
+constexpr int stateHeld = 1;
+constexpr int stateAwaited = 2; // held, and whoever leaves has somebody to wake
+
+bool Take(_RTL_CRITICAL_SECTION& section) noexcept
+{
+    int expected = stateFree;
+    return section.state.compare_exchange_strong(expected, stateHeld, std::memory_order_acquire,
+                                                 std::memory_order_relaxed);
+}
+
+void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
+{
+    for (std::uint32_t tries = section.spinCount; tries != 0; --tries)
+    {
+        __builtin_ia32_pause();
+        if (section.state.load(std::memory_order_relaxed) == stateFree && Take(section))
+            return;
+    }
+    while (section.state.exchange(stateAwaited, std::memory_order_acquire) != stateFree)
+        section.state.wait(stateAwaited, std::memory_order_relaxed);
+}
+
+}
+
 DWORD AllocateThreadSlot() noexcept
 {
     pthread_key_t key;
@@ -21,26 +49,34 @@ void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) 
 {
     static const bool canSpin = ::sysconf(_SC_NPROCESSORS_ONLN) > 1;
     section.spinCount = canSpin ? spinCount : 0;
-    pthread_mutexattr_t attributes;
-    ::pthread_mutexattr_init(&attributes);
-    ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    ::pthread_mutex_init(&section.mutex, &attributes);
-    ::pthread_mutexattr_destroy(&attributes);
 }
 
-void DeleteCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept { ::pthread_mutex_destroy(&section.mutex); }
+void DeleteCriticalSection(_RTL_CRITICAL_SECTION&) noexcept {}
 
 void EnterCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept
 {
-    for (std::uint32_t tries = section.spinCount; tries != 0; --tries)
+    const pthread_t self = ::pthread_self();
+    // No order is needed: nobody but this thread writes its identity there.
+    if (section.owner.load(std::memory_order_relaxed) == self)
     {
-        if (::pthread_mutex_trylock(&section.mutex) == 0)
-            return;
-        __builtin_ia32_pause();
+        ++section.takenAgain;
+        return;
     }
-    ::pthread_mutex_lock(&section.mutex);
+    if (!Take(section))
+        WaitAndTake(section);
+    section.owner.store(self, std::memory_order_relaxed);
 }
 
-void LeaveCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept { ::pthread_mutex_unlock(&section.mutex); }
+void LeaveCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept
+{
+    if (section.takenAgain != 0)
+    {
+        --section.takenAgain;
+        return;
+    }
+    section.owner.store(0, std::memory_order_relaxed);
+    if (section.state.exchange(stateFree, std::memory_order_release) == stateAwaited)
+        section.state.notify_one();
+}
 
 }
