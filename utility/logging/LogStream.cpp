@@ -31,7 +31,7 @@ std::wstring WideFromSystemCodePage(std::string_view text)
     const int size = service.FromCodePage(CP_ACP, text.data(), length, nullptr, 0);
     wide.resize(static_cast<std::size_t>(size));
     if (size != 0)
-        service.FromCodePage(CP_ACP, text.data(), length, wide.data(), size);
+        wide.resize(static_cast<std::size_t>(service.FromCodePage(CP_ACP, text.data(), length, wide.data(), size)));
     return wide;
 }
 

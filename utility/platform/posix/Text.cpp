@@ -62,8 +62,8 @@ private:
 };
 
 /// Hands a converted text over as both directions of the service do.
-template <class Text, class Char>
-int Deliver(const Text& text, Char* out, int capacity)
+template <class String, class Char>
+int Deliver(const String& text, Char* out, int capacity)
 {
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
     {

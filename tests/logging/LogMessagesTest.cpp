@@ -1,0 +1,331 @@
+#include "utility/logging/LogMessages.h"
+
+#include "tests/support/LogSettings.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+static_assert(sizeof(LogSeverity) == 4);
+static_assert(!std::is_default_constructible_v<CLogMessage>);
+static_assert(std::is_copy_constructible_v<CLogMessage> && std::is_copy_assignable_v<CLogMessage>);
+static_assert(!std::is_constructible_v<CLogMessages, std::uint64_t>);
+static_assert(std::is_destructible_v<CLogMessages>);
+
+namespace
+{
+
+using Ring = boost::circular_buffer_space_optimized<CLogMessage>;
+
+const LogSeverity levelAtStart = GetLogLevel();
+const bool debugMessagesAtStart = LogDebugMessages();
+CLogMessages& storeMadeAtStart = CLogMessages::instance(&levelAtStart);
+
+struct LogMessagesTest : ::testing::Test
+{
+    std::vector<std::wstring> Texts()
+    {
+        store.pop(ring);
+        std::vector<std::wstring> texts;
+        for (const CLogMessage& message : ring)
+            texts.push_back(message.m_strMessage);
+        return texts;
+    }
+    void Push(const std::wstring& text) { store.push(LogSeverityError, text); }
+
+    using Expected = std::vector<std::wstring>;
+    support::LogSettings settings;
+    CLogMessages& store = CLogMessages::instance(support::NewOwner());
+    Ring ring;
+};
+
+using LogSettingsTest = LogMessagesTest;
+using LogMessagesThreadTest = LogMessagesTest;
+
+}
+
+TEST(LogSeverityTest, ValuesAreThoseOfTheStoredMessages)
+{
+    EXPECT_EQ(static_cast<int>(LogSeverityNone), 0);
+    EXPECT_EQ(static_cast<int>(LogSeverityInformation), 1);
+    EXPECT_EQ(static_cast<int>(LogSeverityWarning), 2);
+    EXPECT_EQ(static_cast<int>(LogSeverityError), 4);
+    EXPECT_EQ(static_cast<int>(LogSeverityTiming), 8);
+}
+
+TEST(LogMessageTest, CopyAndMoveAreMemberwise)
+{
+    const std::wstring text(100, L'x');
+    CLogMessage message(LogSeverityWarning, text);
+    const CLogMessage copy(message);
+    EXPECT_EQ(copy.m_eSeverity, LogSeverityWarning);
+    EXPECT_EQ(copy.m_strMessage, text);
+    CLogMessage moved(std::move(message));
+    EXPECT_EQ(moved.m_eSeverity, LogSeverityWarning);
+    EXPECT_EQ(moved.m_strMessage, text);
+    EXPECT_EQ(message.m_eSeverity, LogSeverityWarning);
+    EXPECT_EQ(message.m_strMessage, L"");
+    message = std::move(moved);
+    EXPECT_EQ(message.m_strMessage, text);
+    EXPECT_EQ(moved.m_eSeverity, LogSeverityWarning);
+    EXPECT_EQ(moved.m_strMessage, L"");
+    CLogMessage assigned(LogSeverityNone, L"");
+    assigned = copy;
+    EXPECT_EQ(assigned.m_eSeverity, LogSeverityWarning);
+    EXPECT_EQ(assigned.m_strMessage, text);
+}
+
+TEST_F(LogMessagesTest, SameOwnerHasTheSameStoreAndNullIsAnOwner)
+{
+    CLogMessages& ofNobody = CLogMessages::instance(nullptr);
+    EXPECT_EQ(&CLogMessages::instance(nullptr), &ofNobody);
+    EXPECT_NE(&store, &ofNobody);
+    const void* const owner = support::NewOwner();
+    CLogMessages& ofOwner = CLogMessages::instance(owner);
+    for (int i = 0; i < 100; ++i)
+        CLogMessages::instance(support::NewOwner());
+    EXPECT_EQ(&CLogMessages::instance(owner), &ofOwner);
+}
+
+TEST_F(LogMessagesTest, MessagesComeBackOldestFirstAsTheyWerePushed)
+{
+    store.push(LogSeverityNone, L"no line feed");
+    store.push(static_cast<LogSeverity>(-3), std::wstring(L"a\0b\n", 4));
+    store.pop(ring);
+    ASSERT_EQ(ring.size(), 2u);
+    EXPECT_EQ(ring[0].m_eSeverity, LogSeverityNone);
+    EXPECT_EQ(ring[0].m_strMessage, L"no line feed");
+    EXPECT_EQ(ring[1].m_eSeverity, static_cast<LogSeverity>(-3));
+    EXPECT_EQ(ring[1].m_strMessage, std::wstring(L"a\0b\n", 4));
+}
+
+TEST_F(LogMessagesTest, LevelDoesNotMatterToAStore)
+{
+    SetLogLevel(LogSeverityTiming);
+    store.push(LogSeverityNone, L"a");
+    EXPECT_EQ(Texts(), Expected{L"a"});
+}
+
+TEST_F(LogMessagesTest, EmptyMessageIsIgnored)
+{
+    store.SetLogCapacity(2);
+    Push(L"a");
+    Push(L"");
+    Push(L"b");
+    Push(L"");
+    EXPECT_EQ(Texts(), (Expected{L"a", L"b"}));
+}
+
+TEST_F(LogMessagesTest, FiveHundredAreHeldAndTheOldestGoesFirst)
+{
+    for (int i = 1; i <= 501; ++i)
+        Push(std::to_wstring(i));
+    const auto texts = Texts();
+    ASSERT_EQ(texts.size(), 500u);
+    EXPECT_EQ(texts.front(), L"2");
+    EXPECT_EQ(texts.back(), L"501");
+}
+
+TEST_F(LogMessagesTest, FullStoreKeepsTheOrderHoweverLongTheMessages)
+{
+    store.SetLogCapacity(3);
+    Expected all;
+    for (std::size_t i = 0; i < 50; ++i)
+    {
+        all.push_back(std::wstring(i * 37 % 11 * 100 + 1, static_cast<wchar_t>(L'a' + i % 26)));
+        store.push(static_cast<LogSeverity>(i), all.back());
+    }
+    store.pop(ring);
+    ASSERT_EQ(ring.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        EXPECT_EQ(ring[i].m_strMessage, all[47 + i]);
+        EXPECT_EQ(static_cast<std::size_t>(ring[i].m_eSeverity), 47 + i);
+    }
+}
+
+TEST_F(LogMessagesTest, ShortMessageDoesNotKeepTheMemoryOfALongOne)
+{
+    store.SetLogCapacity(1);
+    Push(std::wstring(100000, L'x'));
+    Push(L"short");
+    store.pop(ring);
+    EXPECT_EQ(ring.front().m_strMessage, L"short");
+    EXPECT_LT(ring.front().m_strMessage.capacity(), 1000u);
+}
+
+TEST_F(LogMessagesTest, CapacityZeroDiscardsEverything)
+{
+    Push(L"a");
+    store.SetLogCapacity(0);
+    Push(L"b");
+    EXPECT_EQ(Texts(), Expected{});
+    EXPECT_EQ(ring.capacity().capacity(), 0u);
+    Push(L"c");
+    EXPECT_EQ(Texts(), Expected{});
+}
+
+TEST_F(LogMessagesTest, SmallerCapacityDeliberatelyDropsTheNewest)
+{
+    Push(L"a");
+    Push(L"b");
+    Push(L"c");
+    store.SetLogCapacity(2);
+    EXPECT_EQ(Texts(), (Expected{L"a", L"b"}));
+}
+
+TEST_F(LogMessagesTest, PushAfterASmallerCapacityDropsTheOldest)
+{
+    for (int i = 0; i < 100; ++i)
+        Push(std::to_wstring(i));
+    store.SetLogCapacity(2);
+    Push(L"new");
+    EXPECT_EQ(Texts(), (Expected{L"1", L"new"}));
+}
+
+TEST_F(LogMessagesTest, GreaterCapacityLosesNothing)
+{
+    store.SetLogCapacity(1);
+    Push(L"a");
+    store.SetLogCapacity(1000000000000);
+    for (int i = 0; i < 1000; ++i)
+        Push(L"b");
+    EXPECT_EQ(Texts().size(), 1001u);
+    EXPECT_EQ(ring.capacity().capacity(), 1000000000000u);
+}
+
+TEST_F(LogMessagesTest, PopGivesTheCapacityOfTheStoreToTheCallersRing)
+{
+    store.SetLogCapacity(4);
+    Push(L"a");
+    Ring mine(Ring::capacity_type(9, 5));
+    store.pop(mine);
+    EXPECT_EQ(mine.size(), 1u);
+    EXPECT_EQ(mine.capacity().capacity(), 4u);
+    EXPECT_EQ(mine.capacity().min_capacity(), 0u);
+    for (int i = 0; i < 6; ++i)
+        Push(L"b");
+    EXPECT_EQ(Texts().size(), 4u);
+}
+
+TEST_F(LogMessagesTest, SecondPopIsEmptyAndEmptiesTheCallersRing)
+{
+    Push(L"a");
+    store.pop(ring);
+    EXPECT_EQ(ring.size(), 1u);
+    store.pop(ring);
+    EXPECT_TRUE(ring.empty());
+    EXPECT_EQ(ring.capacity().capacity(), 500u);
+}
+
+TEST_F(LogMessagesTest, DefaultCapacityIsThatOfNewStoresOnly)
+{
+    CLogMessages::SetDefaultLogCapacity(10);
+    CLogMessages& newStore = CLogMessages::instance(support::NewOwner());
+    for (int i = 0; i < 20; ++i)
+    {
+        Push(L"a");
+        newStore.push(LogSeverityError, L"a");
+    }
+    EXPECT_EQ(Texts().size(), 20u);
+    newStore.pop(ring);
+    EXPECT_EQ(ring.size(), 10u);
+    EXPECT_EQ(ring.capacity().capacity(), 10u);
+}
+
+TEST(LogSettingsAtStartTest, AreInformationNoDebugMessagesAndFiveHundred)
+{
+    EXPECT_EQ(levelAtStart, LogSeverityInformation);
+    EXPECT_FALSE(debugMessagesAtStart);
+    Ring ring;
+    storeMadeAtStart.pop(ring);
+    EXPECT_EQ(ring.capacity().capacity(), 500u);
+}
+
+TEST_F(LogSettingsTest, ReadBackAsSet)
+{
+    SetLogLevel(LogSeverityTiming);
+    EXPECT_EQ(GetLogLevel(), LogSeverityTiming);
+    SetLogDebugMessages(true);
+    EXPECT_TRUE(LogDebugMessages());
+    SetLogDebugMessages(false);
+    EXPECT_FALSE(LogDebugMessages());
+}
+
+TEST_F(LogMessagesThreadTest, ManyThreadsPushAndOnePopsAndNothingIsLost)
+{
+    constexpr int threadCount = 3;
+    constexpr int messageCount = 2000;
+    store.SetLogCapacity(threadCount * messageCount);
+    std::atomic<int> running = threadCount;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < threadCount; ++t)
+        threads.emplace_back(
+            [this, t, &running]
+            {
+                for (int i = 0; i < messageCount; ++i)
+                    store.push(static_cast<LogSeverity>(t), std::to_wstring(i));
+                --running;
+            });
+    std::vector<int> next(threadCount, 0);
+    bool isLast = false;
+    while (!isLast)
+    {
+        isLast = running == 0;
+        store.pop(ring);
+        for (const CLogMessage& message : ring)
+            EXPECT_EQ(message.m_strMessage, std::to_wstring(next[static_cast<std::size_t>(message.m_eSeverity)]++));
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(next, std::vector<int>(threadCount, messageCount));
+}
+
+TEST_F(LogMessagesThreadTest, CapacityChangesWhileOthersPushAndPop)
+{
+    store.SetLogCapacity(20);
+    std::atomic<bool> isRunning = true;
+    std::thread pusher(
+        [&]
+        {
+            while (isRunning)
+                Push(L"a");
+        });
+    std::thread popper(
+        [&]
+        {
+            Ring mine;
+            while (isRunning)
+            {
+                store.pop(mine);
+                EXPECT_LE(mine.size(), 20u);
+            }
+        });
+    for (std::uint64_t i = 0; i < 2000; ++i)
+        store.SetLogCapacity(i % 21);
+    isRunning = false;
+    pusher.join();
+    popper.join();
+    store.SetLogCapacity(20);
+    Texts();
+    Push(L"last");
+    EXPECT_EQ(Texts(), Expected{L"last"});
+}
+
+TEST_F(LogMessagesThreadTest, StoreIsMadeOnceHoweverManyAskForIt)
+{
+    const void* const owner = support::NewOwner();
+    std::vector<CLogMessages*> stores(4, nullptr);
+    std::vector<std::thread> threads;
+    for (CLogMessages*& found : stores)
+        threads.emplace_back([&found, owner] { found = &CLogMessages::instance(owner); });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(stores, std::vector<CLogMessages*>(4, stores.front()));
+    EXPECT_NE(stores.front(), nullptr);
+}
