@@ -1,7 +1,7 @@
 #include "utility/records/InputRecordPtr.h"
 
+#include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 CInputRecordPtr::CInputRecordPtr(CInputOutputFile* file) : m_pFile(file), m_pCurrent(nullptr) {}
 
@@ -57,7 +57,7 @@ bool CInputRecordPtr::Read(void* destination, int count)
     const std::ptrdiff_t lastByte = std::ptrdiff_t{count} - 1;
     if (lastByte > m_itLine->Last() - m_pCurrent)
         return false;
-    std::memcpy(destination, m_pCurrent, static_cast<std::size_t>(count));
+    std::copy_n(m_pCurrent, count, static_cast<unsigned char*>(destination));
     AdvancePtr(count);
     return true;
 }
