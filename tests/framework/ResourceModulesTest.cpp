@@ -52,7 +52,7 @@ TEST_F(ResourceModulesTest, ModuleThatJoinedLastIsAskedFirst)
 
 TEST_F(ResourceModulesTest, ModuleWithAnEmptyStringDoesNotHoldIt)
 {
-    m_modules.strings = {{{Newer(), 61000}, L""}, {{Older(), 61000}, L"older"}};
+    m_modules.strings = {{{Newer(), 61000}, std::wstring()}, {{Older(), 61000}, L"older"}};
     EXPECT_EQ(StringModule(61000), Older());
 }
 

@@ -7,7 +7,7 @@ namespace utility::platform
 {
 
 /// Why the calling thread's latest failed operation failed, as a Windows error number on every system.
-/// Operations that succeed leave it as it was.
+/// After one that succeeded it says nothing: some systems' calls leave it as it was, some do not.
 UTILITY_API DWORD LastError() noexcept;
 
 /// Sets what LastError gives on the calling thread.
