@@ -1,0 +1,3 @@
+#include "bench/CommaCursor.h"
+
+bool CommaCursor::IsTerminator(char c) { return c == ',' || c == '\n' || c == '\0'; }

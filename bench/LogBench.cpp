@@ -1,0 +1,212 @@
+// A log message of a text and a number into a store of the last 500, and one that the level keeps out. Every logger has
+// its level set and tests it in both cases; the streams stand for what is written by hand.
+//
+// What the others leave out or do more: spdlog's messages are narrow, and its sink formats nothing but the message itself
+// until it is read; Boost.Log's are wide like the library's. The _mt sink locks as the library's store does, _st does not.
+
+#include "bench/AllocationCount.h"
+#include "utility/logging/LogStream.h"
+
+#include <benchmark/benchmark.h>
+#include <boost/circular_buffer.hpp>
+#include <boost/log/core.hpp>
+#include <boost/log/expressions.hpp>
+#include <boost/log/sinks/basic_sink_backend.hpp>
+#include <boost/log/sinks/sync_frontend.hpp>
+#include <boost/log/sources/record_ostream.hpp>
+#include <boost/log/sources/severity_logger.hpp>
+#include <boost/smart_ptr/make_shared.hpp>
+#include <spdlog/logger.h>
+#include <spdlog/sinks/ringbuffer_sink.h>
+
+#include <cstdint>
+#include <memory>
+#include <sstream>
+#include <string>
+
+namespace
+{
+
+constexpr std::size_t capacity = 500;
+
+/// What the store of a logger must hold at the end, after messages with the numbers up to `last`.
+template <class String>
+bool IsLastMessage(const String& text, int last)
+{
+    const std::string expected = "Feed rate too high in line " + std::to_string(last);
+    return text == String(expected.begin(), expected.end());
+}
+
+/// Measures `write(n)`, and shows how often it allocates.
+template <class Write>
+int WriteAll(benchmark::State& state, Write write)
+{
+    int number = 1'000'000;
+    // Its first messages fill the store.
+    for (std::size_t i = 0; i < 2 * capacity; ++i)
+        write(++number);
+    const std::uint64_t before = AllocationCount();
+    for (auto _ : state)
+        write(++number);
+    const auto allocations = static_cast<double>(AllocationCount() - before);
+    state.counters["allocations"] = allocations / static_cast<double>(state.iterations());
+    return number;
+}
+
+class UtilityLog
+{
+public:
+    UtilityLog() { SetLogLevel(LogSeverityWarning); }
+    UtilityLog(const UtilityLog&) = delete;
+    UtilityLog& operator=(const UtilityLog&) = delete;
+    ~UtilityLog() { SetLogLevel(LogSeverityInformation); }
+
+    void Accepted(int number) { LogFile(LogSeverityWarning, this) << L"Feed rate too high in line " << number; }
+    void FilteredOut(int number) { LogFile(LogSeverityInformation, this) << L"Feed rate too high in line " << number; }
+
+    bool Holds(std::size_t count, int last)
+    {
+        boost::circular_buffer_space_optimized<CLogMessage> messages;
+        CLogMessages::instance(this).pop(messages);
+        if (messages.size() != count)
+            return false;
+        if (count == 0)
+            return true;
+        std::wstring text = messages.back().m_strMessage;
+        text.pop_back(); // the line feed
+        return IsLastMessage(text, last);
+    }
+};
+
+template <class Sink>
+class SpdLog
+{
+public:
+    SpdLog() { m_logger.set_level(spdlog::level::warn); }
+
+    void Accepted(int number) { m_logger.warn("Feed rate too high in line {}", number); }
+    void FilteredOut(int number) { m_logger.info("Feed rate too high in line {}", number); }
+
+    bool Holds(std::size_t count, int last)
+    {
+        const auto messages = m_sink->last_raw();
+        if (messages.size() != count)
+            return false;
+        return count == 0 ||
+               IsLastMessage(std::string(messages.back().payload.data(), messages.back().payload.size()), last);
+    }
+
+private:
+    std::shared_ptr<Sink> m_sink = std::make_shared<Sink>(capacity);
+    spdlog::logger m_logger{"bench", m_sink};
+};
+
+/// Boost.Log has no sink of its own that keeps the last messages in memory.
+class BoostRing : public boost::log::sinks::basic_formatted_sink_backend<wchar_t>
+{
+public:
+    void consume(const boost::log::record_view&, const string_type& message) { messages.push_back(message); }
+
+    boost::circular_buffer<std::wstring> messages{capacity};
+};
+
+class BoostLog
+{
+public:
+    BoostLog()
+    {
+        namespace expressions = boost::log::expressions;
+        m_sink->set_formatter(expressions::stream << expressions::wmessage);
+        boost::log::core::get()->set_filter(expressions::attr<int>("Severity") >= int{LogSeverityWarning});
+        boost::log::core::get()->add_sink(m_sink);
+    }
+    BoostLog(const BoostLog&) = delete;
+    BoostLog& operator=(const BoostLog&) = delete;
+    ~BoostLog()
+    {
+        boost::log::core::get()->remove_sink(m_sink);
+        boost::log::core::get()->reset_filter();
+    }
+
+    void Accepted(int number) { Write(LogSeverityWarning, number); }
+    void FilteredOut(int number) { Write(LogSeverityInformation, number); }
+
+    bool Holds(std::size_t count, int last)
+    {
+        const auto& messages = m_sink->locked_backend()->messages;
+        return messages.size() == count && (count == 0 || IsLastMessage(messages.back(), last));
+    }
+
+private:
+    void Write(int severity, int number)
+    {
+        BOOST_LOG_SEV(m_logger, severity) << L"Feed rate too high in line " << number;
+    }
+
+    using Sink = boost::log::sinks::synchronous_sink<BoostRing>;
+    boost::shared_ptr<Sink> m_sink = boost::make_shared<Sink>();
+    boost::log::sources::wseverity_logger_mt<int> m_logger;
+};
+
+template <class Log>
+void Accepted(benchmark::State& state)
+{
+    Log log;
+    const int last = WriteAll(state, [&log](int number) { log.Accepted(number); });
+    if (!log.Holds(capacity, last))
+        state.SkipWithError("other messages");
+}
+
+template <class Log>
+void FilteredOut(benchmark::State& state)
+{
+    Log log;
+    const int last = WriteAll(state, [&log](int number) { log.FilteredOut(number); });
+    if (!log.Holds(0, last))
+        state.SkipWithError("messages below the level");
+}
+
+void FilteredOutByUtility(benchmark::State& state)
+{
+    FilteredOut<UtilityLog>(state);
+    if (state.counters["allocations"] != 0.0)
+        state.SkipWithError("a message below the level allocates");
+}
+
+void AcceptedByStream(benchmark::State& state)
+{
+    std::wstring text;
+    const int last = WriteAll(state,
+                              [&text](int number)
+                              {
+                                  std::wostringstream stream;
+                                  stream << L"Feed rate too high in line " << number;
+                                  text = stream.str();
+                                  benchmark::DoNotOptimize(text.data());
+                              });
+    if (!IsLastMessage(text, last))
+        state.SkipWithError("another text");
+}
+
+void FilteredOutByStream(benchmark::State& state)
+{
+    WriteAll(state,
+             [](int)
+             {
+                 std::wostringstream stream;
+                 benchmark::DoNotOptimize(&stream);
+             });
+}
+
+BENCHMARK(Accepted<UtilityLog>)->Name("log message/Utility");
+BENCHMARK(Accepted<SpdLog<spdlog::sinks::ringbuffer_sink_mt>>)->Name("log message/spdlog ring _mt");
+BENCHMARK(Accepted<SpdLog<spdlog::sinks::ringbuffer_sink_st>>)->Name("log message/spdlog ring _st");
+BENCHMARK(Accepted<BoostLog>)->Name("log message/Boost.Log");
+BENCHMARK(AcceptedByStream)->Name("log message/wostringstream");
+
+BENCHMARK(FilteredOutByUtility)->Name("log message below the level/Utility");
+BENCHMARK(FilteredOut<SpdLog<spdlog::sinks::ringbuffer_sink_mt>>)->Name("log message below the level/spdlog");
+BENCHMARK(FilteredOut<BoostLog>)->Name("log message below the level/Boost.Log");
+BENCHMARK(FilteredOutByStream)->Name("log message below the level/wostringstream");
+
+}

@@ -1,0 +1,240 @@
+// Numbers out of text: a million different fields, each ended by a comma. So many that no branch predictor learns them.
+
+#include "bench/CommaCursor.h"
+#include "utility/files/TextInputOutputFile.h"
+#include "utility/records/TextRecordReader.h"
+
+#include <benchmark/benchmark.h>
+#include <fast_float/fast_float.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <istream>
+#include <random>
+#include <streambuf>
+#include <string>
+#include <unordered_set>
+
+namespace
+{
+
+constexpr int fieldCount = 1'000'000;
+
+class InlineCommaCursor final : public CInlineTextRecordPtr<InlineCommaCursor>
+{
+public:
+    using CInlineTextRecordPtr::CInlineTextRecordPtr;
+    bool IsTerminator(char c) override { return c == ',' || c == '\n' || c == '\0'; }
+};
+
+struct Fields
+{
+    std::string commas;
+    std::string blanks; ///< the same with blanks in place of the commas
+    long double sum = 0.0L;
+    long double magnitude = 0.0L; ///< the sum of the absolute values
+};
+
+/// Different fields, as `next` makes them from a generator of random numbers.
+template <class Next>
+Fields MakeFields(Next next)
+{
+    Fields fields;
+    std::mt19937 random(20'000'001);
+    std::unordered_set<std::string> known;
+    while (known.size() < fieldCount)
+    {
+        const auto [field, isNew] = known.insert(next(random));
+        if (!isNew)
+            continue;
+        fields.commas += *field + ',';
+        const long double value = std::strtold(field->c_str(), nullptr);
+        fields.sum += value;
+        fields.magnitude += std::fabs(value);
+    }
+    fields.blanks = fields.commas;
+    std::replace(fields.blanks.begin(), fields.blanks.end(), ',', ' ');
+    return fields;
+}
+
+/// As FORTRAN programs write them: a fifth without a point, a quarter with an exponent (by E: the peers do not know D).
+/// Without a leading plus, which some peers do not know either.
+std::string NextReal(std::mt19937& random)
+{
+    const auto below = [&random](unsigned limit) { return static_cast<int>(random() % limit); };
+    const double mantissa = (below(2) == 0 ? 1 : -1) * static_cast<double>(random()) / 4294967296.0;
+    char text[40];
+    const int kind = below(20);
+    if (kind < 4)
+        std::snprintf(text, sizeof text, "%.0f", mantissa * std::pow(10.0, 5 + below(3)));
+    else if (kind < 15)
+        std::snprintf(text, sizeof text, "%#.*f", below(8), mantissa * std::pow(10.0, below(5)));
+    else
+        std::snprintf(text, sizeof text, "%.*E", 4 + below(5), mantissa * std::pow(10.0, below(9) - 4));
+    return text;
+}
+
+std::string NextInteger(std::mt19937& random)
+{
+    const auto value = static_cast<std::int64_t>(random() >> (1 + random() % 20));
+    return std::to_string(random() % 2 == 0 ? value : -value);
+}
+
+const Fields& Reals()
+{
+    static const Fields fields = MakeFields(NextReal);
+    return fields;
+}
+
+const Fields& Integers()
+{
+    static const Fields fields = MakeFields(NextInteger);
+    return fields;
+}
+
+template <class Cursor>
+double RealsByCursor(const Fields& fields)
+{
+    CTextInputOutputFile file;
+    Cursor cursor(&file);
+    cursor.Add(fields.commas.data(), fields.commas.data() + fields.commas.size() - 1);
+    double sum = 0.0;
+    double value;
+    while (!cursor.IsEndOfRecord() && cursor.ReadReal(value))
+    {
+        sum += value;
+        cursor.AdvancePtr();
+    }
+    return sum;
+}
+
+template <class Cursor>
+std::int64_t IntegersByCursor(const Fields& fields)
+{
+    CTextInputOutputFile file;
+    Cursor cursor(&file);
+    cursor.Add(fields.commas.data(), fields.commas.data() + fields.commas.size() - 1);
+    std::int64_t sum = 0;
+    int value;
+    while (!cursor.IsEndOfRecord() && cursor.ReadInt(value))
+    {
+        sum += value;
+        cursor.AdvancePtr();
+    }
+    return sum;
+}
+
+double RealsByStrtod(const Fields& fields)
+{
+    double sum = 0.0;
+    for (const char* at = fields.commas.c_str(); *at != '\0'; ++at)
+    {
+        char* end;
+        sum += std::strtod(at, &end);
+        at = end;
+    }
+    return sum;
+}
+
+std::int64_t IntegersByStrtol(const Fields& fields)
+{
+    std::int64_t sum = 0;
+    for (const char* at = fields.commas.c_str(); *at != '\0'; ++at)
+    {
+        char* end;
+        sum += std::strtol(at, &end, 10);
+        at = end;
+    }
+    return sum;
+}
+
+template <class Sum, class Value>
+Sum ByFromChars(const Fields& fields)
+{
+    Sum sum = 0;
+    Value value;
+    const char* const last = fields.commas.data() + fields.commas.size();
+    for (const char* at = fields.commas.data(); at != last; ++at)
+    {
+        const auto [end, error] = std::from_chars(at, last, value);
+        if (error != std::errc())
+            break;
+        sum += value;
+        at = end;
+    }
+    return sum;
+}
+
+double RealsByFastFloat(const Fields& fields)
+{
+    double sum = 0.0;
+    double value;
+    const char* const last = fields.commas.data() + fields.commas.size();
+    for (const char* at = fields.commas.data(); at != last; ++at)
+    {
+        const auto [end, error] = fast_float::from_chars(at, last, value);
+        if (error != std::errc())
+            break;
+        sum += value;
+        at = end;
+    }
+    return sum;
+}
+
+/// Reads a text where it is.
+class TextBuffer final : public std::streambuf
+{
+public:
+    explicit TextBuffer(const std::string& text)
+    {
+        // A buffer that is only read from never writes.
+        auto* const first = const_cast<char*>(text.data());
+        setg(first, first, first + text.size());
+    }
+};
+
+template <class Sum, class Value>
+Sum ByStream(const Fields& fields)
+{
+    TextBuffer buffer(fields.blanks);
+    std::istream stream(&buffer);
+    Sum sum = 0;
+    Value value;
+    while (stream >> value)
+        sum += value;
+    return sum;
+}
+
+/// Measures a way to read all fields. A way that leaves one out, or misreads one, is an error.
+template <auto Fields, auto Read>
+void ReadAll(benchmark::State& state)
+{
+    const auto& fields = Fields();
+    static const auto sum = Read(fields);
+    // Each value and each addition may be off by some units in the last place.
+    if (!(std::fabs(static_cast<long double>(sum) - fields.sum) <= fields.magnitude * 1e-14L))
+        return state.SkipWithError("another sum");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Read(fields));
+    state.SetItemsProcessed(state.iterations() * fieldCount);
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fields.commas.size()));
+}
+
+BENCHMARK(ReadAll<Reals, RealsByCursor<CommaCursor>>)->Name("reals from text/Utility:virtual");
+BENCHMARK(ReadAll<Reals, RealsByCursor<InlineCommaCursor>>)->Name("reals from text/Utility:inlined");
+BENCHMARK(ReadAll<Reals, RealsByFastFloat>)->Name("reals from text/fast_float");
+BENCHMARK(ReadAll<Reals, ByFromChars<double, double>>)->Name("reals from text/from_chars");
+BENCHMARK(ReadAll<Reals, RealsByStrtod>)->Name("reals from text/strtod");
+BENCHMARK(ReadAll<Reals, ByStream<double, double>>)->Name("reals from text/istream");
+
+BENCHMARK(ReadAll<Integers, IntegersByCursor<CommaCursor>>)->Name("integers from text/Utility:virtual");
+BENCHMARK(ReadAll<Integers, IntegersByCursor<InlineCommaCursor>>)->Name("integers from text/Utility:inlined");
+BENCHMARK(ReadAll<Integers, ByFromChars<std::int64_t, int>>)->Name("integers from text/from_chars");
+BENCHMARK(ReadAll<Integers, IntegersByStrtol>)->Name("integers from text/strtol");
+BENCHMARK(ReadAll<Integers, ByStream<std::int64_t, int>>)->Name("integers from text/istream");
+
+}
