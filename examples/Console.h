@@ -1,0 +1,40 @@
+#pragma once
+
+// What a console program needs of the system, the same on both: the only file of the examples that knows which it is on.
+
+#include <boost/filesystem/path.hpp>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace console
+{
+
+/// The arguments without the program's name, none of them mangled by a code page. Makes a Windows console take UTF-8.
+std::vector<boost::filesystem::path> Arguments(int count, char** arguments);
+
+/// A path as UTF-8.
+std::string Utf8(const boost::filesystem::path& path);
+
+/// Whether what is printed is seen at once.
+bool OutputIsTerminal();
+
+/// One line that is rewritten, and gone at the end. Shows nothing if the output is no terminal, or with a total of 0.
+class Progress
+{
+public:
+    explicit Progress(std::uint64_t total);
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress();
+
+    void Advance(std::uint64_t amount);
+
+private:
+    std::uint64_t m_total;
+    std::uint64_t m_done = 0;
+    int m_shown = -1; // per cent
+};
+
+}

@@ -1,0 +1,165 @@
+#include "examples/iges/IgesRecordPtr.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+namespace iges
+{
+
+namespace
+{
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+/// number * 10 + digit, but no more than `limit`.
+std::int64_t AppendDigit(std::int64_t number, char digit, std::int64_t limit)
+{
+    return std::min(number * 10 + (digit - '0'), limit);
+}
+
+}
+
+void Complain(const CTextInputOutputFile& file, const std::wstring& text)
+{
+    if (file.IssueMessages())
+        LogFile(LogSeverityError, GetThreadDatabase()) << text;
+}
+
+double Field::Number() const
+{
+    switch (kind)
+    {
+    case FieldKind::Empty:
+        return 0.0;
+    case FieldKind::Integer:
+        return integer;
+    case FieldKind::Real:
+        return real;
+    default:
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+RecordPtr::RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines)
+    : CInlineTextRecordPtr(file), m_delimiters(delimiters)
+{
+    for (const std::string_view line : lines)
+        Add(line.data(), line.data() + line.size() - 1);
+    m_line = Lines().begin();
+}
+
+// A zero byte in the text is a bad character: only the end of the record ends a field.
+bool RecordPtr::IsTerminator(char c) { return IsDelimiter(c) || (c == '\0' && IsEndOfRecord()); }
+
+bool RecordPtr::ReadField(Field& field)
+{
+    bool good = LookAhead(field.kind);
+    switch (field.kind)
+    {
+    case FieldKind::Integer:
+        good = ReadInt(field.integer) && good;
+        break;
+    case FieldKind::Real:
+        good = ReadReal(field.real);
+        break;
+    case FieldKind::Text:
+        good = ReadText(field.text);
+        break;
+    default:
+        break;
+    }
+    if (!good)
+    {
+        Complain(*InputFile(), L"Field " + std::to_wstring(m_number) + L" is bad.");
+        if (field.kind != FieldKind::Text)
+            field.kind = FieldKind::Bad;
+    }
+    return good;
+}
+
+bool RecordPtr::NextField()
+{
+    while (!IsTerminator(*this))
+        AdvancePtr();
+    const bool more = GetCurrentChar() == m_delimiters.parameter;
+    if (IsEndOfRecord())
+        Complain(*InputFile(), L"The record delimiter is missing.");
+    AdvancePtr();
+    ++m_number;
+    return more;
+}
+
+/// What the field at the cursor is. The cursor stays, but for blanks. False for an integer that is too large.
+bool RecordPtr::LookAhead(FieldKind& kind)
+{
+    kind = FieldKind::Empty;
+    SkipBlanks();
+    if (IsEndOfRecord())
+        return true;
+    const char* place = *this;
+    while (place < m_line->First() || place > m_line->Last())
+        ++m_line;
+
+    // ReadInt wraps at 32 bits without notice.
+    constexpr std::int64_t highest = std::numeric_limits<int>::max();
+    std::int64_t magnitude = 0;
+    bool onlyDigits = true;
+    const bool negative = *place == '-';
+    auto line = m_line;
+    while (!IsDelimiter(*place))
+    {
+        const char c = *place;
+        if (c == 'H' && onlyDigits && kind == FieldKind::Integer)
+        {
+            kind = FieldKind::Text;
+            return true;
+        }
+        if (c == '.' || IsExponentChar(c))
+        {
+            kind = FieldKind::Real;
+            return true;
+        }
+        kind = FieldKind::Integer;
+        if (IsDigit(c))
+            magnitude = AppendDigit(magnitude, c, highest + 2);
+        else
+            onlyDigits = false;
+        if (place != line->Last())
+            ++place;
+        else if (++line != Lines().end())
+            place = line->First();
+        else
+            break;
+    }
+    const bool fits = magnitude <= (negative ? highest + 1 : highest);
+    if (!fits)
+        Complain(*InputFile(), L"An integer has more than 32 bits.");
+    return fits;
+}
+
+bool RecordPtr::ReadText(std::string& text)
+{
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    text.clear();
+    std::int64_t count = 0;
+    for (; GetCurrentChar() != 'H'; AdvancePtr())
+        count = AppendDigit(count, *this, most);
+    AdvancePtr();
+    for (; count > 0 && !IsEndOfRecord(); --count, AdvancePtr())
+        text += GetCurrentChar();
+    if (count > 0)
+    {
+        Complain(*InputFile(), L"A text runs past the end of the record.");
+        return false;
+    }
+    SkipBlanks();
+    if (!IsTerminator(*this))
+    {
+        Complain(*InputFile(), L"A text is longer than its count.");
+        return false;
+    }
+    return true;
+}
+
+}

@@ -1,0 +1,79 @@
+#pragma once
+
+// The cursor over a record of an IGES file: fields between delimiters, each of which tells by its characters what it is.
+//
+//     RecordPtr cursor(&file, delimiters, lines);
+//     Field field;
+//     do
+//     {
+//         if (cursor.ReadField(field) && field.kind == FieldKind::Real)
+//             Use(field.real);
+//     } while (cursor.NextField());
+//
+// What is wrong with a field is a message of the file, and reading goes on behind the next delimiter.
+// The cursor owns no text: the lines must outlive it. It belongs to one thread.
+
+#include "utility/Utility.h"
+
+#include <list>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace iges
+{
+
+/// Logs an error of the calling thread's database, as the file's own messages are, and if the file issues any.
+void Complain(const CTextInputOutputFile& file, const std::wstring& text);
+
+struct Delimiters
+{
+    char parameter = ',';
+    char record = ';';
+};
+
+enum class FieldKind
+{
+    Empty,
+    Integer,
+    Real, ///< with a point or an exponent letter
+    Text, ///< nH and n characters
+    Bad,  ///< could not be read
+};
+
+struct Field
+{
+    FieldKind kind = FieldKind::Empty;
+    int integer = 0;
+    double real = 0.0;
+    std::string text;
+
+    /// The value as a number: 0 for an empty field, NaN for what is none.
+    double Number() const;
+};
+
+class RecordPtr final : public CInlineTextRecordPtr<RecordPtr>
+{
+public:
+    /// At the first field. A line must not be empty.
+    RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines);
+
+    bool IsTerminator(char c) override;
+
+    /// Reads the field at the cursor. False if it is bad: what there is of a text is kept, a number is FieldKind::Bad.
+    bool ReadField(Field& field);
+
+    /// Moves behind the next parameter delimiter. False at the record delimiter, and where that is missing.
+    bool NextField();
+
+private:
+    bool LookAhead(FieldKind& kind);
+    bool ReadText(std::string& text);
+    bool IsDelimiter(char c) const { return c == m_delimiters.parameter || c == m_delimiters.record; }
+
+    Delimiters m_delimiters;
+    std::list<TextLine>::const_iterator m_line; // not behind the cursor's
+    int m_number = 1;
+};
+
+}

@@ -1,0 +1,261 @@
+// What is in an IGES file: the road of a file through the library, from the mapping to the messages.
+//
+// The file is mapped and never copied. iges::File finds its records, each a list of lines that need not be adjacent;
+// iges::RecordPtr, a cursor derived from the library's CTextRecordPtr, walks such a list as one stream and reads its
+// numbers. What is wrong with them becomes a message in the log, which is collected here, record by record.
+
+#include "examples/Console.h"
+#include "examples/iges/EntityNames.h"
+#include "examples/iges/Survey.h"
+#include "utility/Utility.h"
+
+#include <boost/filesystem/operations.hpp>
+
+#include <charconv>
+#include <cstdio>
+#include <map>
+#include <string>
+
+/// To the library the database is an address. This program is its own host, and this is what it works on.
+class CEntityDatabase
+{
+};
+
+namespace
+{
+
+enum ExitStatus
+{
+    exitGood = 0,
+    exitBadRecords = 1,
+    exitNotReadable = 2,
+};
+
+constexpr unsigned int codePageUtf8 = 65001;
+constexpr std::uint64_t longFile = 1 << 20;
+
+struct Options
+{
+    boost::filesystem::path path;
+    bool help = false;
+    bool dump = false;
+    bool verbose = false;
+};
+
+void ShowHelp()
+{
+    std::printf("usage: iges_survey [--verbose] [--dump] FILE\n"
+                "\n"
+                "Tells what is in an IGES file: its entities by type, how many integers, reals and texts its\n"
+                "parameter records hold, the extents of the geometry, and what could not be read.\n"
+                "\n"
+                "  --verbose  also says how long each record is\n"
+                "  --dump     prints nothing but the parameter records, one a line: the number of the directory\n"
+                "             entry, then the fields, each behind a tab; messages go to the standard error stream\n"
+                "  --help     prints this\n"
+                "\n"
+                "The extents are those of %s,\n"
+                "each moved by the transformation matrices (124) that it names. They leave out what the directory\n"
+                "does not call geometry, curves in the parameters of a surface, and axes of revolution. A surface of\n"
+                "revolution counts by its curves alone. Control points enclose their curve or surface, so the box\n"
+                "may be larger than the part.\n"
+                "\n"
+                "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read.\n",
+                iges::measuredTypes);
+}
+
+bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Options& options)
+{
+    for (const boost::filesystem::path& argument : arguments)
+    {
+        if (argument == "--help")
+            options.help = true;
+        else if (argument == "--dump")
+            options.dump = true;
+        else if (argument == "--verbose")
+            options.verbose = true;
+        else if (options.path.empty() && console::Utf8(argument).substr(0, 2) != "--")
+            options.path = argument;
+        else
+            return false;
+    }
+    return options.help || !options.path.empty();
+}
+
+/// With so many significant digits, in every locale.
+std::string Text(double value, int digits)
+{
+    char text[32];
+    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
+}
+
+std::string Quoted(const std::string& bytes)
+{
+    constexpr char hexDigits[] = "0123456789ABCDEF";
+    std::string text = "\"";
+    for (const char c : bytes)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 32)
+            text += c;
+        else
+            text += {'\\', 'x', hexDigits[byte / 16], hexDigits[byte % 16]};
+    }
+    return text + '"';
+}
+
+std::string Dumped(const iges::Field& field)
+{
+    switch (field.kind)
+    {
+    case iges::FieldKind::Integer:
+        return std::to_string(field.integer);
+    case iges::FieldKind::Real:
+        return Text(field.real, 17);
+    case iges::FieldKind::Text:
+        return Quoted(field.text);
+    default:
+        return {};
+    }
+}
+
+/// Collects messages from the log, and says of each what it is about.
+class Messages
+{
+public:
+    void Collect(const std::string& subject)
+    {
+        CLogMessages::instance(GetThreadDatabase()).pop(m_popped);
+        for (const CLogMessage& message : m_popped)
+        {
+            m_text += subject + ": " + from_utf(message.m_strMessage, codePageUtf8);
+            m_hasErrors = m_hasErrors || message.m_eSeverity >= LogSeverityError;
+        }
+    }
+
+    bool HasErrors() const { return m_hasErrors; }
+    const std::string& Text() const { return m_text; }
+
+private:
+    boost::circular_buffer_space_optimized<CLogMessage> m_popped;
+    std::string m_text;
+    bool m_hasErrors = false;
+};
+
+std::string SubjectOf(const iges::File& file, const iges::Record& record)
+{
+    const iges::Entry* const entry = file.Find(record.directory);
+    const std::string number = record.directory > 0 ? std::to_string(record.directory) : std::string(record.name);
+    return "D " + number + (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
+}
+
+void ShowExtents(const iges::Extents& extents, const char* unit, double factor)
+{
+    std::printf("extents in %s\n", unit);
+    for (std::size_t i = 0; i < 3; ++i)
+        std::printf("  %c  %s to %s\n", "xyz"[i], Text(extents.low[i] * factor, 10).c_str(),
+                    Text(extents.high[i] * factor, 10).c_str());
+}
+
+void Show(const iges::File& file, const iges::Survey& survey)
+{
+    std::map<int, int> types;
+    for (const auto& [number, entry] : file.Directory())
+        ++types[entry.type];
+    std::printf("entities\n");
+    for (const auto& [type, count] : types)
+        std::printf("  %3d  %-36s %8d\n", type, iges::EntityName(type), count);
+    std::printf("fields\n  %llu integers, %llu reals, %llu texts\n", static_cast<unsigned long long>(survey.Integers()),
+                static_cast<unsigned long long>(survey.Reals()), static_cast<unsigned long long>(survey.Texts()));
+
+    const iges::Extents& extents = survey.ExtentsOfGeometry();
+    const iges::Unit& unit = file.LengthUnit();
+    if (extents.IsEmpty())
+    {
+        std::printf("extents\n  none\n");
+        return;
+    }
+    ShowExtents(extents, unit.name.c_str(), 1.0);
+    if (unit.millimetres > 0.0)
+        ShowExtents(extents, "millimetres", unit.millimetres);
+    else
+        std::printf("extents in millimetres\n  unknown: the file has a unit of its own\n");
+}
+
+ExitStatus Run(const Options& options)
+{
+    CTextInputOutputFile mapped(options.path);
+    if (!mapped.IsValid())
+    {
+        std::fprintf(stderr, "%s is empty or cannot be mapped\n", console::Utf8(options.path).c_str());
+        return exitNotReadable;
+    }
+    const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
+    if (!file.IsIges())
+    {
+        std::fprintf(stderr, "%s is no IGES file: no line has a section letter in column 73\n",
+                     console::Utf8(options.path).c_str());
+        return exitNotReadable;
+    }
+
+    Messages messages;
+    messages.Collect("file");
+    iges::Survey survey(file);
+    {
+        console::Progress progress(mapped.GetFileSize() >= longFile && !options.dump ? file.Records().size() : 0);
+        for (const iges::Record& record : file.Records())
+        {
+            std::string line(record.name);
+            survey.Read(record,
+                        [&](const iges::Field& field) { line += options.dump ? '\t' + Dumped(field) : std::string(); });
+            if (options.dump)
+                std::printf("%s\n", line.c_str());
+            messages.Collect(SubjectOf(file, record));
+            progress.Advance(1);
+        }
+    }
+
+    if (!options.dump)
+        Show(file, survey);
+    if (!options.dump && !messages.Text().empty())
+        std::printf("messages\n");
+    std::fputs(messages.Text().c_str(), options.dump ? stderr : stdout);
+    return messages.HasErrors() ? exitBadRecords : exitGood;
+}
+
+}
+
+int main(int argumentCount, char** arguments)
+{
+    InitialiseUtilityDLL();
+    SetLogDebugMessages(true);
+    CEntityDatabase database;
+    SetThreadDatabase(&database);
+
+    Options options;
+    if (!ParseArguments(console::Arguments(argumentCount, arguments), options))
+    {
+        std::fprintf(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
+        return exitNotReadable;
+    }
+    if (options.help)
+    {
+        ShowHelp();
+        return exitGood;
+    }
+    SetLogLevel(options.verbose ? LogSeverityInformation : LogSeverityWarning);
+    try
+    {
+        return Run(options);
+    }
+    catch (CException* failure)
+    {
+        wchar_t text[1024] = L"";
+        failure->GetErrorMessage(text, 1024, nullptr);
+        failure->Delete();
+        boost::system::error_code ignored;
+        const bool isFolder = boost::filesystem::is_directory(options.path, ignored);
+        std::fprintf(stderr, "%s%s\n", from_utf(text, codePageUtf8).c_str(), isFolder ? " It is a folder." : "");
+        return exitNotReadable;
+    }
+}
