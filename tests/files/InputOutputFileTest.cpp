@@ -6,9 +6,9 @@
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
+#include "tests/support/WithoutThreadSlot.h"
 #include "utility/framework/FileException.h"
 #include "utility/framework/ResourceModules.h"
-#include "utility/platform/ThreadSlot.h"
 
 #include <gtest/gtest.h>
 
@@ -17,13 +17,6 @@
 #include <thread>
 #include <type_traits>
 #include <vector>
-
-namespace utility::detail
-{
-
-extern platform::ThreadSlot threadDatabaseSlot;
-
-}
 
 namespace
 {
@@ -281,7 +274,7 @@ TEST_P(CInputOutputFileIssueTest, WithoutAThreadSlotTheOwnerIsNull)
 {
     TakeLog(nullptr);
     {
-        const utility::platform::ThreadSlot::Failure scope(utility::detail::threadDatabaseSlot);
+        const support::WithoutThreadSlot scope(utility::detail::threadDatabaseSlot);
         Issue(badCharacterInInteger, 'x');
     }
     EXPECT_EQ(TakeLog(nullptr), (Messages{{GetParam().severity, badXInInteger}}));

@@ -1,16 +1,10 @@
 #include "utility/logging/ThreadDatabase.h"
 
-#include "utility/platform/ThreadSlot.h"
+#include "tests/support/WithoutThreadSlot.h"
 
 #include <gtest/gtest.h>
 
 #include <thread>
-#include <utility>
-
-namespace utility::detail
-{
-extern platform::ThreadSlot threadDatabaseSlot;
-}
 
 namespace
 {
@@ -54,11 +48,12 @@ TEST(ThreadDatabaseTest, WithoutASlotNothingIsStoredAndNullIsRead)
     using utility::detail::threadDatabaseSlot;
     ASSERT_TRUE(threadDatabaseSlot.IsAllocated());
     SetThreadDatabase(firstDatabase);
-    const auto slot = std::exchange(threadDatabaseSlot, utility::platform::ThreadSlot());
-    EXPECT_EQ(GetThreadDatabase(), nullptr);
-    SetThreadDatabase(secondDatabase);
-    EXPECT_EQ(GetThreadDatabase(), nullptr);
-    threadDatabaseSlot = slot;
+    {
+        const support::WithoutThreadSlot scope(threadDatabaseSlot);
+        EXPECT_EQ(GetThreadDatabase(), nullptr);
+        SetThreadDatabase(secondDatabase);
+        EXPECT_EQ(GetThreadDatabase(), nullptr);
+    }
     EXPECT_EQ(GetThreadDatabase(), firstDatabase);
     SetThreadDatabase(nullptr);
 }

@@ -10,11 +10,11 @@ using namespace utility::platform;
 namespace
 {
 
-class ThreadSlotTest : public ::testing::Test
+class ThreadSlotFunctionsTest : public ::testing::Test
 {
 protected:
-    ThreadSlotTest() : m_slot(AllocateThreadSlot()) {}
-    ~ThreadSlotTest() override { FreeThreadSlot(m_slot); }
+    ThreadSlotFunctionsTest() : m_slot(AllocateThreadSlot()) {}
+    ~ThreadSlotFunctionsTest() override { FreeThreadSlot(m_slot); }
 
     DWORD m_slot;
 };
@@ -31,7 +31,7 @@ protected:
 
 }
 
-TEST_F(ThreadSlotTest, IsNullUntilAPointerIsStored)
+TEST_F(ThreadSlotFunctionsTest, IsNullUntilAPointerIsStored)
 {
     int value = 0;
     ASSERT_NE(m_slot, TLS_OUT_OF_INDEXES);
@@ -40,7 +40,7 @@ TEST_F(ThreadSlotTest, IsNullUntilAPointerIsStored)
     EXPECT_EQ(ThreadSlotValue(m_slot), &value);
 }
 
-TEST_F(ThreadSlotTest, NewThreadInheritsNothing)
+TEST_F(ThreadSlotFunctionsTest, NewThreadInheritsNothing)
 {
     int value = 0;
     int other = 0;
@@ -57,7 +57,7 @@ TEST_F(ThreadSlotTest, NewThreadInheritsNothing)
     EXPECT_EQ(ThreadSlotValue(m_slot), &value);
 }
 
-TEST_F(ThreadSlotTest, SlotsAreApart)
+TEST_F(ThreadSlotFunctionsTest, SlotsAreApart)
 {
     int value = 0;
     const DWORD other = AllocateThreadSlot();
@@ -67,7 +67,7 @@ TEST_F(ThreadSlotTest, SlotsAreApart)
     FreeThreadSlot(other);
 }
 
-TEST_F(ThreadSlotTest, SlotAllocatedAgainIsNull)
+TEST_F(ThreadSlotFunctionsTest, SlotAllocatedAgainIsNull)
 {
     int value = 0;
     for (int i = 0; i < 3; ++i)
@@ -79,7 +79,7 @@ TEST_F(ThreadSlotTest, SlotAllocatedAgainIsNull)
     }
 }
 
-TEST_F(ThreadSlotTest, RunsOutAndRecovers)
+TEST_F(ThreadSlotFunctionsTest, RunsOutAndRecovers)
 {
     std::vector<DWORD> slots;
     while (slots.size() < 100000)
@@ -97,7 +97,7 @@ TEST_F(ThreadSlotTest, RunsOutAndRecovers)
     FreeThreadSlot(again);
 }
 
-TEST_F(ThreadSlotTest, SlotThatCouldNotBeAllocatedReadsNull)
+TEST_F(ThreadSlotFunctionsTest, SlotThatCouldNotBeAllocatedReadsNull)
 {
     int value = 0;
     SetThreadSlotValue(TLS_OUT_OF_INDEXES, &value);
