@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 namespace platform = utility::platform;
@@ -16,15 +17,24 @@ TEST(LastErrorTest, GivesWhatWasSet)
 
 TEST(LastErrorThreadTest, EachThreadHasItsOwn)
 {
-    platform::SetLastError(ERROR_DISK_FULL);
-    DWORD atStart = 77;
-    std::thread(
-        [&atStart]
+    // Atomics alone lead the threads: other means of waiting may set the error themselves.
+    std::atomic<int> turn = 0;
+    DWORD othersError = 77;
+    std::thread other(
+        [&]
         {
-            atStart = platform::LastError();
             platform::SetLastError(ERROR_ACCESS_DENIED);
-        })
-        .join();
-    EXPECT_EQ(atStart, ERROR_SUCCESS);
-    EXPECT_EQ(platform::LastError(), ERROR_DISK_FULL);
+            turn = 1;
+            while (turn != 2)
+                ;
+            othersError = platform::LastError();
+        });
+    while (turn != 1)
+        ;
+    platform::SetLastError(ERROR_DISK_FULL);
+    turn = 2;
+    const DWORD ownError = platform::LastError();
+    other.join();
+    EXPECT_EQ(ownError, ERROR_DISK_FULL);
+    EXPECT_EQ(othersError, ERROR_ACCESS_DENIED);
 }

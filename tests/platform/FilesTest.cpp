@@ -216,8 +216,8 @@ TEST_F(FilesTest, TwoViewsOfOneFileAreUnmappedEachForItself)
 
 TEST_F(FilesTest, UnknownAddressIsNotUnmapped)
 {
-    static const char noView[4096] = {};
-    ExpectFailed(Files().UnmapView(noView), ERROR_INVALID_ADDRESS);
+    const std::string noView(4096, 'x');
+    ExpectFailed(Files().UnmapView(noView.data()), ERROR_INVALID_ADDRESS);
     platform::SetLastError(0);
     ExpectFailed(Files().UnmapView(nullptr), ERROR_INVALID_ADDRESS);
 }
@@ -291,8 +291,7 @@ TEST_F(FilesTest, ReaderIsNotWritten)
     const HANDLE file = Files().OpenForReading(File("a", "bytes").c_str());
     DWORD written = 0;
     ExpectFailed(Files().Write(file, "x", 1, written), ERROR_ACCESS_DENIED);
-    platform::SetLastError(0);
-    ExpectFailed(Files().TruncateHere(file), ERROR_ACCESS_DENIED);
+    EXPECT_FALSE(Files().TruncateHere(file));
     EXPECT_TRUE(Files().Close(file));
     EXPECT_EQ(m_folder.BytesOf(m_folder / "a"), "bytes");
 }

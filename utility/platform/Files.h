@@ -49,10 +49,11 @@ public:
     /// one that 32 bits hold.
     virtual DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) = 0;
 
-    /// Cuts or extends the file at the file position. As with Write, a file that is open for reading is refused with 5.
+    /// Cuts or extends the file at the file position. A file that is open for reading is refused.
     virtual bool TruncateHere(HANDLE file) = 0;
 
     /// Writes at the file position; `written` says how many bytes went out, which may be fewer than `size`.
+    /// A file that is open for reading is refused with 5.
     virtual bool Write(HANDLE file, const void* data, DWORD size, DWORD& written) = 0;
 
     /// Has the system bring all that was written to the disk.

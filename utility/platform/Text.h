@@ -14,7 +14,8 @@ namespace utility::platform
 ///
 /// Code pages have their Windows numbers: 65001 is UTF-8, 0 the system's narrow encoding, which is the ANSI code page
 /// on Windows and UTF-8 on Linux, whatever the locale. What a text cannot be converted to becomes the code page's
-/// substitute character. An unknown code page fails.
+/// substitute character; which near matches are taken instead, and how many substitutes stand for a longer malformed
+/// sequence, is the system's own. An unknown code page fails.
 class TextService
 {
 public:

@@ -12,6 +12,9 @@ public:
     HINSTANCE ModuleAt(const void* address) override
     {
         HINSTANCE module = nullptr;
+        // For null the system would give the program.
+        if (address == nullptr)
+            return nullptr;
         ::GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                              static_cast<const wchar_t*>(address), &module);
         return module;
