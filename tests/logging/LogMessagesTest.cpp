@@ -133,30 +133,36 @@ TEST_F(LogMessagesTest, FiveHundredAreHeldAndTheOldestGoesFirst)
 
 TEST_F(LogMessagesTest, FullStoreKeepsTheOrderHoweverLongTheMessages)
 {
-    store.SetLogCapacity(3);
-    Expected all;
-    for (std::size_t i = 0; i < 50; ++i)
+    for (const std::size_t capacity : {1, 2, 3, 16})
     {
-        all.push_back(std::wstring(i * 37 % 11 * 100 + 1, static_cast<wchar_t>(L'a' + i % 26)));
-        store.push(static_cast<LogSeverity>(i), all.back());
-    }
-    store.pop(ring);
-    ASSERT_EQ(ring.size(), 3u);
-    for (std::size_t i = 0; i < 3; ++i)
-    {
-        EXPECT_EQ(ring[i].m_strMessage, all[47 + i]);
-        EXPECT_EQ(static_cast<std::size_t>(ring[i].m_eSeverity), 47 + i);
+        store.SetLogCapacity(capacity);
+        Expected all;
+        for (std::size_t i = 0; i < 50; ++i)
+        {
+            all.push_back(std::wstring(i * 37 % 11 * 100 + 1, static_cast<wchar_t>(L'a' + i % 26)));
+            store.push(static_cast<LogSeverity>(i), all.back());
+        }
+        store.pop(ring);
+        ASSERT_EQ(ring.size(), capacity);
+        for (std::size_t i = 0; i < capacity; ++i)
+        {
+            EXPECT_EQ(ring[i].m_strMessage, all[50 - capacity + i]);
+            EXPECT_EQ(static_cast<std::size_t>(ring[i].m_eSeverity), 50 - capacity + i);
+        }
     }
 }
 
 TEST_F(LogMessagesTest, ShortMessageDoesNotKeepTheMemoryOfALongOne)
 {
     store.SetLogCapacity(1);
-    Push(std::wstring(100000, L'x'));
-    Push(L"short");
-    store.pop(ring);
-    EXPECT_EQ(ring.front().m_strMessage, L"short");
-    EXPECT_LT(ring.front().m_strMessage.capacity(), 1000u);
+    for (const std::wstring text : {L"a", L"longer than what a string holds without memory"})
+    {
+        Push(std::wstring(100000, L'x'));
+        Push(text);
+        store.pop(ring);
+        EXPECT_EQ(ring.front().m_strMessage, text);
+        EXPECT_LT(ring.front().m_strMessage.capacity(), 1000u);
+    }
 }
 
 TEST_F(LogMessagesTest, CapacityZeroDiscardsEverything)

@@ -11,6 +11,7 @@
 #include <iomanip>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>

@@ -83,13 +83,17 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
     if (message.empty())
         return;
     const Guard guard(m_lock);
-    if (m_ring.full() && !m_ring.empty() && m_ring.front().m_strMessage.capacity() <= message.size() + spareLength)
+    if (m_ring.full() && !m_ring.empty())
     {
-        // The oldest message gives its place and its memory.
+        // The oldest message gives its place, and its memory if that is not far too much.
         CLogMessage& oldest = m_ring.front();
-        oldest.m_strMessage = message;
+        if (oldest.m_strMessage.capacity() <= message.size() + spareLength)
+            oldest.m_strMessage = message;
+        else
+            std::wstring(message).swap(oldest.m_strMessage);
         oldest.m_eSeverity = severity;
-        m_ring.rotate(m_ring.begin() + 1);
+        if (m_ring.size() > 1)
+            m_ring.rotate(m_ring.begin() + 1);
         return;
     }
     CLogMessage stored(severity, std::wstring());
