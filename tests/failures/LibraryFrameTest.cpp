@@ -1,5 +1,6 @@
 #include "utility/failures/LibraryFrame.h"
 
+#include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "utility/failures/ResourceString.h"
 #include "utility/framework/ResourceModules.h"
@@ -57,6 +58,30 @@ TEST(ZeloInitMFCExtensionDLLTest, AddsALinkWithModuleAndResources)
     EXPECT_EQ(FirstLibrary()->Next(), earlier);
     EXPECT_EQ(FirstLibrary()->Module(), moduleA.Handle());
     EXPECT_EQ(FirstLibrary()->Resources(), resourcesA.Handle());
+}
+
+TEST(ZeloInitMFCExtensionDLLTest, StringsOfTheModuleThatJoinedLastAreFoundFirst)
+{
+    static support::FakeModule resourcesB;
+    support::TableModules modules;
+    modules.strings[{resourcesA.Handle(), 8304}] = L"A";
+    modules.strings[{resourcesB.Handle(), 8304}] = L"B";
+    const support::Substitute<utility::platform::ModuleService> scope(utility::platform::ModulesSlot(), modules);
+    ZeloInitMFCExtensionDLL(moduleA.Handle(), resourcesA.Handle());
+    EXPECT_EQ(resource_string(8304), L"A");
+    ZeloInitMFCExtensionDLL(moduleB.Handle(), resourcesB.Handle());
+    EXPECT_EQ(resource_string(8304), L"B");
+    // What the later ones do not have is found further along.
+    EXPECT_EQ(resource_string(8309), L"metres");
+}
+
+TEST(InitialiseUtilityDLLTest, StandsForAHostWithoutACurrentInstance)
+{
+    const KeepModuleState keep;
+    CurrentModuleState().currentInstance = nullptr;
+    InitialiseUtilityDLL();
+    EXPECT_NE(CurrentModuleState().currentInstance, nullptr);
+    EXPECT_EQ(CurrentModuleState().currentInstance, FirstLibrary()->Module());
 }
 
 TEST(InitialiseUtilityDLLTest, MakesTheLibrarysStringsKnown)

@@ -1,7 +1,7 @@
 #include "utility/files/InputOutputFile.h"
 
 #include "tests/support/ForwardingFiles.h"
-#include "tests/support/KeepLogSettings.h"
+#include "tests/support/LogSettings.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
@@ -16,6 +16,7 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace
@@ -35,13 +36,12 @@ class CInputOutputFileTest : public ::testing::Test
 protected:
     CInputOutputFileTest()
     {
-        SetLogLevel(LogSeverityInformation);
         SetLogDebugMessages(true);
         file.SetIssueMessages(true);
         file.SetVerboseMessages(true);
     }
 
-    const support::KeepLogSettings keep;
+    const support::LogSettings settings;
     support::ThreadLog log;
     support::TemporaryFolder folder;
     CInputOutputFile file;
@@ -308,8 +308,7 @@ TEST_P(CInputOutputFileIssueTest, NeitherNeedsAnOpenFileNorChangesOne)
 
 TEST(CInputOutputFileThreadTest, ThreadsWithDifferentDatabasesLogToTheirOwnStoresThroughOneFile)
 {
-    const support::KeepLogSettings keep;
-    SetLogLevel(LogSeverityInformation);
+    const support::LogSettings settings;
     SetLogDebugMessages(true);
     CInputOutputFile file;
     file.SetIssueMessages(true);
@@ -340,8 +339,7 @@ TEST(CInputOutputFileThreadTest, ThreadsWithDifferentDatabasesLogToTheirOwnStore
 
 TEST(CInputOutputFileThreadTest, NewThreadHasNoDatabase)
 {
-    const support::KeepLogSettings keep;
-    SetLogLevel(LogSeverityInformation);
+    const support::LogSettings settings;
     SetLogDebugMessages(true);
     support::ThreadLog log;
     TakeLog(nullptr);

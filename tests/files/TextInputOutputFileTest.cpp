@@ -1,7 +1,7 @@
 #include "utility/files/TextInputOutputFile.h"
 
 #include "tests/support/ForwardingFiles.h"
-#include "tests/support/KeepLogSettings.h"
+#include "tests/support/LogSettings.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
@@ -32,13 +32,12 @@ class CTextInputOutputFileTest : public ::testing::Test
 protected:
     CTextInputOutputFileTest()
     {
-        SetLogLevel(LogSeverityInformation);
         SetLogDebugMessages(true);
         file.SetIssueMessages(true);
         file.SetVerboseMessages(true);
     }
 
-    const support::KeepLogSettings keep;
+    const support::LogSettings settings;
     support::ThreadLog log;
     support::TemporaryFolder folder;
     CTextInputOutputFile file;

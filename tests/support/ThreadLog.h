@@ -36,24 +36,24 @@ inline std::vector<Logged> TakeLog(const void* owner)
     return taken;
 }
 
-/// The calling thread works for a database of this object's for a scope.
+/// The calling thread works for a new database for a scope.
 class ThreadLog
 {
 public:
-    ThreadLog() : m_earlier(GetThreadDatabase())
-    {
-        // The store may be that of an earlier object at the same place.
-        TakeLog(Database());
-        SetThreadDatabase(Database());
-    }
+    ThreadLog() : m_earlier(GetThreadDatabase()) { SetThreadDatabase(reinterpret_cast<CEntityDatabase*>(&m_database)); }
     ThreadLog(const ThreadLog&) = delete;
     ThreadLog& operator=(const ThreadLog&) = delete;
-    ~ThreadLog() { SetThreadDatabase(m_earlier); }
+    ~ThreadLog()
+    {
+        SetThreadDatabase(m_earlier);
+        // A store outlives its owner, and another may come to live at its place.
+        Take();
+    }
 
-    CEntityDatabase* Database() { return reinterpret_cast<CEntityDatabase*>(this); }
-    std::vector<Logged> Take() { return TakeLog(Database()); }
+    std::vector<Logged> Take() const { return TakeLog(&m_database); }
 
 private:
+    char m_database = 0;
     CEntityDatabase* m_earlier;
 };
 
