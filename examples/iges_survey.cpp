@@ -54,11 +54,10 @@ void ShowHelp()
                 "             entry, then the fields, each behind a tab; messages go to the standard error stream\n"
                 "  --help     prints this\n"
                 "\n"
-                "The extents are those of %s,\n"
-                "each moved by the transformation matrices (124) that it names. They leave out what the directory\n"
-                "does not call geometry, curves in the parameters of a surface, and axes of revolution. A surface of\n"
-                "revolution counts by its curves alone. Control points enclose their curve or surface, so the box\n"
-                "may be larger than the part.\n"
+                "The extents are those of %s, each moved by the transformation matrices (124) that it names.\n"
+                "They leave out what the directory does not call geometry, curves in the parameters of a surface,\n"
+                "and axes of revolution. A surface of revolution counts by its curves alone. Control points enclose\n"
+                "their curve or surface, so the box may be larger than the part.\n"
                 "\n"
                 "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read.\n",
                 iges::measuredTypes);

@@ -46,7 +46,8 @@ bool AddGeometry(const std::vector<double>& numbers, const Transform& transform,
 
 /// What the extents are made of, in words.
 inline constexpr const char* measuredTypes =
-    "circular arcs (100), copious data (106), lines (110), points (116), the ends of tabulated\n"
-    "cylinders (122), the control points of B-spline curves (126) and surfaces (128), vertices (502)";
+    "circular arcs (100), copious data (106), lines (110), points (116), the ends\n"
+    "of tabulated cylinders (122), the control points of B-spline curves (126) and surfaces (128), and\n"
+    "vertices (502)";
 
 }

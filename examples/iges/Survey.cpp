@@ -100,6 +100,8 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
         if (onField)
             onField(m_field);
     } while (cursor.NextField());
+    LogFile(LogSeverityInformation, GetThreadDatabase())
+        << L"Lines: " << record.lines.size() << L", fields: " << m_numbers.size();
 
     const Entry* const entry = m_file.Find(record.directory);
     if (entry == nullptr)

@@ -1,0 +1,31 @@
+# Runs a program and compares: cmake -D PROGRAM=… -D "ARGUMENTS=…;…" -D STATUS=… -P Run.cmake
+#   EMULATOR  runs the program, if it is of another system
+#   OUTPUT    a file that the standard output has to equal, but for line ends
+#   MATCH     a regular expression for the standard output
+#   ERRORS    a regular expression for the standard error stream, which is empty without it
+#   COPY, TO  a file to be copied beforehand
+if(COPY)
+  configure_file("${COPY}" "${TO}" COPYONLY)
+endif()
+execute_process(
+  COMMAND ${EMULATOR} "${PROGRAM}" ${ARGUMENTS}
+  RESULT_VARIABLE status
+  OUTPUT_VARIABLE output
+  ERROR_VARIABLE errors)
+string(REPLACE "\r" "" output "${output}")
+string(REPLACE "\r" "" errors "${errors}")
+if(NOT status STREQUAL STATUS)
+  message(FATAL_ERROR "The exit status is ${status}, not ${STATUS}.\n${output}\n${errors}")
+endif()
+if(OUTPUT)
+  file(READ "${OUTPUT}" expected)
+  if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "The output is\n${output}\ninstead of\n${expected}")
+  endif()
+endif()
+if(NOT output MATCHES "${MATCH}")
+  message(FATAL_ERROR "The output does not match ${MATCH}:\n${output}")
+endif()
+if(NOT errors STREQUAL "" AND NOT ERRORS OR NOT errors MATCHES "${ERRORS}")
+  message(FATAL_ERROR "The standard error stream is\n${errors}")
+endif()
