@@ -16,14 +16,6 @@ CTextRecordPtr::CTextRecordPtr(CTextInputOutputFile* file) : m_pFile(file), m_pC
 
 CTextRecordPtr::~CTextRecordPtr() = default;
 
-void CTextRecordPtr::SkipBlanks()
-{
-    while (*m_pCurrent == ' ')
-        AdvancePtr();
-}
-
-bool CTextRecordPtr::IsExponentChar(char c) const { return c == 'D' || c == 'E' || c == 'd' || c == 'e'; }
-
 void CTextRecordPtr::Add(const char* first, const char* last)
 {
     CTextRecord::Add(first, last);
@@ -46,10 +38,6 @@ bool CTextRecordPtr::ReadChar(char& c)
     AdvancePtr();
     return true;
 }
-
-bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }
-
-bool CTextRecordPtr::ReadReal(double& value) { return ReadRealAs<CTextRecordPtr>(value); }
 
 void CTextRecordPtr::SkipLine()
 {

@@ -34,6 +34,11 @@
 
 class CTextInputOutputFile;
 
+namespace utility::detail
+{
+class LongMantissa;
+}
+
 class UTILITY_API CTextRecordPtr : public CTextRecord
 {
 public:
@@ -42,14 +47,18 @@ public:
     virtual ~CTextRecordPtr();
 
     /// Skips blanks (0x20 and nothing else), across lines.
-    virtual void SkipBlanks();
+    virtual void SkipBlanks()
+    {
+        while (*m_pCurrent == ' ')
+            AdvancePtr();
+    }
 
     /// Whether a character ends the current field. It is asked about every character at which a read stands, and about
     /// the 0 at the end of the record: with false for that, a field that the end cuts short is reported.
     virtual bool IsTerminator(char c) = 0;
 
     /// Whether a letter introduces an exponent.
-    virtual bool IsExponentChar(char c) const;
+    virtual bool IsExponentChar(char c) const { return c == 'D' || c == 'E' || c == 'd' || c == 'e'; }
 
     CTextInputOutputFile* InputFile() const { return m_pFile; }
 
@@ -103,6 +112,10 @@ protected:
     static const char m_cNULL; ///< stands for the end of the record
 
 private:
+    template <class Format>
+    bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
+    template <class Format, class Mantissa>
+    bool EndRealAs(Mantissa mantissa, bool atTerminator, double& value);
     void NextLine();
     void IssueAtCursor(int messageId) const;
 
@@ -111,3 +124,5 @@ private:
     const char* m_pCurrent;
     const char* m_pLast; // of the current line; at the end of the record the end mark, like the cursor
 };
+
+#include "utility/records/TextRecordReader.h"

@@ -13,53 +13,187 @@
 //         bool IsTerminator(char c) override { return c == ',' || c == '\n' || c == '\0'; }
 //     };
 //
-// The method. A value is two accumulations, whole part and fraction, each of which is defined as a chain of doubles:
-// x = x * 10.0 + digit. As long as such a chain stays within 2^53 every step of it is exact, and an integer gives the same
-// value without waiting for two roundings a digit; DigitSum changes over to doubles in the step that would leave that range.
+// The method. What a mispredicted branch costs is a multiple of what a digit costs, and where a number's sign, point and
+// end stand cannot be predicted. So a mantissa is one loop for sign, whole part, point and fraction alike, whose only
+// unpredictable branch is the one at its end: a table says for each character what it is, what may follow it and what it
+// adds to a sum of all digits, and the state of the grammar is a set of bits that is and-ed with the table's. The sum up
+// to the point is kept as it goes by; the fraction is what the rest of the sum amounts to.
+//
+// Whole part and fraction are each defined as a chain of doubles, x = x * 10.0 + digit. Up to 2^53 every step of such a
+// chain is exact, so that an integer gives the same value, and ChainOfDoubles takes the rest of the steps for a longer one.
+// Where the integers might not hold the digits, or the line ends, LongMantissa goes on, by the same table, in doubles.
+//
 // The cursor's place is kept in a local as well as in the object: the tests may look at the cursor, but the next
-// character need not wait for the object to be read back.
+// character need not wait for the object to be read back. And all this is compiled with its user, not within the
+// library: processors predict calls into another module badly, and the tests are called for every character.
 
 #include "utility/numbers/FloatHygiene.h"
 #include "utility/records/TextRecordPtr.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 
 namespace utility::detail
 {
 
-/// x = x * 10.0 + digit over a run of digits, in doubles, computed in integers while that is the same.
-class DigitSum
+/// What a character is to a mantissa.
+struct MantissaCharacter
 {
-public:
-    void Add(int digit)
-    {
-        if (m_exact <= exactLimit)
-            m_exact = m_exact * 10 + digit;
-        else
-            AddRounded(digit);
-    }
-
-    bool IsZero() const { return m_exact == 0; }
-
-    double Value() const { return m_exact == roundedMark ? m_rounded : static_cast<double>(m_exact); }
-
-private:
-    static constexpr std::int64_t exactLimit = ((std::int64_t{1} << 53) - 9) / 10;
-    static constexpr std::int64_t roundedMark = INT64_MAX;
-
-    void AddRounded(int digit)
-    {
-        m_rounded = Value() * 10.0 + digit;
-        m_exact = roundedMark;
-    }
-
-    std::int64_t m_exact = 0;
-    double m_rounded = 0.0;
+    std::uint8_t kind = 0;  ///< the one bit of MantissaState that allows it; none if it cannot be part of a mantissa
+    std::uint8_t next = 0;  ///< the bits of MantissaState that it leaves
+    std::uint8_t digit = 0; ///< its worth; a sign and a point are a 0, too
 };
 
-inline bool IsDigit(char c) { return static_cast<unsigned char>(c - '0') <= 9; }
-inline bool IsSign(char c) { return c == '-' || c == '+'; }
+enum MantissaState : std::uint8_t
+{
+    mayBeDigit = 1,
+    mayBePoint = 2, // as long as the whole part lasts
+    mayBeSign = 4,
+    isPositive = 8,
+    mantissaStart = mayBeDigit | mayBePoint | mayBeSign | isPositive,
+};
+
+constexpr auto mantissaCharacters = []
+{
+    std::array<MantissaCharacter, 256> table{};
+    // Deliberately as if a leading zero were not there: a sign may follow it.
+    table['0'] = {mayBeDigit, mantissaStart, 0};
+    for (std::uint8_t digit = 1; digit <= 9; ++digit)
+        table[std::size_t{'0'} + digit] = {mayBeDigit, mayBeDigit | mayBePoint | isPositive, digit};
+    table['+'] = {mayBeSign, mayBeDigit | mayBePoint | isPositive, 0};
+    table['-'] = {mayBeSign, mayBeDigit | mayBePoint, 0};
+    table['.'] = {mayBePoint, mayBeDigit | isPositive, 0};
+    return table;
+}();
+
+inline const MantissaCharacter& ToMantissa(char c) { return mantissaCharacters[static_cast<unsigned char>(c)]; }
+
+/// More characters would not fit into the sum.
+constexpr int longestMantissa = 19;
+
+/// 10 to the power i.
+constexpr auto integerPowers = []
+{
+    std::array<std::uint64_t, longestMantissa + 1> table{1};
+    for (std::size_t i = 1; i < table.size(); ++i)
+        table[i] = table[i - 1] * 10;
+    return table;
+}();
+
+/// What x = x * 10.0 + digit gives over the digits of an integer.
+inline double ChainOfDoubles(std::uint64_t digits)
+{
+    constexpr std::uint64_t exactLimit = std::uint64_t{1} << 53;
+    std::size_t left = 0;
+    std::uint64_t exact = digits;
+    for (; exact > exactLimit; ++left)
+        exact /= 10;
+    auto value = static_cast<double>(static_cast<std::int64_t>(exact));
+    while (left != 0)
+        value = value * 10.0 + static_cast<double>(digits / integerPowers[--left] % 10);
+    return value;
+}
+
+/// A mantissa of any length, over any number of lines.
+class LongMantissa
+{
+public:
+    LongMantissa(unsigned int state, double whole, double fraction, std::int64_t fractionDigits)
+        : m_state(state), m_whole(whole), m_fraction(fraction), m_fractionDigits(fractionDigits)
+    {
+    }
+
+    bool Allows(char c) const { return (ToMantissa(c).kind & m_state) != 0; }
+
+    void Add(char c)
+    {
+        const MantissaCharacter& character = ToMantissa(c);
+        m_state &= character.next;
+        if (IsWhole())
+        {
+            m_whole = m_whole * 10.0 + character.digit;
+        }
+        else if (character.kind == mayBeDigit)
+        {
+            m_fraction = m_fraction * 10.0 + character.digit;
+            ++m_fractionDigits;
+        }
+    }
+
+    bool IsWhole() const { return (m_state & mayBePoint) != 0; }
+
+    const LongMantissa& Lengthened() const { return *this; }
+
+    double Value() const
+    {
+        // A quotient, not a product with the inverse, which would round otherwise.
+        const double fraction =
+            m_fraction / pow10(static_cast<int>(std::min<std::int64_t>(m_fractionDigits, INT32_MAX)));
+        return (m_state & isPositive) != 0 ? fraction + m_whole : -fraction + -m_whole;
+    }
+
+private:
+    unsigned int m_state;
+    double m_whole;
+    double m_fraction; // its digits, as a whole number
+    std::int64_t m_fractionDigits;
+};
+
+/// A mantissa of at most `longestMantissa` characters within a line, at the end of which it stands.
+class ShortMantissa
+{
+public:
+    explicit ShortMantissa(const char* start) : m_place(start), m_wholeEnd(start) {}
+
+    const char* Place() const { return m_place; }
+
+    bool Allows(char c) const { return (ToMantissa(c).kind & m_state) != 0; }
+
+    void AddNext()
+    {
+        const MantissaCharacter& character = ToMantissa(*m_place++);
+        m_state &= character.next;
+        m_sum = m_sum * 10 + character.digit;
+        // Written to become conditional moves.
+        m_whole = IsWhole() ? m_sum : m_whole;
+        m_wholeEnd = IsWhole() ? m_place : m_wholeEnd;
+    }
+
+    bool IsWhole() const { return (m_state & mayBePoint) != 0; }
+
+    double Value() const
+    {
+        // Without a point a fraction of 0 is divided, by a tenth.
+        return WithSign(ChainOfDoubles(Fraction()) / pow10(BehindWhole() - 1)) + WithSign(ChainOfDoubles(m_whole));
+    }
+
+    LongMantissa Lengthened() const
+    {
+        return {m_state, ChainOfDoubles(m_whole), ChainOfDoubles(Fraction()), std::max(BehindWhole() - 1, 0)};
+    }
+
+private:
+    /// How many characters follow the whole part, the point among them.
+    int BehindWhole() const { return static_cast<int>(m_place - m_wholeEnd); }
+
+    std::uint64_t Fraction() const { return m_sum - m_whole * integerPowers[static_cast<unsigned int>(BehindWhole())]; }
+
+    /// Negation without a branch.
+    double WithSign(double value) const
+    {
+        const std::uint64_t sign = std::uint64_t{(m_state & isPositive) == 0} << 63;
+        return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ sign);
+    }
+
+    unsigned int m_state = mantissaStart;
+    std::uint64_t m_sum = 0;
+    std::uint64_t m_whole = 0;
+    const char* m_place;
+    const char* m_wholeEnd;
+};
 
 /// The text messages that the reader issues, by number.
 enum ReaderMessage : int
@@ -77,18 +211,20 @@ bool CTextRecordPtr::ReadIntAs(int& value)
 {
     auto& format = static_cast<Format&>(*this);
     format.SkipBlanks();
+    const char* at = m_pCurrent;
     // Wraps without notice, which signed arithmetic may not.
     std::uint32_t sum = 0;
     char sign = '\0';
     bool failed = false;
-    char c = *m_pCurrent;
-    while (!failed && !format.IsTerminator(c))
+    while (!format.IsTerminator(*at) && !failed)
     {
-        if (utility::detail::IsDigit(c))
+        const char c = *at;
+        const auto digit = static_cast<std::uint32_t>(c) - std::uint32_t{'0'};
+        if (digit <= 9)
         {
-            sum = sum * 10 + static_cast<std::uint32_t>(c - '0');
+            sum = sum * 10 + digit;
         }
-        else if (utility::detail::IsSign(c) && sum == 0 && sign == '\0')
+        else if ((c == '-' || c == '+') && sum == 0 && sign == '\0')
         {
             sign = c;
         }
@@ -104,10 +240,11 @@ bool CTextRecordPtr::ReadIntAs(int& value)
                 break;
             IssueAtCursor(utility::detail::badCharacterInInteger);
             failed = true;
+            at = m_pCurrent;
         }
         // Deliberately in case of failure too: it leaves the cursor behind the bad character.
         AdvancePtr();
-        c = *m_pCurrent;
+        at = m_pCurrent;
     }
     value = static_cast<int>(sign == '-' ? 0 - sum : sum);
     return !failed;
@@ -116,102 +253,76 @@ bool CTextRecordPtr::ReadIntAs(int& value)
 template <class Format>
 bool CTextRecordPtr::ReadRealAs(double& value)
 {
-    using utility::detail::DigitSum;
-    using utility::detail::IsDigit;
-
     auto& format = static_cast<Format&>(*this);
     format.SkipBlanks();
-    const char* at = m_pCurrent;
-    const auto step = [this, &at]
+    utility::detail::ShortMantissa mantissa(m_pCurrent);
+    const auto room = static_cast<std::size_t>(m_pLast - m_pCurrent);
+    const char* const lastPlace = m_pCurrent + std::min<std::size_t>(room, utility::detail::longestMantissa - 1);
+    bool atTerminator = false;
+    while (!(atTerminator = format.IsTerminator(*mantissa.Place())) && mantissa.Allows(*mantissa.Place()))
     {
-        if (at == m_pLast)
+        const bool isLong = mantissa.Place() == lastPlace;
+        mantissa.AddNext();
+        if (isLong) [[unlikely]]
         {
-            NextLine();
-            at = m_pCurrent;
+            AdvancePtr();
+            return ReadLongRealAs<Format>(mantissa.Lengthened(), value);
         }
-        else
-        {
-            m_pCurrent = ++at;
-        }
-    };
+        m_pCurrent = mantissa.Place();
+    }
+    return EndRealAs<Format>(mantissa, atTerminator, value);
+}
 
-    // Each test of a digit stands in the branch of the digits, where a test that is inlined folds away.
-    char sign = '\0';
-    DigitSum whole;
-    for (char c = *at;; c = *at)
+template <class Format>
+bool CTextRecordPtr::ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    bool atTerminator = false;
+    while (!(atTerminator = format.IsTerminator(*m_pCurrent)) && mantissa.Allows(*m_pCurrent))
     {
-        if (IsDigit(c))
+        mantissa.Add(*m_pCurrent);
+        AdvancePtr();
+    }
+    return EndRealAs<Format>(mantissa, atTerminator, value);
+}
+
+template <class Format, class Mantissa>
+bool CTextRecordPtr::EndRealAs(Mantissa mantissa, bool atTerminator, double& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    char c = *m_pCurrent;
+    if (!atTerminator && !format.IsExponentChar(c)) [[unlikely]]
+    {
+        if (mantissa.IsWhole() && IsEndOfRecord())
         {
-            if (format.IsTerminator(c))
-                break;
-            whole.Add(c - '0');
-        }
-        else if (format.IsTerminator(c) || c == '.')
-        {
-            break;
-        }
-        else if (utility::detail::IsSign(c) && sign == '\0' && whole.IsZero())
-        {
-            sign = c;
-        }
-        else
-        {
-            if (format.IsExponentChar(c))
-                break;
-            if (IsEndOfRecord())
-            {
-                IssueAtCursor(utility::detail::endOfFileInReal);
-                return false;
-            }
-            format.SkipBlanks();
-            at = m_pCurrent;
-            if (format.IsTerminator(*at))
-                break;
-            IssueAtCursor(utility::detail::badCharacterInReal);
+            IssueAtCursor(utility::detail::endOfFileInReal);
             return false;
         }
-        step();
-    }
-
-    bool failed = false;
-    double fraction = 0.0;
-    // Deliberately without asking whether the character is a terminator: a point goes on with the number in any case.
-    char c = *at;
-    if (c == '.')
-    {
-        DigitSum digits;
-        std::int64_t count = 0;
-        step();
-        for (c = *at;; c = *at)
+        format.SkipBlanks();
+        if (!format.IsTerminator(*m_pCurrent))
         {
-            if (!IsDigit(c))
-            {
-                if (format.IsTerminator(c) || format.IsExponentChar(c))
-                    break;
-                // c deliberately stays what it is, so that no exponent can follow blanks.
-                format.SkipBlanks();
-                at = m_pCurrent;
-                failed = !format.IsTerminator(*at);
-                if (failed)
-                    IssueAtCursor(utility::detail::badCharacterInReal);
-                break;
-            }
-            if (format.IsTerminator(c))
-                break;
-            digits.Add(c - '0');
-            ++count;
-            step();
+            IssueAtCursor(utility::detail::badCharacterInReal);
+            if (!mantissa.IsWhole())
+                value = mantissa.Value();
+            return false;
         }
-        // A quotient, not a product with the inverse, which would round otherwise.
-        fraction = digits.Value() / pow10(static_cast<int>(std::min<std::int64_t>(count, INT32_MAX)));
+        // Deliberately not so in the fraction, where no exponent can follow blanks.
+        if (mantissa.IsWhole())
+            c = *m_pCurrent;
     }
-    value = sign == '-' ? -fraction + -whole.Value() : fraction + whole.Value();
-    if (failed)
-        return false;
+    if (mantissa.IsWhole() && c == '.') [[unlikely]]
+    {
+        // Deliberately taken: behind a whole part a point goes on with the number even if it ends fields.
+        utility::detail::LongMantissa longer = mantissa.Lengthened();
+        longer.Add(c);
+        AdvancePtr();
+        return ReadLongRealAs<Format>(longer, value);
+    }
+    value = mantissa.Value();
     if (!format.IsExponentChar(c))
         return true;
 
-    step();
+    AdvancePtr();
     int exponent = 0;
     if (!ReadIntAs<Format>(exponent))
         return false;
@@ -220,6 +331,10 @@ bool CTextRecordPtr::ReadRealAs(double& value)
     value = pow10(std::clamp(exponent, lowestExponent, highestExponent)) * value;
     return true;
 }
+
+inline bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }
+
+inline bool CTextRecordPtr::ReadReal(double& value) { return ReadRealAs<CTextRecordPtr>(value); }
 
 /// A text cursor whose reads call the tests of `Format`, the final class derived from it, directly. It behaves as one
 /// derived from CTextRecordPtr, and is one.
