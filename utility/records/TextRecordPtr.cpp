@@ -63,3 +63,5 @@ void CTextRecordPtr::IssueAtCursor(int messageId) const
     // From a signed char, so that characters above 127 are negative.
     m_pFile->IssueError(m_pCurrent, messageId, static_cast<int>(static_cast<signed char>(*m_pCurrent)));
 }
+
+double utility::detail::AppendDigit(double value, unsigned int digit) { return value * 10.0 + digit; }

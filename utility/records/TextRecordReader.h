@@ -28,6 +28,7 @@
 // library: processors predict calls into another module badly, and the tests are called for every character.
 
 #include "utility/numbers/FloatHygiene.h"
+#include "utility/platform/Export.h"
 #include "utility/records/TextRecordPtr.h"
 
 #include <algorithm>
@@ -83,6 +84,10 @@ constexpr auto integerPowers = []
     return table;
 }();
 
+/// value * 10.0 + digit, rounded twice. It is compiled with the library, as a user may let a compiler make one operation
+/// of the two, which rounds once.
+UTILITY_API double AppendDigit(double value, unsigned int digit);
+
 /// What x = x * 10.0 + digit gives over the digits of an integer.
 inline double ChainOfDoubles(std::uint64_t digits)
 {
@@ -93,7 +98,7 @@ inline double ChainOfDoubles(std::uint64_t digits)
         exact /= 10;
     auto value = static_cast<double>(static_cast<std::int64_t>(exact));
     while (left != 0)
-        value = value * 10.0 + static_cast<double>(digits / integerPowers[--left] % 10);
+        value = AppendDigit(value, static_cast<unsigned int>(digits / integerPowers[--left] % 10));
     return value;
 }
 
@@ -114,11 +119,11 @@ public:
         m_state &= character.next;
         if (IsWhole())
         {
-            m_whole = m_whole * 10.0 + character.digit;
+            m_whole = AppendDigit(m_whole, character.digit);
         }
         else if (character.kind == mayBeDigit)
         {
-            m_fraction = m_fraction * 10.0 + character.digit;
+            m_fraction = AppendDigit(m_fraction, character.digit);
             ++m_fractionDigits;
         }
     }
