@@ -53,10 +53,9 @@ Progress::~Progress()
         std::fputs("\r    \r", stdout);
 }
 
-void Progress::Advance(std::uint64_t amount)
+void Progress::Show(std::uint64_t done)
 {
-    m_done += amount;
-    const int percent = m_total == 0 ? -1 : static_cast<int>(100 * m_done / m_total);
+    const int percent = m_total == 0 ? -1 : static_cast<int>(100 * done / m_total);
     if (percent == m_shown)
         return;
     m_shown = percent;

@@ -29,11 +29,10 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    void Advance(std::uint64_t amount);
+    void Show(std::uint64_t done);
 
 private:
     std::uint64_t m_total;
-    std::uint64_t m_done = 0;
     int m_shown = -1; // per cent
 };
 

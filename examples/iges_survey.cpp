@@ -12,7 +12,9 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -33,6 +35,7 @@ enum ExitStatus
 
 constexpr unsigned int codePageUtf8 = 65001;
 constexpr std::uint64_t longFile = 1 << 20;
+constexpr std::uint64_t mostMessages = 100000; // of one record
 
 struct Options
 {
@@ -80,6 +83,9 @@ bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Optio
     }
     return options.help || !options.path.empty();
 }
+
+/// Zero bytes too, which a bad file may have anywhere.
+void Print(std::FILE* stream, const std::string& text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 /// With so many significant digits, in every locale.
 std::string Text(double value, int digits)
@@ -133,7 +139,7 @@ public:
     }
 
     bool HasErrors() const { return m_hasErrors; }
-    const std::string& Text() const { return m_text; }
+    const std::string& All() const { return m_text; }
 
 private:
     boost::circular_buffer_space_optimized<CLogMessage> m_popped;
@@ -144,8 +150,8 @@ private:
 std::string SubjectOf(const iges::File& file, const iges::Record& record)
 {
     const iges::Entry* const entry = file.Find(record.directory);
-    const std::string number = record.directory > 0 ? std::to_string(record.directory) : std::string(record.name);
-    return "D " + number + (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
+    return "D " + (record.name.empty() ? "(no number)" : std::string(record.name)) +
+           (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
 }
 
 void ShowExtents(const iges::Extents& extents, const char* unit, double factor)
@@ -186,14 +192,13 @@ ExitStatus Run(const Options& options)
     CTextInputOutputFile mapped(options.path);
     if (!mapped.IsValid())
     {
-        std::fprintf(stderr, "%s is empty or cannot be mapped\n", console::Utf8(options.path).c_str());
+        Print(stderr, console::Utf8(options.path) + " is empty or cannot be mapped\n");
         return exitNotReadable;
     }
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
     if (!file.IsIges())
     {
-        std::fprintf(stderr, "%s is no IGES file: no line has a section letter in column 73\n",
-                     console::Utf8(options.path).c_str());
+        Print(stderr, console::Utf8(options.path) + " is no IGES file: no line has a section letter in column 73\n");
         return exitNotReadable;
     }
 
@@ -201,24 +206,32 @@ ExitStatus Run(const Options& options)
     messages.Collect("file");
     iges::Survey survey(file);
     {
-        console::Progress progress(mapped.GetFileSize() >= longFile && !options.dump ? file.Records().size() : 0);
+        console::Progress progress(mapped.GetFileSize() >= longFile && !options.dump ? mapped.GetFileSize() : 0);
+        std::string line;
+        std::function<void(const iges::Field&)> dumpField;
+        if (options.dump)
+            dumpField = [&line](const iges::Field& field) { line += '\t' + Dumped(field); };
         for (const iges::Record& record : file.Records())
         {
-            std::string line(record.name);
-            survey.Read(record,
-                        [&](const iges::Field& field) { line += options.dump ? '\t' + Dumped(field) : std::string(); });
+            line = record.name;
+            survey.Read(record, dumpField);
             if (options.dump)
-                std::printf("%s\n", line.c_str());
+                Print(stdout, line + '\n');
             messages.Collect(SubjectOf(file, record));
-            progress.Advance(1);
+            progress.Show(static_cast<std::uint64_t>(record.lines.back().data() - mapped.DataPtr()));
         }
     }
 
     if (!options.dump)
         Show(file, survey);
-    if (!options.dump && !messages.Text().empty())
-        std::printf("messages\n");
-    std::fputs(messages.Text().c_str(), options.dump ? stderr : stdout);
+    if (!options.dump && !messages.All().empty())
+        Print(stdout, "messages\n");
+    Print(options.dump ? stderr : stdout, messages.All());
+    if (std::fflush(stdout) != 0)
+    {
+        Print(stderr, "the output cannot be written\n");
+        return exitNotReadable;
+    }
     return messages.HasErrors() ? exitBadRecords : exitGood;
 }
 
@@ -230,11 +243,12 @@ int main(int argumentCount, char** arguments)
     SetLogDebugMessages(true);
     CEntityDatabase database;
     SetThreadDatabase(&database);
+    CLogMessages::instance(&database).SetLogCapacity(mostMessages);
 
     Options options;
     if (!ParseArguments(console::Arguments(argumentCount, arguments), options))
     {
-        std::fprintf(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
+        Print(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
         return exitNotReadable;
     }
     if (options.help)
@@ -254,7 +268,7 @@ int main(int argumentCount, char** arguments)
         failure->Delete();
         boost::system::error_code ignored;
         const bool isFolder = boost::filesystem::is_directory(options.path, ignored);
-        std::fprintf(stderr, "%s%s\n", from_utf(text, codePageUtf8).c_str(), isFolder ? " It is a folder." : "");
+        Print(stderr, from_utf(text, codePageUtf8) + (isFolder ? " It is a folder.\n" : "\n"));
         return exitNotReadable;
     }
 }
