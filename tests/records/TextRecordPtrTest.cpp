@@ -1,7 +1,7 @@
 #include "utility/records/TextRecordPtr.h"
 
 #include "tests/support/GuardedText.h"
-#include "tests/support/KeepLogSettings.h"
+#include "tests/support/LogSettings.h"
 #include "tests/support/TextRecordTrial.h"
 #include "utility/failures/Failures.h"
 
@@ -112,7 +112,7 @@ protected:
                     });
     }
 
-    const support::KeepLogSettings keep;
+    const support::LogSettings settings;
     support::ThreadLog log;
     CTextInputOutputFile file;
 };
@@ -365,10 +365,15 @@ using ReadRealTest = CTextRecordPtrTest;
 using ReadIntTest = CTextRecordPtrTest;
 using ReadCharTest = CTextRecordPtrTest;
 
+const auto bothCalls = ::testing::Values(Calls::virtualOnes, Calls::inlined);
+const auto nameOfCalls = [](const auto& test) { return NameOf(test.param); };
+
 }
 
-INSTANTIATE_TEST_SUITE_P(Cursors, CTextRecordPtrTest, ::testing::Values(Calls::virtualOnes, Calls::inlined),
-                         [](const auto& test) { return NameOf(test.param); });
+INSTANTIATE_TEST_SUITE_P(Cursors, CTextRecordPtrTest, bothCalls, nameOfCalls);
+INSTANTIATE_TEST_SUITE_P(Cursors, ReadCharTest, bothCalls, nameOfCalls);
+INSTANTIATE_TEST_SUITE_P(Cursors, ReadIntTest, bothCalls, nameOfCalls);
+INSTANTIATE_TEST_SUITE_P(Cursors, ReadRealTest, bothCalls, nameOfCalls);
 
 TEST_P(CTextRecordPtrTest, KeepsTheFileItIsGiven)
 {
@@ -785,7 +790,7 @@ TEST_P(ReadRealTest, FormatDecidesWhatIntroducesAnExponent)
     EXPECT_EQ(ReadReal({"1.5E2,"}, format).messages, std::vector{Message(8303, 'E')});
     // Even a sign, where it cannot be a sign, and a blank.
     format.exponentLetters = "-+ ";
-    EXPECT_EQ(ReadReal({"-1.5-2,"}, format).value, -1.5 * 0.01);
+    EXPECT_EQ(ReadReal({"-1.5-2,"}, format).value, -150.0);
     EXPECT_EQ(ReadReal({"15+2,"}, format).value, 1500.0);
     EXPECT_EQ(ReadReal({"15 2,"}, format).value, 1500.0);
 }
@@ -968,8 +973,7 @@ constexpr int randomTexts = 1'000'000;
 
 }
 
-INSTANTIATE_TEST_SUITE_P(Cursors, AgainstTheModel, ::testing::Values(Calls::virtualOnes, Calls::inlined),
-                         [](const auto& test) { return NameOf(test.param); });
+INSTANTIATE_TEST_SUITE_P(Cursors, AgainstTheModel, bothCalls, nameOfCalls);
 
 TEST_P(AgainstTheModel, EveryShortText)
 {
@@ -1136,8 +1140,7 @@ protected:
 
 }
 
-INSTANTIATE_TEST_SUITE_P(Cursors, RealsOfFiles, ::testing::Values(Calls::virtualOnes, Calls::inlined),
-                         [](const auto& test) { return NameOf(test.param); });
+INSTANTIATE_TEST_SUITE_P(Cursors, RealsOfFiles, bothCalls, nameOfCalls);
 
 TEST_P(RealsOfFiles, SampleLinesAreCloseToTheStandardConversion)
 {
@@ -1148,7 +1151,7 @@ TEST_P(RealsOfFiles, SampleLinesAreCloseToTheStandardConversion)
                 " -4.325581E-02      4.325581E-02      0.000000E+00\n"
                 " BODY10_RADII = ( 696000.  696000. 2.2380E-15 )\n"
                 " 0.123456789012345678 12345678901234567890.5 1.7976931348623157e308\n");
-    ASSERT_EQ(reals.size(), 15U);
+    ASSERT_EQ(reals.size(), 16U);
     ExpectCloseToStrtod(reals);
 }
 
