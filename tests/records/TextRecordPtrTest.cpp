@@ -968,7 +968,7 @@ constexpr std::size_t longestOfAll = 4;
 constexpr int randomTexts = 100'000;
 #else
 constexpr std::size_t longestOfAll = 5;
-constexpr int randomTexts = 1'000'000;
+constexpr int randomTexts = 400'000;
 #endif
 
 }

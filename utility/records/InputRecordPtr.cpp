@@ -35,7 +35,7 @@ void CInputRecordPtr::AdvancePtr() { AdvancePtr(1); }
 void CInputRecordPtr::AdvancePtr(int count)
 {
     auto left = static_cast<std::uint32_t>(count);
-    while (left != 0 && m_pCurrent != nullptr)
+    while (m_pCurrent != nullptr)
     {
         const std::ptrdiff_t toLineEnd = m_itLine->Last() - m_pCurrent;
         // A cursor that is not in front of the line's end, as in an empty line, deliberately runs on past it.
