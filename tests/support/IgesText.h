@@ -1,6 +1,8 @@
 #pragma once
 
 #include "examples/iges/IgesFile.h"
+#include "tests/support/LogSettings.h"
+#include "tests/support/ThreadLog.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -74,7 +76,7 @@ private:
     int m_number = 0;
 };
 
-/// Collects what a test's own thread database is told.
+/// Collects the errors that a test's reading is told of.
 class Messages
 {
 public:
@@ -83,34 +85,26 @@ public:
         file.SetIssueMessages(true);
         file.SetVerboseMessages(true);
         SetLogDebugMessages(true);
-        SetThreadDatabase(reinterpret_cast<CEntityDatabase*>(this));
-        Take();
-    }
-    Messages(const Messages&) = delete;
-    Messages& operator=(const Messages&) = delete;
-    ~Messages()
-    {
-        Take();
-        SetThreadDatabase(nullptr);
-        SetLogDebugMessages(false);
     }
 
-    /// The errors since the last time, each without its line feed.
-    std::vector<std::wstring> Take()
+    /// Those since the last time, each without its line feed.
+    std::vector<std::wstring> Take() const
     {
-        boost::circular_buffer_space_optimized<CLogMessage> popped;
-        CLogMessages::instance(GetThreadDatabase()).pop(popped);
         std::vector<std::wstring> texts;
-        for (const CLogMessage& message : popped)
+        for (const Logged& message : m_log.Take())
         {
-            if (message.m_eSeverity >= LogSeverityError)
-                texts.push_back(message.m_strMessage.substr(0, message.m_strMessage.find(L'\n')));
+            if (message.severity >= LogSeverityError)
+                texts.push_back(message.text.substr(0, message.text.find(L'\n')));
         }
         return texts;
     }
 
     /// A closed file: it has no text, but it issues.
     CTextInputOutputFile file;
+
+private:
+    LogSettings m_settings;
+    ThreadLog m_log;
 };
 
 }
