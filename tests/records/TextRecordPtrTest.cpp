@@ -16,7 +16,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -175,7 +174,7 @@ struct RealRow
 
 void PrintTo(const RealRow& row, std::ostream* stream) { *stream << '"' << row.text << '"'; }
 
-class ReadRealTable : public Readers, public ::testing::TestWithParam<std::tuple<Calls, RealRow>>
+class ReadRealTable : public Readers, public ::testing::TestWithParam<RealRow>
 {
 protected:
     void ExpectRow(const Outcome<double>& outcome, const RealRow& row, std::size_t place)
@@ -192,74 +191,86 @@ protected:
 
 TEST_P(ReadRealTable, InFrontOfAComma)
 {
-    const auto& [calls, row] = GetParam();
-    const Outcome<double> outcome = ReadReal(calls, {row.text + std::string(",8")});
-    ExpectRow(outcome, row, outcome.place);
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
+    {
+        SCOPED_TRACE(NameOf(calls));
+        const Outcome<double> outcome = ReadReal(calls, {row.text + std::string(",8")});
+        ExpectRow(outcome, row, outcome.place);
+    }
 }
 
 TEST_P(ReadRealTable, SplitOverLinesAnywhere)
 {
-    const auto& [calls, row] = GetParam();
-    for (const Lines& lines : EverySplit(row.text + std::string(",8")))
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
     {
-        SCOPED_TRACE(::testing::PrintToString(lines));
-        const Outcome<double> outcome = ReadReal(calls, lines);
-        ExpectRow(outcome, row, Unsplit(outcome.place, lines));
+        SCOPED_TRACE(NameOf(calls));
+        for (const Lines& lines : EverySplit(row.text + std::string(",8")))
+        {
+            SCOPED_TRACE(::testing::PrintToString(lines));
+            const Outcome<double> outcome = ReadReal(calls, lines);
+            ExpectRow(outcome, row, Unsplit(outcome.place, lines));
+        }
     }
 }
 
 TEST_P(ReadRealTable, AtTheEndOfTheRecord)
 {
-    const auto& [calls, row] = GetParam();
-    const std::string text = row.text;
-    const Outcome<double> outcome = ReadReal(calls, text.empty() ? Lines() : Lines{text});
-    RealRow expected = row;
-    if (expected.place == text.size())
-        expected.place = endOfRecord;
-    ExpectRow(outcome, expected, outcome.place);
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
+    {
+        SCOPED_TRACE(NameOf(calls));
+        const std::string text = row.text;
+        const Outcome<double> outcome = ReadReal(calls, text.empty() ? Lines() : Lines{text});
+        RealRow expected = row;
+        if (expected.place == text.size())
+            expected.place = endOfRecord;
+        ExpectRow(outcome, expected, outcome.place);
+    }
 }
 
 TEST_P(ReadRealTable, BehindBlanks)
 {
-    const auto& [calls, row] = GetParam();
-    const Outcome<double> outcome = ReadReal(calls, {" ", "  " + std::string(row.text) + ","});
-    ExpectRow(outcome, row, outcome.place - 4);
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
+    {
+        SCOPED_TRACE(NameOf(calls));
+        const Outcome<double> outcome = ReadReal(calls, {" ", "  " + std::string(row.text) + ","});
+        ExpectRow(outcome, row, outcome.place - 4);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ReadRealTable,
-    ::testing::Combine(
-        ::testing::Values(Calls::virtualOnes, Calls::inlined),
-        ::testing::Values(
-            RealRow{"", true, 0.0, 0}, RealRow{"12", true, 12.0, 2}, RealRow{"-12.5", true, -12.5, 5},
-            RealRow{"+.5", true, 0.5, 3}, RealRow{"5.", true, 5.0, 2},
-            RealRow{".", true, 0.0, 1}, RealRow{"-", true, -0.0, 1}, RealRow{"+", true, 0.0, 1},
-            RealRow{"-.", true, -0.0, 2}, RealRow{"-0", true, -0.0, 2}, RealRow{"-0.0", true, -0.0, 4},
-            RealRow{"00-5", true, -5.0, 4}, RealRow{"0+5", true, 5.0, 3}, RealRow{"00-", true, -0.0, 3},
-            RealRow{"0-.25", true, -0.25, 5}, RealRow{"1-5", false, {}, 1, 8303, '-'},
-            RealRow{"--5", false, {}, 1, 8303, '-'}, RealRow{"+-5", false, {}, 1, 8303, '-'},
-            RealRow{"-0-5", false, {}, 2, 8303, '-'}, RealRow{"10+", false, {}, 2, 8303, '+'},
-            RealRow{"1.5E3", true, 1500.0, 5}, RealRow{"1.5e3", true, 1500.0, 5}, RealRow{"1.5D3", true, 1500.0, 5},
-            RealRow{"1.5d3", true, 1500.0, 5}, RealRow{"1.5E+3", true, 1500.0, 6},
-            RealRow{"1.5E-3", true, 1.5 * 0.001, 6}, RealRow{"1.5E", true, 1.5, 4}, RealRow{"1.5E-", true, 1.5, 5},
-            RealRow{"1.5E 3", true, 1500.0, 6}, RealRow{"1.5E +3", true, 1500.0, 7}, RealRow{"1.5E3 ", true, 1500.0, 6},
-            RealRow{"15E2", true, 1500.0, 4}, RealRow{"E5", true, 0.0, 2}, RealRow{"-E5", true, -0.0, 3},
-            RealRow{".E5", true, 0.0, 3}, RealRow{"1E400", true, 1e308, 5}, RealRow{"1E-400", true, 1e-307, 6},
-            RealRow{"1E308", true, 1e308, 5}, RealRow{"1E-308", true, 1e-307, 6}, RealRow{"10E308", true, HUGE_VAL, 6},
-            RealRow{"0E999", true, 0.0, 5},
-            RealRow{"1E4294967297", true, 10.0, 12}, // the exponent wraps like any integer
-            RealRow{"1.5.5", false, 1.5, 3, 8303, '.'}, RealRow{"1.5X", false, 1.5, 3, 8303, 'X'},
-            RealRow{"1.5-", false, 1.5, 3, 8303, '-'}, RealRow{"-1.5X", false, -1.5, 4, 8303, 'X'},
-            RealRow{"X", false, {}, 0, 8303, 'X'}, RealRow{"12X", false, {}, 2, 8303, 'X'},
-            RealRow{"1.5EX", false, 1.5, 5, 8302, 'X'}, RealRow{"1.5E3X", false, 1.5, 6, 8302, 'X'},
-            RealRow{"1.5E3.", false, 1.5, 6, 8302, '.'}, RealRow{"1.5EE3", false, 1.5, 5, 8302, 'E'},
-            RealRow{"12  ", true, 12.0, 4}, RealRow{"1.5  ", true, 1.5, 5}, RealRow{"-  ", true, -0.0, 3},
-            RealRow{"12 E5", false, {}, 3, 8303, 'E'}, RealRow{"1.5 E5", false, 1.5, 4, 8303, 'E'},
-            RealRow{"1 2", false, {}, 2, 8303, '2'}, RealRow{"1.5 2", false, 1.5, 4, 8303, '2'},
-            RealRow{"- 5", false, {}, 2, 8303, '5'}, RealRow{"12\t", false, {}, 2, 8303, '\t'},
-            RealRow{"12\r", false, {}, 2, 8303, '\r'}, RealRow{"inf", false, {}, 0, 8303, 'i'},
-            RealRow{"0x1p3", false, {}, 1, 8303, 'x'}, RealRow{"1,5", true, 1.0, 1},
-            RealRow{"\xE4", false, {}, 0, 8303, '\xE4'}, RealRow{"1.\xE4", false, 1.0, 2, 8303, '\xE4'})));
+    ::testing::Values(
+        RealRow{"", true, 0.0, 0}, RealRow{"12", true, 12.0, 2}, RealRow{"-12.5", true, -12.5, 5},
+        RealRow{"+.5", true, 0.5, 3}, RealRow{"5.", true, 5.0, 2}, RealRow{".", true, 0.0, 1},
+        RealRow{"-", true, -0.0, 1}, RealRow{"+", true, 0.0, 1}, RealRow{"-.", true, -0.0, 2},
+        RealRow{"-0", true, -0.0, 2}, RealRow{"-0.0", true, -0.0, 4}, RealRow{"00-5", true, -5.0, 4},
+        RealRow{"0+5", true, 5.0, 3}, RealRow{"00-", true, -0.0, 3}, RealRow{"0-.25", true, -0.25, 5},
+        RealRow{"1-5", false, {}, 1, 8303, '-'}, RealRow{"--5", false, {}, 1, 8303, '-'},
+        RealRow{"+-5", false, {}, 1, 8303, '-'}, RealRow{"-0-5", false, {}, 2, 8303, '-'},
+        RealRow{"10+", false, {}, 2, 8303, '+'}, RealRow{"1.5E3", true, 1500.0, 5}, RealRow{"1.5e3", true, 1500.0, 5},
+        RealRow{"1.5D3", true, 1500.0, 5}, RealRow{"1.5d3", true, 1500.0, 5}, RealRow{"1.5E+3", true, 1500.0, 6},
+        RealRow{"1.5E-3", true, 1.5 * 0.001, 6}, RealRow{"1.5E", true, 1.5, 4}, RealRow{"1.5E-", true, 1.5, 5},
+        RealRow{"1.5E 3", true, 1500.0, 6}, RealRow{"1.5E +3", true, 1500.0, 7}, RealRow{"1.5E3 ", true, 1500.0, 6},
+        RealRow{"15E2", true, 1500.0, 4}, RealRow{"E5", true, 0.0, 2}, RealRow{"-E5", true, -0.0, 3},
+        RealRow{".E5", true, 0.0, 3}, RealRow{"1E400", true, 1e308, 5}, RealRow{"1E-400", true, 1e-307, 6},
+        RealRow{"1E308", true, 1e308, 5}, RealRow{"1E-308", true, 1e-307, 6}, RealRow{"10E308", true, HUGE_VAL, 6},
+        RealRow{"0E999", true, 0.0, 5}, RealRow{"1E4294967297", true, 10.0, 12}, // the exponent wraps like any integer
+        RealRow{"1.5.5", false, 1.5, 3, 8303, '.'}, RealRow{"1.5X", false, 1.5, 3, 8303, 'X'},
+        RealRow{"1.5-", false, 1.5, 3, 8303, '-'}, RealRow{"-1.5X", false, -1.5, 4, 8303, 'X'},
+        RealRow{"X", false, {}, 0, 8303, 'X'}, RealRow{"12X", false, {}, 2, 8303, 'X'},
+        RealRow{"1.5EX", false, 1.5, 5, 8302, 'X'}, RealRow{"1.5E3X", false, 1.5, 6, 8302, 'X'},
+        RealRow{"1.5E3.", false, 1.5, 6, 8302, '.'}, RealRow{"1.5EE3", false, 1.5, 5, 8302, 'E'},
+        RealRow{"12  ", true, 12.0, 4}, RealRow{"1.5  ", true, 1.5, 5}, RealRow{"-  ", true, -0.0, 3},
+        RealRow{"12 E5", false, {}, 3, 8303, 'E'}, RealRow{"1.5 E5", false, 1.5, 4, 8303, 'E'},
+        RealRow{"1 2", false, {}, 2, 8303, '2'}, RealRow{"1.5 2", false, 1.5, 4, 8303, '2'},
+        RealRow{"- 5", false, {}, 2, 8303, '5'}, RealRow{"12\t", false, {}, 2, 8303, '\t'},
+        RealRow{"12\r", false, {}, 2, 8303, '\r'}, RealRow{"inf", false, {}, 0, 8303, 'i'},
+        RealRow{"0x1p3", false, {}, 1, 8303, 'x'}, RealRow{"1,5", true, 1.0, 1},
+        RealRow{"\xE4", false, {}, 0, 8303, '\xE4'}, RealRow{"1.\xE4", false, 1.0, 2, 8303, '\xE4'}));
 
 namespace
 {
@@ -276,7 +287,7 @@ struct IntRow
 
 void PrintTo(const IntRow& row, std::ostream* stream) { *stream << '"' << row.text << '"'; }
 
-class ReadIntTable : public Readers, public ::testing::TestWithParam<std::tuple<Calls, IntRow>>
+class ReadIntTable : public Readers, public ::testing::TestWithParam<IntRow>
 {
 protected:
     void ExpectRow(const Outcome<int>& outcome, const IntRow& row, std::size_t place)
@@ -292,51 +303,61 @@ protected:
 
 TEST_P(ReadIntTable, InFrontOfAComma)
 {
-    const auto& [calls, row] = GetParam();
-    const Outcome<int> outcome = ReadInt(calls, {row.text + std::string(",8")});
-    ExpectRow(outcome, row, outcome.place);
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
+    {
+        SCOPED_TRACE(NameOf(calls));
+        const Outcome<int> outcome = ReadInt(calls, {row.text + std::string(",8")});
+        ExpectRow(outcome, row, outcome.place);
+    }
 }
 
 TEST_P(ReadIntTable, SplitOverLinesAnywhere)
 {
-    const auto& [calls, row] = GetParam();
-    for (const Lines& lines : EverySplit(row.text + std::string(",8")))
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
     {
-        SCOPED_TRACE(::testing::PrintToString(lines));
-        const Outcome<int> outcome = ReadInt(calls, lines);
-        ExpectRow(outcome, row, Unsplit(outcome.place, lines));
+        SCOPED_TRACE(NameOf(calls));
+        for (const Lines& lines : EverySplit(row.text + std::string(",8")))
+        {
+            SCOPED_TRACE(::testing::PrintToString(lines));
+            const Outcome<int> outcome = ReadInt(calls, lines);
+            ExpectRow(outcome, row, Unsplit(outcome.place, lines));
+        }
     }
 }
 
 TEST_P(ReadIntTable, AtTheEndOfTheRecord)
 {
-    const auto& [calls, row] = GetParam();
-    const std::string text = row.text;
-    const Outcome<int> outcome = ReadInt(calls, text.empty() ? Lines() : Lines{text});
-    IntRow expected = row;
-    if (expected.place == text.size())
-        expected.place = endOfRecord;
-    ExpectRow(outcome, expected, outcome.place);
+    const auto& row = GetParam();
+    for (const Calls calls : {Calls::virtualOnes, Calls::inlined})
+    {
+        SCOPED_TRACE(NameOf(calls));
+        const std::string text = row.text;
+        const Outcome<int> outcome = ReadInt(calls, text.empty() ? Lines() : Lines{text});
+        IntRow expected = row;
+        if (expected.place == text.size())
+            expected.place = endOfRecord;
+        ExpectRow(outcome, expected, outcome.place);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, ReadIntTable,
-    ::testing::Combine(
-        ::testing::Values(Calls::virtualOnes, Calls::inlined),
-        ::testing::Values(IntRow{"", true, 0, 0}, IntRow{"12", true, 12, 2}, IntRow{"-12", true, -12, 3},
-                          IntRow{"+12", true, 12, 3}, IntRow{"-", true, 0, 1}, IntRow{"00-5", true, -5, 4},
-                          IntRow{"00+5", true, 5, 4}, IntRow{"5-5", false, 5, 2, 8302, '-'},
-                          IntRow{"-5-5", false, -5, 3, 8302, '-'}, IntRow{"--5", false, 0, 2, 8302, '-'},
-                          IntRow{"-+5", false, 0, 2, 8302, '+'}, IntRow{"2147483647", true, INT_MAX, 10},
-                          IntRow{"-2147483648", true, INT_MIN, 11}, IntRow{"2147483648", true, INT_MIN, 10},
-                          IntRow{"4294967297", true, 1, 10}, IntRow{"-4294967297", true, -1, 11},
-                          IntRow{"4294967296-5", true, -5, 12}, // wrapped to 0: a sign again
-                          IntRow{"-4294967296-5", false, 0, 12, 8302, '-'}, IntRow{"12  ", true, 12, 4},
-                          IntRow{"  ", true, 0, 2}, IntRow{"1 2", false, 1, 3, 8302, '2'},
-                          IntRow{"- 5", false, 0, 3, 8302, '5'}, IntRow{"1.5", false, 1, 2, 8302, '.'},
-                          IntRow{"1E5", false, 1, 2, 8302, 'E'}, IntRow{"X", false, 0, 1, 8302, 'X'},
-                          IntRow{"1X2", false, 1, 2, 8302, 'X'}, IntRow{"12\t", false, 12, 3, 8302, '\t'},
-                          IntRow{"\xE4", false, 0, 1, 8302, '\xE4'})));
+    ::testing::Values(IntRow{"", true, 0, 0}, IntRow{"12", true, 12, 2}, IntRow{"-12", true, -12, 3},
+                      IntRow{"+12", true, 12, 3}, IntRow{"-", true, 0, 1}, IntRow{"00-5", true, -5, 4},
+                      IntRow{"00+5", true, 5, 4}, IntRow{"5-5", false, 5, 2, 8302, '-'},
+                      IntRow{"-5-5", false, -5, 3, 8302, '-'}, IntRow{"--5", false, 0, 2, 8302, '-'},
+                      IntRow{"-+5", false, 0, 2, 8302, '+'}, IntRow{"2147483647", true, INT_MAX, 10},
+                      IntRow{"-2147483648", true, INT_MIN, 11}, IntRow{"2147483648", true, INT_MIN, 10},
+                      IntRow{"4294967297", true, 1, 10}, IntRow{"-4294967297", true, -1, 11},
+                      IntRow{"4294967296-5", true, -5, 12}, // wrapped to 0: a sign again
+                      IntRow{"-4294967296-5", false, 0, 12, 8302, '-'}, IntRow{"12  ", true, 12, 4},
+                      IntRow{"  ", true, 0, 2}, IntRow{"1 2", false, 1, 3, 8302, '2'},
+                      IntRow{"- 5", false, 0, 3, 8302, '5'}, IntRow{"1.5", false, 1, 2, 8302, '.'},
+                      IntRow{"1E5", false, 1, 2, 8302, 'E'}, IntRow{"X", false, 0, 1, 8302, 'X'},
+                      IntRow{"1X2", false, 1, 2, 8302, 'X'}, IntRow{"12\t", false, 12, 3, 8302, '\t'},
+                      IntRow{"\xE4", false, 0, 1, 8302, '\xE4'}));
 
 // ---------------------------------------------------------------------------------------------------------------------
 

@@ -80,13 +80,7 @@ public:
     operator const char*() const { return m_pCurrent; }
 
     /// One character on, into the next line behind the last one of a line. Does nothing at the end of the record.
-    void AdvancePtr()
-    {
-        if (m_pCurrent == m_pLast)
-            NextLine();
-        else
-            ++m_pCurrent;
-    }
+    void AdvancePtr() { StepFrom(m_pCurrent); }
 
     /// The next character that is not blank. False, and `c` unchanged, at a terminator and at the end of the record.
     bool ReadChar(char& c);
@@ -114,8 +108,20 @@ protected:
 private:
     template <class Format>
     bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
+    // Not inlined, it would need the mantissa in memory, from the first character on.
     template <class Format, class Mantissa>
-    bool EndRealAs(Mantissa mantissa, bool atTerminator, double& value);
+    [[gnu::always_inline]] bool EndRealAs(const Mantissa& mantissa, char c, bool atTerminator, double& value);
+    template <class Format>
+    bool SkipToTerminatorAs(bool isWhole);
+    /// AdvancePtr, for a caller who knows where the cursor is and wants to know where it is then.
+    const char* StepFrom(const char* place)
+    {
+        if (place == m_pLast)
+            NextLine();
+        else
+            m_pCurrent = place + 1;
+        return m_pCurrent;
+    }
     void NextLine();
     void IssueAtCursor(int messageId) const;
 

@@ -20,7 +20,7 @@
 // to the point is kept as it goes by; the fraction is what the rest of the sum amounts to.
 //
 // Whole part and fraction are each defined as a chain of doubles, x = x * 10.0 + digit. Up to 2^53 every step of such a
-// chain is exact, so that an integer gives the same value, and ChainOfDoubles takes the rest of the steps for a longer one.
+// chain is exact, so that an integer gives the same value, and RoundedChain takes the rest of the steps for a longer one.
 // Where the integers might not hold the digits, or the line ends, LongMantissa goes on, by the same table, in doubles.
 //
 // The cursor's place is kept in a local as well as in the object: the tests may look at the cursor, but the next
@@ -41,7 +41,7 @@ namespace utility::detail
 {
 
 /// What a character is to a mantissa.
-struct MantissaCharacter
+struct alignas(4) MantissaCharacter // for the sake of the index
 {
     std::uint8_t kind = 0;  ///< the one bit of MantissaState that allows it; none if it cannot be part of a mantissa
     std::uint8_t next = 0;  ///< the bits of MantissaState that it leaves
@@ -84,26 +84,21 @@ constexpr auto integerPowers = []
     return table;
 }();
 
-/// value * 10.0 + digit, rounded twice. It is compiled with the library, as a user may let a compiler make one operation
-/// of the two, which rounds once.
-UTILITY_API double AppendDigit(double value, unsigned int digit);
+// What rounds is compiled with the library: a user may let a compiler make one operation, which rounds once, of a product
+// and a sum.
 
-/// What x = x * 10.0 + digit gives over the digits of an integer.
+/// What x = x * 10.0 + digit gives over the digits of an integer above 2^53.
+UTILITY_API double RoundedChain(std::uint64_t digits);
+
+/// What it gives over those of any integer.
 inline double ChainOfDoubles(std::uint64_t digits)
 {
     constexpr std::uint64_t exactLimit = std::uint64_t{1} << 53;
-    std::size_t left = 0;
-    std::uint64_t exact = digits;
-    for (; exact > exactLimit; ++left)
-        exact /= 10;
-    auto value = static_cast<double>(static_cast<std::int64_t>(exact));
-    while (left != 0)
-        value = AppendDigit(value, static_cast<unsigned int>(digits / integerPowers[--left] % 10));
-    return value;
+    return digits <= exactLimit ? static_cast<double>(static_cast<std::int64_t>(digits)) : RoundedChain(digits);
 }
 
 /// A mantissa of any length, over any number of lines.
-class LongMantissa
+class UTILITY_API LongMantissa
 {
 public:
     LongMantissa(unsigned int state, double whole, double fraction, std::int64_t fractionDigits)
@@ -112,33 +107,11 @@ public:
     }
 
     bool Allows(char c) const { return (ToMantissa(c).kind & m_state) != 0; }
-
-    void Add(char c)
-    {
-        const MantissaCharacter& character = ToMantissa(c);
-        m_state &= character.next;
-        if (IsWhole())
-        {
-            m_whole = AppendDigit(m_whole, character.digit);
-        }
-        else if (character.kind == mayBeDigit)
-        {
-            m_fraction = AppendDigit(m_fraction, character.digit);
-            ++m_fractionDigits;
-        }
-    }
-
+    void Add(char c);
     bool IsWhole() const { return (m_state & mayBePoint) != 0; }
+    double Value() const;
 
     const LongMantissa& Lengthened() const { return *this; }
-
-    double Value() const
-    {
-        // A quotient, not a product with the inverse, which would round otherwise.
-        const double fraction =
-            m_fraction / pow10(static_cast<int>(std::min<std::int64_t>(m_fractionDigits, INT32_MAX)));
-        return (m_state & isPositive) != 0 ? fraction + m_whole : -fraction + -m_whole;
-    }
 
 private:
     unsigned int m_state;
@@ -248,8 +221,7 @@ bool CTextRecordPtr::ReadIntAs(int& value)
             at = m_pCurrent;
         }
         // Deliberately in case of failure too: it leaves the cursor behind the bad character.
-        AdvancePtr();
-        at = m_pCurrent;
+        at = StepFrom(at);
     }
     value = static_cast<int>(sign == '-' ? 0 - sum : sum);
     return !failed;
@@ -261,21 +233,20 @@ bool CTextRecordPtr::ReadRealAs(double& value)
     auto& format = static_cast<Format&>(*this);
     format.SkipBlanks();
     utility::detail::ShortMantissa mantissa(m_pCurrent);
-    const auto room = static_cast<std::size_t>(m_pLast - m_pCurrent);
-    const char* const lastPlace = m_pCurrent + std::min<std::size_t>(room, utility::detail::longestMantissa - 1);
+    const auto toLast = static_cast<std::size_t>(m_pLast - m_pCurrent);
+    const char* const limit = m_pCurrent + std::min<std::size_t>(toLast, utility::detail::longestMantissa - 1) + 1;
     bool atTerminator = false;
     while (!(atTerminator = format.IsTerminator(*mantissa.Place())) && mantissa.Allows(*mantissa.Place()))
     {
-        const bool isLong = mantissa.Place() == lastPlace;
         mantissa.AddNext();
-        if (isLong) [[unlikely]]
+        if (mantissa.Place() == limit) [[unlikely]]
         {
             AdvancePtr();
             return ReadLongRealAs<Format>(mantissa.Lengthened(), value);
         }
         m_pCurrent = mantissa.Place();
     }
-    return EndRealAs<Format>(mantissa, atTerminator, value);
+    return EndRealAs<Format>(mantissa, *mantissa.Place(), atTerminator, value);
 }
 
 template <class Format>
@@ -288,25 +259,17 @@ bool CTextRecordPtr::ReadLongRealAs(utility::detail::LongMantissa mantissa, doub
         mantissa.Add(*m_pCurrent);
         AdvancePtr();
     }
-    return EndRealAs<Format>(mantissa, atTerminator, value);
+    return EndRealAs<Format>(mantissa, *m_pCurrent, atTerminator, value);
 }
 
 template <class Format, class Mantissa>
-bool CTextRecordPtr::EndRealAs(Mantissa mantissa, bool atTerminator, double& value)
+inline bool CTextRecordPtr::EndRealAs(const Mantissa& mantissa, char c, bool atTerminator, double& value)
 {
     auto& format = static_cast<Format&>(*this);
-    char c = *m_pCurrent;
     if (!atTerminator && !format.IsExponentChar(c)) [[unlikely]]
     {
-        if (mantissa.IsWhole() && IsEndOfRecord())
+        if (!SkipToTerminatorAs<Format>(mantissa.IsWhole()))
         {
-            IssueAtCursor(utility::detail::endOfFileInReal);
-            return false;
-        }
-        format.SkipBlanks();
-        if (!format.IsTerminator(*m_pCurrent))
-        {
-            IssueAtCursor(utility::detail::badCharacterInReal);
             if (!mantissa.IsWhole())
                 value = mantissa.Value();
             return false;
@@ -335,6 +298,22 @@ bool CTextRecordPtr::EndRealAs(Mantissa mantissa, bool atTerminator, double& val
     constexpr int highestExponent = 308;
     value = pow10(std::clamp(exponent, lowestExponent, highestExponent)) * value;
     return true;
+}
+
+template <class Format>
+bool CTextRecordPtr::SkipToTerminatorAs(bool isWhole)
+{
+    auto& format = static_cast<Format&>(*this);
+    if (isWhole && IsEndOfRecord())
+    {
+        IssueAtCursor(utility::detail::endOfFileInReal);
+        return false;
+    }
+    format.SkipBlanks();
+    if (format.IsTerminator(*m_pCurrent))
+        return true;
+    IssueAtCursor(utility::detail::badCharacterInReal);
+    return false;
 }
 
 inline bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }
