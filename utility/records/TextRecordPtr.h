@@ -110,7 +110,7 @@ private:
     bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
     // Not inlined, it would need the mantissa in memory, from the first character on.
     template <class Format, class Mantissa>
-    [[gnu::always_inline]] bool EndRealAs(const Mantissa& mantissa, char c, bool atTerminator, double& value);
+    [[gnu::always_inline]] bool EndRealAs(const Mantissa& mantissa, bool atTerminator, double& value);
     template <class Format>
     bool SkipToTerminatorAs(bool isWhole);
     /// AdvancePtr, for a caller who knows where the cursor is and wants to know where it is then.

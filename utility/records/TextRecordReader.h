@@ -41,7 +41,7 @@ namespace utility::detail
 {
 
 /// What a character is to a mantissa.
-struct alignas(4) MantissaCharacter // for the sake of the index
+struct alignas(4) MantissaCharacter // aligned, so that an index needs no multiplication
 {
     std::uint8_t kind = 0;  ///< the one bit of MantissaState that allows it; none if it cannot be part of a mantissa
     std::uint8_t next = 0;  ///< the bits of MantissaState that it leaves
@@ -246,7 +246,7 @@ bool CTextRecordPtr::ReadRealAs(double& value)
         }
         m_pCurrent = mantissa.Place();
     }
-    return EndRealAs<Format>(mantissa, *mantissa.Place(), atTerminator, value);
+    return EndRealAs<Format>(mantissa, atTerminator, value);
 }
 
 template <class Format>
@@ -259,13 +259,14 @@ bool CTextRecordPtr::ReadLongRealAs(utility::detail::LongMantissa mantissa, doub
         mantissa.Add(*m_pCurrent);
         AdvancePtr();
     }
-    return EndRealAs<Format>(mantissa, *m_pCurrent, atTerminator, value);
+    return EndRealAs<Format>(mantissa, atTerminator, value);
 }
 
 template <class Format, class Mantissa>
-inline bool CTextRecordPtr::EndRealAs(const Mantissa& mantissa, char c, bool atTerminator, double& value)
+inline bool CTextRecordPtr::EndRealAs(const Mantissa& mantissa, bool atTerminator, double& value)
 {
     auto& format = static_cast<Format&>(*this);
+    char c = *m_pCurrent;
     if (!atTerminator && !format.IsExponentChar(c)) [[unlikely]]
     {
         if (!SkipToTerminatorAs<Format>(mantissa.IsWhole()))
