@@ -15,7 +15,7 @@ TEST_P(PathTextTest, SurvivesTheTripThroughAPath)
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, PathTextTest,
-                         ::testing::Values(L"", L"plain.igs", L"/a folder/file", L"\u00E4\u00DF\u20AC",
+                         ::testing::Values(std::wstring(), L"plain.igs", L"/a folder/file", L"\u00E4\u00DF\u20AC",
                                            L"\u65E5\u672C\u8A9E.igs", L"\U0001F600"));
 
 TEST(PathsTest, PathsAreJoinedAsAnyOther)
