@@ -54,7 +54,8 @@ public:
     }
 
     /// Whether a character ends the current field. It is asked about every character at which a read stands, and about
-    /// the 0 at the end of the record: with false for that, a field that the end cuts short is reported.
+    /// the 0 at the end of the record: with false for that, a field that the end cuts short is reported. It may look at
+    /// the cursor, but not move it.
     virtual bool IsTerminator(char c) = 0;
 
     /// Whether a letter introduces an exponent.
