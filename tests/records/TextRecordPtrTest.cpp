@@ -989,7 +989,7 @@ constexpr std::size_t longestOfAll = 4;
 constexpr int randomTexts = 100'000;
 #else
 constexpr std::size_t longestOfAll = 5;
-constexpr int randomTexts = 400'000;
+constexpr int randomTexts = 200'000;
 #endif
 
 }
