@@ -60,6 +60,7 @@ run_tests() {
             name = $0
             sub(/.*<testcase name="/, "", name)
             sub(/" classname=.*/, "", name)
+            sub(/ +# GetParam\(\).*/, "", name)
             gsub(/&lt;/, "<", name)
             gsub(/&gt;/, ">", name)
             gsub(/&quot;/, "\"", name)

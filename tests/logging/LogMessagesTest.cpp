@@ -133,7 +133,7 @@ TEST_F(LogMessagesTest, FiveHundredAreHeldAndTheOldestGoesFirst)
 
 TEST_F(LogMessagesTest, FullStoreKeepsTheOrderHoweverLongTheMessages)
 {
-    for (const std::size_t capacity : {1, 2, 3, 16})
+    for (const std::size_t capacity : {std::size_t{1}, std::size_t{2}, std::size_t{3}, std::size_t{16}})
     {
         store.SetLogCapacity(capacity);
         Expected all;

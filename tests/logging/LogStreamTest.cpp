@@ -421,7 +421,7 @@ TEST_F(LogStreamTest, RefusedNarrowTextIsConvertedAllTheSame)
 
 TEST_F(LogStreamTest, FailedConversionGivesTheEmptyTextWithoutReport)
 {
-    for (const std::size_t firstFailure : {1, 2})
+    for (const std::size_t firstFailure : {std::size_t{1}, std::size_t{2}})
     {
         RecordingText text;
         text.firstFailure = firstFailure;

@@ -66,7 +66,8 @@ private:
     void Line(std::string_view text, char section)
     {
         std::string& part = section == 'D' ? m_directory : section == 'P' ? m_parameters : m_front;
-        const std::string number = std::to_string(section == 'D' ? m_directory.size() / 81 + 1 : ++m_number);
+        const std::string number =
+            section == 'D' ? std::to_string(m_directory.size() / 81 + 1) : std::to_string(++m_number);
         part += Padded(text, 72) + section + std::string(7 - number.size(), ' ') + number + '\n';
     }
 
