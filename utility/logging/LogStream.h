@@ -68,7 +68,7 @@ private:
 
 /// A log stream behind the test of its severity against the level, which is made once, at construction. Text and
 /// integers do not need a stream as long as nothing can have changed how they are formatted; the first other value or
-/// manipulator makes one, and from then on everything goes through it. Nobody can tell the difference.
+/// manipulator makes one, and from then on everything goes through it. The text is the same.
 class UTILITY_API CLogStreamHelper
 {
 public:
