@@ -2,6 +2,7 @@
 
 // The whole of the library's public interface.
 
+#include "utility/crash/Assertions.h"
 #include "utility/failures/Failures.h"
 #include "utility/failures/LibraryFrame.h"
 #include "utility/failures/Messages.h"
@@ -18,6 +19,7 @@
 #include "utility/logging/LogStream.h"
 #include "utility/logging/ThreadDatabase.h"
 #include "utility/numbers/FloatHygiene.h"
+#include "utility/platform/DebuggerSink.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"

@@ -1,7 +1,6 @@
 #include "utility/logging/DebugStream.h"
 
-#include "tests/support/Substitute.h"
-#include "utility/platform/Debugger.h"
+#include "tests/support/RecordingDebugger.h"
 
 #include <gtest/gtest.h>
 
@@ -24,17 +23,10 @@ class DebugStreamTest : public ::testing::Test
 protected:
     using Texts = std::vector<std::wstring>;
 
-    const Texts& Sent() const { return m_debugger.texts; }
+    const Texts& Sent() const { return m_debugger.wide; }
 
 private:
-    struct Recorder : utility::platform::DebuggerService
-    {
-        void Output(const wchar_t* text) override { texts.emplace_back(text); }
-        Texts texts;
-    };
-
-    Recorder m_debugger;
-    support::Substitute<utility::platform::DebuggerService> m_scope{utility::platform::DebuggerSlot(), m_debugger};
+    support::RecordingDebugger m_debugger;
 };
 
 }

@@ -2,6 +2,8 @@
 
 #include "utility/platform/posix/Utf8.h"
 
+#include <fstream>
+#include <string_view>
 #include <unistd.h>
 
 namespace utility::platform
@@ -10,14 +12,38 @@ namespace utility::platform
 namespace
 {
 
+/// One write keeps the texts of several threads apart; there is nobody to tell of a failure.
+void Write(std::string_view bytes)
+{
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
+}
+
 class PosixDebugger final : public DebuggerService
 {
 public:
+    bool IsPresent() override
+    {
+        std::ifstream status("/proc/self/status");
+        std::string word;
+        while (status >> word && word != "TracerPid:")
+            continue;
+        int tracer = 0;
+        return status >> tracer && tracer != 0;
+    }
+
+    /// Right here, where a signal raised by a call would stop within that call.
+    void Break() override { asm volatile("int3"); }
+
     void Output(const wchar_t* text) override
     {
-        const std::string bytes = posix::Utf8FromWide(text);
-        // One write keeps the texts of several threads apart; there is nobody to tell of a failure.
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
+        if (!SendToDebuggerSink(text))
+            Write(posix::Utf8FromWide(text));
+    }
+
+    void Output(const char* text) override
+    {
+        if (!SendToDebuggerSink(text))
+            Write(text);
     }
 };
 

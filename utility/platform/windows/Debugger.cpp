@@ -11,7 +11,21 @@ namespace
 class WindowsDebugger final : public DebuggerService
 {
 public:
-    void Output(const wchar_t* text) override { ::OutputDebugStringW(text); }
+    bool IsPresent() override { return ::IsDebuggerPresent(); }
+
+    void Break() override { ::DebugBreak(); }
+
+    void Output(const wchar_t* text) override
+    {
+        if (!SendToDebuggerSink(text))
+            ::OutputDebugStringW(text);
+    }
+
+    void Output(const char* text) override
+    {
+        if (!SendToDebuggerSink(text))
+            ::OutputDebugStringA(text);
+    }
 };
 
 }

@@ -1,0 +1,287 @@
+#include "utility/platform/Desktop.h"
+
+#include "tests/support/posix/Child.h"
+#include "tests/support/TemporaryFolder.h"
+#include "utility/crash/Assertions.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+using support::Child;
+using utility::platform::BoxAnswer;
+using utility::platform::Desktop;
+using utility::platform::DesktopService;
+
+namespace
+{
+
+constexpr int controlDown = 10;
+
+/// Asks, and tells the answer and the Control key by an exit code.
+int Ask()
+{
+    const int answer = static_cast<int>(Desktop().AskAbortRetryIgnore("Title", "What\nnow?"));
+    return answer + (Desktop().IsControlKeyDown() ? controlDown : 0);
+}
+
+constexpr int CodeOf(BoxAnswer answer) { return static_cast<int>(answer); }
+
+struct Typed
+{
+    const char* name;
+    std::string_view keys;
+    int expected;
+};
+
+class DesktopTerminalTest : public ::testing::TestWithParam<Typed>
+{
+};
+
+/// Dialog programs that a test writes are all that is on the path, and there is a display.
+class DesktopDialogTest : public ::testing::Test
+{
+protected:
+    void Program(const char* name, const std::string& script) const
+    {
+        const auto path = m_folder.File(name, "#!/bin/sh\n" + script);
+        boost::filesystem::permissions(path, boost::filesystem::owner_all);
+    }
+
+    int AnswerWith(const char* display) const
+    {
+        Child child(
+            [&]
+            {
+                ::unsetenv("DISPLAY");
+                ::unsetenv("WAYLAND_DISPLAY");
+                if (display != nullptr)
+                    ::setenv(display, ":99", 1);
+                ::setenv("PATH", (m_folder / ".").c_str(), 1);
+                return Ask();
+            });
+        return child.ExitCode();
+    }
+
+    int Answer() const { return AnswerWith("DISPLAY"); }
+
+    const support::TemporaryFolder m_folder;
+};
+
+}
+
+TEST_P(DesktopTerminalTest, LineThatIsTypedIsTheAnswer)
+{
+    Child child(Ask, Child::Terminal::foreground);
+    const std::string question = child.ReadUntil("from now on: ");
+    EXPECT_NE(question.find("Title\r\n\r\nWhat\r\nnow?\r\n"), std::string::npos) << question;
+    child.Type(GetParam().keys);
+    EXPECT_EQ(child.ExitCode(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, DesktopTerminalTest,
+                         ::testing::Values(Typed{"Abort", "a\n", CodeOf(BoxAnswer::abort)},
+                                           Typed{"AbortInFull", "Abort\n", CodeOf(BoxAnswer::abort)},
+                                           Typed{"Retry", "r\n", CodeOf(BoxAnswer::retry)},
+                                           Typed{"RetryCapital", "R\n", CodeOf(BoxAnswer::retry)},
+                                           Typed{"NoChoiceIsRetry", "\n", CodeOf(BoxAnswer::retry)},
+                                           Typed{"Ignore", "i\n", CodeOf(BoxAnswer::ignore)},
+                                           Typed{"IgnoreCapital", "I\n", CodeOf(BoxAnswer::ignore)},
+                                           Typed{"ControlI", "\t\n", CodeOf(BoxAnswer::ignore) + controlDown},
+                                           Typed{"EndOfInput", "\x04", CodeOf(BoxAnswer::ignore)}),
+                         [](const auto& tested) { return tested.param.name; });
+
+TEST(DesktopTest, TerminalAsksAgainForAnotherLetter)
+{
+    Child child(Ask, Child::Terminal::foreground);
+    child.ReadUntil("from now on: ");
+    child.Type("what?\n");
+    EXPECT_NE(child.ReadUntil("from now on: ").find("now?"), std::string::npos);
+    child.Type("a\n");
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
+}
+
+TEST(DesktopTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
+{
+    Child child(
+        []
+        {
+            ::write(STDOUT_FILENO, "ready", 5);
+            // The line is there once it can be read; it is left unread.
+            pollfd waiting{STDIN_FILENO, POLLIN, 0};
+            ::poll(&waiting, 1, 10000);
+            return Ask();
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("ready");
+    child.Type("a\n");
+    child.ReadUntil("from now on: ");
+    child.Type("r\n");
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::retry));
+}
+
+TEST(DesktopTest, TerminalOfAnotherProcessGroupIsLeftAlone)
+{
+    Child child(Ask, Child::Terminal::background);
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST(DesktopTest, TerminalThatGoesAwayIsIgnore)
+{
+    Child child(
+        []
+        {
+            ::signal(SIGHUP, SIG_IGN);
+            return Ask();
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("from now on: ");
+    child.HangUp();
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST(DesktopTest, ControlKeyOfAnAnswerIsTakenOnce)
+{
+    Child child(
+        []
+        {
+            Desktop().AskAbortRetryIgnore("Title", "What\nnow?");
+            return (Desktop().IsControlKeyDown() ? 1 : 0) + (Desktop().IsControlKeyDown() ? 2 : 0);
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("from now on: ");
+    child.Type("\t\n");
+    EXPECT_EQ(child.ExitCode(), 1);
+}
+
+TEST(DesktopTest, ControlKeyIsUpWhereNobodyWasAsked) { EXPECT_FALSE(Desktop().IsControlKeyDown()); }
+
+TEST_F(DesktopDialogTest, ZenityGetsTheTextAsItIsAndItsButtonIsTheAnswer)
+{
+    const std::string keep = "printf '%s\\n' \"$@\" >'" + (m_folder / "arguments").string() + "'\n";
+    Program("zenity", keep + "echo Abort; exit 1\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::abort));
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(m_folder / "arguments"),
+              "--question\n--switch\n--no-markup\n--title\nTitle\n--text\nWhat\nnow?\n--extra-button\nIgnore\n"
+              "--extra-button\nRetry\n--extra-button\nAbort\n");
+    Program("zenity", "echo Retry; exit 1\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::retry));
+    Program("zenity", "echo Ignore; exit 1\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST_F(DesktopDialogTest, KdialogGetsTheTextAsItIsAndItsExitCodeIsTheAnswer)
+{
+    const std::string keep = "printf '%s\\n' \"$@\" >'" + (m_folder / "arguments").string() + "'\n";
+    Program("kdialog", keep + "exit 0\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::abort));
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(m_folder / "arguments"),
+              "--title\nTitle\n--yes-label\nAbort\n--no-label\nRetry\n--cancel-label\nIgnore\n--warningyesnocancel\n"
+              "What\nnow?\n");
+    Program("kdialog", "exit 1\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::retry));
+    Program("kdialog", "exit 2\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST_F(DesktopDialogTest, EitherKindOfDisplayWillDo)
+{
+    Program("zenity", "echo Abort; exit 1\n");
+    EXPECT_EQ(AnswerWith("DISPLAY"), CodeOf(BoxAnswer::abort));
+    EXPECT_EQ(AnswerWith("WAYLAND_DISPLAY"), CodeOf(BoxAnswer::abort));
+}
+
+TEST_F(DesktopDialogTest, WindowThatWasClosedIsIgnore)
+{
+    Program("zenity", "exit 1\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST_F(DesktopDialogTest, ProgramThatCrashesIsIgnore)
+{
+    Program("kdialog", "kill -9 $$\n");
+    EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
+}
+
+TEST_F(DesktopDialogTest, NoDisplayIsIgnore)
+{
+    Program("zenity", "echo Abort; exit 1\n");
+    EXPECT_EQ(AnswerWith(nullptr), CodeOf(BoxAnswer::ignore));
+}
+
+TEST_F(DesktopDialogTest, NoDialogProgramIsIgnore) { EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore)); }
+
+TEST(DesktopTest, ThreadHasNoQuitMessage)
+{
+    EXPECT_EQ(Desktop().TakeQuitMessage(), std::nullopt);
+    Desktop().PostQuitMessage(42);
+    EXPECT_EQ(Desktop().TakeQuitMessage(), std::nullopt);
+}
+
+TEST(DesktopTest, ProgramPathIsThatOfTheTests)
+{
+    char path[DesktopService::pathSize];
+    ASSERT_TRUE(Desktop().ProgramPath(path));
+    EXPECT_TRUE(std::string_view(path).ends_with("/UtilityTests")) << path;
+    EXPECT_EQ(path[0], '/');
+}
+
+TEST(DesktopTest, EndOfTheProcessIsTheAbortSignal)
+{
+    Child child(
+        []
+        {
+            Desktop().EndProcess();
+            return 0;
+        });
+    EXPECT_EQ(child.Signal(), SIGABRT);
+}
+
+TEST(DesktopTest, ProcessThatIgnoresTheAbortSignalEndsWithCodeThree)
+{
+    Child child(
+        []
+        {
+            ::signal(SIGABRT, SIG_IGN);
+            Desktop().EndProcess();
+            return 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 3);
+}
+
+TEST(DesktopTest, AssertionIsSwitchedOffByControlIOnTheTerminal)
+{
+    Child child(
+        []
+        {
+            bool ignored = false;
+            const bool first = ZeloAssertFailed("part.cpp", 12, 0, ignored);
+            const bool second = ZeloAssertFailed("part.cpp", 12, 0, ignored);
+            return !first && !second && ignored ? 1 : 0;
+        },
+        Child::Terminal::foreground);
+    const std::string question = child.ReadUntil("from now on: ");
+    EXPECT_NE(question.find("File: part.cpp\r\nLine: 12\r\nSeverity: 0\r\n"), std::string::npos) << question;
+    child.Type("\t\n");
+    EXPECT_EQ(child.ExitCode(), 1);
+}
+
+TEST(DesktopTest, AssertionThatIsAbortedOnTheTerminalEndsTheProcess)
+{
+    Child child(
+        []
+        {
+            bool ignored = false;
+            ZeloAssertFailed("part.cpp", 12, 0, ignored);
+            return 0;
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("from now on: ");
+    child.Type("a\n");
+    EXPECT_EQ(child.Signal(), SIGABRT);
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "tests/support/Substitute.h"
+#include "utility/platform/Desktop.h"
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace support
+{
+
+/// Stands in for the desktop while it lives, answers as told, and keeps the calls that change something.
+class ScriptedDesktop : public utility::platform::DesktopService
+{
+public:
+    using Answer = utility::platform::BoxAnswer;
+
+    std::optional<int> TakeQuitMessage() override
+    {
+        calls.emplace_back("take quit");
+        return std::exchange(quit, std::nullopt);
+    }
+    void PostQuitMessage(int exitCode) override
+    {
+        calls.emplace_back("post quit");
+        quit = exitCode;
+    }
+    bool IsControlKeyDown() override { return isControlKeyDown; }
+    Answer AskAbortRetryIgnore(const char* title, const char* text) override
+    {
+        calls.emplace_back("ask");
+        titles.emplace_back(title);
+        boxes.emplace_back(text);
+        whileAsking();
+        return answer;
+    }
+    bool ProgramPath(char (&path)[pathSize]) override
+    {
+        if (program != nullptr)
+            std::strcpy(path, program);
+        return program != nullptr;
+    }
+    void EndProcess() override { calls.emplace_back("end"); }
+
+    std::optional<int> quit;
+    bool isControlKeyDown = false;
+    Answer answer = Answer::ignore;
+    const char* program = "C:\\host.exe"; ///< null for one that is not known
+    std::function<void()> whileAsking = [] {};
+    std::vector<std::string> calls;
+    std::vector<std::string> titles;
+    std::vector<std::string> boxes;
+
+private:
+    Substitute<utility::platform::DesktopService> m_scope{utility::platform::DesktopSlot(), *this};
+};
+
+}
