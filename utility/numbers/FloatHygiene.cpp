@@ -3,6 +3,7 @@
 #include "utility/platform/FloatingPoint.h"
 
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstdint>
 
@@ -97,4 +98,11 @@ CMaskFloatingPointExceptions::~CMaskFloatingPointExceptions()
     UnmaskFloatingPointExceptions();
 }
 
-double utility::detail::PowerBeyondTable(int exponent) { return platform::PowerOfTen(exponent); }
+double utility::detail::PowerBeyondTable(int exponent)
+{
+    // The system's pow reports a result out of range there.
+    const int error = errno;
+    const double power = platform::PowerOfTen(exponent);
+    errno = error;
+    return power;
+}

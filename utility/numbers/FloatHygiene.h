@@ -68,7 +68,7 @@ inline constexpr double tabledPowers[] = {
     1e6,   1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20,
 };
 
-/// The system's own pow, computed when called.
+/// The system's own pow, computed when called. errno stays.
 UTILITY_API double PowerBeyondTable(int exponent);
 
 }

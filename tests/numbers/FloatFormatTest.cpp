@@ -1,0 +1,390 @@
+#include "utility/numbers/FloatFormat.h"
+
+#include "tests/support/FloatFormatModel.h"
+#include "tests/support/KeepFloatingControl.h"
+#include "tests/support/Substitute.h"
+#include "utility/numbers/FloatHygiene.h"
+#include "utility/numbers/FloatParse.h"
+#include "utility/platform/FloatingPoint.h"
+#include "utility/platform/Locale.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cfloat>
+#include <climits>
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr double quietNan = std::numeric_limits<double>::quiet_NaN();
+
+// --- to_wstring
+
+struct FixedCase
+{
+    double value;
+    int decimals;
+    bool showPlus;
+    bool trimZeros;
+    bool keepSymbol;
+    const wchar_t* text;
+};
+
+class ToWStringTest : public ::testing::TestWithParam<FixedCase>
+{
+};
+
+TEST_P(ToWStringTest, IsFixedPointText)
+{
+    const FixedCase& each = GetParam();
+    EXPECT_EQ(to_wstring(each.value, each.decimals, each.showPlus, L".", each.trimZeros, each.keepSymbol), each.text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Layouts, ToWStringTest,
+    ::testing::Values(
+        FixedCase{1.5, 3, false, false, false, L"1.500"}, FixedCase{1.5, 3, true, false, false, L"+1.500"},
+        FixedCase{-1.5, 3, true, false, false, L"-1.500"}, FixedCase{1.5, 3, false, true, false, L"1.5"},
+        FixedCase{2.0, 3, false, false, false, L"2.000"}, FixedCase{2.0, 3, false, true, false, L"2"},
+        FixedCase{2.0, 3, false, true, true, L"2."}, FixedCase{2.0, 0, false, false, false, L"2"},
+        FixedCase{2.0, 0, false, false, true, L"2."}, FixedCase{2.0, 0, false, true, true, L"2."},
+        FixedCase{0.05, 3, false, true, false, L"0.05"}, FixedCase{0.05, 3, false, false, false, L"0.050"},
+        FixedCase{0.0, 3, false, false, false, L"0.000"}, FixedCase{0.0, 3, true, false, false, L"+0.000"},
+        FixedCase{0.0, 3, false, true, false, L"0"}, FixedCase{0.0, 3, false, true, true, L"0."},
+        FixedCase{100.0, 0, false, true, false, L"100"}, FixedCase{0.0004, 3, false, true, true, L"0."},
+        FixedCase{0.0006, 3, false, false, false, L"0.001"},
+        FixedCase{123456789.987654321, 9, false, false, false, L"123456789.987654328"}));
+
+INSTANTIATE_TEST_SUITE_P(OfNoNumber, ToWStringTest,
+                         ::testing::Values(FixedCase{infinity, 3, false, false, false, L"inf"},
+                                           FixedCase{infinity, 3, true, false, true, L"+inf"},
+                                           FixedCase{-infinity, 3, false, false, false, L"-inf"},
+                                           FixedCase{quietNan, 3, false, true, true, L"nan"},
+                                           FixedCase{-quietNan, 400, false, false, false, L"nan"}));
+
+INSTANTIATE_TEST_SUITE_P(WithNegativePlaces, ToWStringTest,
+                         ::testing::Values(FixedCase{1250.0, -2, false, true, false, L"1200"},
+                                           // As with other places, only trimming drops the symbol.
+                                           FixedCase{1250.0, -2, false, false, false, L"1200."},
+                                           FixedCase{1250.0, -400, false, true, false, L"0"},
+                                           FixedCase{-1250.0, -400, false, false, false, L"-0."},
+                                           FixedCase{1250.0, INT_MIN, false, true, true, L"0."}));
+
+TEST(ToWStringOfTest, NegativeValueThatRoundsToZeroKeepsItsSign)
+{
+    EXPECT_EQ(to_wstring(-0.0004, 3), L"-0.000");
+    EXPECT_EQ(to_wstring(-0.0004, 3, false, L".", true), L"-0");
+}
+
+TEST(ToWStringOfTest, NegativeZeroHasNoSign)
+{
+    EXPECT_EQ(to_wstring(-0.0, 3), L"0.000");
+    EXPECT_EQ(to_wstring(-0.0, 3, true), L"+0.000");
+}
+
+TEST(ToWStringOfTest, FloatIsItsDoubleExpansion) { EXPECT_EQ(to_wstring(0.1F, 10), L"0.1000000015"); }
+
+TEST(ToWStringOfTest, FloatHasTheSameLayout)
+{
+    EXPECT_EQ(to_wstring(2.5F, 3, true, L",", true, false), L"+2,5");
+    EXPECT_EQ(to_wstring(2.0F, 3, false, L",", true, true), L"2,");
+}
+
+TEST(ToWStringOfTest, SymbolOfSeveralCharactersIsWrittenWhole)
+{
+    EXPECT_EQ(to_wstring(1.5, 3, false, L"::"), L"1::500");
+    EXPECT_EQ(to_wstring(-12.25, 1, false, L"<point>", true), L"-12<point>2");
+    EXPECT_EQ(to_wstring(1.5, 3, false, L""), L"1500");
+    EXPECT_EQ(to_wstring(1.5, 3, false, L"0"), L"10500");
+}
+
+TEST(ToWStringOfTest, SymbolMayBeOfAnyLength)
+{
+    for (const std::size_t length : {100, 101, 110, 115, 120, 121, 122, 127, 128, 129, 1'000'000})
+    {
+        const std::wstring symbol(length, L'#');
+        EXPECT_TRUE(to_wstring(-12.25, 2, false, symbol) == L"-12" + symbol + L"25") << length;
+        EXPECT_TRUE(QLMFormatFloatE(-12.5, 2, false, symbol) == L"-1" + symbol + L"25E+001") << length;
+    }
+}
+
+TEST(ToWStringOfTest, PlacesBeyondTheExactValueAreZeros)
+{
+    const std::wstring tenth = L"0.1000000000000000055511151231257827021181583404541015625";
+    EXPECT_EQ(to_wstring(0.1, 400), tenth + std::wstring(400 + 2 - tenth.size(), L'0'));
+    EXPECT_EQ(to_wstring(0.1, 400, false, L".", true), tenth);
+    EXPECT_EQ(to_wstring(2.5, 100'000, false, L",").size(), 100'002U);
+}
+
+TEST(ToWStringOfTest, TrimmedTextOfAnyNumberOfPlacesIsShort)
+{
+    EXPECT_EQ(to_wstring(-2.5, INT_MAX, false, L".", true), L"-2.5");
+    EXPECT_EQ(to_wstring(7.0, INT_MAX, false, L".", true), L"7");
+}
+
+TEST(ToWStringOfTest, SubnormalValueHasItsDigits)
+{
+    EXPECT_EQ(to_wstring(DBL_TRUE_MIN, 3), L"0.000");
+    EXPECT_EQ(to_wstring(-DBL_TRUE_MIN, 326), L"-0." + std::wstring(323, L'0') + L"494");
+    EXPECT_EQ(to_wstring(DBL_TRUE_MIN, 2000, false, L".", true).size(), 1076U);
+}
+
+TEST(ToWStringOfTest, DirectionOfRoundingOfTheThreadIsIgnored)
+{
+    const support::KeepFloatingControl keep;
+    for (const unsigned int direction : {_RC_NEAR, _RC_DOWN, _RC_UP, _RC_CHOP})
+    {
+        utility::platform::FloatingControl(direction, _MCW_RC);
+        const std::wstring tie = to_wstring(0.125, 2);
+        const std::wstring above = to_wstring(2.0000001, 3);
+        const std::wstring longText = to_wstring(1e25, 1);
+        utility::platform::FloatingControl(_RC_NEAR, _MCW_RC);
+        EXPECT_EQ(tie, L"0.12");
+        EXPECT_EQ(above, L"2.000");
+        EXPECT_EQ(longText, L"10000000000000000905969664.0");
+    }
+}
+
+// --- QLMFormatFloatE
+
+struct ScientificCase
+{
+    double value;
+    int decimals;
+    bool trimZeros;
+    const wchar_t* text;
+};
+
+class QLMFormatFloatETest : public ::testing::TestWithParam<ScientificCase>
+{
+};
+
+TEST_P(QLMFormatFloatETest, IsAMantissaAndAnExponent)
+{
+    EXPECT_EQ(QLMFormatFloatE(GetParam().value, GetParam().decimals, false, L".", GetParam().trimZeros),
+              GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, QLMFormatFloatETest,
+    ::testing::Values(ScientificCase{1500.0, 2, false, L"1.50E+003"}, ScientificCase{1500.0, 2, true, L"1.5E+003"},
+                      ScientificCase{-0.00125, 2, false, L"-1.25E-003"}, ScientificCase{0.5, 1, false, L"5.0E-001"},
+                      ScientificCase{0.0, 2, false, L"0.00E+000"}, ScientificCase{-0.0, 2, false, L"0.00E+000"},
+                      ScientificCase{1e21, 1, false, L"1.0E+021"}, ScientificCase{1.0, 0, false, L"1E+000"},
+                      ScientificCase{DBL_MAX, 3, false, L"1.798E+308"}, ScientificCase{1e308, 1, false, L"1.0E+308"},
+                      ScientificCase{DBL_MIN, 3, false, L"2.225E-308"}));
+
+INSTANTIATE_TEST_SUITE_P(OfNoNumber, QLMFormatFloatETest,
+                         ::testing::Values(ScientificCase{quietNan, 2, false, L"0.00E+000"},
+                                           ScientificCase{infinity, 2, false, L"infE+000"},
+                                           ScientificCase{-infinity, 2, true, L"-infE+000"}));
+
+TEST(QLMFormatFloatEOfTest, MantissaThatRoundsUpToTenIsNotBroughtBack)
+{
+    EXPECT_EQ(QLMFormatFloatE(9996.0, 2), L"10.00E+003");
+    EXPECT_EQ(QLMFormatFloatE(0.999999, 2), L"10.00E-001");
+}
+
+TEST(QLMFormatFloatEOfTest, MantissaOfTheSmallestValuesIsAnInfinity)
+{
+    EXPECT_EQ(QLMFormatFloatE(1e-310, 2), L"infE-310");
+    EXPECT_EQ(QLMFormatFloatE(-DBL_TRUE_MIN, 2, true, L".", true, true), L"-infE-324");
+}
+
+TEST(QLMFormatFloatEOfTest, SmallValueIsMultipliedAndLargeOneDivided)
+{
+    const double small = 1.2345678901234567e-15;
+    const double large = 1.2345678901234567e+15;
+    EXPECT_EQ(QLMFormatFloatE(small, 17), to_wstring(pow10(15) * small, 17) + L"E-015");
+    EXPECT_EQ(QLMFormatFloatE(large, 17), to_wstring(large / pow10(15), 17) + L"E+015");
+}
+
+TEST(QLMFormatFloatEOfTest, PlusIsOfTheMantissaAlone)
+{
+    EXPECT_EQ(QLMFormatFloatE(1500.0, 2, true), L"+1.50E+003");
+    EXPECT_EQ(QLMFormatFloatE(2000.0, 2, false, L",", true, true), L"2,E+003");
+}
+
+TEST(QLMFormatFloatEOfTest, PowersOfTenHaveTheirExponent)
+{
+    for (int exponent = -300; exponent <= 308; ++exponent)
+    {
+        const std::string narrow = "1e" + std::to_string(exponent);
+        const std::wstring text = QLMFormatFloatE(std::stod(narrow), 3);
+        EXPECT_EQ(std::stoi(text.substr(text.find(L'E') + 1)), exponent);
+        EXPECT_EQ(text.substr(0, text.find(L'E')), L"1.000");
+    }
+}
+
+// --- QLMFormatFloatPrecise
+
+struct PreciseCase
+{
+    double value;
+    int decimals;
+    const wchar_t* text;
+};
+
+class QLMFormatFloatPreciseTest : public ::testing::TestWithParam<PreciseCase>
+{
+};
+
+TEST_P(QLMFormatFloatPreciseTest, IsFixedPointText)
+{
+    EXPECT_EQ(QLMFormatFloatPrecise(GetParam().value, GetParam().decimals), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, QLMFormatFloatPreciseTest,
+                         ::testing::Values(PreciseCase{1234.5678, 2, L"1234.57"}, PreciseCase{1.6, 0, L"2"},
+                                           PreciseCase{0.001, 2, L"0.00"}, PreciseCase{-0.006, 2, L"-0.01"},
+                                           PreciseCase{-1234.5678, 3, L"-1234.568"}, PreciseCase{0.0, 0, L"0"},
+                                           PreciseCase{2.0, 3, L"2.000"}));
+
+INSTANTIATE_TEST_SUITE_P(NeverANegativeZero, QLMFormatFloatPreciseTest,
+                         ::testing::Values(PreciseCase{-0.004, 2, L"0.00"}, PreciseCase{-0.0, 2, L"0.00"},
+                                           PreciseCase{-0.4, 0, L"0"}, PreciseCase{-1e-300, 9, L"0.000000000"},
+                                           PreciseCase{-4.0, -1, L"0."}));
+
+INSTANTIATE_TEST_SUITE_P(NanIsZero, QLMFormatFloatPreciseTest,
+                         ::testing::Values(PreciseCase{quietNan, 2, L"0.00"}, PreciseCase{-quietNan, 0, L"0"}));
+
+INSTANTIATE_TEST_SUITE_P(ExtremePlaces, QLMFormatFloatPreciseTest,
+                         ::testing::Values(PreciseCase{1250.0, -2, L"1200."}, PreciseCase{1250.0, -400, L"0."},
+                                           PreciseCase{-1250.0, -400, L"0."}, PreciseCase{1250.0, INT_MIN, L"0."},
+                                           PreciseCase{infinity, 2, L"inf"}, PreciseCase{-infinity, 2, L"-inf"}));
+
+TEST(QLMFormatFloatPreciseOfTest, GuardLooksAtTenthsOfTheLastPlace)
+{
+    // The tie is not zero by the guard, though its text is rounded to even.
+    EXPECT_EQ(QLMFormatFloatPrecise(-0.5, 0), L"-0");
+    EXPECT_EQ(QLMFormatFloatPrecise(-0.125, 2), L"-0.12");
+}
+
+TEST(QLMFormatFloatPreciseOfTest, ManyPlacesAreZeros)
+{
+    EXPECT_EQ(QLMFormatFloatPrecise(-2.5, 400), L"-2.5" + std::wstring(399, L'0'));
+}
+
+// --- All of them
+
+TEST(FloatFormatTest, RandomNumbersAreAsTheStepsGiveThem)
+{
+    std::mt19937_64 random(1836);
+    const std::wstring symbols[] = {L".", L",", L"::", L""};
+    for (int i = 0; i < 300'000; ++i)
+    {
+        double value = std::bit_cast<double>(random());
+        if (i % 2 == 0)
+            value = static_cast<double>(static_cast<std::int64_t>(random())) *
+                    std::pow(10.0, -static_cast<int>(random() % 30));
+        if (!std::isfinite(value))
+            continue;
+        const int decimals = static_cast<int>(random() % 24);
+        const bool showPlus = random() % 2 == 0;
+        const std::wstring& symbol = symbols[random() % 4];
+        const bool trimZeros = random() % 2 == 0;
+        const bool keepSymbol = random() % 2 == 0;
+        ASSERT_EQ(to_wstring(value, decimals, showPlus, symbol, trimZeros, keepSymbol),
+                  support::ModelFixed(value, decimals, showPlus, symbol, trimZeros, keepSymbol));
+        ASSERT_EQ(QLMFormatFloatE(value, decimals, showPlus, symbol, trimZeros, keepSymbol),
+                  support::ModelScientific(value, decimals, showPlus, symbol, trimZeros, keepSymbol));
+        ASSERT_EQ(QLMFormatFloatPrecise(value, decimals), support::ModelPrecise(value, decimals));
+    }
+}
+
+class RoundTripTest : public ::testing::TestWithParam<int>
+{
+};
+
+/// Half a unit of the last place is what the text drops; the parser adds some units in the last place of its own.
+TEST_P(RoundTripTest, ParsedTextIsTheValueWithinItsPlaces)
+{
+    const int decimals = GetParam();
+    std::mt19937_64 random(static_cast<unsigned>(decimals));
+    for (int i = 0; i < 62'500; ++i)
+    {
+        const double fraction = static_cast<double>(static_cast<std::int64_t>(random())) * 0x1p-63;
+        const double value = fraction * std::pow(10.0, static_cast<int>(random() % 16));
+        const std::wstring text = QLMFormatFloatPrecise(value, decimals);
+        double parsed = quietNan;
+        ASSERT_TRUE(QLMParseFloat(text.c_str(), L".", parsed));
+        ASSERT_LE(std::fabs(parsed - value), 0.5 / std::pow(10.0, decimals) + std::fabs(value) * 4 * DBL_EPSILON)
+            << text.c_str();
+        ASSERT_EQ(text, QLMFormatFloatPrecise(value, decimals));
+        if (std::fabs(value) < 1e15 / std::pow(10.0, decimals))
+        {
+            ASSERT_EQ(QLMFormatFloatPrecise(parsed, decimals), text);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, RoundTripTest, ::testing::Range(0, 16));
+
+// --- The settings of the process
+
+TEST(DecimalSymbolTest, IsAPointWhateverItIsSetTo)
+{
+    EXPECT_EQ(GetDecimalSymbol(), L".");
+    SetDecimalSymbol(L",");
+    EXPECT_EQ(GetDecimalSymbol(), L".");
+    SetDecimalSymbol(static_cast<const wchar_t*>(nullptr));
+    EXPECT_EQ(GetDecimalSymbol(), L".");
+    SetDecimalSymbol(DWORD{0x0407});
+    EXPECT_EQ(GetDecimalSymbol(), L".");
+    EXPECT_EQ(QLMFormatFloatPrecise(1.5, 1), L"1.5");
+}
+
+TEST(DecimalSymbolTest, LocaleIsAskedTwiceAndItsAnswerDropped)
+{
+    struct Question
+    {
+        DWORD locale;
+        bool hasBuffer;
+        int size;
+        bool operator==(const Question&) const = default;
+    };
+    struct : utility::platform::LocaleService
+    {
+        std::vector<Question> questions;
+        int DecimalSymbol(DWORD locale, wchar_t* buffer, int size) override
+        {
+            questions.push_back({locale, buffer != nullptr, size});
+            return 0;
+        }
+    } locale;
+    const support::Substitute<utility::platform::LocaleService> scope(utility::platform::LocaleSlot(), locale);
+    SetDecimalSymbol(DWORD{0x0407});
+    EXPECT_EQ(locale.questions, (std::vector<Question>{{0x0407, false, 0}, {0x0407, true, 10}}));
+    EXPECT_EQ(GetDecimalSymbol(), L".");
+}
+
+TEST(DialogDecimalPlacesTest, AreFourAtFirst) { EXPECT_EQ(DialogDecimalPlaces(), 4); }
+
+TEST(DialogDecimalPlacesTest, OfAUnitAreConstant)
+{
+    EXPECT_EQ(DialogDecimalPlaces(DISTANCE_UNITS_MM), 4);
+    EXPECT_EQ(DialogDecimalPlaces(DISTANCE_UNITS_INCH), 6);
+    EXPECT_EQ(DialogDecimalPlaces(DISTANCE_UNITS_METRE), 6);
+}
+
+TEST(DialogDecimalPlacesTest, AreStoredUnchecked)
+{
+    for (const int places : {7, -3, INT_MAX, INT_MIN})
+    {
+        SetDialogDecimalPlaces(places);
+        EXPECT_EQ(DialogDecimalPlaces(), places);
+    }
+    EXPECT_EQ(DialogDecimalPlaces(DISTANCE_UNITS_MM), 4);
+    SetDialogDecimalPlaces(4);
+}
+
+}

@@ -1,0 +1,148 @@
+#include "utility/numbers/StatSeries.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+namespace
+{
+
+constexpr double quietNan = std::numeric_limits<double>::quiet_NaN();
+
+StatSeries SeriesOf(const std::deque<double>& values)
+{
+    StatSeries series;
+    for (const double value : values)
+        series.AddVal(value);
+    return series;
+}
+
+TEST(StatSeriesTest, StartsWithoutValues)
+{
+    const StatSeries series;
+    EXPECT_EQ(series.count, 0U);
+    EXPECT_EQ(series.sum, 0.0);
+    EXPECT_TRUE(series.values.empty());
+}
+
+TEST(StatSeriesTest, CountAndSumStandAroundTheExtremesAheadOfTheValues)
+{
+    const StatSeries series;
+    const auto offset = [&series](const auto& field)
+    { return reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&series); };
+    EXPECT_EQ(sizeof series.count, 4U);
+    EXPECT_EQ(offset(series.count), 0);
+    EXPECT_EQ(offset(series.minimum), 8);
+    EXPECT_EQ(offset(series.maximum), 16);
+    EXPECT_EQ(offset(series.sum), 24);
+    EXPECT_EQ(offset(series.values), 32);
+}
+
+TEST(StatSeriesTest, AddedValuesAreCountedAndKept)
+{
+    const StatSeries series = SeriesOf({3.0, 1.0, 2.0});
+    EXPECT_EQ(series.count, 3U);
+    EXPECT_EQ(series.minimum, 1.0);
+    EXPECT_EQ(series.maximum, 3.0);
+    EXPECT_EQ(series.sum, 6.0);
+    EXPECT_EQ(series.values, (std::deque<double>{3.0, 1.0, 2.0}));
+}
+
+TEST(StatSeriesTest, ValuesNeedNotBeKept)
+{
+    StatSeries series;
+    for (const double value : {3.0, 1.0, 2.0})
+        series.AddValNotArray(value);
+    EXPECT_EQ(series.count, 3U);
+    EXPECT_EQ(series.minimum, 1.0);
+    EXPECT_EQ(series.maximum, 3.0);
+    EXPECT_EQ(series.sum, 6.0);
+    EXPECT_TRUE(series.values.empty());
+}
+
+TEST(StatSeriesTest, BothWaysOfAddingCount)
+{
+    StatSeries series;
+    series.AddVal(1.0);
+    series.AddValNotArray(5.0);
+    EXPECT_EQ(series.count, 2U);
+    EXPECT_EQ(series.maximum, 5.0);
+    EXPECT_EQ(series.values, (std::deque<double>{1.0}));
+}
+
+TEST(StatSeriesTest, SumIsMadeInTheOrderOfArrival)
+{
+    const StatSeries series = SeriesOf({1e16, 1.0, -1e16, 1.0});
+    EXPECT_EQ(series.sum, ((1.0 + (-1e16 + (1.0 + 1e16)))));
+    EXPECT_EQ(series.sum, 1.0);
+}
+
+TEST(StatSeriesTest, NanBecomesTheMinimumUntilTheNextValueReplacesIt)
+{
+    StatSeries series = SeriesOf({1.0, quietNan});
+    EXPECT_TRUE(std::isnan(series.minimum));
+    EXPECT_EQ(series.maximum, 1.0);
+    series.AddVal(5.0);
+    EXPECT_EQ(series.minimum, 5.0);
+    // The value that replaces a NaN is not looked at as a maximum.
+    EXPECT_EQ(series.maximum, 1.0);
+    EXPECT_TRUE(std::isnan(series.sum));
+    EXPECT_EQ(series.count, 3U);
+}
+
+TEST(StatSeriesTest, NanAsTheFirstValueStaysTheMaximum)
+{
+    const StatSeries series = SeriesOf({quietNan, 2.0, 9.0});
+    EXPECT_EQ(series.minimum, 2.0);
+    EXPECT_TRUE(std::isnan(series.maximum));
+}
+
+TEST(StatSeriesTest, CopyHasEverything)
+{
+    const StatSeries series = SeriesOf({3.0, 1.0});
+    StatSeries assigned = SeriesOf({7.0});
+    assigned = series;
+    for (const StatSeries& copy : {StatSeries(series), assigned})
+    {
+        EXPECT_EQ(copy.count, 2U);
+        EXPECT_EQ(copy.minimum, 1.0);
+        EXPECT_EQ(copy.maximum, 3.0);
+        EXPECT_EQ(copy.sum, 4.0);
+        EXPECT_EQ(copy.values, series.values);
+    }
+}
+
+TEST(StatSeriesTest, AssignedToItselfItStays)
+{
+    StatSeries series = SeriesOf({3.0, 1.0});
+    const StatSeries& same = series;
+    series = same;
+    EXPECT_EQ(series.values, (std::deque<double>{3.0, 1.0}));
+    EXPECT_EQ(series.count, 2U);
+}
+
+TEST(StatSeriesTest, MovedFromSeriesKeepsItsCountAndSumWithoutValues)
+{
+    StatSeries first = SeriesOf({3.0, 1.0});
+    StatSeries second(std::move(first));
+    StatSeries third;
+    third = std::move(second);
+    for (const StatSeries* const source : {&first, &second})
+    {
+        EXPECT_EQ(source->count, 2U);
+        EXPECT_EQ(source->sum, 4.0);
+        EXPECT_TRUE(source->values.empty());
+    }
+    EXPECT_EQ(third.count, 2U);
+    EXPECT_EQ(third.minimum, 1.0);
+    EXPECT_EQ(third.maximum, 3.0);
+    EXPECT_EQ(third.sum, 4.0);
+    EXPECT_EQ(third.values, (std::deque<double>{3.0, 1.0}));
+}
+
+}

@@ -1,0 +1,146 @@
+#include "utility/numbers/FloatFormat.h"
+
+#include "utility/numbers/FixedDigits.h"
+#include "utility/numbers/FloatHygiene.h"
+#include "utility/platform/Locale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <string_view>
+
+namespace
+{
+
+constexpr int placesOfUnits[] = {4, 6, 6};
+
+const std::wstring processSymbol = L".";
+int dialogDecimalPlaces = placesOfUnits[DISTANCE_UNITS_MM];
+
+struct Layout
+{
+    bool showPlus;
+    std::wstring_view symbol;
+    bool trimZeros;
+    bool keepSymbol;
+};
+
+/// What all the formatters write: a number in a layout, with something behind it.
+[[gnu::always_inline]] inline std::wstring Compose(double value, int decimals, const Layout& layout,
+                                                   std::wstring_view behind = {})
+{
+    // Signs come as they like, so a branch would be a toss-up.
+    const int isNegative = value < 0.0 ? 1 : 0;
+    const auto signLength = static_cast<std::size_t>(isNegative | (layout.showPlus ? 1 : 0));
+    const auto sign = static_cast<wchar_t>(L'+' + isNegative * (L'-' - L'+'));
+    if (!std::isfinite(value))
+        return std::wstring(signLength, sign).append(std::isnan(value) ? L"nan" : L"inf").append(behind);
+
+    utility::detail::FixedDigits digits(value, decimals);
+    auto places = static_cast<std::size_t>(std::max(decimals, 0));
+    if (layout.trimZeros)
+    {
+        digits.TrimFraction();
+        places = digits.FractionLength();
+    }
+    const bool hasSymbol = layout.keepSymbol || (decimals != 0 && !(layout.trimZeros && places == 0));
+    const std::wstring_view symbol = hasSymbol ? layout.symbol : std::wstring_view();
+
+    // The usual text fits the local array, with the room that the whole part takes, and the result is made of it at once.
+    wchar_t array[128];
+    const std::size_t length = signLength + digits.WholeLength() + symbol.size() + places + behind.size();
+    std::wstring longText;
+    wchar_t* text = array;
+    if (length > std::size(array) - 8)
+    {
+        longText.resize(length);
+        text = longText.data();
+    }
+    *text = sign;
+    wchar_t* at = text + signLength;
+    digits.WriteWhole(at);
+    at += digits.WholeLength();
+    for (const wchar_t c : symbol)
+        *at++ = c;
+    digits.WriteFraction(at);
+    std::fill(at + digits.FractionLength(), at + places, L'0');
+    std::copy(behind.begin(), behind.end(), at + places);
+    if (text == array)
+        return std::wstring(array, length);
+    return longText;
+}
+
+/// A number by its mantissa and its power of ten.
+struct Scientific
+{
+    double mantissa = 0.0;
+    int exponent = 0;
+};
+
+Scientific Split(double value)
+{
+    const double magnitude = std::fabs(value);
+    if (value == 0.0 || std::isnan(value))
+        return {};
+    if (std::isinf(value))
+        return {value, 0};
+    if (magnitude >= 1.0)
+    {
+        const int exponent = static_cast<int>(std::log10(magnitude));
+        return {value / pow10(exponent), exponent};
+    }
+    // Deliberately a multiplication here and a division above: the last bits of the mantissa depend on it.
+    const int exponent = static_cast<int>(std::floor(std::log10(magnitude)));
+    return {pow10(-exponent) * value, exponent};
+}
+
+}
+
+const std::wstring& GetDecimalSymbol() { return processSymbol; }
+
+void SetDecimalSymbol(DWORD localeId)
+{
+    // The answer is deliberately dropped: no locale changes the symbol.
+    wchar_t symbol[10];
+    utility::platform::Locale().DecimalSymbol(localeId, nullptr, 0);
+    utility::platform::Locale().DecimalSymbol(localeId, symbol, 10);
+}
+
+// Deliberately empty: nobody changes the symbol.
+void SetDecimalSymbol(const wchar_t*) {}
+
+int DialogDecimalPlaces() { return dialogDecimalPlaces; }
+
+int DialogDecimalPlaces(DISTANCE_UNITS units) { return placesOfUnits[units]; }
+
+void SetDialogDecimalPlaces(int places) { dialogDecimalPlaces = places; }
+
+std::wstring to_wstring(double value, int decimals, bool showPlus, const std::wstring& decimalSymbol, bool trimZeros,
+                        bool keepSymbol)
+{
+    return Compose(value, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol});
+}
+
+std::wstring to_wstring(float value, int decimals, bool showPlus, const std::wstring& decimalSymbol, bool trimZeros,
+                        bool keepSymbol)
+{
+    return to_wstring(static_cast<double>(value), decimals, showPlus, decimalSymbol, trimZeros, keepSymbol);
+}
+
+std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus, const std::wstring& decimalSymbol,
+                             bool trimZeros, bool keepSymbol)
+{
+    // Deliberately not brought back into range: a mantissa that rounds up to 10 is written so.
+    const Scientific number = Split(value);
+    wchar_t exponent[5] = {L'E', number.exponent < 0 ? L'-' : L'+'};
+    utility::detail::WriteDigits(exponent + 2, static_cast<std::uint64_t>(std::abs(number.exponent)), 3);
+    return Compose(number.mantissa, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol}, {exponent, 5});
+}
+
+std::wstring QLMFormatFloatPrecise(double value, int decimals)
+{
+    // What rounds to a negative zero, and a NaN.
+    const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
+    const bool isZero = !(value >= 0.0) & !(tenthsOfLastPlace >= 5.0); // without a branch
+    return Compose(isZero ? 0.0 : value, decimals, {false, GetDecimalSymbol(), false, false});
+}
