@@ -1,6 +1,7 @@
 // Numbers out of text: a million different fields, each ended by a comma. So many that no branch predictor learns them.
 
 #include "bench/CommaCursor.h"
+#include "bench/RealFields.h"
 #include "utility/files/TextInputOutputFile.h"
 #include "utility/records/TextRecordReader.h"
 
@@ -11,7 +12,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <istream>
 #include <random>
@@ -59,23 +59,6 @@ Fields MakeFields(Next next)
     fields.blanks = fields.commas;
     std::replace(fields.blanks.begin(), fields.blanks.end(), ',', ' ');
     return fields;
-}
-
-/// As FORTRAN programs write them: a fifth without a point, a quarter with an exponent (by E: the peers do not know D).
-/// Without a leading plus, which some peers do not know either.
-std::string NextReal(std::mt19937& random)
-{
-    const auto below = [&random](unsigned limit) { return static_cast<int>(random() % limit); };
-    const double mantissa = (below(2) == 0 ? 1 : -1) * static_cast<double>(random()) / 4294967296.0;
-    char text[40];
-    const int kind = below(20);
-    if (kind < 4)
-        std::snprintf(text, sizeof text, "%.0f", mantissa * std::pow(10.0, 5 + below(3)));
-    else if (kind < 15)
-        std::snprintf(text, sizeof text, "%#.*f", below(8), mantissa * std::pow(10.0, below(5)));
-    else
-        std::snprintf(text, sizeof text, "%.*E", 4 + below(5), mantissa * std::pow(10.0, below(9) - 4));
-    return text;
 }
 
 std::string NextInteger(std::mt19937& random)

@@ -48,7 +48,10 @@ struct StatSeries
         else if (!(value >= minimum))
             minimum = value;
         else if (value > maximum)
+        {
             maximum = value;
+            asm(""); // keeps the branch: a maximum computed without one makes each value wait for the one before
+        }
         ++count;
         sum = value + sum;
     }
