@@ -12,6 +12,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -154,12 +155,19 @@ std::string SubjectOf(const iges::File& file, const iges::Record& record)
            (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
 }
 
-void ShowExtents(const iges::Extents& extents, const char* unit, double factor)
+/// As dialogs show a length, or by its power of ten if that is long.
+std::string ShownLength(double length, int places)
+{
+    const bool isLong = std::fabs(length) >= 1e9;
+    return from_utf(isLong ? QLMFormatFloatE(length, places) : QLMFormatFloatPrecise(length, places), codePageUtf8);
+}
+
+void ShowExtents(const iges::Extents& extents, const char* unit, double factor, int places)
 {
     std::printf("extents in %s\n", unit);
     for (std::size_t i = 0; i < 3; ++i)
-        std::printf("  %c  %s to %s\n", "xyz"[i], Text(extents.low[i] * factor, 10).c_str(),
-                    Text(extents.high[i] * factor, 10).c_str());
+        std::printf("  %c  %s to %s\n", "xyz"[i], ShownLength(extents.axes[i].minimum * factor, places).c_str(),
+                    ShownLength(extents.axes[i].maximum * factor, places).c_str());
 }
 
 void Show(const iges::File& file, const iges::Survey& survey)
@@ -173,6 +181,12 @@ void Show(const iges::File& file, const iges::Survey& survey)
     std::printf("fields\n  %llu integers, %llu reals, %llu texts\n", static_cast<unsigned long long>(survey.Integers()),
                 static_cast<unsigned long long>(survey.Reals()), static_cast<unsigned long long>(survey.Texts()));
 
+    const StatSeries& lengths = survey.RecordLengths();
+    if (lengths.count != 0)
+        std::printf("records\n  %u, of %.0f to %.0f fields, %s on average\n", lengths.count, lengths.minimum,
+                    lengths.maximum,
+                    from_utf(QLMFormatFloatPrecise(lengths.sum / lengths.count, 1), codePageUtf8).c_str());
+
     const iges::Extents& extents = survey.ExtentsOfGeometry();
     const iges::Unit& unit = file.LengthUnit();
     if (extents.IsEmpty())
@@ -180,9 +194,11 @@ void Show(const iges::File& file, const iges::Survey& survey)
         std::printf("extents\n  none\n");
         return;
     }
-    ShowExtents(extents, unit.name.c_str(), 1.0);
+    const int placesOfMillimetres = DialogDecimalPlaces(DISTANCE_UNITS_MM);
+    ShowExtents(extents, unit.name.c_str(), 1.0,
+                unit.millimetres == 1.0 ? placesOfMillimetres : DialogDecimalPlaces(DISTANCE_UNITS_METRE));
     if (unit.millimetres > 0.0)
-        ShowExtents(extents, "millimetres", unit.millimetres);
+        ShowExtents(extents, "millimetres", unit.millimetres, placesOfMillimetres);
     else
         std::printf("extents in millimetres\n  unknown: the file has a unit of its own\n");
 }

@@ -171,10 +171,7 @@ void Extents::Add(const Point& point)
     if (!std::ranges::all_of(point, [](double coordinate) { return std::isfinite(coordinate); }))
         return;
     for (std::size_t i = 0; i < 3; ++i)
-    {
-        low[i] = std::min(low[i], point[i]);
-        high[i] = std::max(high[i], point[i]);
-    }
+        axes[i].AddValNotArray(point[i]);
 }
 
 int IntegerAt(const std::vector<double>& numbers, std::size_t index)

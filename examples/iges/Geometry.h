@@ -2,8 +2,9 @@
 
 // The points of the usual geometry, by the layout of its parameters, and the box around them.
 
+#include "utility/numbers/StatSeries.h"
+
 #include <array>
-#include <limits>
 #include <vector>
 
 namespace iges
@@ -23,17 +24,14 @@ struct Transform
     Transform After(const Transform& inner) const;
 };
 
+/// A box, as the series of its points' coordinates along x, y and z.
 struct Extents
 {
-    Point low = {infinite, infinite, infinite};
-    Point high = {-infinite, -infinite, -infinite};
+    std::array<StatSeries, 3> axes;
 
-    bool IsEmpty() const { return low[0] > high[0]; }
+    bool IsEmpty() const { return axes[0].count == 0; }
     /// A point of which a coordinate is no finite number is left out.
     void Add(const Point& point);
-
-private:
-    static constexpr double infinite = std::numeric_limits<double>::infinity();
 };
 
 /// The number at an index as a count or a pointer: 0 if there is none, or not such a one.

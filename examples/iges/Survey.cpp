@@ -100,6 +100,7 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
         if (onField)
             onField(m_field);
     } while (cursor.NextField());
+    m_recordLengths.AddValNotArray(static_cast<double>(m_numbers.size()));
     LogFile(LogSeverityInformation, GetThreadDatabase())
         << L"Lines: " << record.lines.size() << L", fields: " << m_numbers.size();
 

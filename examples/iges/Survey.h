@@ -31,6 +31,8 @@ public:
     std::uint64_t Integers() const { return m_integers; }
     std::uint64_t Reals() const { return m_reals; }
     std::uint64_t Texts() const { return m_texts; }
+    /// How many fields each record has, the type number in front included.
+    const StatSeries& RecordLengths() const { return m_recordLengths; }
 
     /// In the unit of the file, of the entities that are geometry by their directory entry, and neither curves in
     /// a surface's parameters nor axes of revolution. The transformations that an entry names are applied; those that come by way of a
@@ -51,6 +53,7 @@ private:
     std::uint64_t m_integers = 0;
     std::uint64_t m_reals = 0;
     std::uint64_t m_texts = 0;
+    StatSeries m_recordLengths;
     Extents m_extents;
 };
 

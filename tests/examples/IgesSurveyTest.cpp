@@ -16,6 +16,7 @@ struct Surveyed
     std::uint64_t integers = 0;
     std::uint64_t reals = 0;
     std::uint64_t texts = 0;
+    StatSeries lengths;
     std::vector<std::wstring> errors;
 };
 
@@ -28,15 +29,17 @@ Surveyed SurveyOf(const std::string& bytes)
     iges::Survey survey(file);
     for (const iges::Record& record : file.Records())
         survey.Read(record);
-    return {survey.ExtentsOfGeometry(), survey.Integers(), survey.Reals(), survey.Texts(), messages.Take()};
+    return {survey.ExtentsOfGeometry(), survey.Integers(), survey.Reals(), survey.Texts(),
+            survey.RecordLengths(),     messages.Take()};
 }
 
 void ExpectBox(const Surveyed& surveyed, const iges::Point& low, const iges::Point& high)
 {
+    ASSERT_FALSE(surveyed.extents.IsEmpty());
     for (std::size_t i = 0; i < 3; ++i)
     {
-        EXPECT_NEAR(surveyed.extents.low[i], low[i], 1e-12) << "xyz"[i];
-        EXPECT_NEAR(surveyed.extents.high[i], high[i], 1e-12) << "xyz"[i];
+        EXPECT_NEAR(surveyed.extents.axes[i].minimum, low[i], 1e-12) << "xyz"[i];
+        EXPECT_NEAR(surveyed.extents.axes[i].maximum, high[i], 1e-12) << "xyz"[i];
     }
 }
 
@@ -52,6 +55,18 @@ TEST(IgesSurveyTest, CountsFieldsByKind)
     EXPECT_EQ(surveyed.texts, 2u);
     EXPECT_TRUE(surveyed.extents.IsEmpty());
     EXPECT_TRUE(surveyed.errors.empty());
+}
+
+TEST(IgesSurveyTest, CountsTheFieldsOfEachRecord)
+{
+    support::IgesText part;
+    part.Entity(406, {"406,2,7HBRACKET,1.5,,2Hxy;"});
+    part.Entity(116, {"116,1.,2.,3.;"});
+    const StatSeries lengths = SurveyOf(part.Bytes()).lengths;
+    EXPECT_EQ(lengths.count, 2u);
+    EXPECT_EQ(lengths.minimum, 4.0);
+    EXPECT_EQ(lengths.maximum, 6.0);
+    EXPECT_EQ(lengths.sum, 10.0);
 }
 
 struct BoxCase
