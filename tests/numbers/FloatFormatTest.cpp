@@ -225,6 +225,24 @@ TEST(QLMFormatFloatEOfTest, PowersOfTenHaveTheirExponent)
     }
 }
 
+TEST(QLMFormatFloatEOfTest, ValuesBesideAPowerOfTenHaveTheExponentOfTheirLogarithmOnEverySystem)
+{
+    // Just below a power of ten the logarithm rounds up to it: the mantissa is a little below 1 then.
+    EXPECT_EQ(QLMFormatFloatE(std::nextafter(1e15, 0.0), 3), L"1.000E+015");
+    EXPECT_EQ(QLMFormatFloatE(std::nextafter(1e-15, 0.0), 17).substr(0, 4), L"0.99");
+    std::uint64_t hash = 14695981039346656037ULL;
+    for (int exponent = -300; exponent <= 308; ++exponent)
+    {
+        double value = std::stod("1e" + std::to_string(exponent));
+        for (int i = 0; i < 8; ++i)
+            value = std::nextafter(value, 0.0);
+        for (int i = 0; i < 16; ++i, value = std::nextafter(value, DBL_MAX))
+            for (const wchar_t c : QLMFormatFloatE(value, 9))
+                hash = (hash ^ static_cast<std::uint64_t>(c)) * 1099511628211ULL;
+    }
+    EXPECT_EQ(hash, 15894904197746126927ULL);
+}
+
 // --- QLMFormatFloatPrecise
 
 struct PreciseCase

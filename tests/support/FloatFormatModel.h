@@ -79,7 +79,7 @@ inline std::wstring ModelScientific(double value, int decimals, bool showPlus, c
     int exponent = 0;
     if (value != 0.0 && !std::isnan(value))
     {
-        const double power = std::log10(std::fabs(value));
+        const auto power = static_cast<double>(std::log10(static_cast<long double>(std::fabs(value))));
         const bool isWhole = std::fabs(value) >= 1.0;
         exponent = static_cast<int>(isWhole ? std::trunc(power) : std::floor(power));
         mantissa = isWhole ? value / pow10(exponent) : pow10(-exponent) * value;

@@ -79,18 +79,19 @@ struct Scientific
 
 Scientific Split(double value)
 {
-    const double magnitude = std::fabs(value);
     if (value == 0.0 || std::isnan(value))
         return {};
     if (std::isinf(value))
         return {value, 0};
-    if (magnitude >= 1.0)
+    // By way of a long double, as the systems' logarithms of a double differ in the last bit.
+    const auto power = static_cast<double>(std::log10(std::fabs(static_cast<long double>(value))));
+    if (std::fabs(value) >= 1.0)
     {
-        const int exponent = static_cast<int>(std::log10(magnitude));
+        const int exponent = static_cast<int>(power);
         return {value / pow10(exponent), exponent};
     }
     // Deliberately a multiplication here and a division above: the last bits of the mantissa depend on it.
-    const int exponent = static_cast<int>(std::floor(std::log10(magnitude)));
+    const int exponent = static_cast<int>(std::floor(power));
     return {pow10(-exponent) * value, exponent};
 }
 
