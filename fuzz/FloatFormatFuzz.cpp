@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool trimZeros = (layout & 2) != 0;
     const bool keepSymbol = (layout & 4) != 0;
     // Mostly the usual ones.
-    const int decimals = (layout & 8) != 0 ? places : places % 20;
+    const int decimals = places % ((layout & 8) != 0 ? 1200 : 20);
 
     const std::wstring fixed = to_wstring(value, decimals, showPlus, symbol, trimZeros, keepSymbol);
     const std::wstring scientific = QLMFormatFloatE(value, decimals, showPlus, symbol, trimZeros, keepSymbol);
