@@ -18,6 +18,8 @@
 #include "utility/logging/LogMessages.h"
 #include "utility/logging/LogStream.h"
 #include "utility/logging/ThreadDatabase.h"
+#include "utility/memory/MemoryReport.h"
+#include "utility/memory/NewHandler.h"
 #include "utility/numbers/DistanceUnits.h"
 #include "utility/numbers/FloatFormat.h"
 #include "utility/numbers/FloatHygiene.h"

@@ -27,6 +27,7 @@ public:
         boost::filesystem::remove_all(m_path, ignored);
     }
 
+    const boost::filesystem::path& Path() const { return m_path; }
     boost::filesystem::path operator/(const char* name) const { return m_path / name; }
 
     /// Makes a file with these bytes and gives its path.

@@ -50,6 +50,21 @@ struct _BY_HANDLE_FILE_INFORMATION
 };
 using BY_HANDLE_FILE_INFORMATION = _BY_HANDLE_FILE_INFORMATION;
 
+struct _MEMORYSTATUSEX
+{
+    DWORD dwLength;
+    DWORD dwMemoryLoad;
+    std::uint64_t ullTotalPhys;
+    std::uint64_t ullAvailPhys;
+    std::uint64_t ullTotalPageFile;
+    std::uint64_t ullAvailPageFile;
+    std::uint64_t ullTotalVirtual;
+    std::uint64_t ullAvailVirtual;
+    std::uint64_t ullAvailExtendedVirtual;
+};
+using MEMORYSTATUSEX = _MEMORYSTATUSEX;
+static_assert(sizeof(MEMORYSTATUSEX) == 64);
+
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
@@ -60,6 +75,10 @@ inline constexpr DWORD FILE_BEGIN = 0;
 inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+
+inline constexpr DWORD MEM_COMMIT = 0x1000;
+inline constexpr DWORD MEM_RESERVE = 0x2000;
+inline constexpr DWORD MEM_FREE = 0x10000;
 
 inline constexpr DWORD ERROR_SUCCESS = 0;
 inline constexpr DWORD ERROR_INVALID_FUNCTION = 1;

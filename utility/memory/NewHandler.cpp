@@ -1,0 +1,45 @@
+#include "utility/memory/NewHandler.h"
+
+#include "utility/framework/NewHandler.h"
+#include "utility/memory/MemoryReport.h"
+#include "utility/platform/Debugger.h"
+#include "utility/platform/Heap.h"
+
+#include <boost/format.hpp>
+
+using utility::platform::Debugger;
+
+CNewHandler::CNewHandler() : m_debuggerPresent(Debugger().IsPresent())
+{
+    // Asked each time: a debugger may come at any moment.
+    if (!Debugger().IsPresent())
+        m_previousHandler = utility::platform::SetNewHandler(&NewHandler);
+    if (!Debugger().IsPresent())
+        m_previousFrameworkHandler = utility::framework::SetNewHandler(&NewHandler);
+}
+
+CNewHandler::~CNewHandler()
+{
+    // Deliberately this way round.
+    if (m_debuggerPresent)
+    {
+        utility::platform::SetNewHandler(m_previousHandler);
+        utility::framework::SetNewHandler(m_previousFrameworkHandler);
+    }
+}
+
+int CNewHandler::NewHandler(std::size_t size)
+{
+    WalkAddressSpace();
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof(status);
+    // Deliberately this way round: the line is for figures that are not to be trusted.
+    if (!QLMMemoryStatus(&status))
+    {
+        boost::wformat text(
+            L"new failed trying to service request for %1% bytes. ullTotalVirtual: %2% ullAvailVirtual: "
+            L"%3%\n");
+        Debugger().Output((text % size % status.ullTotalVirtual % status.ullAvailVirtual).str().c_str());
+    }
+    utility::platform::ThrowBadAllocation();
+}
