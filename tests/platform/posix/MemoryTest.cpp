@@ -93,14 +93,15 @@ std::uint64_t AddressSpaceInUse()
 TEST(PosixMemoryTest, AddressesThatMayNotBeTouchedAreReservedAndNoLongerAvailable)
 {
     constexpr std::size_t size = 64 * mebibyte;
+    constexpr double others = 4 * mebibyte; // what else may change meanwhile
     const std::size_t before = Reserved();
     const std::size_t availableBefore = GetAvailVirtualMemory();
     void* const block = ::mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
     ASSERT_NE(block, MAP_FAILED);
-    EXPECT_EQ(Reserved(), before + size);
+    EXPECT_NEAR(static_cast<double>(Reserved()), static_cast<double>(before + size), others);
     EXPECT_LT(GetAvailVirtualMemory(), availableBefore - size / 2);
     ::munmap(block, size);
-    EXPECT_EQ(Reserved(), before);
+    EXPECT_NEAR(static_cast<double>(Reserved()), static_cast<double>(before), others);
 }
 
 TEST(PosixMemoryTest, ThereIsNoHeapThatFragmentsLittle)
@@ -112,62 +113,22 @@ TEST(PosixMemoryTest, ThereIsNoHeapThatFragmentsLittle)
 TEST(PosixMemoryTest, LimitOnTheAddressSpaceLimitsEverythingButItsRange)
 {
     const std::uint64_t limit = AddressSpaceInUse() + 256 * mebibyte;
-    const int outcome =
-        WithAddressSpaceOf(limit,
-                           [limit]
-                           {
-                               MEMORYSTATUSEX status{};
-                               status.dwLength = sizeof(status);
-                               if (!QLMMemoryStatus(&status))
-                                   return 1;
-                               // The child itself maps a little.
-                               if (status.ullAvailVirtual > 256 * mebibyte || status.ullAvailVirtual < 200 * mebibyte)
-                                   return 2;
-                               if (status.ullTotalPhys + status.ullTotalPageFile > limit)
-                                   return 3;
-                               if (status.ullAvailPhys + status.ullAvailPageFile > status.ullAvailVirtual)
-                                   return 4;
-                               return status.ullTotalVirtual == 0x7FFFFFFFF000 ? 0 : 5;
-                           });
-    EXPECT_EQ(outcome, 0);
-}
-
-TEST(PosixMemoryTest, LimitBelowWhatIsInUseLeavesNothing)
-{
-    EXPECT_EQ(WithAddressSpaceOf(4096, [] { return GetAvailVirtualMemory() == 0 && QLMMemoryLoad() == 100 ? 0 : 1; }),
-              0);
-}
-
-TEST(PosixMemoryTest, MemoryThatRunsOutEndsInBadAllocationBehindTheReport)
-{
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const int outcome = WithAddressSpaceOf(AddressSpaceInUse() + 64 * mebibyte,
-                                           [&]
-                                           {
-                                               ::dup2(ends[1], STDERR_FILENO);
-                                               const CNewHandler handler;
-                                               try
-                                               {
-                                                   volatile std::size_t tooMuch = 1024 * mebibyte;
-                                                   ::operator delete(::operator new(tooMuch));
-                                                   return 1;
-                                               }
-                                               catch (const std::bad_alloc& failure)
-                                               {
-                                                   return std::string(failure.what()) == "bad allocation" ? 0 : 2;
-                                               }
-                                           });
-    ::close(ends[1]);
-    std::string report;
-    char bytes[4096];
-    for (ssize_t size = 0; (size = ::read(ends[0], bytes, sizeof(bytes))) > 0;)
-        report.append(bytes, static_cast<std::size_t>(size));
-    ::close(ends[0]);
-    EXPECT_EQ(outcome, 0);
-    EXPECT_TRUE(report.starts_with("Start      End        Size       State\n")) << report;
-    EXPECT_NE(report.find(" MEM_COMMIT\n"), std::string::npos) << report;
-    EXPECT_NE(report.find("\nLargest free block: 0x"), std::string::npos) << report;
+    const auto check = [limit]
+    {
+        MEMORYSTATUSEX status{};
+        status.dwLength = sizeof(status);
+        if (!QLMMemoryStatus(&status))
+            return 1;
+        // The child itself maps a little.
+        if (status.ullAvailVirtual > 256 * mebibyte || status.ullAvailVirtual < 200 * mebibyte)
+            return 2;
+        if (status.ullTotalPhys + status.ullTotalPageFile > limit)
+            return 3;
+        if (status.ullAvailPhys + status.ullAvailPageFile > status.ullAvailVirtual)
+            return 4;
+        return status.ullTotalVirtual == 0x7FFFFFFFF000 ? 0 : 5;
+    };
+    EXPECT_EQ(WithAddressSpaceOf(limit, check), 0);
 }
 
 TEST_F(MachineMemoryTest, IsTheMachinesWithoutGroups) { EXPECT_EQ(Read(), m_machine); }
@@ -259,3 +220,44 @@ TEST(MachineMemoryFilesTest, AreZeroWhereThereAreNone)
     EXPECT_EQ(memory.physical.total, 0u);
     EXPECT_EQ(memory.swap.total, 0u);
 }
+
+// The sanitizers' own memory ends the process when there is none left.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(PosixMemoryTest, LimitBelowWhatIsInUseLeavesNothing)
+{
+    EXPECT_EQ(WithAddressSpaceOf(4096, [] { return GetAvailVirtualMemory() == 0 && QLMMemoryLoad() == 100 ? 0 : 1; }),
+              0);
+}
+
+TEST(PosixMemoryTest, MemoryThatRunsOutEndsInBadAllocationBehindTheReport)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const auto exhaust = [&]
+    {
+        ::dup2(ends[1], STDERR_FILENO);
+        const CNewHandler handler;
+        try
+        {
+            volatile std::size_t tooMuch = 1024 * mebibyte;
+            ::operator delete(::operator new(tooMuch));
+            return 1;
+        }
+        catch (const std::bad_alloc& failure)
+        {
+            return std::string(failure.what()) == "bad allocation" ? 0 : 2;
+        }
+    };
+    const int outcome = WithAddressSpaceOf(AddressSpaceInUse() + 64 * mebibyte, exhaust);
+    ::close(ends[1]);
+    std::string report;
+    char bytes[4096];
+    for (ssize_t size = 0; (size = ::read(ends[0], bytes, sizeof(bytes))) > 0;)
+        report.append(bytes, static_cast<std::size_t>(size));
+    ::close(ends[0]);
+    EXPECT_EQ(outcome, 0);
+    EXPECT_TRUE(report.starts_with("Start      End        Size       State\n")) << report;
+    EXPECT_NE(report.find(" MEM_COMMIT\n"), std::string::npos) << report;
+    EXPECT_NE(report.find("\nLargest free block: 0x"), std::string::npos) << report;
+}
+#endif
