@@ -121,6 +121,13 @@ TEST_F(DebugReportTest, OutputThatNeedsMoreThan4096BytesWithItsNullIsReplacedAsA
     EXPECT_EQ(m_debugger.narrow.back(), tooLong);
 }
 
+TEST_F(DebugReportTest, MessageThatCannotBeFormattedIsReplaced)
+{
+    // No character, and no wide character of the narrow encoding.
+    ZeloDbgReport(reportError, 0, false, nullptr, 0, nullptr, "%ls", L"\xD800");
+    EXPECT_EQ(m_debugger.narrow.back(), tooLong);
+}
+
 TEST_F(DebugReportTest, BoxShowsTheMessageAndSendsNothingToTheDebugger)
 {
     EXPECT_EQ(ZeloDbgReport(reportAssertion, 2, true, "part.cpp", 12, nullptr, "%s = %d", "count", -3), 0);
@@ -272,7 +279,7 @@ TEST_F(DebugMessageTest, ModuleOver64CharactersIsCutToItsEndWhereItIs)
     EXPECT_EQ(Box(nullptr, nullptr, fits.c_str()), "C:\\host.exe\nModule: " + fits + "\nSeverity: 3");
     const std::string original = Numbered(70);
     std::string module = original;
-    EXPECT_EQ(Box(nullptr, nullptr, module.c_str()),
+    EXPECT_EQ(Box(nullptr, nullptr, module.data()),
               "C:\\host.exe\nModule: ..." + original.substr(9) + "\nSeverity: 3");
     EXPECT_EQ(module, original.substr(0, 6) + "..." + original.substr(9));
 }

@@ -14,6 +14,7 @@
 using utility::platform::QueryNewHandler;
 
 static_assert(!std::is_copy_constructible_v<CNewHandler>);
+static_assert(sizeof(CNewHandler) == 24);
 
 namespace
 {
@@ -32,7 +33,7 @@ protected:
         utility::platform::SetNewHandler(nullptr);
         m_memory.Add(0x1000, MEM_FREE);
     }
-    ~CNewHandlerTest() override { utility::framework::SetNewHandler(nullptr); }
+    void TearDown() override { utility::framework::SetNewHandler(nullptr); }
 
     static utility::platform::NewHandler FrameworkHandler()
     {

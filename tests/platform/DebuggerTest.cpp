@@ -27,7 +27,7 @@ protected:
         kept.clear();
         keptByAnother.clear();
     }
-    ~DebuggerSinkTest() override { SetDebuggerSink(nullptr); }
+    void TearDown() override { SetDebuggerSink(nullptr); }
 };
 
 }

@@ -3,6 +3,7 @@
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Desktop.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstddef>
@@ -53,7 +54,7 @@ const char* Shortened(char* text)
     if (length <= longest)
         return text;
     text += length - longest;
-    std::memcpy(text, "...", 3);
+    std::fill_n(text, 3, '.');
     return text;
 }
 

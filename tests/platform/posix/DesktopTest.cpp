@@ -30,6 +30,16 @@ int Ask()
     return answer + (Desktop().IsControlKeyDown() ? controlDown : 0);
 }
 
+/// The same with a display, or none, in the environment.
+int AskWithDisplay(const char* variable)
+{
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    if (variable != nullptr)
+        ::setenv(variable, ":99", 1);
+    return Ask();
+}
+
 constexpr int CodeOf(BoxAnswer answer) { return static_cast<int>(answer); }
 
 struct Typed
@@ -58,12 +68,8 @@ protected:
         Child child(
             [&]
             {
-                ::unsetenv("DISPLAY");
-                ::unsetenv("WAYLAND_DISPLAY");
-                if (display != nullptr)
-                    ::setenv(display, ":99", 1);
                 ::setenv("PATH", (m_folder / ".").c_str(), 1);
-                return Ask();
+                return AskWithDisplay(display);
             });
         return child.ExitCode();
     }
@@ -127,7 +133,7 @@ TEST(DesktopTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
 
 TEST(DesktopTest, TerminalOfAnotherProcessGroupIsLeftAlone)
 {
-    Child child(Ask, Child::Terminal::background);
+    Child child([] { return AskWithDisplay(nullptr); }, Child::Terminal::background);
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
 }
 

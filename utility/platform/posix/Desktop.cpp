@@ -1,14 +1,14 @@
 #include "utility/platform/Desktop.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
 #include <string>
-#include <string_view>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace utility::platform
 {
@@ -34,14 +34,18 @@ public:
     /// A process in the background is stopped when it reads from its terminal, so it had better not ask there.
     bool IsOurs() const { return m_file >= 0 && ::tcgetpgrp(m_file) == ::getpgrp(); }
 
-    BoxAnswer Ask(const std::string& question) const
+    BoxAnswer Ask(const char* title, const char* text) const
     {
         for (;;)
         {
             // What was typed before the question is no answer to it.
             ::tcflush(m_file, TCIFLUSH);
-            if (::write(m_file, question.data(), question.size()) < 0)
-                return BoxAnswer::ignore;
+            for (const char* const part :
+                 {"\n", title, "\n\n", text, "\n[a]bort, [R]etry, [i]gnore, Ctrl+I to ignore from now on: "})
+            {
+                if (::write(m_file, part, std::strlen(part)) < 0)
+                    return BoxAnswer::ignore;
+            }
             switch (FirstOfLine())
             {
             case 'a':
@@ -99,8 +103,9 @@ struct Finished
     std::string output;
 };
 
-/// Runs a program to its end. No value if there is no such program.
-std::optional<Finished> Run(std::vector<const char*> arguments)
+/// Runs a program, of which the first argument is the name and the last is null, to its end. No value if there is no such
+/// program.
+std::optional<Finished> Run(const char* const* arguments)
 {
     int pipe[2];
     if (::pipe2(pipe, O_CLOEXEC) != 0)
@@ -108,10 +113,9 @@ std::optional<Finished> Run(std::vector<const char*> arguments)
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
-    arguments.push_back(nullptr);
     pid_t process = 0;
-    const bool runs = ::posix_spawnp(&process, arguments[0], &actions, nullptr,
-                                     const_cast<char* const*>(arguments.data()), environ) == 0;
+    const bool runs =
+        ::posix_spawnp(&process, arguments[0], &actions, nullptr, const_cast<char* const*>(arguments), environ) == 0;
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(pipe[1]);
     Finished finished{-1, {}};
@@ -129,17 +133,20 @@ std::optional<Finished> Run(std::vector<const char*> arguments)
 
 BoxAnswer AskByDialogProgram(const char* title, const char* text)
 {
-    if (const auto zenity = Run({"zenity", "--question", "--switch", "--no-markup", "--title", title, "--text", text,
-                                 "--extra-button", "Ignore", "--extra-button", "Retry", "--extra-button", "Abort"}))
-        return zenity->output == "Abort\n"   ? BoxAnswer::abort
-               : zenity->output == "Retry\n" ? BoxAnswer::retry
-                                             : BoxAnswer::ignore;
-    if (const auto kdialog = Run({"kdialog", "--title", title, "--yes-label", "Abort", "--no-label", "Retry",
-                                  "--cancel-label", "Ignore", "--warningyesnocancel", text});
-        kdialog && WIFEXITED(kdialog->status))
-        return WEXITSTATUS(kdialog->status) == 0   ? BoxAnswer::abort
-               : WEXITSTATUS(kdialog->status) == 1 ? BoxAnswer::retry
-                                                   : BoxAnswer::ignore;
+    // Its first button has the focus, and is the one to be pressed by mistake.
+    const char* const zenity[] = {
+        "zenity",         "--question", "--switch",       "--no-markup", "--title",        title,   "--text", text,
+        "--extra-button", "Ignore",     "--extra-button", "Retry",       "--extra-button", "Abort", nullptr};
+    const char* const kdialog[] = {"kdialog", "--title",        title,    "--yes-label",          "Abort", "--no-label",
+                                   "Retry",   "--cancel-label", "Ignore", "--warningyesnocancel", text,    nullptr};
+    if (const auto finished = Run(zenity))
+        return finished->output == "Abort\n"   ? BoxAnswer::abort
+               : finished->output == "Retry\n" ? BoxAnswer::retry
+                                               : BoxAnswer::ignore;
+    if (const auto finished = Run(kdialog); finished && WIFEXITED(finished->status))
+        return WEXITSTATUS(finished->status) == 0   ? BoxAnswer::abort
+               : WEXITSTATUS(finished->status) == 1 ? BoxAnswer::retry
+                                                    : BoxAnswer::ignore;
     return BoxAnswer::ignore;
 }
 
@@ -156,8 +163,7 @@ public:
     {
         const Terminal terminal;
         if (terminal.IsOurs())
-            return terminal.Ask("\n" + std::string(title) + "\n\n" + text +
-                                "\n[a]bort, [R]etry, [i]gnore, Ctrl+I to ignore from now on: ");
+            return terminal.Ask(title, text);
         return HasDisplay() ? AskByDialogProgram(title, text) : BoxAnswer::ignore;
     }
 
