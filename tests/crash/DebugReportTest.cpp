@@ -121,13 +121,6 @@ TEST_F(DebugReportTest, OutputThatNeedsMoreThan4096BytesWithItsNullIsReplacedAsA
     EXPECT_EQ(m_debugger.narrow.back(), tooLong);
 }
 
-TEST_F(DebugReportTest, MessageThatCannotBeFormattedIsReplaced)
-{
-    // No character, and no wide character of the narrow encoding.
-    ZeloDbgReport(reportError, 0, false, nullptr, 0, nullptr, "%ls", L"\xD800");
-    EXPECT_EQ(m_debugger.narrow.back(), tooLong);
-}
-
 TEST_F(DebugReportTest, BoxShowsTheMessageAndSendsNothingToTheDebugger)
 {
     EXPECT_EQ(ZeloDbgReport(reportAssertion, 2, true, "part.cpp", 12, nullptr, "%s = %d", "count", -3), 0);
