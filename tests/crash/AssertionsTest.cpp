@@ -168,8 +168,11 @@ TEST_F(AssertionsTest, MacroOfAHostAsksOnceWhenSwitchedOffByControl)
     m_desktop.isControlKeyDown = true;
     for (int count = 0; count < 3; ++count)
         HOST_ASSERT(count < 0);
-    EXPECT_EQ(m_desktop.boxes.size(), 1u);
-    EXPECT_EQ(m_debugger.narrow.size(), 2u);
+    // The macro's flag is a static: when the test is repeated it is set already.
+    static std::size_t boxes = 1;
+    EXPECT_EQ(m_desktop.boxes.size(), boxes);
+    EXPECT_EQ(m_debugger.narrow.size(), 3 - boxes);
+    boxes = 0;
 }
 
 TEST_F(AssertionsTest, MacroOfAHostReportsOnlyWhatFails)

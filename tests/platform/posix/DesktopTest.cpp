@@ -165,6 +165,23 @@ TEST(DesktopTest, ControlKeyOfAnAnswerIsTakenOnce)
     EXPECT_EQ(child.ExitCode(), 1);
 }
 
+TEST(DesktopTest, ControlKeyIsThatOfTheLatestAnswer)
+{
+    Child child(
+        []
+        {
+            Desktop().AskAbortRetryIgnore("Title", "First");
+            return Ask();
+        },
+        Child::Terminal::foreground);
+    for (const char* const answer : {"\t\n", "i\n"})
+    {
+        child.ReadUntil("from now on: ");
+        child.Type(answer);
+    }
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
+}
+
 TEST(DesktopTest, ControlKeyIsUpWhereNobodyWasAsked) { EXPECT_FALSE(Desktop().IsControlKeyDown()); }
 
 TEST_F(DesktopDialogTest, ZenityGetsTheTextAsItIsAndItsButtonIsTheAnswer)

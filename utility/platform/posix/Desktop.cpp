@@ -161,6 +161,7 @@ public:
 
     BoxAnswer AskAbortRetryIgnore(const char* title, const char* text) override
     {
+        answeredWithControl = false;
         const Terminal terminal;
         if (terminal.IsOurs())
             return terminal.Ask(title, text);
