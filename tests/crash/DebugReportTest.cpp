@@ -272,8 +272,7 @@ TEST_F(DebugMessageTest, ModuleOver64CharactersIsCutToItsEndWhereItIs)
     EXPECT_EQ(Box(nullptr, nullptr, fits.c_str()), "C:\\host.exe\nModule: " + fits + "\nSeverity: 3");
     const std::string original = Numbered(70);
     std::string module = original;
-    EXPECT_EQ(Box(nullptr, nullptr, module.data()),
-              "C:\\host.exe\nModule: ..." + original.substr(9) + "\nSeverity: 3");
+    EXPECT_EQ(Box(nullptr, nullptr, module.data()), "C:\\host.exe\nModule: ..." + original.substr(9) + "\nSeverity: 3");
     EXPECT_EQ(module, original.substr(0, 6) + "..." + original.substr(9));
 }
 
