@@ -143,5 +143,5 @@ std::wstring QLMFormatFloatPrecise(double value, int decimals)
     // What rounds to a negative zero, and a NaN.
     const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
     const bool isZero = !(value >= 0.0) & !(tenthsOfLastPlace >= 5.0); // without a branch
-    return Compose(isZero ? 0.0 : value, decimals, {false, GetDecimalSymbol(), false, false});
+    return to_wstring(isZero ? 0.0 : value, decimals);
 }
