@@ -20,6 +20,7 @@
 #include "utility/logging/ThreadDatabase.h"
 #include "utility/memory/MemoryReport.h"
 #include "utility/memory/NewHandler.h"
+#include "utility/memory/NodeAllocator.h"
 #include "utility/numbers/DistanceUnits.h"
 #include "utility/numbers/FloatFormat.h"
 #include "utility/numbers/FloatHygiene.h"
