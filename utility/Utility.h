@@ -21,6 +21,8 @@
 #include "utility/memory/MemoryReport.h"
 #include "utility/memory/NewHandler.h"
 #include "utility/memory/NodeAllocator.h"
+#include "utility/memory/ThreadAllocator.h"
+#include "utility/memory/ThreadNodeAllocator.h"
 #include "utility/numbers/DistanceUnits.h"
 #include "utility/numbers/FloatFormat.h"
 #include "utility/numbers/FloatHygiene.h"

@@ -60,6 +60,13 @@ private:
         return (size - 1 + alignment) & ~(alignment - 1);
     }
 
+    /// Tells the compiler what the fields hold for good, so that the hot paths need not look.
+    void AssumeFixedFields() const
+    {
+        if (m_shift != 3 || m_maxNodeSize != 256)
+            __builtin_unreachable();
+    }
+
     QLMChunkFooter* FindChunk(std::size_t size);
     void* DoHeapAlloc(std::size_t size);
     void DoHeapFree(void* block, std::size_t size);
@@ -77,6 +84,7 @@ private:
 
 inline void* CQLMNodeAllocator::allocate(std::size_t size)
 {
+    AssumeFixedFields();
     if (size > m_maxNodeSize)
         return DoHeapAlloc(size);
     FreeNode*& list = m_freelists[FREELIST_INDEX(size)];
@@ -94,6 +102,7 @@ inline void* CQLMNodeAllocator::allocate(std::size_t size)
 
 inline void CQLMNodeAllocator::deallocate(void* block, std::size_t size)
 {
+    AssumeFixedFields();
     if (size > m_maxNodeSize)
         return DoHeapFree(block, size);
     FreeNode*& list = m_freelists[FREELIST_INDEX(size)];

@@ -1,0 +1,73 @@
+#include "utility/memory/ThreadAllocator.h"
+
+#include "utility/crash/Assertions.h"
+#include "utility/platform/Debugger.h"
+#include "utility/platform/ThreadSlot.h"
+
+#include <atomic>
+
+namespace utility::detail
+{
+
+extern platform::ThreadSlot threadAllocatorSlot;
+constinit platform::ThreadSlot threadAllocatorSlot;
+
+extern std::atomic<bool> missingAllocatorIsIgnored;
+constinit std::atomic<bool> missingAllocatorIsIgnored = false;
+
+}
+
+using utility::detail::missingAllocatorIsIgnored;
+using utility::detail::threadAllocatorSlot;
+
+namespace
+{
+
+// Before the initialisers of all other sources, of the library and of hosts that link it statically, and in this order.
+[[gnu::init_priority(101)]] const utility::platform::ThreadSlot::Lifetime slotLifetime(threadAllocatorSlot);
+[[gnu::init_priority(101)]] const CThreadAllocatorManager loadingThread;
+
+CQLMNodeAllocator* Allocator() { return static_cast<CQLMNodeAllocator*>(threadAllocatorSlot.Value()); }
+
+[[gnu::cold, gnu::noinline]] void ReportMissingAllocator()
+{
+    bool ignored = missingAllocatorIsIgnored;
+    // The file and the line that this assertion is known by.
+    if (ZeloAssertFailed("QLMNodeAllocator", 381, 0, ignored))
+        utility::platform::Debugger().Break();
+    if (ignored)
+        missingAllocatorIsIgnored = true;
+}
+
+}
+
+CQLMNodeAllocator* GetThreadAllocator()
+{
+    CQLMNodeAllocator* const allocator = Allocator();
+    if (allocator == nullptr) [[unlikely]]
+        ReportMissingAllocator();
+    return allocator;
+}
+
+CQLMNodeAllocator* ResetThreadAllocator(bool create)
+{
+    CQLMNodeAllocator* const earlier = Allocator();
+    threadAllocatorSlot.SetValue(nullptr);
+    delete earlier;
+    CQLMNodeAllocator* const allocator = create ? new CQLMNodeAllocator : nullptr;
+    // Without a slot nobody but the caller knows of it: deliberately so.
+    threadAllocatorSlot.SetValue(allocator);
+    return allocator;
+}
+
+CThreadAllocatorManager::CThreadAllocatorManager() : m_owner(Allocator() == nullptr)
+{
+    if (m_owner)
+        ResetThreadAllocator(true);
+}
+
+CThreadAllocatorManager::~CThreadAllocatorManager()
+{
+    if (m_owner)
+        ResetThreadAllocator(false);
+}
