@@ -35,6 +35,12 @@ CQLMNodeAllocator::QLMChunkFooter* CQLMNodeAllocator::FindChunk(std::size_t size
     return m_chunks = ::new (end) QLMChunkFooter{start, start, end, m_chunks};
 }
 
+void* CQLMNodeAllocator::CarveNode(std::size_t size)
+{
+    QLMChunkFooter* const chunk = FindChunk(size);
+    return std::exchange(chunk->m_free, chunk->m_free + size);
+}
+
 void* CQLMNodeAllocator::DoHeapAlloc(std::size_t size)
 {
     for (;;)

@@ -9,18 +9,19 @@
 //         ...
 //     }
 //
-// A thread starts without an allocator, except the one that loads the library. It allocates from its own allocator only,
-// and a block of up to 256 bytes is released to the allocator that it came from, on that allocator's thread: nothing checks
-// this. When the allocator ends, so do all its nodes. Nothing ends it with the thread: without a manager it stays behind.
+// A thread starts without an allocator, except the one that loads the library. It allocates from its own allocator
+// only, and a block of up to 256 bytes is released to the allocator that it came from, on that allocator's thread:
+// nothing checks this. When the allocator ends, so do all its nodes. Nothing ends it with the thread: without a manager
+// it stays behind.
 //
 // Any thread may call; each acts on its own allocator. What makes an allocator throws std::bad_alloc when there is no
-// memory for it, and the thread is without one then. If the system had no thread slot left when the library was loaded, no
-// thread has an allocator, and what is made for one is lost.
+// memory for it, and the thread is without one then. If the system had no thread slot left when the library was loaded,
+// no thread has an allocator, and what is made for one is lost.
 
 #include "utility/memory/NodeAllocator.h"
 #include "utility/platform/Export.h"
 
-/// The calling thread's allocator. It is a programming error to have none: that is an assertion, and the result is null.
+/// The calling thread's allocator. To have none is a programming error: an assertion (see crash/Assertions.h), and null.
 UTILITY_API CQLMNodeAllocator* GetThreadAllocator();
 
 /// Destroys the calling thread's allocator, if it has one, with all its nodes. With `create` the thread gets a new one.

@@ -4,16 +4,16 @@
 //
 //     std::map<int, Tool, std::less<>, CThreadNodeAllocator<std::pair<const int, Tool>>> tools;
 //
-// A container keeps the allocator of the thread that made it. It is used and destroyed on that thread, before the allocator
-// is. So within a thread these containers are like any others, and between threads:
+// A container keeps the allocator of the thread that made it. It is used and destroyed on that thread, before the
+// allocator is. So within a thread these containers are like any others, and between threads:
 //   - A copy belongs to the thread that makes it, with the containers inside it.
-//   - Assignment, by copy or by move, leaves each container its allocator: the elements go over into own nodes, one by one.
-//     The other thread must leave its container alone meanwhile.
+//   - Assignment, by copy or by move, leaves each container its allocator: the elements go over into own nodes, one by
+//     one. The other thread must leave its container alone meanwhile.
 //   - A container that is itself moved, alone or as an element, keeps the other thread's allocator: copy it instead.
 //   - Swapping and splicing is undefined.
 //
-// To make one in a thread without an allocator is the assertion of GetThreadAllocator, and it cannot allocate anything: that
-// throws std::bad_alloc, as it does when memory has run out. 0 objects may be allocated; more than an address can reach
+// To make one in a thread without an allocator is the assertion of GetThreadAllocator, and then throws std::bad_alloc,
+// as a container does that needs memory when there is none. 0 objects may be allocated; more than an address can reach
 // are a std::bad_array_new_length.
 
 #include "utility/memory/ThreadAllocator.h"
@@ -34,7 +34,11 @@ public:
     using value_type = T;
     using is_always_equal = std::false_type;
 
-    CThreadNodeAllocator() noexcept : m_allocator(GetThreadAllocator()) {}
+    CThreadNodeAllocator() : m_allocator(GetThreadAllocator())
+    {
+        if (m_allocator == nullptr)
+            throw std::bad_alloc();
+    }
     template <class Other>
     CThreadNodeAllocator(const CThreadNodeAllocator<Other>& other) noexcept : m_allocator(other.m_allocator)
     {
@@ -42,8 +46,6 @@ public:
 
     [[nodiscard]] T* allocate(std::size_t count)
     {
-        if (m_allocator == nullptr)
-            throw std::bad_alloc();
         if constexpr (isPooled)
         {
             if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
@@ -63,7 +65,7 @@ public:
     }
 
     /// For a copy of a container.
-    CThreadNodeAllocator select_on_container_copy_construction() const noexcept { return {}; }
+    CThreadNodeAllocator select_on_container_copy_construction() const { return {}; }
 
     template <class Other>
     bool operator==(const CThreadNodeAllocator<Other>& other) const noexcept
