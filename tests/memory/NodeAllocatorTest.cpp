@@ -290,6 +290,14 @@ TEST_F(NodeAllocatorTest, SmallerSizeAtReleaseFilesTheNodeUnderASmallerClass)
     EXPECT_EQ(allocator.allocate(24), node);
 }
 
+TEST_F(NodeAllocatorTest, LargerSizeAtReleaseHandsOutTheNextNodesMemory)
+{
+    char* const node = static_cast<char*>(allocator.allocate(8));
+    EXPECT_EQ(allocator.allocate(8), node + 8);
+    allocator.deallocate(node, 16);
+    EXPECT_EQ(allocator.allocate(16), node);
+}
+
 TEST_F(NodeAllocatorTest, SizeZeroIsOutsideTheContractAsItsClassDoesNotExist)
 {
     EXPECT_EQ(FreelistIndex(allocator, 0), 0x1FFF'FFFF'FFFF'FFFFu);

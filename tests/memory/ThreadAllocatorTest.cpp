@@ -46,7 +46,7 @@ void OnNewThread(Function function)
 
 bool HasAllocator()
 {
-    const support::MissingAllocator assertion;
+    support::MissingAllocator assertion;
     return GetThreadAllocator() != nullptr;
 }
 
@@ -257,7 +257,7 @@ TEST(ResetThreadAllocatorTest, WithoutAnAllocatorThereIsNothingToDestroy)
     OnNewThread(
         []
         {
-            const support::ForwardingHeap heap;
+            support::ForwardingHeap heap;
             EXPECT_EQ(ResetThreadAllocator(false), nullptr);
             EXPECT_FALSE(HasAllocator());
             EXPECT_TRUE(heap.requests.empty() && heap.freed.empty());
@@ -269,7 +269,7 @@ TEST(ResetThreadAllocatorTest, NewAllocatorTakesThePlaceOfTheEarlierOneWhoseNode
     OnNewThread(
         []
         {
-            const support::ForwardingHeap heap;
+            support::ForwardingHeap heap;
             CQLMNodeAllocator* allocator = ResetThreadAllocator(true);
             EXPECT_EQ(GetThreadAllocator(), allocator);
             allocator->allocate(24);

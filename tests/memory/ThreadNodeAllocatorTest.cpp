@@ -155,7 +155,7 @@ TEST_F(CThreadNodeAllocatorTest, NodesAreThoseOfTheThreadsAllocator)
     OnNewThread(
         []
         {
-            const support::ForwardingHeap heap;
+            support::ForwardingHeap heap;
             const auto list = Filled<List>(10'000);
             EXPECT_EQ(heap.requests, std::vector<std::size_t>{524256});
             const auto* const start = static_cast<const char*>(heap.blocks.at(0));
@@ -185,7 +185,7 @@ TEST_F(CThreadNodeAllocatorTest, ArraysOfMoreThan256BytesAreTheHeaps)
     OnNewThread(
         []
         {
-            const support::ForwardingHeap heap;
+            support::ForwardingHeap heap;
             CThreadNodeAllocator<int> allocator;
             int* const pooled = allocator.allocate(64);
             int* const large = allocator.allocate(65);

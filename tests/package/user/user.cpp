@@ -2,6 +2,10 @@
 #include <utility/Utility.h>
 
 #include <cstdio>
+#include <list>
+
+// The library is ready before the static objects of those who use it, and outlasts them.
+static std::list<int, CThreadNodeAllocator<int>> numbers{1, 2};
 
 int main(int, char** arguments)
 {
@@ -11,6 +15,8 @@ int main(int, char** arguments)
         std::puts("the library's strings are missing");
         return 1;
     }
+
+    numbers.push_back(3);
 
     CMemoryMappedFile file;
     if (!file.Open(boost::filesystem::path(arguments[0])) || file.GetFileSize() == 0)
