@@ -144,7 +144,7 @@ TEST_F(CThreadNodeAllocatorTest, ContainerInACopiedContainerBelongsToTheCopyingT
     OnNewThread(
         [&theirs]
         {
-            const auto copy = theirs;
+            const auto copy = theirs; // NOLINT(performance-unnecessary-copy-initialization): what this is about
             EXPECT_EQ(copy, theirs);
             EXPECT_EQ(copy.front().get_allocator(), CThreadNodeAllocator<int>());
         });

@@ -96,7 +96,7 @@ TEST_F(NewHandlerTest, PlainNewTriesAgainUntilItGivesUp)
 {
     const volatile std::size_t tooMuch = std::numeric_limits<std::size_t>::max() / 2;
     SetNewHandler(&TryAgainTwice);
-    EXPECT_THROW(static_cast<void>(::operator new(tooMuch)), std::bad_alloc);
+    EXPECT_THROW(::operator delete(::operator new(tooMuch)), std::bad_alloc);
     EXPECT_EQ(asked, (std::vector<std::size_t>{0, 0, 0}));
 }
 #endif

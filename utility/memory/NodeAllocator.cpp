@@ -8,6 +8,7 @@
 using utility::platform::Heap;
 
 CQLMNodeAllocator::CQLMNodeAllocator()
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are what it holds
     : m_freelists(static_cast<FreeNode**>(DoHeapAlloc(static_cast<std::size_t>(m_freelistCount) * sizeof(FreeNode*))))
 {
     static_assert(sizeof(CQLMNodeAllocator) == 48 && offsetof(CQLMNodeAllocator, m_maxNodeSize) == 16);

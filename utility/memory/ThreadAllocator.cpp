@@ -57,7 +57,7 @@ CQLMNodeAllocator* ResetThreadAllocator(bool create)
     CQLMNodeAllocator* const allocator = create ? new CQLMNodeAllocator : nullptr;
     // Without a slot nobody but the caller knows of it: deliberately so.
     threadAllocatorSlot.SetValue(allocator);
-    return allocator;
+    return allocator; // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the slot has it, or the caller
 }
 
 CThreadAllocatorManager::CThreadAllocatorManager() : m_owner(Allocator() == nullptr)

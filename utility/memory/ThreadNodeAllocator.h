@@ -48,7 +48,7 @@ public:
     {
         if constexpr (isPooled)
         {
-            if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
+            if (count > std::numeric_limits<std::size_t>::max() / objectSize)
                 throw std::bad_array_new_length();
             return static_cast<T*>(m_allocator->allocate(Size(count)));
         }
@@ -78,8 +78,9 @@ private:
     friend class CThreadNodeAllocator;
 
     static constexpr bool isPooled = alignof(T) <= 8;
+    static constexpr std::size_t objectSize = sizeof(T); // NOLINT(bugprone-sizeof-expression): T may be a pointer
 
-    static std::size_t Size(std::size_t count) { return std::max<std::size_t>(count, 1) * sizeof(T); }
+    static std::size_t Size(std::size_t count) { return std::max<std::size_t>(count, 1) * objectSize; }
 
     CQLMNodeAllocator* m_allocator;
 };
