@@ -57,14 +57,14 @@ CQLMNodeAllocator* ResetThreadAllocator(bool create)
     CQLMNodeAllocator* const allocator = create ? new CQLMNodeAllocator : nullptr;
     // Without a slot nobody but the caller knows of it: deliberately so.
     threadAllocatorSlot.SetValue(allocator);
-    return allocator; // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the slot has it, or the caller
+    return allocator;
 }
 
 CThreadAllocatorManager::CThreadAllocatorManager() : m_owner(Allocator() == nullptr)
 {
     if (m_owner)
         ResetThreadAllocator(true);
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the slot has the allocator, and without one it is lost
 
 CThreadAllocatorManager::~CThreadAllocatorManager()
 {
