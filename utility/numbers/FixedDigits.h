@@ -1,13 +1,14 @@
 #pragma once
 
-// The decimal digits of a double with a fixed number of places: its exact binary value rounded correctly, ties to even,
-// whatever the thread's rounding direction.
+// The decimal digits of the magnitude of a double with a fixed number of places: its exact binary value rounded
+// correctly, ties to even, whatever the thread's rounding direction.
 //
 //     utility::detail::FixedDigits digits(1234.5678, 2);
 //     wchar_t text[8];
 //     digits.WriteWhole(text);         // 1234
 //     digits.WriteFraction(text + 4);  // 57
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -18,26 +19,14 @@ namespace utility::detail
 
 __extension__ typedef unsigned __int128 Uint128; // NOLINT(modernize-use-using): an alias would be warned of
 
-inline constexpr std::uint64_t powersOfTen[] = {1ULL,
-                                                10ULL,
-                                                100ULL,
-                                                1000ULL,
-                                                10000ULL,
-                                                100000ULL,
-                                                1000000ULL,
-                                                10000000ULL,
-                                                100000000ULL,
-                                                1000000000ULL,
-                                                10000000000ULL,
-                                                100000000000ULL,
-                                                1000000000000ULL,
-                                                10000000000000ULL,
-                                                100000000000000ULL,
-                                                1000000000000000ULL,
-                                                10000000000000000ULL,
-                                                100000000000000000ULL,
-                                                1000000000000000000ULL,
-                                                10000000000000000000ULL};
+/// As far as 64 bits go.
+inline constexpr std::array<std::uint64_t, 20> powersOfTen = []
+{
+    std::array<std::uint64_t, 20> powers{1};
+    for (std::size_t i = 1; i < powers.size(); ++i)
+        powers[i] = powers[i - 1] * 10;
+    return powers;
+}();
 
 inline std::size_t CountDigits(std::uint64_t number)
 {
@@ -94,14 +83,11 @@ class FixedDigits
 public:
     /// Of a finite value. Any number of places will do: with a negative one the whole part is rounded to tens, hundreds
     /// and so on.
-    FixedDigits(double value, int decimals) : m_isNegative(value < 0.0)
+    FixedDigits(double value, int decimals)
     {
         if (!FitsNumbers(value, decimals))
             SpellOut(value, decimals);
     }
-
-    /// False for a negative zero; true for what rounds to one.
-    bool IsNegative() const { return m_isNegative; }
 
     /// At least 1.
     std::size_t WholeLength() const { return m_wholeLength; }
@@ -138,7 +124,6 @@ private:
     void SpellOut(double value, int decimals);
     static void Widen(wchar_t* to, const char* digits, std::size_t count);
 
-    bool m_isNegative;
     std::size_t m_wholeLength;
     std::size_t m_fractionLength;
     std::uint64_t m_whole;
@@ -154,13 +139,13 @@ inline bool FixedDigits::FitsNumbers(double value, int decimals)
     constexpr int mantissaBits = 52;
     const auto bits = std::bit_cast<std::uint64_t>(value);
     const int exponent = static_cast<int>(bits >> mantissaBits & 0x7FF);
-    if (static_cast<unsigned>(decimals) >= sizeof powersOfTen / sizeof *powersOfTen || exponent >= bias + 64)
+    if (static_cast<unsigned>(decimals) >= powersOfTen.size() || exponent >= bias + 64)
         return false;
 
     // The value is mantissa / 2^shift, but for the subnormal ones: to any place here they are as good as any tiny value.
     const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
     const int shift = bias + mantissaBits - exponent;
-    const std::uint64_t scale = powersOfTen[decimals];
+    const std::uint64_t scale = powersOfTen[static_cast<unsigned>(decimals)];
     m_whole = 0;
     m_fraction = 0;
     if (shift <= 0)
