@@ -3,10 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
+#include <cstddef>
 #include <limits>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 namespace
@@ -30,17 +29,29 @@ TEST(StatSeriesTest, StartsWithoutValues)
     EXPECT_TRUE(series.values.empty());
 }
 
+TEST(StatSeriesTest, ExtremesAreUnsetUntilTheFirstValue)
+{
+    alignas(StatSeries) unsigned char place[sizeof(StatSeries)];
+    volatile unsigned char* const bytes = place;
+    for (std::size_t i = 0; i < sizeof place; ++i)
+        bytes[i] = 0xA5;
+    auto* const series = ::new (place) StatSeries;
+    for (std::size_t i = offsetof(StatSeries, minimum); i < offsetof(StatSeries, sum); ++i)
+        EXPECT_EQ(bytes[i], 0xA5) << i;
+    series->AddVal(-7.0);
+    EXPECT_EQ(series->minimum, -7.0);
+    EXPECT_EQ(series->maximum, -7.0);
+    series->~StatSeries();
+}
+
 TEST(StatSeriesTest, CountAndSumStandAroundTheExtremesAheadOfTheValues)
 {
-    const StatSeries series;
-    const auto offset = [&series](const auto& field)
-    { return reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&series); };
-    EXPECT_EQ(sizeof series.count, 4U);
-    EXPECT_EQ(offset(series.count), 0);
-    EXPECT_EQ(offset(series.minimum), 8);
-    EXPECT_EQ(offset(series.maximum), 16);
-    EXPECT_EQ(offset(series.sum), 24);
-    EXPECT_EQ(offset(series.values), 32);
+    EXPECT_EQ(sizeof(StatSeries::count), 4U);
+    EXPECT_EQ(offsetof(StatSeries, count), 0U);
+    EXPECT_EQ(offsetof(StatSeries, minimum), 8U);
+    EXPECT_EQ(offsetof(StatSeries, maximum), 16U);
+    EXPECT_EQ(offsetof(StatSeries, sum), 24U);
+    EXPECT_EQ(offsetof(StatSeries, values), 32U);
 }
 
 TEST(StatSeriesTest, AddedValuesAreCountedAndKept)
