@@ -72,6 +72,9 @@ Seen RunUnderDebugger(const std::wstring& test)
     ::GetModuleFileNameW(nullptr, program, MAX_PATH);
     std::wstring command = L'"' + std::wstring(program) + L"\" --gtest_filter=" + test;
     ::SetEnvironmentVariableW(debugged, L"1");
+    // What this process runs of the tests, and where it lists them, is not for that one.
+    for (const wchar_t* const name : {L"GTEST_TOTAL_SHARDS", L"GTEST_SHARD_INDEX", L"GTEST_OUTPUT"})
+        ::SetEnvironmentVariableW(name, nullptr);
     STARTUPINFOW start{};
     start.cb = sizeof(start);
     PROCESS_INFORMATION process{};
