@@ -79,29 +79,21 @@ private:
     std::mt19937_64 m_random{19610412};
 };
 
-TEST(FixedDigitsTest, MillionsOfValuesAreThoseOfTheStandardLibrary)
+void ExpectThoseOfTheStandardLibrary(int count, int mostDecimals)
 {
     RandomValues random;
-    for (int i = 0; i < 6'000'000; ++i)
+    for (int i = 0; i < count; ++i)
     {
         const double value = random.Next();
-        const int decimals = random.NextDecimals(19);
+        const int decimals = random.NextDecimals(mostDecimals);
         ASSERT_EQ(Text(value, decimals), Expected(value, decimals))
             << std::hexfloat << value << " with " << decimals << " places";
     }
 }
 
-TEST(FixedDigitsTest, ManyPlacesAreThoseOfTheStandardLibrary)
-{
-    RandomValues random;
-    for (int i = 0; i < 200'000; ++i)
-    {
-        const double value = random.Next();
-        const int decimals = random.NextDecimals(400);
-        ASSERT_EQ(Text(value, decimals), Expected(value, decimals))
-            << std::hexfloat << value << " with " << decimals << " places";
-    }
-}
+TEST(FixedDigitsTest, MillionsOfValuesAreThoseOfTheStandardLibrary) { ExpectThoseOfTheStandardLibrary(6'000'000, 19); }
+
+TEST(FixedDigitsTest, ManyPlacesAreThoseOfTheStandardLibrary) { ExpectThoseOfTheStandardLibrary(200'000, 400); }
 
 TEST(FixedDigitsTest, NegativePlacesAreSignificantDigitsOfTheStandardLibrary)
 {

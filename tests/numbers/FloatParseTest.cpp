@@ -38,6 +38,14 @@ Parsed Parse(const std::wstring& text, const wchar_t* symbol = L".")
     return result;
 }
 
+void ExpectAsTheModel(const std::wstring& text, const wchar_t* symbol)
+{
+    const support::ParsedNumber expected = support::ModelParse(text.c_str(), symbol);
+    const Parsed parsed = Parse(text, symbol);
+    ASSERT_TRUE(Same(parsed.value, expected.value)) << std::hexfloat << parsed.value << " is not " << expected.value;
+    ASSERT_EQ(parsed.stop, expected.end - text.c_str());
+}
+
 struct ParseCase
 {
     const wchar_t* text;
@@ -262,12 +270,7 @@ TEST(QLMParseFloatTest, RandomTextsAreAsTheStepsGiveThem)
         std::wstring text;
         for (auto count = random() % 9; count != 0; --count)
             text += pieces[random() % std::size(pieces)];
-        const wchar_t* const symbol = symbols[random() % std::size(symbols)];
-        const support::ParsedNumber expected = support::ModelParse(text.c_str(), symbol);
-        const Parsed parsed = Parse(text, symbol);
-        ASSERT_TRUE(Same(parsed.value, expected.value))
-            << std::hexfloat << parsed.value << " is not " << expected.value;
-        ASSERT_EQ(parsed.stop, expected.end - text.c_str());
+        ASSERT_NO_FATAL_FAILURE(ExpectAsTheModel(text, symbols[random() % std::size(symbols)]));
     }
 }
 
@@ -280,11 +283,7 @@ TEST(QLMParseFloatTest, LongRunsOfDigitsAreAddedUpAsDoubles)
         for (auto count = random() % 40; count != 0; --count)
             text += static_cast<wchar_t>(L'0' + random() % 10);
         text.insert(random() % (text.size() + 1), 1, L'.');
-        const support::ParsedNumber expected = support::ModelParse(text.c_str(), L".");
-        const Parsed parsed = Parse(text);
-        ASSERT_TRUE(Same(parsed.value, expected.value))
-            << std::hexfloat << parsed.value << " is not " << expected.value;
-        ASSERT_EQ(parsed.stop, expected.end - text.c_str());
+        ASSERT_NO_FATAL_FAILURE(ExpectAsTheModel(text, L"."));
     }
 }
 
