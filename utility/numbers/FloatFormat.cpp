@@ -33,7 +33,7 @@ struct Layout
     const int isNegative = value < 0.0 ? 1 : 0;
     const auto signLength = static_cast<std::size_t>(isNegative | (layout.showPlus ? 1 : 0));
     const auto sign = static_cast<wchar_t>(L'+' + isNegative * (L'-' - L'+'));
-    if (!std::isfinite(value))
+    if (!std::isfinite(value)) [[unlikely]]
         return std::wstring(signLength, sign).append(std::isnan(value) ? L"nan" : L"inf").append(behind);
 
     utility::detail::FixedDigits digits(value, decimals);
@@ -46,28 +46,29 @@ struct Layout
     const bool hasSymbol = layout.keepSymbol || (decimals != 0 && !(layout.trimZeros && places == 0));
     const std::wstring_view symbol = hasSymbol ? layout.symbol : std::wstring_view();
 
-    // The usual text fits the local array, with the room that the whole part takes, and the result is made of it at once.
-    wchar_t array[128];
     const std::size_t length = signLength + digits.WholeLength() + symbol.size() + places + behind.size();
-    std::wstring longText;
-    wchar_t* text = array;
-    if (length > std::size(array) - 8)
+    const auto write = [&](wchar_t * at) __attribute__((always_inline))
     {
-        longText.resize(length);
-        text = longText.data();
+        *at = sign;
+        at += signLength;
+        digits.WriteWhole(at);
+        at += digits.WholeLength();
+        for (const wchar_t c : symbol)
+            *at++ = c;
+        digits.WriteFraction(at);
+        std::fill(at + digits.FractionLength(), at + places, L'0');
+        std::copy(behind.begin(), behind.end(), at + places);
+    };
+    // The usual text fits, with the room that the whole part takes, and the result is made of it at once.
+    wchar_t array[128];
+    if (length <= std::size(array) - 8) [[likely]]
+    {
+        write(array);
+        return {array, length};
     }
-    *text = sign;
-    wchar_t* at = text + signLength;
-    digits.WriteWhole(at);
-    at += digits.WholeLength();
-    for (const wchar_t c : symbol)
-        *at++ = c;
-    digits.WriteFraction(at);
-    std::fill(at + digits.FractionLength(), at + places, L'0');
-    std::copy(behind.begin(), behind.end(), at + places);
-    if (text == array)
-        return std::wstring(array, length);
-    return longText;
+    std::wstring text(length, L'0');
+    write(text.data());
+    return text;
 }
 
 /// A number by its mantissa and its power of ten.
