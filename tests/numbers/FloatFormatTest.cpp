@@ -109,7 +109,7 @@ TEST(ToWStringOfTest, SymbolOfSeveralCharactersIsWrittenWhole)
 
 TEST(ToWStringOfTest, SymbolMayBeOfAnyLength)
 {
-    for (const std::size_t length : {100, 101, 110, 115, 120, 121, 122, 127, 128, 129, 1'000'000})
+    for (const std::size_t length : {100U, 110U, 115U, 119U, 120U, 121U, 122U, 127U, 128U, 129U, 1'000'000U})
     {
         const std::wstring symbol(length, L'#');
         EXPECT_TRUE(to_wstring(-12.25, 2, false, symbol) == L"-12" + symbol + L"25") << length;
