@@ -153,7 +153,7 @@ inline bool FixedDigits::FitsNumbers(double value, int decimals)
     else if (shift < 128)
     {
         // What is behind the point times the scale: exact in 128 bits. `rest` is what is dropped of it, in units of 2^-128.
-        Uint128 rest;
+        Uint128 rest = 0;
         if (shift < 64)
         {
             m_whole = mantissa >> shift;
