@@ -225,8 +225,26 @@ TEST(MachineMemoryFilesTest, AreZeroWhereThereAreNone)
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST(PosixMemoryTest, LimitBelowWhatIsInUseLeavesNothing)
 {
+    // Room in the heap, out of which the figures can be read.
+    void* volatile room = std::malloc(100'000);
+    std::free(room);
     EXPECT_EQ(WithAddressSpaceOf(4096, [] { return GetAvailVirtualMemory() == 0 && QLMMemoryLoad() == 100 ? 0 : 1; }),
               0);
+}
+
+TEST(PosixMemoryTest, WithoutAnyMemoryTheFiguresAreZero)
+{
+    const auto ask = []
+    {
+        for (std::size_t size = 65536; size != 8; size /= 2)
+            while (std::malloc(size) != nullptr)
+                continue;
+        return GetAvailVirtualMemory() == 0 && QLMMemoryLoad() == 0 &&
+                       utility::platform::LastError() == ERROR_NOT_ENOUGH_MEMORY
+                   ? 0
+                   : 1;
+    };
+    EXPECT_EQ(WithAddressSpaceOf(4096, ask), 0);
 }
 
 TEST(PosixMemoryTest, MemoryThatRunsOutEndsInBadAllocationBehindTheReport)

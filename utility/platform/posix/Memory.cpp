@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <fstream>
-#include <limits>
+#include <new>
 #include <string>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -70,6 +70,28 @@ class PosixMemory final : public MemoryService
 public:
     bool Status(MEMORYSTATUSEX& status) override
     {
+        try
+        {
+            return Fill(status);
+        }
+        catch (const std::bad_alloc&) // to read the system's files takes some
+        {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return false;
+        }
+    }
+
+    std::unique_ptr<AddressSpace> OpenAddressSpace() override { return std::make_unique<PosixAddressSpace>(); }
+
+    bool UseLowFragmentation(HANDLE) override
+    {
+        SetLastError(ERROR_NOT_SUPPORTED);
+        return false;
+    }
+
+private:
+    static bool Fill(MEMORYSTATUSEX& status)
+    {
         const posix::MachineMemory machine = posix::ReadMachineMemory();
         if (status.dwLength != sizeof(status) || machine.physical.total == 0)
         {
@@ -91,14 +113,6 @@ public:
         status.dwMemoryLoad =
             status.ullTotalPhys == 0 ? 100 : static_cast<DWORD>(100 - status.ullAvailPhys * 100 / status.ullTotalPhys);
         return true;
-    }
-
-    std::unique_ptr<AddressSpace> OpenAddressSpace() override { return std::make_unique<PosixAddressSpace>(); }
-
-    bool UseLowFragmentation(HANDLE) override
-    {
-        SetLastError(ERROR_NOT_SUPPORTED);
-        return false;
     }
 };
 
