@@ -88,11 +88,11 @@ bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Optio
 /// Zero bytes too, which a bad file may have anywhere.
 void Print(std::FILE* stream, const std::string& text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
-/// With so many significant digits, in every locale.
-std::string Text(double value, int digits)
+/// With all significant digits, in every locale.
+std::string Text(double value)
 {
     char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
+    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 17).ptr};
 }
 
 std::string Quoted(const std::string& bytes)
@@ -117,7 +117,7 @@ std::string Dumped(const iges::Field& field)
     case iges::FieldKind::Integer:
         return std::to_string(field.integer);
     case iges::FieldKind::Real:
-        return Text(field.real, 17);
+        return Text(field.real);
     case iges::FieldKind::Text:
         return Quoted(field.text);
     default:

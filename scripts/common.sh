@@ -53,6 +53,10 @@ run_tests() {
     rm -f "$junit" "$results"/*.xml
     (cd "$root" && ctest --preset "$preset" --output-junit "$junit") </dev/null >"$log" 2>&1 || status=$?
     [ -e "$junit" ] || : >"$junit"
+    local file files=("$junit")
+    for file in "$results"/*.xml; do
+        [ ! -e "$file" ] || files+=("$file")
+    done
     # A test that should have run and did not, because what it needs failed, has failed.
     awk '
         function attribute(key) {
@@ -79,7 +83,7 @@ run_tests() {
         }
         /<failure / { state = "failed" }
         /<skipped message="SKIP_/ { state = "skipped" }
-        END { flush() }' "$junit" $(find "$results" -name '*.xml' 2>/dev/null) >"$table"
+        END { flush() }' "${files[@]}" >"$table"
     good=$(grep -c '^passed' "$table" || true)
     bad=$(grep -c '^failed' "$table" || true)
     out=$(grep -c '^skipped' "$table" || true)

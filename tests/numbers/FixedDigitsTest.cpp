@@ -23,7 +23,7 @@ namespace
 /// As plain text: the whole part, a point and the places that have digits of their own.
 std::string Text(const FixedDigits& digits)
 {
-    std::vector<wchar_t> wide(digits.WholeLength() + 1 + digits.FractionLength() + 8);
+    std::vector<wchar_t> wide(digits.WholeLength() + 1 + digits.FractionLength() + FixedDigits::leastRoomForWhole);
     digits.WriteWhole(wide.data());
     wchar_t* const point = wide.data() + digits.WholeLength();
     digits.WriteFraction(point + 1);

@@ -88,17 +88,20 @@ public:
         if (!FitsNumbers(value, decimals))
             SpellOut(value, decimals);
     }
+    FixedDigits(const FixedDigits&) = delete;
+    FixedDigits& operator=(const FixedDigits&) = delete;
 
     /// At least 1.
     std::size_t WholeLength() const { return m_wholeLength; }
-    /// There has to be room for eight characters, however few are written: lengths differ from number to number, and the
-    /// usual ones are written without a loop.
+    /// What WriteWhole needs, however few digits there are: lengths differ from number to number, and the usual ones are
+    /// written without a loop.
+    static constexpr std::size_t leastRoomForWhole = 8;
     void WriteWhole(wchar_t* to) const
     {
         if (m_text != nullptr)
             Widen(to, m_text, m_wholeLength);
-        else if (m_wholeLength <= 8)
-            WriteEightDigits(to, m_whole * powersOfTen[8 - m_wholeLength]);
+        else if (m_wholeLength <= leastRoomForWhole)
+            WriteEightDigits(to, m_whole * powersOfTen[leastRoomForWhole - m_wholeLength]);
         else
             WriteDigits(to, m_whole, m_wholeLength);
     }

@@ -47,6 +47,7 @@ struct Layout
     const std::wstring_view symbol = hasSymbol ? layout.symbol : std::wstring_view();
 
     const std::size_t length = signLength + digits.WholeLength() + symbol.size() + places + behind.size();
+    // Inlined, as a call would put all of these into memory.
     const auto write = [&](wchar_t * at) __attribute__((always_inline))
     {
         *at = sign;
@@ -61,7 +62,7 @@ struct Layout
     };
     // The usual text fits, with the room that the whole part takes, and the result is made of it at once.
     wchar_t array[128];
-    if (length <= std::size(array) - 8) [[likely]]
+    if (length <= std::size(array) - utility::detail::FixedDigits::leastRoomForWhole) [[likely]]
     {
         write(array);
         return {array, length};
