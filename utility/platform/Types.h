@@ -26,8 +26,26 @@ using LONG = std::int32_t;
 using UINT = std::uint32_t;
 using LCID = std::uint32_t;
 using HANDLE = void*;
+using LSTATUS = LONG;
+
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
+struct HKEY__;
+using HKEY = HKEY__*;
+struct HWINSTA__;
+using HWINSTA = HWINSTA__*;
+struct HBITMAP__;
+using HBITMAP = HBITMAP__*;
+struct HBRUSH__;
+using HBRUSH = HBRUSH__*;
+struct HFONT__;
+using HFONT = HFONT__*;
+struct HPALETTE__;
+using HPALETTE = HPALETTE__*;
+struct HPEN__;
+using HPEN = HPEN__*;
+struct HRGN__;
+using HRGN = HRGN__*;
 
 struct FILETIME
 {
@@ -66,6 +84,20 @@ using MEMORYSTATUSEX = _MEMORYSTATUSEX;
 static_assert(sizeof(MEMORYSTATUSEX) == 64);
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
+
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000001)});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000002)});
+
+inline constexpr DWORD KEY_READ = 0x20019;
+inline constexpr DWORD KEY_WRITE = 0x20006;
+
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+inline constexpr DWORD REG_QWORD = 11;
 
 inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
@@ -118,6 +150,9 @@ inline constexpr DWORD ERROR_FILE_TOO_LARGE = 223;
 inline constexpr DWORD ERROR_MORE_DATA = 234;
 inline constexpr DWORD ERROR_NO_MORE_ITEMS = 259;
 inline constexpr DWORD ERROR_INVALID_ADDRESS = 487;
+inline constexpr DWORD ERROR_BADDB = 1009;
+inline constexpr DWORD ERROR_REGISTRY_CORRUPT = 1015;
+inline constexpr DWORD ERROR_KEY_DELETED = 1018;
 inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
 
 inline constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;
