@@ -1,7 +1,12 @@
 #include "utility/platform/Modules.h"
 
+#include "utility/platform/Error.h"
+
+#include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <cwchar>
 #include <memory>
 
 using utility::platform::Modules;
@@ -27,6 +32,63 @@ TEST(ModulesTest, AddressOutsideEveryModuleGivesNull)
     const auto onHeap = std::make_unique<int>(0);
     EXPECT_EQ(Modules().ModuleAt(onHeap.get()), nullptr);
     EXPECT_EQ(Modules().ModuleAt(nullptr), nullptr);
+}
+
+TEST(ModulesTest, FileNameIsTheAbsolutePathOfTheModule)
+{
+    wchar_t name[260] = L"unset";
+    const DWORD length = Modules().FileName(Modules().ModuleAt(&here), name, 260);
+    const boost::filesystem::path path(name);
+    EXPECT_EQ(length, std::wcslen(name));
+    EXPECT_TRUE(path.is_absolute()) << path;
+    EXPECT_TRUE(boost::filesystem::is_regular_file(path)) << path;
+    EXPECT_EQ(path.stem(), "UtilityTests");
+}
+
+TEST(ModulesTest, FileNameOfNullIsThatOfTheProgram)
+{
+    wchar_t ofModule[260] = L"unset";
+    wchar_t ofNull[260] = L"";
+    const DWORD length = Modules().FileName(Modules().ModuleAt(&here), ofModule, 260);
+    EXPECT_EQ(Modules().FileName(nullptr, ofNull, 260), length);
+    EXPECT_STREQ(ofNull, ofModule);
+}
+
+TEST(ModulesTest, FileNameOfALibraryIsTheLibrarys)
+{
+    wchar_t name[260] = L"unset";
+    // The C runtime is a library of its own on every system.
+    const auto* const address = reinterpret_cast<const void*>(&std::strtol);
+    ASSERT_GT(Modules().FileName(Modules().ModuleAt(address), name, 260), 0u);
+    const boost::filesystem::path path(name);
+    EXPECT_TRUE(path.is_absolute()) << path;
+    EXPECT_NE(path.stem(), "UtilityTests");
+}
+
+TEST(ModulesTest, FileNameOfAnUnknownModuleFails)
+{
+    wchar_t name[260] = L"unset";
+    utility::platform::SetLastError(0);
+    EXPECT_EQ(Modules().FileName(reinterpret_cast<HINSTANCE>(&alsoHere), name, 260), 0u);
+    EXPECT_EQ(utility::platform::LastError(), 126u);
+}
+
+TEST(ModulesTest, FileNameWithoutRoomIsCutAndTerminated)
+{
+    wchar_t whole[260];
+    const DWORD length = Modules().FileName(nullptr, whole, 260);
+    ASSERT_GT(length, 5u);
+    std::wstring room(length + 1, L'#');
+    EXPECT_EQ(Modules().FileName(nullptr, room.data(), length + 1), length);
+    EXPECT_EQ(room, std::wstring(whole) + L'\0');
+    EXPECT_EQ(Modules().FileName(nullptr, room.data(), length), length);
+    EXPECT_EQ(utility::platform::LastError(), 122u);
+    EXPECT_EQ(room, std::wstring(whole, length - 1) + L'\0' + L'\0');
+    room = L"####";
+    EXPECT_EQ(Modules().FileName(nullptr, room.data(), 1), 1u);
+    EXPECT_EQ(room, std::wstring(L"\0###", 4));
+    EXPECT_EQ(Modules().FileName(nullptr, room.data(), 0), 0u);
+    EXPECT_EQ(utility::platform::LastError(), 122u);
 }
 
 TEST(ModulesTest, StringIsGivenInPlace)

@@ -27,6 +27,11 @@ public:
 
     HINSTANCE ModuleAt(const void* address) override { return m_system.ModuleAt(address); }
 
+    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
+    {
+        return m_system.FileName(module, buffer, size);
+    }
+
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
         ++lookups;

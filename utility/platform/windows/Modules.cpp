@@ -20,6 +20,11 @@ public:
         return module;
     }
 
+    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
+    {
+        return ::GetModuleFileNameW(module, buffer, size);
+    }
+
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
         // The system looks at the low half of a number only, and would give the text of another one.
