@@ -5,8 +5,8 @@
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cwchar>
+#include <locale>
 #include <memory>
 
 using utility::platform::Modules;
@@ -57,9 +57,8 @@ TEST(ModulesTest, FileNameOfNullIsThatOfTheProgram)
 TEST(ModulesTest, FileNameOfALibraryIsTheLibrarys)
 {
     wchar_t name[260] = L"unset";
-    // The C runtime is a library of its own on every system.
-    const auto* const address = reinterpret_cast<const void*>(&std::strtol);
-    ASSERT_GT(Modules().FileName(Modules().ModuleAt(address), name, 260), 0u);
+    // The C++ runtime is a library of its own on every system.
+    ASSERT_GT(Modules().FileName(Modules().ModuleAt(&std::locale::classic()), name, 260), 0u);
     const boost::filesystem::path path(name);
     EXPECT_TRUE(path.is_absolute()) << path;
     EXPECT_NE(path.stem(), "UtilityTests");
@@ -73,22 +72,22 @@ TEST(ModulesTest, FileNameOfAnUnknownModuleFails)
     EXPECT_EQ(utility::platform::LastError(), 126u);
 }
 
-TEST(ModulesTest, FileNameWithoutRoomIsCutAndTerminated)
+TEST(ModulesTest, FileNameWithoutRoomGivesTheSizeOfTheRoomAndWritesNothingBehindIt)
 {
     wchar_t whole[260];
     const DWORD length = Modules().FileName(nullptr, whole, 260);
     ASSERT_GT(length, 5u);
-    std::wstring room(length + 1, L'#');
+    std::wstring room(length + 2, L'#');
     EXPECT_EQ(Modules().FileName(nullptr, room.data(), length + 1), length);
-    EXPECT_EQ(room, std::wstring(whole) + L'\0');
-    EXPECT_EQ(Modules().FileName(nullptr, room.data(), length), length);
-    EXPECT_EQ(utility::platform::LastError(), 122u);
-    EXPECT_EQ(room, std::wstring(whole, length - 1) + L'\0' + L'\0');
-    room = L"####";
-    EXPECT_EQ(Modules().FileName(nullptr, room.data(), 1), 1u);
-    EXPECT_EQ(room, std::wstring(L"\0###", 4));
-    EXPECT_EQ(Modules().FileName(nullptr, room.data(), 0), 0u);
-    EXPECT_EQ(utility::platform::LastError(), 122u);
+    EXPECT_EQ(room, std::wstring(whole) + L'\0' + L'#');
+    for (const DWORD size : {length, DWORD{5}, DWORD{1}, DWORD{0}})
+    {
+        room.assign(length + 2, L'#');
+        utility::platform::SetLastError(0);
+        EXPECT_EQ(Modules().FileName(nullptr, room.data(), size), size);
+        EXPECT_EQ(utility::platform::LastError(), 122u);
+        EXPECT_EQ(room.find_last_not_of(L'#') + 1, size);
+    }
 }
 
 TEST(ModulesTest, StringIsGivenInPlace)

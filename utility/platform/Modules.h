@@ -20,7 +20,7 @@ public:
 
     /// The absolute path of a module's file, null-terminated; a null module stands for the program itself. Gives the
     /// length without the terminator. 0 on failure, which a module that is not loaded is (126). Where there is no room
-    /// for all of it, the beginning is written and terminated, and the result is `size` (122).
+    /// for all of it the result is `size` (122) and what was written may lack a terminator.
     virtual DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) = 0;
 
     /// The text with this number, in place in the module, as long as the module is loaded. Empty if there is none.

@@ -68,15 +68,12 @@ public:
         const std::wstring path = PathOf(module);
         if (path.empty())
             return 0;
-        if (size == 0)
+        const std::size_t length = path.copy(buffer, size);
+        if (length < size)
         {
-            SetLastError(ERROR_INSUFFICIENT_BUFFER);
-            return 0;
-        }
-        const std::size_t length = path.copy(buffer, size - 1);
-        buffer[length] = L'\0';
-        if (length == path.size())
+            buffer[length] = L'\0';
             return static_cast<DWORD>(length);
+        }
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return size;
     }
