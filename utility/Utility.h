@@ -38,4 +38,5 @@
 #include "utility/records/RecordLines.h"
 #include "utility/records/TextRecordPtr.h"
 #include "utility/records/TextRecordReader.h"
+#include "utility/settings/Version.h"
 #include "utility/system/Locks.h"

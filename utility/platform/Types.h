@@ -83,6 +83,25 @@ struct _MEMORYSTATUSEX
 using MEMORYSTATUSEX = _MEMORYSTATUSEX;
 static_assert(sizeof(MEMORYSTATUSEX) == 64);
 
+struct tagVS_FIXEDFILEINFO
+{
+    DWORD dwSignature;
+    DWORD dwStrucVersion;
+    DWORD dwFileVersionMS;
+    DWORD dwFileVersionLS;
+    DWORD dwProductVersionMS;
+    DWORD dwProductVersionLS;
+    DWORD dwFileFlagsMask;
+    DWORD dwFileFlags;
+    DWORD dwFileOS;
+    DWORD dwFileType;
+    DWORD dwFileSubtype;
+    DWORD dwFileDateMS;
+    DWORD dwFileDateLS;
+};
+using VS_FIXEDFILEINFO = tagVS_FIXEDFILEINFO;
+static_assert(sizeof(VS_FIXEDFILEINFO) == 52);
+
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(std::intptr_t{-1});
 
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000001)});
@@ -154,6 +173,7 @@ inline constexpr DWORD ERROR_INVALID_ADDRESS = 487;
 inline constexpr DWORD ERROR_BADDB = 1009;
 inline constexpr DWORD ERROR_REGISTRY_CORRUPT = 1015;
 inline constexpr DWORD ERROR_KEY_DELETED = 1018;
+inline constexpr DWORD ERROR_RESOURCE_TYPE_NOT_FOUND = 1813;
 inline constexpr DWORD ERROR_CANT_RESOLVE_FILENAME = 1921;
 
 inline constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;

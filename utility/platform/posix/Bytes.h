@@ -2,10 +2,15 @@
 
 // The bytes of a foreign format, in which every offset and every count may be anything.
 
+#include "utility/platform/Utf16.h"
+
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace utility::platform::posix
 {
@@ -27,6 +32,22 @@ Record RecordAt(Bytes bytes, std::uint64_t offset)
     if (const Bytes whole = BytesAt(bytes, offset, sizeof(record)); !whole.empty())
         std::memcpy(&record, whole.data(), sizeof(record));
     return record;
+}
+
+/// Whether these bytes are this text as stored. The case of A to Z is ignored.
+inline bool IsText(Bytes stored, std::wstring_view text)
+{
+    const auto inUpperCase = [](char16_t unit)
+    { return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit; };
+    std::uint64_t at = 0;
+    const auto isNext = [&](char16_t unit)
+    {
+        const auto next = RecordAt<char16_t>(stored, at);
+        at += sizeof(next);
+        return inUpperCase(next) == inUpperCase(unit);
+    };
+    const std::u16string wanted = Utf16FromWide(text);
+    return stored.size() == wanted.size() * sizeof(char16_t) && std::ranges::all_of(wanted, isNext);
 }
 
 }

@@ -2,8 +2,6 @@
 
 #include "utility/platform/Utf16.h"
 
-#include <algorithm>
-
 namespace utility::platform::posix
 {
 
@@ -82,8 +80,6 @@ constexpr UINT stringType = 6;
 constexpr UINT versionType = 16;
 constexpr UINT stringsInBlock = 16;
 
-char16_t InUpperCase(char16_t unit) { return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - 32) : unit; }
-
 }
 
 ResourceFile::ResourceFile(Bytes file) : m_file(file)
@@ -157,16 +153,10 @@ bool ResourceFile::IsName(std::uint32_t stored, const ResourceName& name) const
         return stored == *number && *number <= 0xFFFF;
     if ((stored & flag) == 0)
         return false;
-    const std::u16string wanted = Utf16FromWide(std::get<std::wstring_view>(name));
-    std::uint64_t unitAt = stored & ~flag;
-    if (RecordAt<std::uint16_t>(m_tree, unitAt) != wanted.size())
-        return false;
-    return std::ranges::all_of(wanted,
-                               [&](char16_t unit)
-                               {
-                                   unitAt += sizeof(unit);
-                                   return InUpperCase(RecordAt<char16_t>(m_tree, unitAt)) == InUpperCase(unit);
-                               });
+    const std::uint64_t lengthAt = stored & ~flag;
+    const auto length = RecordAt<std::uint16_t>(m_tree, lengthAt);
+    return IsText(BytesAt(m_tree, lengthAt + sizeof(length), length * sizeof(char16_t)),
+                  std::get<std::wstring_view>(name));
 }
 
 /// The bytes of the file from an address on, to the end of the section that holds it.

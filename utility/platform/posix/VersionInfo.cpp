@@ -1,0 +1,83 @@
+#include "utility/platform/VersionInfo.h"
+
+#include "utility/platform/posix/Errors.h"
+#include "utility/platform/posix/MappedFile.h"
+#include "utility/platform/posix/VersionRecord.h"
+
+#include <cstdlib>
+
+namespace utility::platform
+{
+
+namespace
+{
+
+/// The record of a file, while that is mapped; its size is 0, with the reason in LastError(), if there is none.
+class RecordOfFile
+{
+public:
+    explicit RecordOfFile(const wchar_t* path)
+        : m_file(path), m_record(posix::FindVersionRecord(m_file.Content())), m_size(posix::VersionBlockSize(m_record))
+    {
+        if (m_size == 0 && !m_file.Content().empty())
+            SetLastError(ERROR_RESOURCE_TYPE_NOT_FOUND);
+    }
+
+    DWORD Size() const { return m_size; }
+    void Read(void* block) const { posix::WriteVersionBlock(m_record, block); }
+
+private:
+    posix::MappedFile m_file;
+    posix::Bytes m_record;
+    DWORD m_size;
+};
+
+class PosixVersionInfo final : public VersionInfoService
+{
+public:
+    DWORD GetFileVersionInfoSizeW(const wchar_t* path) override { return RecordOfFile(path).Size(); }
+
+    bool GetFileVersionInfoW(const wchar_t* path, DWORD size, void* data) override
+    {
+        const RecordOfFile record(path);
+        if (record.Size() == 0)
+            return false;
+        if (record.Size() > size)
+        {
+            SetLastError(ERROR_INSUFFICIENT_BUFFER);
+            return false;
+        }
+        record.Read(data);
+        return true;
+    }
+
+    bool VerQueryValueW(const void* data, const wchar_t* subBlock, void*& value, UINT& length) override
+    {
+        return data != nullptr && posix::QueryVersionBlock(data, subBlock, value, length);
+    }
+
+    // Memory does not move here.
+
+    HANDLE GlobalAlloc(std::size_t size) override
+    {
+        const HANDLE memory = std::malloc(size);
+        if (memory == nullptr)
+            posix::Fail();
+        return memory;
+    }
+
+    void* GlobalLock(HANDLE memory) override { return memory; }
+    void GlobalUnlock(HANDLE /*memory*/) override {}
+    void GlobalFree(HANDLE memory) override { std::free(memory); }
+};
+
+}
+
+ServiceSlot<VersionInfoService>& VersionInfoSlot() noexcept
+{
+    static PosixVersionInfo system;
+    static ServiceSlot<VersionInfoService> slot(system);
+    return slot;
+}
+
+}

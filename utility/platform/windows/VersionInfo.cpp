@@ -1,0 +1,43 @@
+#include "utility/platform/VersionInfo.h"
+
+namespace utility::platform
+{
+
+namespace
+{
+
+class WindowsVersionInfo final : public VersionInfoService
+{
+public:
+    DWORD GetFileVersionInfoSizeW(const wchar_t* path) override
+    {
+        DWORD unused = 0;
+        return ::GetFileVersionInfoSizeW(path, &unused);
+    }
+
+    bool GetFileVersionInfoW(const wchar_t* path, DWORD size, void* data) override
+    {
+        return ::GetFileVersionInfoW(path, 0, size, data);
+    }
+
+    bool VerQueryValueW(const void* data, const wchar_t* subBlock, void*& value, UINT& length) override
+    {
+        return ::VerQueryValueW(data, subBlock, &value, &length);
+    }
+
+    HANDLE GlobalAlloc(std::size_t size) override { return ::GlobalAlloc(GMEM_MOVEABLE, size); }
+    void* GlobalLock(HANDLE memory) override { return ::GlobalLock(memory); }
+    void GlobalUnlock(HANDLE memory) override { ::GlobalUnlock(memory); }
+    void GlobalFree(HANDLE memory) override { ::GlobalFree(memory); }
+};
+
+}
+
+ServiceSlot<VersionInfoService>& VersionInfoSlot() noexcept
+{
+    static WindowsVersionInfo system;
+    static ServiceSlot<VersionInfoService> slot(system);
+    return slot;
+}
+
+}
