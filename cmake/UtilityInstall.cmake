@@ -11,8 +11,9 @@ install(
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Utility")
 install(EXPORT UtilityTargets NAMESPACE Utility:: DESTINATION "${package_folder}")
 write_basic_package_version_file(UtilityConfigVersion.cmake COMPATIBILITY SameMinorVersion)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" "${PROJECT_SOURCE_DIR}/cmake/UtilityConfig.cmake"
-        DESTINATION "${package_folder}")
+set(package_files UtilityConfig.cmake UtilityVersionRecord.cmake VersionRecord.cpp.in VersionRecord.rc.in)
+list(TRANSFORM package_files PREPEND "${PROJECT_SOURCE_DIR}/cmake/")
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" ${package_files} DESTINATION "${package_folder}")
 
 set(pc_definitions "")
 set(pc_libraries "-lboost_filesystem")

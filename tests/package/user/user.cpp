@@ -1,15 +1,38 @@
-// What a user relies on first: the library links, its strings came along, and its failures can be caught.
+// What a user relies on first: the library links, its strings and version came along, and its failures can be caught.
 #include <utility/Utility.h>
 
 #include <cstdio>
+#include <cwchar>
 #include <list>
 
 // The library is ready before the static objects of those who use it, and outlasts them.
 static std::list<int, CThreadNodeAllocator<int>> numbers{1, 2};
 
+static bool CurrentModuleBelongsTo(const wchar_t* product)
+{
+    CVersion version;
+    return version.Initialise(nullptr) && std::wcscmp(version.GetProductName(), product) == 0;
+}
+
 int main(int, char** arguments)
 {
+#ifdef HAS_VERSION_RECORD
+    if (!CurrentModuleBelongsTo(L"A user's program"))
+    {
+        std::puts("the program's version record is missing");
+        return 5;
+    }
+#endif
+
     InitialiseUtilityDLL();
+#ifndef UTILITY_STATIC
+    // It stands for a program that does not say which module is its own.
+    if (!CurrentModuleBelongsTo(L"Selvane Production Software"))
+    {
+        std::puts("the library's version record is missing");
+        return 6;
+    }
+#endif
     if (resource_string(8301).empty())
     {
         std::puts("the library's strings are missing");
