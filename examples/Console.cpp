@@ -2,12 +2,13 @@
 
 #include "utility/Utility.h"
 
-#include <cstdio>
+#include <boost/filesystem/operations.hpp>
 
 #ifdef _WIN32
 #include <io.h>
 #include <shellapi.h>
 #else
+#include <boost/locale/encoding_utf.hpp>
 #include <unistd.h>
 #endif
 
@@ -30,6 +31,8 @@ std::vector<boost::filesystem::path> Arguments(int, char**)
 
 std::string Utf8(const boost::filesystem::path& path) { return from_utf(path.native(), CP_UTF8); }
 
+std::wstring Wide(const boost::filesystem::path& path) { return path.native(); }
+
 bool OutputIsTerminal() { return ::_isatty(::_fileno(stdout)) != 0; }
 
 #else
@@ -41,9 +44,25 @@ std::vector<boost::filesystem::path> Arguments(int count, char** arguments)
 
 std::string Utf8(const boost::filesystem::path& path) { return path.native(); }
 
+std::wstring Wide(const boost::filesystem::path& path)
+{
+    return boost::locale::conv::utf_to_utf<wchar_t>(path.native());
+}
+
 bool OutputIsTerminal() { return ::isatty(STDOUT_FILENO) != 0; }
 
 #endif
+
+void Print(std::FILE* stream, const std::string& text) { std::fwrite(text.data(), 1, text.size(), stream); }
+
+std::string ReasonOf(CException* failure, const boost::filesystem::path& path)
+{
+    wchar_t text[1024] = L"";
+    failure->GetErrorMessage(text, 1024, nullptr);
+    failure->Delete();
+    boost::system::error_code ignored;
+    return from_utf(text, CP_UTF8) + (boost::filesystem::is_directory(path, ignored) ? " It is a folder.\n" : "\n");
+}
 
 Progress::Progress(std::uint64_t total) : m_total(OutputIsTerminal() ? total : 0) {}
 

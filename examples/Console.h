@@ -5,8 +5,11 @@
 #include <boost/filesystem/path.hpp>
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
+
+class CException;
 
 namespace console
 {
@@ -14,8 +17,15 @@ namespace console
 /// The arguments without the program's name, none of them mangled by a code page. Makes a Windows console take UTF-8.
 std::vector<boost::filesystem::path> Arguments(int count, char** arguments);
 
-/// A path as UTF-8.
+/// A path as UTF-8, or as wide text, for arguments that are none. What is no UTF-8 is left out of a wide text.
 std::string Utf8(const boost::filesystem::path& path);
+std::wstring Wide(const boost::filesystem::path& path);
+
+/// Prints zero bytes too, which the content of a file may have anywhere.
+void Print(std::FILE* stream, const std::string& text);
+
+/// Why a file could not be opened or written, as UTF-8. Ends the failure.
+std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
 
 /// Whether what is printed is seen at once.
 bool OutputIsTerminal();

@@ -9,8 +9,6 @@
 #include "examples/iges/Survey.h"
 #include "utility/Utility.h"
 
-#include <boost/filesystem/operations.hpp>
-
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -84,9 +82,6 @@ bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Optio
     }
     return options.help || !options.path.empty();
 }
-
-/// Zero bytes too, which a bad file may have anywhere.
-void Print(std::FILE* stream, const std::string& text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
 /// With all significant digits, in every locale.
 std::string Text(double value)
@@ -208,13 +203,14 @@ ExitStatus Run(const Options& options)
     CTextInputOutputFile mapped(options.path);
     if (!mapped.IsValid())
     {
-        Print(stderr, console::Utf8(options.path) + " is empty or cannot be mapped\n");
+        console::Print(stderr, console::Utf8(options.path) + " is empty or cannot be mapped\n");
         return exitNotReadable;
     }
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
     if (!file.IsIges())
     {
-        Print(stderr, console::Utf8(options.path) + " is no IGES file: no line has a section letter in column 73\n");
+        console::Print(stderr,
+                       console::Utf8(options.path) + " is no IGES file: no line has a section letter in column 73\n");
         return exitNotReadable;
     }
 
@@ -232,7 +228,7 @@ ExitStatus Run(const Options& options)
             line = record.name;
             survey.Read(record, dumpField);
             if (options.dump)
-                Print(stdout, line + '\n');
+                console::Print(stdout, line + '\n');
             messages.Collect(SubjectOf(file, record));
             progress.Show(static_cast<std::uint64_t>(record.lines.back().data() - mapped.DataPtr()));
         }
@@ -241,11 +237,11 @@ ExitStatus Run(const Options& options)
     if (!options.dump)
         Show(file, survey);
     if (!options.dump && !messages.All().empty())
-        Print(stdout, "messages\n");
-    Print(options.dump ? stderr : stdout, messages.All());
+        console::Print(stdout, "messages\n");
+    console::Print(options.dump ? stderr : stdout, messages.All());
     if (std::fflush(stdout) != 0)
     {
-        Print(stderr, "the output cannot be written\n");
+        console::Print(stderr, "the output cannot be written\n");
         return exitNotReadable;
     }
     return messages.HasErrors() ? exitBadRecords : exitGood;
@@ -264,7 +260,7 @@ int main(int argumentCount, char** arguments)
     Options options;
     if (!ParseArguments(console::Arguments(argumentCount, arguments), options))
     {
-        Print(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
+        console::Print(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
         return exitNotReadable;
     }
     if (options.help)
@@ -279,12 +275,7 @@ int main(int argumentCount, char** arguments)
     }
     catch (CException* failure)
     {
-        wchar_t text[1024] = L"";
-        failure->GetErrorMessage(text, 1024, nullptr);
-        failure->Delete();
-        boost::system::error_code ignored;
-        const bool isFolder = boost::filesystem::is_directory(options.path, ignored);
-        Print(stderr, from_utf(text, codePageUtf8) + (isFolder ? " It is a folder.\n" : "\n"));
+        console::Print(stderr, console::ReasonOf(failure, options.path));
         return exitNotReadable;
     }
 }

@@ -1,3 +1,4 @@
+#include "tests/support/OwnHives.h"
 #include "utility/failures/LibraryFrame.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 int main(int argumentCount, char** arguments)
 {
     ::testing::InitGoogleTest(&argumentCount, arguments);
+    support::UseOwnHives();
     InitialiseUtilityDLL();
     return RUN_ALL_TESTS();
 }

@@ -1,39 +1,328 @@
 #include "utility/platform/Registry.h"
 
+#include "utility/platform/posix/Hive.h"
+#include "utility/platform/posix/Hives.h"
+#include "utility/platform/Utf16.h"
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <pthread.h>
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace utility::platform
 {
 
 namespace
 {
 
-/// No hives yet: nothing can be opened.
+using boost::filesystem::path;
+using posix::Hive;
+
+constexpr LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
+
+constexpr LSTATUS success = Status(ERROR_SUCCESS);
+constexpr LSTATUS tooSmall = Status(ERROR_MORE_DATA);
+
+// What an operation asks of the key that it is given.
+constexpr DWORD queryValues = 0x1;
+constexpr DWORD setValues = 0x2;
+constexpr DWORD enumerateSubKeys = 0x8;
+constexpr DWORD nothing = 0;
+
+std::wstring_view Text(const wchar_t* text) { return text != nullptr ? std::wstring_view(text) : std::wstring_view(); }
+
+LSTATUS GiveName(const std::wstring& name, wchar_t* buffer, DWORD& length)
+{
+    if (name.size() >= length)
+        return tooSmall;
+    std::copy_n(name.c_str(), name.size() + 1, buffer);
+    length = static_cast<DWORD>(name.size());
+    return success;
+}
+
+LSTATUS GiveValue(const Hive::Value& value, DWORD* type, void* data, DWORD* size)
+{
+    if (type != nullptr)
+        *type = value.type;
+    const auto needed = static_cast<DWORD>(value.data.size());
+    const DWORD room = size != nullptr ? *size : 0;
+    if (size != nullptr)
+        *size = needed;
+    if (data == nullptr)
+        return success;
+    if (room < needed)
+        return tooSmall;
+    value.data.copy(static_cast<char*>(data), needed);
+    return success;
+}
+
 class PosixRegistry final : public RegistryService
 {
 public:
-    LSTATUS RegCreateKeyExW(HKEY, const wchar_t*, DWORD, HKEY&) override { return missing; }
-    LSTATUS RegOpenKeyExW(HKEY, const wchar_t*, DWORD, HKEY&) override { return missing; }
-    LSTATUS RegCreateKeyW(HKEY, const wchar_t*, HKEY&) override { return missing; }
-    LSTATUS RegQueryValueExW(HKEY, const wchar_t*, DWORD*, void*, DWORD*) override { return missing; }
-    LSTATUS RegSetValueExW(HKEY, const wchar_t*, DWORD, const void*, DWORD) override { return missing; }
-    LSTATUS RegSetValueW(HKEY, const wchar_t*, const wchar_t*) override { return missing; }
-    LSTATUS RegDeleteValueW(HKEY, const wchar_t*) override { return missing; }
-    LSTATUS RegCloseKey(HKEY) override { return missing; }
-    LSTATUS SHDeleteKeyW(HKEY, const wchar_t*) override { return missing; }
-    LSTATUS RegEnumKeyExW(HKEY, DWORD, wchar_t*, DWORD&) override { return missing; }
-    LSTATUS RegEnumValueW(HKEY, DWORD, wchar_t*, DWORD&, DWORD*, void*, DWORD*) override { return missing; }
-    LSTATUS RegQueryInfoKeyW(HKEY, RegistryKeyInfo&) override { return missing; }
+    /// It outlives all static objects, some of which hold keys; what it has open is closed with the first to go.
+    static PosixRegistry& The()
+    {
+        static PosixRegistry& registry = *new PosixRegistry;
+        static const std::unique_ptr<PosixRegistry, void (*)(PosixRegistry*)> closing(&registry, [](PosixRegistry* each)
+                                                                                      { each->Close(); });
+        return registry;
+    }
+
+    bool SetFile(HKEY root, const path& file)
+    {
+        const std::lock_guard lock(m_mutex);
+        std::unique_ptr<Hive>* const hive = HiveOf(root);
+        if (hive == nullptr)
+            return false;
+        *hive = std::make_unique<Hive>(file, (*hive)->Whose(), (*hive)->Generation() + 1);
+        return true;
+    }
+
+    path FileOf(HKEY root)
+    {
+        const std::lock_guard lock(m_mutex);
+        const std::unique_ptr<Hive>* const hive = HiveOf(root);
+        return hive != nullptr ? (*hive)->File() : path();
+    }
+
+    LSTATUS RegCreateKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
+    {
+        return OpenKey(parent, subKey, access, key, &Hive::FindOrCreate);
+    }
+
+    LSTATUS RegOpenKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
+    {
+        return OpenKey(parent, subKey, access, key, &Hive::Find);
+    }
+
+    LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
+    {
+        return RegCreateKeyExW(parent, subKey, KEY_READ | KEY_WRITE, key);
+    }
+
+    LSTATUS RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* type, void* data, DWORD* size) override
+    {
+        if (data != nullptr && size == nullptr)
+            return Status(ERROR_INVALID_PARAMETER);
+        return With(key, queryValues,
+                    [&](Hive& hive, Hive::Key id)
+                    {
+                        Hive::Value value;
+                        const LSTATUS status = hive.Query(id, Text(name), value);
+                        return status == success ? GiveValue(value, type, data, size) : status;
+                    });
+    }
+
+    LSTATUS RegSetValueExW(HKEY key, const wchar_t* name, DWORD type, const void* data, DWORD size) override
+    {
+        if (data == nullptr && size != 0)
+            return Status(ERROR_NOACCESS);
+        return With(key, setValues,
+                    [&](Hive& hive, Hive::Key id) {
+                        return hive.Set(id, Text(name), type, {static_cast<const char*>(data), size});
+                    });
+    }
+
+    LSTATUS RegSetValueW(HKEY key, const wchar_t* subKey, const wchar_t* text) override
+    {
+        const std::u16string stored = Utf16FromWide(Text(text));
+        HKEY target = nullptr;
+        LSTATUS status = RegCreateKeyExW(key, subKey, KEY_WRITE, target);
+        if (status != success)
+            return status;
+        status = RegSetValueExW(target, nullptr, REG_SZ, stored.c_str(),
+                                static_cast<DWORD>((stored.size() + 1) * sizeof(char16_t)));
+        RegCloseKey(target);
+        return status;
+    }
+
+    LSTATUS RegDeleteValueW(HKEY key, const wchar_t* name) override
+    {
+        return With(key, setValues, [&](Hive& hive, Hive::Key id) { return hive.DeleteValue(id, Text(name)); });
+    }
+
+    LSTATUS RegCloseKey(HKEY key) override
+    {
+        const std::lock_guard lock(m_mutex);
+        if (HiveOf(key) != nullptr)
+            return success;
+        Slot* const slot = SlotOf(key);
+        if (slot == nullptr)
+            return Status(ERROR_INVALID_HANDLE);
+        slot->hive = nullptr;
+        ++slot->serial;
+        m_free.push_back(static_cast<std::size_t>(slot - m_slots.data()));
+        return success;
+    }
+
+    LSTATUS SHDeleteKeyW(HKEY parent, const wchar_t* subKey) override
+    {
+        return With(parent, nothing, [&](Hive& hive, Hive::Key id) { return hive.DeleteTree(id, Text(subKey)); });
+    }
+
+    LSTATUS RegEnumKeyExW(HKEY key, DWORD index, wchar_t* name, DWORD& length) override
+    {
+        return With(key, enumerateSubKeys,
+                    [&](Hive& hive, Hive::Key id)
+                    {
+                        std::wstring found;
+                        const LSTATUS status = hive.SubKeyAt(id, index, found);
+                        return status == success ? GiveName(found, name, length) : status;
+                    });
+    }
+
+    LSTATUS RegEnumValueW(HKEY key, DWORD index, wchar_t* name, DWORD& length, DWORD* type, void* data,
+                          DWORD* size) override
+    {
+        if (data != nullptr && size == nullptr)
+            return Status(ERROR_INVALID_PARAMETER);
+        return With(key, queryValues,
+                    [&](Hive& hive, Hive::Key id)
+                    {
+                        std::wstring found;
+                        Hive::Value value;
+                        LSTATUS status = hive.ValueAt(id, index, found, value);
+                        if (status == success)
+                            status = GiveName(found, name, length);
+                        return status == success ? GiveValue(value, type, data, size) : status;
+                    });
+    }
+
+    LSTATUS RegQueryInfoKeyW(HKEY key, RegistryKeyInfo& info) override
+    {
+        return With(key, queryValues, [&](Hive& hive, Hive::Key id) { return hive.Info(id, info); });
+    }
 
 private:
-    static constexpr LSTATUS missing = static_cast<LSTATUS>(ERROR_INVALID_HANDLE);
+    struct Slot
+    {
+        std::unique_ptr<Hive>* hive; ///< null for one that is free
+        std::uint32_t serial;        ///< of the handle that is good for it
+        std::uint32_t generation;
+        Hive::Key key;
+        DWORD access;
+    };
+
+    PosixRegistry()
+        : m_user(std::make_unique<Hive>(Hive::UsualFile(Hive::Owner::User), Hive::Owner::User)),
+          m_machine(std::make_unique<Hive>(Hive::UsualFile(Hive::Owner::Machine), Hive::Owner::Machine))
+    {
+        // A database must not be open across a fork: its locks are the parent's alone.
+        ::pthread_atfork([] { The().CloseAndLock(); }, [] { The().m_mutex.unlock(); }, [] { The().m_mutex.unlock(); });
+    }
+
+    /// Leaves the registry locked.
+    void CloseAndLock()
+    {
+        m_mutex.lock();
+        m_user->Close();
+        m_machine->Close();
+    }
+
+    void Close()
+    {
+        CloseAndLock();
+        m_mutex.unlock();
+    }
+
+    std::unique_ptr<Hive>* HiveOf(HKEY root)
+    {
+        return root == HKEY_CURRENT_USER ? &m_user : root == HKEY_LOCAL_MACHINE ? &m_machine : nullptr;
+    }
+
+    // A handle is the number of its slot, from 1, below the slot's serial number: one that was closed is known as such.
+    static constexpr int serialShift = 32;
+
+    HKEY HandleOf(std::size_t index) const
+    {
+        return reinterpret_cast<HKEY>(std::uintptr_t{m_slots[index].serial} << serialShift | (index + 1));
+    }
+
+    Slot* SlotOf(HKEY key)
+    {
+        const auto value = reinterpret_cast<std::uintptr_t>(key);
+        const std::size_t index = (value & 0xFFFFFFFF) - 1;
+        if (index >= m_slots.size() || m_slots[index].serial != value >> serialShift || m_slots[index].hive == nullptr)
+            return nullptr;
+        return &m_slots[index];
+    }
+
+    /// Runs an operation on the key behind a handle that has the right to it.
+    template <class Operation>
+    LSTATUS With(HKEY handle, DWORD right, Operation&& operation)
+    {
+        const std::lock_guard lock(m_mutex);
+        try
+        {
+            if (std::unique_ptr<Hive>* const hive = HiveOf(handle))
+                return operation(**hive, Hive::root);
+            const Slot* const slot = SlotOf(handle);
+            if (slot == nullptr)
+                return Status(ERROR_INVALID_HANDLE);
+            if (slot->generation != (*slot->hive)->Generation())
+                return Status(ERROR_KEY_DELETED);
+            if ((slot->access & right) != right)
+                return Status(ERROR_ACCESS_DENIED);
+            return operation(**slot->hive, slot->key);
+        }
+        catch (const std::bad_alloc&)
+        {
+            return Status(ERROR_NOT_ENOUGH_MEMORY);
+        }
+    }
+
+    LSTATUS OpenKey(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key,
+                    LSTATUS (Hive::*find)(Hive::Key, std::wstring_view, Hive::Key&))
+    {
+        return With(parent, nothing,
+                    [&](Hive& hive, Hive::Key id)
+                    {
+                        Hive::Key found;
+                        LSTATUS status = (hive.*find)(id, Text(subKey), found);
+                        if (status == success && (access & KEY_WRITE & ~KEY_READ) != 0)
+                            status = hive.Writable();
+                        if (status == success)
+                            key = NewHandle(hive, found, access);
+                        return status;
+                    });
+    }
+
+    HKEY NewHandle(const Hive& hive, Hive::Key id, DWORD access)
+    {
+        if (m_free.empty())
+        {
+            m_free.reserve(m_slots.size() + 1);
+            m_slots.push_back({});
+            m_free.push_back(m_slots.size() - 1);
+        }
+        const std::size_t index = m_free.back();
+        m_free.pop_back();
+        Slot& slot = m_slots[index];
+        slot = {&hive == m_user.get() ? &m_user : &m_machine, slot.serial, hive.Generation(), id, access};
+        return HandleOf(index);
+    }
+
+    std::mutex m_mutex;
+    std::unique_ptr<Hive> m_user;
+    std::unique_ptr<Hive> m_machine;
+    std::vector<Slot> m_slots;
+    std::vector<std::size_t> m_free; ///< has room for every slot, so that closing a key needs no memory
 };
 
 }
 
 ServiceSlot<RegistryService>& RegistrySlot() noexcept
 {
-    static PosixRegistry system;
-    static ServiceSlot<RegistryService> slot(system);
+    static ServiceSlot<RegistryService> slot(PosixRegistry::The());
     return slot;
 }
+
+bool SetHiveFile(HKEY hive, const path& file) { return PosixRegistry::The().SetFile(hive, file); }
+
+path HiveFile(HKEY hive) { return PosixRegistry::The().FileOf(hive); }
 
 }

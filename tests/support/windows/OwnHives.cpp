@@ -1,0 +1,8 @@
+#include "tests/support/OwnHives.h"
+
+namespace support
+{
+
+void UseOwnHives() {}
+
+}

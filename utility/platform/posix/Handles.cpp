@@ -1,0 +1,38 @@
+#include "utility/platform/Handles.h"
+
+#include "utility/platform/Error.h"
+#include "utility/platform/Files.h"
+
+namespace utility::platform
+{
+
+namespace
+{
+
+class PosixHandles final : public HandleService
+{
+public:
+    bool CloseHandle(HANDLE handle) override { return Files().Close(handle); }
+
+    bool CloseWindowStation(HWINSTA /*station*/) override { return Refuse(); }
+
+    bool DeleteObject(void* /*graphicObject*/) override { return Refuse(); }
+
+private:
+    static bool Refuse()
+    {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return false;
+    }
+};
+
+}
+
+ServiceSlot<HandleService>& HandlesSlot() noexcept
+{
+    static PosixHandles system;
+    static ServiceSlot<HandleService> slot(system);
+    return slot;
+}
+
+}

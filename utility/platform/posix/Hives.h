@@ -1,0 +1,27 @@
+#pragma once
+
+// Where the two hives of the settings live on Linux: each is one SQLite database, which any SQLite tool can look into.
+//
+//     utility::platform::SetHiveFile(HKEY_CURRENT_USER, folder / "settings.db");
+//
+// Unless moved, the user's is selvane/settings.db under the user's configuration home ($XDG_CONFIG_HOME, else
+// ~/.config), the machine's selvane/settings.db under the system's configuration (the first of $XDG_CONFIG_DIRS, else
+// /etc/xdg). A hive is made, with the folders on the way to it, when the first key in it is. Any thread may call.
+
+#include "utility/platform/Export.h"
+#include "utility/platform/Types.h"
+
+#include <boost/filesystem/path.hpp>
+
+namespace utility::platform
+{
+
+/// Moves a hive, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE, to another file, absent or a hive already; false for any
+/// other key. Keys that are open in it are as if deleted from then on. Call it before anybody uses the settings: who
+/// holds keys, as the settings objects do, does not open them again.
+UTILITY_API bool SetHiveFile(HKEY hive, const boost::filesystem::path& file);
+
+/// The file of a hive; empty for any other key, and where the user has no home.
+UTILITY_API boost::filesystem::path HiveFile(HKEY hive);
+
+}

@@ -1,0 +1,346 @@
+#include "utility/settings/AppSettings.h"
+
+#include "resources/Release.h"
+#include "utility/failures/ResourceString.h"
+#include "utility/platform/Paths.h"
+#include "utility/platform/Registry.h"
+#include "utility/platform/Utf16.h"
+
+#include <algorithm>
+#include <type_traits>
+#include <vector>
+
+using utility::platform::Registry;
+
+namespace
+{
+
+constexpr unsigned int applicationTitle = 0xE000;
+constexpr DWORD readAndWrite = KEY_READ | KEY_WRITE;
+
+/// The type tag of a value. Integers of 64 bits are deliberately plain bytes: the store's own type for them is not used.
+template <class T>
+constexpr DWORD storedType = std::is_integral_v<T> && sizeof(T) == sizeof(DWORD) ? REG_DWORD : REG_BINARY;
+template <>
+constexpr DWORD storedType<std::wstring> = REG_SZ;
+
+/// A text as stored, with its terminator.
+class StoredText
+{
+public:
+    explicit StoredText(std::wstring_view text) : m_units(utility::platform::Utf16FromWide(text)) {}
+
+    const unsigned char* Data() const { return reinterpret_cast<const unsigned char*>(m_units.c_str()); }
+    DWORD Size() const { return static_cast<DWORD>((m_units.size() + 1) * sizeof(char16_t)); }
+
+private:
+    std::u16string m_units;
+};
+
+std::wstring productName;
+
+}
+
+// The store comes first, so that it outlives the open keys.
+std::map<std::wstring, std::unique_ptr<CQLMAppSettings::Data>> CQLMAppSettings::m_mapData =
+    (static_cast<void>(Registry()), decltype(m_mapData)());
+
+CQLMAppSettings& CQLMAppSettings::instance()
+{
+    static CQLMAppSettings settings(CompanyKeyName() +
+                                    (productName.empty() ? resource_string(applicationTitle) : productName));
+    return settings;
+}
+
+const std::wstring& CQLMAppSettings::CompanyKeyName()
+{
+    static const std::wstring name = std::wstring(L"SOFTWARE\\") + RegistryString::m_szRegistryKey + L'\\';
+    return name;
+}
+
+void CQLMAppSettings::SetProductName(const std::wstring& name) { productName = name; }
+
+CQLMAppSettings::CQLMAppSettings(const std::wstring& appKey) : m_data(DataOf(appKey)) {}
+
+CQLMAppSettings::Data& CQLMAppSettings::DataOf(const std::wstring& appKey)
+{
+    std::unique_ptr<Data>& entry = m_mapData[appKey];
+    if (entry == nullptr)
+    {
+        entry = std::make_unique<Data>();
+        entry->m_pathAppSubKey = utility::platform::PathFromWide(appKey.c_str());
+        entry->m_hMachineKey = CreateKey(HKEY_LOCAL_MACHINE, appKey.c_str(), KEY_READ);
+        entry->m_hUserKey = CreateKey(HKEY_CURRENT_USER, appKey.c_str(), KEY_READ);
+    }
+    return *entry;
+}
+
+const boost::filesystem::path& CQLMAppSettings::AppSubKey() const { return m_data.m_pathAppSubKey; }
+
+std::wstring CQLMAppSettings::GetAppName() const { return resource_string(applicationTitle); }
+
+std::wstring CQLMAppSettings::GetCaptionBarString() const
+{
+    const std::wstring version = std::to_wstring(UTILITY_RELEASE_MAJOR);
+    return GetAppName() + L' ' + version + L" " UTILITY_RELEASE_TAG " (" + version + L'.' +
+           std::to_wstring(UTILITY_RELEASE_MINOR) + L'.' + std::to_wstring(UTILITY_RELEASE_BUILD) + L')';
+}
+
+resource_ptr<HKEY> CQLMAppSettings::OpenKey(HKEY parent, const wchar_t* subKey, DWORD access)
+{
+    HKEY key = nullptr;
+    Registry().RegOpenKeyExW(parent, subKey, access, key);
+    return resource_ptr<HKEY>(key);
+}
+
+resource_ptr<HKEY> CQLMAppSettings::OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access)
+{
+    std::wstring text = utility::platform::WideFromPath(subKey);
+    std::ranges::replace(text, static_cast<wchar_t>(boost::filesystem::path::preferred_separator), L'\\');
+    return OpenKey(parent, text.c_str(), access);
+}
+
+resource_ptr<HKEY> CQLMAppSettings::CreateKey(HKEY parent, const wchar_t* subKey, DWORD access)
+{
+    HKEY key = nullptr;
+    const bool created = Registry().RegCreateKeyExW(parent, subKey, access, key) == ERROR_SUCCESS;
+    return resource_ptr<HKEY>(created ? key : nullptr);
+}
+
+bool CQLMAppSettings::DeleteKey(HKEY parent, const wchar_t* subKey)
+{
+    return Registry().SHDeleteKeyW(parent, subKey) == ERROR_SUCCESS;
+}
+
+bool CQLMAppSettings::CreateKey(const wchar_t* subKey) const
+{
+    return CreateKey(m_data.m_hUserKey.get(), subKey, readAndWrite) != nullptr;
+}
+
+bool CQLMAppSettings::DeleteKey(const wchar_t* subKey) const
+{
+    return DeleteKey(m_data.m_hUserKey.get(), subKey) && DeleteKey(m_data.m_hMachineKey.get(), subKey);
+}
+
+template <class T>
+bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, T& value)
+{
+    DWORD foundType = REG_NONE;
+    DWORD size = sizeof value;
+    return Registry().RegQueryValueExW(key, name, &foundType, &value, &size) == ERROR_SUCCESS && foundType == type;
+}
+
+template <>
+bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, std::wstring& value)
+{
+    DWORD foundType = REG_NONE;
+    DWORD size = 0;
+    if (Registry().RegQueryValueExW(key, name, &foundType, nullptr, &size) != ERROR_SUCCESS || foundType != type)
+        return false;
+    // A value without any bytes is deliberately there and says nothing: the caller's default stands.
+    if (size == 0)
+        return true;
+
+    std::vector<char> bytes;
+    LSTATUS status = ERROR_MORE_DATA;
+    while (status == ERROR_MORE_DATA)
+    {
+        // It may have grown meanwhile.
+        bytes.resize(size);
+        status = Registry().RegQueryValueExW(key, name, &foundType, bytes.data(), &size);
+    }
+    if (status != ERROR_SUCCESS || foundType != type)
+        return false;
+    // Half a character at the end is deliberately left out.
+    value = utility::platform::WideFromUtf16(bytes.data(), size / sizeof(char16_t));
+    value.resize(std::min(value.find(L'\0'), value.size()));
+    return true;
+}
+
+template <class T>
+T CQLMAppSettings::Read(const wchar_t* subKey, const wchar_t* name, const T& defaultValue, bool useUserHive) const
+{
+    const resource_ptr<HKEY> user = useUserHive ? OpenKey(m_data.m_hUserKey.get(), subKey, KEY_READ) : nullptr;
+    const resource_ptr<HKEY> machine = OpenKey(m_data.m_hMachineKey.get(), subKey, KEY_READ);
+    T value = defaultValue;
+    for (const HKEY key : {user.get(), machine.get()})
+    {
+        // A number that is shorter than its type is deliberately taken, completed by the bytes of the default.
+        if (key != nullptr && ReadValue(key, name, storedType<T>, value))
+            break;
+        value = defaultValue;
+    }
+    return value;
+}
+
+std::wstring CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, const std::wstring& defaultValue,
+                                         bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+std::wstring CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, const wchar_t* defaultValue,
+                                         bool useUserHive) const
+{
+    return Read(subKey, name, std::wstring(defaultValue), useUserHive);
+}
+
+bool CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, bool defaultValue, bool useUserHive) const
+{
+    return Read(subKey, name, static_cast<int>(defaultValue), useUserHive) != 0;
+}
+
+int CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, int defaultValue, bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+unsigned int CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, unsigned int defaultValue,
+                                         bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+long CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, long defaultValue, bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+unsigned long CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, unsigned long defaultValue,
+                                          bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+long long CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, long long defaultValue,
+                                      bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+unsigned long long CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name,
+                                               unsigned long long defaultValue, bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+float CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, float defaultValue,
+                                  bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+double CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, double defaultValue,
+                                   bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+FILETIME CQLMAppSettings::DoGetValue(const wchar_t* subKey, const wchar_t* name, const FILETIME& defaultValue,
+                                     bool useUserHive) const
+{
+    return Read(subKey, name, defaultValue, useUserHive);
+}
+
+bool CQLMAppSettings::WriteValue(const wchar_t* subKey, const wchar_t* name, DWORD type, const unsigned char* data,
+                                 DWORD size) const
+{
+    const resource_ptr<HKEY> key = CreateKey(m_data.m_hUserKey.get(), subKey, readAndWrite);
+    return key != nullptr && Registry().RegSetValueExW(key.get(), name, type, data, size) == ERROR_SUCCESS;
+}
+
+bool CQLMAppSettings::WriteText(const wchar_t* subKey, const wchar_t* name, std::wstring_view value) const
+{
+    const StoredText text(value);
+    return WriteValue(subKey, name, REG_SZ, text.Data(), text.Size());
+}
+
+template <class T>
+bool CQLMAppSettings::WriteNumber(const wchar_t* subKey, const wchar_t* name, const T& value) const
+{
+    return WriteValue(subKey, name, storedType<T>, reinterpret_cast<const unsigned char*>(&value), sizeof value);
+}
+
+// An empty text and one that is null deliberately are stored without even a terminator, and so read as the default; an
+// empty text given by its pointer has its terminator.
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, const std::wstring& value) const
+{
+    return value.empty() ? WriteValue(subKey, name, REG_SZ, nullptr, 0) : WriteText(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, const wchar_t* value) const
+{
+    return value == nullptr ? WriteValue(subKey, name, REG_SZ, nullptr, 0) : WriteText(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, bool value) const
+{
+    return WriteNumber(subKey, name, static_cast<int>(value));
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, int value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, unsigned int value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, long value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, unsigned long value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, long long value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, unsigned long long value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, float value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, double value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, const FILETIME& value) const
+{
+    return WriteNumber(subKey, name, value);
+}
+
+bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, const void* data, DWORD size) const
+{
+    return WriteValue(subKey, name, REG_BINARY, static_cast<const unsigned char*>(data), size);
+}
+
+bool CreateRegSubKeyAndValue(HKEY key, const std::wstring& subKey, const std::wstring& name, const std::wstring& value)
+{
+    HKEY created = nullptr;
+    if (Registry().RegCreateKeyW(key, subKey.c_str(), created) != ERROR_SUCCESS)
+        return false;
+    // Deliberately the value of the key and not of the subkey, and it is the key that is closed.
+    const StoredText text(value);
+    const bool stored = Registry().RegSetValueExW(key, name.c_str(), REG_SZ, text.Data(), text.Size()) == ERROR_SUCCESS;
+    const bool closed = Registry().RegCloseKey(key) == ERROR_SUCCESS;
+    return stored && closed;
+}
+
+bool CreateRegValue(HKEY key, const std::wstring& subKey, const std::wstring& value)
+{
+    return Registry().RegSetValueW(key, subKey.c_str(), value.c_str()) == ERROR_SUCCESS;
+}
