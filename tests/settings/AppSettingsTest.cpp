@@ -582,7 +582,7 @@ TEST_F(AppSettingsKeysTest, StoreThatFailsGivesDefaultsAndFalse)
 {
     const Settings settings(appKey);
     EXPECT_TRUE(settings.SetValue(folder, name, 5));
-    watched.failing = {{"query user", ERROR_REGISTRY_CORRUPT}, {"set user", ERROR_DISK_FULL}};
+    watched.failing = {{"query user", ERROR_REGISTRY_IO_FAILED}, {"set user", ERROR_DISK_FULL}};
     EXPECT_EQ(settings.GetValue(folder, name, 1), 1);
     EXPECT_EQ(settings.GetValue(folder, name, L"default"), L"default");
     EXPECT_FALSE(settings.SetValue(folder, name, 1));
