@@ -40,6 +40,7 @@
 #include "utility/records/TextRecordPtr.h"
 #include "utility/records/TextRecordReader.h"
 #include "utility/settings/AppSettings.h"
+#include "utility/settings/Lang.h"
 #include "utility/settings/RegistryString.h"
 #include "utility/settings/Version.h"
 #include "utility/system/Locks.h"
