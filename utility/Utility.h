@@ -42,6 +42,7 @@
 #include "utility/settings/AppSettings.h"
 #include "utility/settings/Lang.h"
 #include "utility/settings/RegistryString.h"
+#include "utility/settings/ResourceCounter.h"
 #include "utility/settings/Version.h"
 #include "utility/system/Locks.h"
 #include "utility/system/ResourcePtr.h"
