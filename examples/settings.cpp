@@ -185,13 +185,13 @@ int main(int argumentCount, char** argumentTexts)
 {
     InitialiseUtilityDLL();
     Arguments arguments = console::Arguments(argumentCount, argumentTexts);
+    while (arguments.size() > 2 && hiveoptions::Apply(console::Utf8(arguments[0]), arguments[1]))
+        arguments.erase(arguments.begin(), arguments.begin() + 2);
     if (!arguments.empty() && arguments.front() == "--help")
     {
         ShowHelp();
         return exitGood;
     }
-    while (arguments.size() > 2 && hiveoptions::Apply(console::Utf8(arguments[0]), arguments[1]))
-        arguments.erase(arguments.begin(), arguments.begin() + 2);
     const Command* const command = arguments.empty() ? nullptr : CommandFor(arguments);
     if (command == nullptr)
         return Failed(exitBadUsage, "see settings --help");
