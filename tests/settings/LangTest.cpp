@@ -222,6 +222,8 @@ struct CodesCase
     std::vector<std::wstring> codes;
 };
 
+void PrintTo(const CodesCase& list, std::ostream* out) { *out << ::testing::PrintToString(list.text); }
+
 class LanguageCodesTest : public ::testing::TestWithParam<CodesCase>
 {
 };
@@ -247,6 +249,8 @@ struct NamedCase
     const wchar_t* code;
     LCID lcid;
 };
+
+void PrintTo(const NamedCase& named, std::ostream* out) { *out << ::testing::PrintToString(std::wstring(named.code)); }
 
 class NamedLcidTest : public ::testing::TestWithParam<NamedCase>
 {

@@ -39,6 +39,11 @@ public:
     RecordingLocale(LCID language, Events& events) : m_language(language), m_events(events) {}
 
     LCID UserDefault() override { return m_language; }
+    int LanguageAbbreviation(LCID locale, wchar_t* buffer, int size) override
+    {
+        EXPECT_EQ(size, 4);
+        return m_system.LanguageAbbreviation(locale, buffer, size);
+    }
     bool SetThreadLocale(LCID locale) override
     {
         m_events.push_back(L"thread " + HexOf(locale));

@@ -45,6 +45,11 @@ struct EnvironmentCase
     LCID locale;
 };
 
+void PrintTo(const EnvironmentCase& environment, std::ostream* out)
+{
+    *out << ::testing::PrintToString(std::string(environment.value));
+}
+
 }
 
 class UserDefaultLocaleTest : public ::testing::TestWithParam<EnvironmentCase>

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <utility>
 
-class SatelliteStemTest : public ::testing::TestWithParam<std::pair<const wchar_t*, const wchar_t*>>
+using FileAndStem = std::pair<std::wstring, std::wstring>;
+
+class SatelliteStemTest : public ::testing::TestWithParam<FileAndStem>
 {
 };
 
@@ -15,12 +18,12 @@ TEST_P(SatelliteStemTest, IsThePathWithoutWhatTheSystemAdds)
 
 INSTANTIATE_TEST_SUITE_P(
     Paths, SatelliteStemTest,
-    ::testing::Values(std::pair{L"/usr/lib/libUtility.so.0.1", L"/usr/lib/Utility"},
-                      std::pair{L"/usr/lib/libUtility.so", L"/usr/lib/Utility"},
-                      std::pair{L"/opt/Milling.so.2", L"/opt/Milling"}, std::pair{L"/opt/app", L"/opt/app"},
-                      std::pair{L"/opt/app.bin", L"/opt/app"}, std::pair{L"/opt/app.1.bin", L"/opt/app.1"},
-                      std::pair{L"/opt/library", L"/opt/library"}, std::pair{L"/opt/lib.social", L"/opt/lib"},
-                      std::pair{L"/opt/libfoo.bin", L"/opt/libfoo"}, std::pair{L"/opt/x.so.d/app", L"/opt/x.so.d/app"},
-                      std::pair{L"/opt/.app", L"/opt/.app"},
-                      std::pair{L"/lib\u00FC.d/libM\u00FChle.so.1", L"/lib\u00FC.d/M\u00FChle"},
-                      std::pair{L"app.bin", L"app"}, std::pair{L"", L""}));
+    ::testing::Values(FileAndStem{L"/usr/lib/libUtility.so.0.1", L"/usr/lib/Utility"},
+                      FileAndStem{L"/usr/lib/libUtility.so", L"/usr/lib/Utility"},
+                      FileAndStem{L"/opt/Milling.so.2", L"/opt/Milling"}, FileAndStem{L"/opt/app", L"/opt/app"},
+                      FileAndStem{L"/opt/app.bin", L"/opt/app"}, FileAndStem{L"/opt/app.1.bin", L"/opt/app.1"},
+                      FileAndStem{L"/opt/library", L"/opt/library"}, FileAndStem{L"/opt/lib.social", L"/opt/lib"},
+                      FileAndStem{L"/opt/libfoo.bin", L"/opt/libfoo"},
+                      FileAndStem{L"/opt/x.so.d/app", L"/opt/x.so.d/app"}, FileAndStem{L"/opt/.app", L"/opt/.app"},
+                      FileAndStem{L"/lib\u00FC.d/libM\u00FChle.so.1", L"/lib\u00FC.d/M\u00FChle"},
+                      FileAndStem{L"app.bin", L"app"}, FileAndStem{L"", L""}));
