@@ -12,7 +12,7 @@ using utility::platform::VersionInfo;
 namespace
 {
 
-const wchar_t* const version = L"" UTILITY_TEST_MODULES "/Version.dll";
+const wchar_t* const version = L"" UTILITY_TEST_MODULES "/WholeVersion.dll";
 const wchar_t* const noVersion = L"" UTILITY_TEST_MODULES "/NoVersion.dll";
 const wchar_t* const missing = L"" UTILITY_TEST_MODULES "/missing.dll";
 
