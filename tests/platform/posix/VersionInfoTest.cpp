@@ -1,5 +1,6 @@
 #include "utility/platform/VersionInfo.h"
 
+#include "tests/support/ForwardingHeap.h"
 #include "utility/platform/Error.h"
 
 #include <gtest/gtest.h>
@@ -40,6 +41,8 @@ TEST(PosixVersionInfoTest, RecordThatHasGrownMeanwhileIsNotRead)
 
 TEST(PosixVersionInfoTest, MemoryThatThereIsNotIsNull)
 {
-    EXPECT_EQ(VersionInfo().GlobalAlloc(~std::size_t{0} / 4), nullptr);
+    support::ForwardingHeap heap;
+    heap.failAt = 1;
+    EXPECT_EQ(VersionInfo().GlobalAlloc(1), nullptr);
     EXPECT_EQ(LastError(), 8u);
 }
