@@ -15,6 +15,15 @@ set(package_files UtilityConfig.cmake UtilityVersionRecord.cmake VersionRecord.c
 list(TRANSFORM package_files PREPEND "${PROJECT_SOURCE_DIR}/cmake/")
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" ${package_files} DESTINATION "${package_folder}")
 
+if(UTILITY_SATELLITES)
+  get_target_property(satellites UtilitySatellites UTILITY_FILES)
+  set(satellite_folder "${CMAKE_INSTALL_LIBDIR}")
+  if(WIN32)
+    set(satellite_folder "${CMAKE_INSTALL_BINDIR}")
+  endif()
+  install(FILES ${satellites} DESTINATION "${satellite_folder}")
+endif()
+
 set(pc_definitions "")
 set(pc_libraries "-lboost_filesystem")
 if(NOT UTILITY_SHARED)

@@ -4,19 +4,22 @@ find_program(UTILITY_WINDRES NAMES x86_64-w64-mingw32-windres windres)
 find_program(UTILITY_RESOURCE_LINKER NAMES x86_64-w64-mingw32-ld)
 mark_as_advanced(UTILITY_WINDRES UTILITY_RESOURCE_LINKER)
 
-# utility_resource_library(FILE SOURCE [DEFINITION...]) makes FILE in the current build folder of the resource script
-# SOURCE, which may include files from the project's folder. The caller has a target depend on FILE.
+# utility_resource_library(FILE SOURCE [DEFINITION...] [DEPENDS FILE...]) makes FILE in the current build folder of the
+# resource script SOURCE, which may include files from the project's folder: those after DEPENDS. The caller has a target
+# depend on FILE.
 function(utility_resource_library file source)
   if(NOT UTILITY_WINDRES OR NOT UTILITY_RESOURCE_LINKER)
-    message(FATAL_ERROR "No windres and ld for mingw-w64: install the package binutils-mingw-w64-x86-64")
+    message(FATAL_ERROR "No windres and ld for mingw-w64: install the package binutils-mingw-w64-x86-64, or switch the "
+                        "options UTILITY_SATELLITES and UTILITY_BUILD_TESTS off")
   endif()
   cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
   set(object "${file}.o")
-  list(TRANSFORM ARGN PREPEND -D OUTPUT_VARIABLE definitions)
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "DEPENDS")
+  list(TRANSFORM arg_UNPARSED_ARGUMENTS PREPEND -D OUTPUT_VARIABLE definitions)
   add_custom_command(
     OUTPUT "${file}"
     COMMAND "${UTILITY_WINDRES}" -I "${PROJECT_SOURCE_DIR}" ${definitions} "${source}" -O coff -o "${object}"
     COMMAND "${UTILITY_RESOURCE_LINKER}" -shared -e 0 --no-insert-timestamp -o "${file}" "${object}"
-    DEPENDS "${source}"
+    DEPENDS "${source}" ${arg_DEPENDS}
     VERBATIM)
 endfunction()

@@ -37,16 +37,21 @@ function(utility_precompile target)
 endfunction()
 
 # Windows looks for a program's libraries beside it. Puts the C++ runtime into the current build folder and, with LIBRARY,
-# the library too, so that the folder can be copied to another machine as it is. Makes the target `name` for it.
+# the library and its satellites too, so that the folder can be copied to another machine as it is. Makes the target `name`
+# for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
   if(NOT WIN32)
     add_custom_target(${name})
     return()
   endif()
-  utility_runtime_files(runtime)
+  utility_runtime_files(files)
+  if(arg_LIBRARY AND UTILITY_SATELLITES)
+    get_target_property(satellites UtilitySatellites UTILITY_FILES)
+    list(APPEND files ${satellites})
+  endif()
   set(staged "")
-  foreach(file IN LISTS runtime)
+  foreach(file IN LISTS files)
     cmake_path(GET file FILENAME filename)
     add_custom_command(
       OUTPUT ${filename}
@@ -64,6 +69,9 @@ function(utility_stage_runtime name)
     list(APPEND staged Utility.dll)
   endif()
   add_custom_target(${name} ALL DEPENDS ${staged})
+  if(arg_LIBRARY AND UTILITY_SATELLITES)
+    add_dependencies(${name} UtilitySatellites)
+  endif()
 endfunction()
 
 # The C++ runtime of the Windows build: the library and its host share one, since failures and streams cross between them.

@@ -5,13 +5,12 @@
 // editor writes and reads.
 
 #include "examples/Console.h"
+#include "examples/settings/HiveOptions.h"
 #include "examples/settings/Keys.h"
 #include "examples/settings/ValueText.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -137,14 +136,28 @@ void ShowHelp()
                 "\n");
     for (const Command& command : commands)
         std::printf("  %-6s %-23s %s\n", command.name, command.arguments, command.help);
-    std::printf("\n"
+    std::printf("%s"
+                "\n"
                 "KEY is a hive and a path, as in 'HKCU\\SOFTWARE\\Selvane': HKCU is the user's hive, HKLM the\n"
                 "machine's. NAME may be '', the unnamed value. TYPE is one of %s;\n"
                 "REG_MULTI_SZ takes any number of VALUEs. A number is decimal or begins with 0x, and REG_BINARY\n"
                 "is pairs of hexadecimal digits.\n"
                 "\n"
                 "Exit status: 0, 1 if something is absent or refused, 2 for arguments that make no sense.\n",
-                valuetext::Types().c_str());
+                hiveoptions::help, valuetext::Types().c_str());
+}
+
+/// Null if there is no such command, or not with so many arguments.
+const Command* CommandFor(const Arguments& arguments)
+{
+    const std::string name = console::Utf8(arguments.front());
+    const std::size_t count = arguments.size() - 1;
+    for (const Command& command : commands)
+    {
+        if (command.name == name && command.least <= count && count <= command.most)
+            return &command;
+    }
+    return nullptr;
 }
 
 std::string ReasonOf(LSTATUS status)
@@ -172,15 +185,15 @@ int main(int argumentCount, char** argumentTexts)
 {
     InitialiseUtilityDLL();
     Arguments arguments = console::Arguments(argumentCount, argumentTexts);
-    const std::string name = arguments.empty() ? "" : console::Utf8(arguments.front());
-    if (name == "--help")
+    while (arguments.size() > 2 && hiveoptions::Apply(console::Utf8(arguments[0]), arguments[1]))
+        arguments.erase(arguments.begin(), arguments.begin() + 2);
+    if (!arguments.empty() && arguments.front() == "--help")
     {
         ShowHelp();
         return exitGood;
     }
-    const auto* const command =
-        std::ranges::find_if(commands, [&name](const Command& each) { return each.name == name; });
-    if (command == std::end(commands) || arguments.size() - 1 < command->least || arguments.size() - 1 > command->most)
+    const Command* const command = arguments.empty() ? nullptr : CommandFor(arguments);
+    if (command == nullptr)
         return Failed(exitBadUsage, "see settings --help");
     arguments.erase(arguments.begin());
     try

@@ -3,8 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+
 int main(int argumentCount, char** arguments)
 {
+    // The library has made the user's language that of the C library, whose numbers tests compare with.
+    std::setlocale(LC_ALL, "C");
     ::testing::InitGoogleTest(&argumentCount, arguments);
     support::UseOwnHives();
     InitialiseUtilityDLL();

@@ -76,7 +76,7 @@ Place Locate(const std::wstring& name)
     for (const auto& each : hives)
     {
         if (boost::algorithm::iequals(first, each.name) || boost::algorithm::iequals(first, each.abbreviation))
-            return {each.hive, each.name + path.substr(end), end < path.size() ? path.substr(end + 1) : L""};
+            return {each.hive, each.name + path.substr(end), path.substr(std::min(end + 1, path.size()))};
     }
     return {nullptr, name, {}};
 }

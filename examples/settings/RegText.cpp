@@ -181,13 +181,21 @@ private:
         {
             if (m_rest.empty())
                 throw Malformed(firstLine, "a text is not closed");
-            if (Take(u"\\") && Next() != u'\\' && Next() != u'"')
-                Fail("in a text, a \\ stands ahead of another \\ or a \" only");
-            m_line += Next() == u'\n' ? 1 : 0;
-            text += Next();
+            text += Take(u"\\") ? ReadEscaped() : m_rest.front();
+            m_line += m_rest.front() == u'\n' ? 1 : 0;
             m_rest.remove_prefix(1);
         }
         return text;
+    }
+
+    /// What stands behind a \, which is not taken yet.
+    char16_t ReadEscaped() const
+    {
+        constexpr std::u16string_view letters = u"\\\"nr";
+        const std::size_t found = letters.find(Next());
+        if (found == letters.npos)
+            Fail("in a text, a \\ stands ahead of another \\, a \", an n or an r only");
+        return u"\\\"\n\r"[found];
     }
 
     std::string ReadBytes()
@@ -299,9 +307,9 @@ std::u16string Quoted(std::u16string_view text)
     std::u16string quoted = u"\"";
     for (const char16_t c : text)
     {
-        if (c == u'\\' || c == u'"')
+        if (c == u'\\' || c == u'"' || c == u'\n' || c == u'\r')
             quoted += u'\\';
-        quoted += c;
+        quoted += c == u'\n' ? u'n' : c == u'\r' ? u'r' : c;
     }
     return quoted + u'"';
 }

@@ -1,5 +1,6 @@
 #include "utility/failures/Failures.h"
 
+#include "tests/support/ForwardingLocale.h"
 #include "tests/support/ForwardingText.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
@@ -273,8 +274,11 @@ class OSExceptionLanguageTest : public ::testing::TestWithParam<LanguageCase>
 
 TEST_P(OSExceptionLanguageTest, AsksForTheDefaultOfTheCallersPrimaryLanguage)
 {
+    struct : support::ForwardingLocale
+    {
+        LCID ThreadLocale() override { return GetParam().threadLocale; }
+    } const locale;
     support::ForwardingText service;
-    service.threadLocale = GetParam().threadLocale;
     const support::Substitute<utility::platform::TextService> scope(utility::platform::TextSlot(), service);
     wchar_t text[256];
     COSException(ERROR_FILE_NOT_FOUND).GetErrorMessage(text, 256, nullptr);

@@ -4,6 +4,7 @@
 #include "tests/support/TableModules.h"
 #include "utility/failures/ResourceString.h"
 #include "utility/framework/ResourceModules.h"
+#include "utility/settings/LibraryResources.h"
 
 #include <gtest/gtest.h>
 
@@ -89,6 +90,13 @@ TEST(InitialiseUtilityDLLTest, MakesTheLibrarysStringsKnown)
     InitialiseUtilityDLL();
     EXPECT_EQ(resource_string(8304), L"mm");
     EXPECT_EQ(resource_string(FirstLibrary()->Resources(), 8304), L"mm");
+}
+
+TEST(InitialiseUtilityDLLTest, JoinsTheLibraryWithItsResourceModule)
+{
+    InitialiseUtilityDLL();
+    EXPECT_EQ(FirstLibrary()->Module(), utility::detail::LibraryResources().GetDLL());
+    EXPECT_EQ(FirstLibrary()->Resources(), utility::detail::LibraryResources().GetResourceDLL());
 }
 
 TEST(InitialiseUtilityDLLTest, SecondCallAddsASecondLinkAndHasNoOtherEffect)

@@ -118,7 +118,6 @@ public:
     {
         return m_system.SystemMessage(error, languageId, buffer, size);
     }
-    LCID ThreadLocale() override { return m_system.ThreadLocale(); }
 
     std::vector<std::tuple<UINT, int, int>> calls;
     std::size_t firstFailure = std::numeric_limits<std::size_t>::max();

@@ -1,12 +1,11 @@
 #include "utility/numbers/FloatFormat.h"
 
 #include "tests/support/FloatFormatModel.h"
+#include "tests/support/ForwardingLocale.h"
 #include "tests/support/KeepFloatingControl.h"
-#include "tests/support/Substitute.h"
 #include "utility/numbers/FloatHygiene.h"
 #include "utility/numbers/FloatParse.h"
 #include "utility/platform/FloatingPoint.h"
-#include "utility/platform/Locale.h"
 
 #include <gtest/gtest.h>
 
@@ -370,16 +369,15 @@ TEST(DecimalSymbolTest, LocaleIsAskedTwiceAndItsAnswerDropped)
         int size;
         bool operator==(const Question&) const = default;
     };
-    struct : utility::platform::LocaleService
+    struct : support::ForwardingLocale
     {
         std::vector<Question> questions;
-        int DecimalSymbol(DWORD locale, wchar_t* buffer, int size) override
+        int DecimalSymbol(LCID locale, wchar_t* buffer, int size) override
         {
             questions.push_back({locale, buffer != nullptr, size});
             return 0;
         }
     } locale;
-    const support::Substitute<utility::platform::LocaleService> scope(utility::platform::LocaleSlot(), locale);
     SetDecimalSymbol(DWORD{0x0407});
     EXPECT_EQ(locale.questions, (std::vector<Question>{{0x0407, false, 0}, {0x0407, true, 10}}));
     EXPECT_EQ(GetDecimalSymbol(), L".");

@@ -2,7 +2,7 @@
 #   install   builds the library if BUILD is not given, and installs it to PREFIX
 #   headers   compares what is installed in PREFIX with what utility/Utility.h reaches
 #   use       configures, builds and runs the user's project the WAY it says
-# Common: SOURCE (of the library), SHARED, WORK (a folder for this step), and what the library was configured with.
+# Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), and what the library was configured with.
 
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.
@@ -23,6 +23,15 @@ if(STEP STREQUAL "install")
     run(${CMAKE_COMMAND} --build "${BUILD}" -- --quiet)
   endif()
   run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${PREFIX}")
+  if(SHARED AND SATELLITES)
+    file(GLOB_RECURSE library "${PREFIX}/libUtility.so" "${PREFIX}/Utility.dll")
+    cmake_path(GET library PARENT_PATH folder)
+    file(GLOB satellites "${folder}/UtilityRes*.dll")
+    list(LENGTH satellites count)
+    if(NOT count EQUAL 11)
+      message(FATAL_ERROR "Beside ${library} are the satellites ${satellites}")
+    endif()
+  endif()
 
 elseif(STEP STREQUAL "headers")
   execute_process(

@@ -4,46 +4,148 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <thread>
+#include <type_traits>
+
+using utility::platform::LastError;
+using utility::platform::Locale;
+using utility::platform::LocaleService;
+
 namespace
 {
 
-struct SymbolCase
+struct LocaleCase
 {
-    DWORD locale;
-    const wchar_t* symbol;
+    LCID identifier;
+    const wchar_t* name;
+    const wchar_t* abbreviation;
+    const wchar_t* nativeLanguage;
+    const wchar_t* decimalSymbol;
 };
 
-class DecimalSymbolOfLocaleTest : public ::testing::TestWithParam<SymbolCase>
+const LocaleCase locales[] = {
+#define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol)                                  \
+    {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol},
+#include "utility/platform/posix/Locales.inc"
+#undef UTILITY_LOCALE
+};
+
+std::string NameOf(const LocaleCase& locale)
+{
+    char name[8];
+    std::snprintf(name, sizeof(name), "%04X", static_cast<unsigned int>(locale.identifier));
+    return name;
+}
+
+void PrintTo(const LocaleCase& locale, std::ostream* out) { *out << NameOf(locale); }
+
+template <class Key>
+using Question = int (LocaleService::*)(Key, wchar_t*, int);
+
+const Question<LCID> questionsByIdentifier[] = {&LocaleService::DecimalSymbol, &LocaleService::Name,
+                                                &LocaleService::NativeLanguageName,
+                                                &LocaleService::LanguageAbbreviation};
+
+/// The answer in a buffer that is just long enough.
+template <class Key>
+std::wstring Answer(Question<Key> question, std::type_identity_t<Key> key)
+{
+    const int length = (Locale().*question)(key, nullptr, 0);
+    std::wstring text(static_cast<std::size_t>(length), L'?');
+    EXPECT_EQ((Locale().*question)(key, text.data(), length), length);
+    EXPECT_EQ(text.find(L'\0') + 1, text.size());
+    return text.substr(0, text.find(L'\0'));
+}
+
+/// Puts the locale of the test's thread back as it was.
+class KeepThreadLocale
+{
+public:
+    KeepThreadLocale() : m_locale(Locale().ThreadLocale()) {}
+    KeepThreadLocale(const KeepThreadLocale&) = delete;
+    KeepThreadLocale& operator=(const KeepThreadLocale&) = delete;
+    ~KeepThreadLocale() { Locale().SetThreadLocale(m_locale); }
+
+private:
+    LCID m_locale;
+};
+
+}
+
+class EveryLocaleTest : public ::testing::TestWithParam<LocaleCase>
 {
 };
 
-TEST_P(DecimalSymbolOfLocaleTest, IsGivenWithItsLength)
+TEST_P(EveryLocaleTest, IsKnownAlikeOnBothSystems)
 {
-    wchar_t symbol[10] = L"";
-    EXPECT_EQ(utility::platform::Locale().DecimalSymbol(GetParam().locale, nullptr, 0), 2);
-    EXPECT_EQ(utility::platform::Locale().DecimalSymbol(GetParam().locale, symbol, 10), 2);
-    EXPECT_STREQ(symbol, GetParam().symbol);
+    const LocaleCase& locale = GetParam();
+    EXPECT_EQ(Answer<LCID>(&LocaleService::Name, locale.identifier), locale.name);
+    EXPECT_EQ(Answer<LCID>(&LocaleService::LanguageAbbreviation, locale.identifier), locale.abbreviation);
+    EXPECT_EQ(Answer<LCID>(&LocaleService::NativeLanguageName, locale.identifier), locale.nativeLanguage);
+    EXPECT_EQ(Answer<const wchar_t*>(&LocaleService::NativeLanguageName, locale.name), locale.nativeLanguage);
+    EXPECT_EQ(Answer<LCID>(&LocaleService::DecimalSymbol, locale.identifier), locale.decimalSymbol);
 }
 
-INSTANTIATE_TEST_SUITE_P(Languages, DecimalSymbolOfLocaleTest,
-                         ::testing::Values(SymbolCase{0x007F, L"."}, SymbolCase{0x0809, L"."}, SymbolCase{0x0409, L"."},
-                                           SymbolCase{0x0804, L"."}, SymbolCase{0x0404, L"."}, SymbolCase{0x0407, L","},
-                                           SymbolCase{0x0C0A, L","}, SymbolCase{0x040C, L","}, SymbolCase{0x0410, L","},
-                                           SymbolCase{0x0411, L"."}, SymbolCase{0x0412, L"."}, SymbolCase{0x0416, L","},
-                                           SymbolCase{0x041F, L","}));
+INSTANTIATE_TEST_SUITE_P(Known, EveryLocaleTest, ::testing::ValuesIn(locales),
+                         [](const auto& locale) { return NameOf(locale.param); });
 
-TEST(LocaleServiceTest, UnknownLocaleIsAFailure)
+TEST(LocaleTest, UnknownOneIsAFailure)
 {
-    wchar_t symbol[10] = L"";
-    EXPECT_EQ(utility::platform::Locale().DecimalSymbol(0xFFFF, symbol, 10), 0);
-    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    wchar_t text[16];
+    for (const auto question : questionsByIdentifier)
+    {
+        utility::platform::SetLastError(0);
+        EXPECT_EQ((Locale().*question)(0x9999, text, 16), 0);
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    }
+    utility::platform::SetLastError(0);
+    EXPECT_EQ(Locale().NativeLanguageName(L"no such locale", text, 16), 0);
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
 }
 
-TEST(LocaleServiceTest, BufferThatIsTooShortIsAFailure)
+TEST(LocaleTest, BufferThatIsTooShortIsAFailure)
 {
-    wchar_t symbol[1];
-    EXPECT_EQ(utility::platform::Locale().DecimalSymbol(0x0407, symbol, 1), 0);
-    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    for (const auto question : questionsByIdentifier)
+    {
+        wchar_t text[16];
+        const int length = (Locale().*question)(0x0407, nullptr, 0);
+        utility::platform::SetLastError(0);
+        EXPECT_EQ((Locale().*question)(0x0407, text, length - 1), 0);
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_INSUFFICIENT_BUFFER));
+    }
 }
 
+TEST(LocaleTest, NameIsFoundInAnyCase)
+{
+    EXPECT_EQ(Answer<const wchar_t*>(&LocaleService::NativeLanguageName, L"DE-at"), L"Deutsch");
+}
+
+TEST(LocaleTest, LanguageWithoutARegionIsAName)
+{
+    EXPECT_EQ(Answer<const wchar_t*>(&LocaleService::NativeLanguageName, L"fr"), L"fran\u00E7ais");
+}
+
+TEST(LocaleTest, UsersOwnIsAKnownOne) { EXPECT_NE(Locale().Name(Locale().UserDefault(), nullptr, 0), 0); }
+
+TEST(ThreadLocaleTest, IsTheUsersUntilItIsSet)
+{
+    std::thread([] { EXPECT_EQ(Locale().ThreadLocale(), Locale().UserDefault()); }).join();
+}
+
+TEST(ThreadLocaleTest, IsSetForTheCallingThreadOnly)
+{
+    const KeepThreadLocale keep;
+    EXPECT_TRUE(Locale().SetThreadLocale(0x0C07));
+    EXPECT_EQ(Locale().ThreadLocale(), 0x0C07u);
+    std::thread([] { EXPECT_EQ(Locale().ThreadLocale(), Locale().UserDefault()); }).join();
+}
+
+TEST(ThreadLocaleTest, UnknownLocaleIsRefused)
+{
+    const KeepThreadLocale keep;
+    Locale().SetThreadLocale(0x0407);
+    EXPECT_FALSE(Locale().SetThreadLocale(0x9999));
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(Locale().ThreadLocale(), 0x0407u);
 }

@@ -1,5 +1,6 @@
 #include "utility/platform/Modules.h"
 
+#include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Error.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -8,6 +9,8 @@
 #include <cwchar>
 #include <locale>
 #include <memory>
+#include <thread>
+#include <vector>
 
 using utility::platform::Modules;
 
@@ -111,4 +114,102 @@ TEST(ModulesTest, ModuleWithoutStringsHasNone)
     alignas(4096) static const char noModule[4096] = {};
     const auto module = reinterpret_cast<HINSTANCE>(const_cast<char*>(noModule));
     EXPECT_EQ(Modules().StringOf(module, 8301), std::wstring_view());
+}
+
+namespace
+{
+
+/// A module made for the tests, loaded.
+class LoadedModuleTest : public ::testing::Test
+{
+public:
+    ~LoadedModuleTest() override
+    {
+        while (m_module != nullptr && Modules().Free(m_module))
+        {
+        }
+    }
+
+protected:
+    static constexpr const wchar_t* path = L"" UTILITY_TEST_MODULES "/Resources.dll";
+    static constexpr const wchar_t* text = L"Gr\u00F6\u00DFe \u2192 \U0001F600";
+
+    HINSTANCE m_module = Modules().Load(path);
+};
+
+}
+
+TEST_F(LoadedModuleTest, ItsStringsAreGivenInPlace)
+{
+    ASSERT_NE(m_module, nullptr);
+    const std::wstring_view string = Modules().StringOf(m_module, 8300);
+    EXPECT_EQ(string, text);
+    EXPECT_EQ(Modules().StringOf(m_module, 8300).data(), string.data());
+    EXPECT_EQ(Modules().StringOf(m_module, 8301), std::wstring_view());
+}
+
+TEST_F(LoadedModuleTest, SameFileIsTheSameModuleUntilItsLastFree)
+{
+    EXPECT_EQ(Modules().Load(path), m_module);
+    EXPECT_EQ(Modules().Load(L"" UTILITY_TEST_MODULES "/../modules/Resources.dll"), m_module);
+    const std::wstring_view string = Modules().StringOf(m_module, 8300);
+    EXPECT_TRUE(Modules().Free(m_module));
+    EXPECT_TRUE(Modules().Free(m_module));
+    EXPECT_EQ(string, text);
+    EXPECT_TRUE(Modules().Free(m_module));
+    EXPECT_FALSE(Modules().Free(m_module));
+    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(Modules().StringOf(m_module, 8300), std::wstring_view());
+}
+
+TEST_F(LoadedModuleTest, HasAFileName)
+{
+    wchar_t name[260] = L"";
+    EXPECT_GT(Modules().FileName(m_module, name, 260), 0u);
+    EXPECT_TRUE(boost::filesystem::equivalent(name, path));
+}
+
+TEST_F(LoadedModuleTest, SeveralThreadsMayUseIt)
+{
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back(
+            []
+            {
+                for (int turn = 0; turn < 200; ++turn)
+                {
+                    const HINSTANCE module = Modules().Load(path);
+                    EXPECT_EQ(Modules().StringOf(module, 8300), text);
+                    EXPECT_TRUE(Modules().Free(module));
+                }
+            });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(Modules().StringOf(m_module, 8300), text);
+}
+
+TEST(ModulesTest, WhatCannotBeLoadedGivesNull)
+{
+    const support::TemporaryFolder folder;
+    EXPECT_EQ(Modules().Load((folder / "missing.dll").wstring().c_str()), nullptr);
+    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(Modules().Load(folder.File("text.dll", "This is no module.").wstring().c_str()), nullptr);
+    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT));
+}
+
+TEST(ModulesTest, WhatIsNotLoadedCannotBeFreed)
+{
+    EXPECT_FALSE(Modules().Free(nullptr));
+    EXPECT_FALSE(Modules().Free(reinterpret_cast<HINSTANCE>(&alsoHere)));
+    EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
+}
+
+TEST(ModulesTest, ProgramItselfStaysHoweverOftenItIsFreed)
+{
+    const HINSTANCE module = Modules().ModuleAt(&here);
+    EXPECT_TRUE(Modules().Free(module));
+    EXPECT_TRUE(Modules().Free(module));
+    EXPECT_EQ(Modules().StringOf(module, 8304), L"mm");
 }

@@ -177,9 +177,3 @@ TEST(TextTest, UnknownErrorHasNoMessage)
     EXPECT_EQ(Text().SystemMessage(0x2FFFFFFF, 0, text, 256), 0u);
     EXPECT_NE(platform::LastError(), 0u);
 }
-
-TEST(TextTest, LocaleOfTheCaller)
-{
-    // A language, not neutral.
-    EXPECT_NE(Text().ThreadLocale() & 0x3FF, 0u);
-}

@@ -26,11 +26,9 @@ public:
         askedLanguage = languageId;
         return m_system.SystemMessage(error, languageId, buffer, size);
     }
-    LCID ThreadLocale() override { return threadLocale; }
 
     int conversions = 0;
     bool conversionsFail = false;
-    LCID threadLocale = 0x0409;
     DWORD askedLanguage = 0;
 
 private:

@@ -32,6 +32,10 @@ public:
         return m_system.FileName(module, buffer, size);
     }
 
+    HINSTANCE Load(const wchar_t* path) override { return m_system.Load(path); }
+
+    bool Free(HINSTANCE module) override { return m_system.Free(module); }
+
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
         ++lookups;

@@ -1,6 +1,7 @@
 #include "utility/failures/Failures.h"
 
 #include "utility/failures/ResourceString.h"
+#include "utility/platform/Locale.h"
 #include "utility/platform/Text.h"
 
 #include <boost/format.hpp>
@@ -78,9 +79,8 @@ int COSException::GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsi
     constexpr DWORD defaultSublanguage = 0x400;
     if (helpContext != nullptr)
         *helpContext = 0;
-    auto& text = utility::platform::Text();
-    const DWORD language = (text.ThreadLocale() & primaryLanguage) | defaultSublanguage;
-    return text.SystemMessage(m_nError, language, buffer, bufferSize) != 0 ? 1 : 0;
+    const DWORD language = (utility::platform::Locale().ThreadLocale() & primaryLanguage) | defaultSublanguage;
+    return utility::platform::Text().SystemMessage(m_nError, language, buffer, bufferSize) != 0 ? 1 : 0;
 }
 
 AlgorithmFailure::AlgorithmFailure(const char* file, int line) : m_strFileName(file), m_nLine(line) {}

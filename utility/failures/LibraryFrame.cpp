@@ -1,15 +1,14 @@
 #include "utility/failures/LibraryFrame.h"
 
 #include "utility/framework/ResourceModules.h"
-#include "utility/platform/Modules.h"
+#include "utility/settings/LibraryResources.h"
 
 #include <new>
 
 void InitialiseUtilityDLL()
 {
-    static const char addressInThisModule = 0;
-    const HINSTANCE library = utility::platform::Modules().ModuleAt(&addressInThisModule);
-    ZeloInitMFCExtensionDLL(library, library);
+    const CResourceCounter& library = utility::detail::LibraryResources();
+    ZeloInitMFCExtensionDLL(library.GetDLL(), library.GetResourceDLL());
 }
 
 void ZeloInitMFCExtensionDLL(HINSTANCE module, HINSTANCE resources)

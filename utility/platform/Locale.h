@@ -7,15 +7,40 @@ namespace utility::platform
 {
 
 /// What the system knows of locales, by their Windows identifiers. Any thread may call. An operation that fails leaves its
-/// reason in LastError().
+/// reason in LastError(): an unknown locale is 87, a buffer that is too short 122.
+///
+/// A text goes to a buffer of `size` characters, null-terminated; the result is its length with the terminator, 0 on
+/// failure. With a `size` of 0 nothing is written and the length alone is given. Linux knows the locales in
+/// platform/posix/Locales.inc.
 class LocaleService
 {
 public:
     virtual ~LocaleService() = default;
 
-    /// The decimal symbol of a locale: its length with the terminator, 0 on failure. With a `size` of 0 the length alone.
-    /// Linux knows the invariant locale and those of the languages that the library speaks.
-    virtual int DecimalSymbol(DWORD locale, wchar_t* buffer, int size) = 0;
+    virtual int DecimalSymbol(LCID locale, wchar_t* buffer, int size) = 0;
+
+    /// The name of a locale, a tag of language and region: de-AT.
+    virtual int Name(LCID locale, wchar_t* buffer, int size) = 0;
+
+    /// The name of a locale's language in that language; by the locale's name also for a language without a region.
+    virtual int NativeLanguageName(LCID locale, wchar_t* buffer, int size) = 0;
+    virtual int NativeLanguageName(const wchar_t* name, wchar_t* buffer, int size) = 0;
+
+    /// The three letters of a locale's language and region: ENG, DEU, DEA.
+    virtual int LanguageAbbreviation(LCID locale, wchar_t* buffer, int size) = 0;
+
+    /// The user's own locale. On Linux that of LC_ALL, LC_MESSAGES or LANG, the first that is not empty; 0x0409 where they
+    /// name no known language.
+    virtual LCID UserDefault() = 0;
+
+    /// The locale of the calling thread: the user's until it is set.
+    virtual LCID ThreadLocale() = 0;
+    /// Refuses an unknown locale.
+    virtual bool SetThreadLocale(LCID locale) = 0;
+
+    /// Sets the locale of the process's C library, for all categories, to that of a language abbreviation; an empty one
+    /// stands for the user's own. Where the system does not have it, nothing is changed.
+    virtual bool SetRuntimeLocale(const wchar_t* abbreviation) = 0;
 };
 
 ServiceSlot<LocaleService>& LocaleSlot() noexcept;

@@ -3,6 +3,7 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
+#include <string>
 #include <string_view>
 
 namespace utility::platform
@@ -23,6 +24,14 @@ public:
     /// for all of it the result is `size` (122) and what was written may lack a terminator.
     virtual DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) = 0;
 
+    /// Loads a module for the sake of its resources; a file that is loaded already is the same module. The path is an
+    /// absolute one. Each success is given up by a Free. Null on failure: no such file is 126, one that is no module 193.
+    virtual HINSTANCE Load(const wchar_t* path) = 0;
+
+    /// Gives up a reference to a module. Fails for what is not loaded (126). On Linux what the system's own loader has
+    /// loaded stays.
+    virtual bool Free(HINSTANCE module) = 0;
+
     /// The text with this number, in place in the module, as long as the module is loaded. Empty if there is none.
     /// On Windows a null module stands for the program itself.
     virtual std::wstring_view StringOf(HINSTANCE module, UINT id) = 0;
@@ -30,5 +39,9 @@ public:
 
 ServiceSlot<ModuleService>& ModulesSlot() noexcept;
 inline ModuleService& Modules() noexcept { return ModulesSlot().Get(); }
+
+/// The path that the names of a module's satellites begin with: the module's without what the system adds to the name. On
+/// Windows that is the extension; on Linux /opt/libMilling.so.1 gives /opt/Milling and /opt/app.bin gives /opt/app.
+std::wstring SatelliteStem(std::wstring_view moduleFile);
 
 }

@@ -32,9 +32,6 @@ public:
     /// The system's message for an error number, null-terminated, in the language with this identifier where the
     /// system has it. Gives its length, or 0 where there is none or the buffer is too small.
     virtual DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) = 0;
-
-    /// The locale of the calling thread.
-    virtual LCID ThreadLocale() = 0;
 };
 
 ServiceSlot<TextService>& TextSlot() noexcept;

@@ -145,7 +145,7 @@ private:
     double DoGetValue(const wchar_t* subKey, const wchar_t* name, double defaultValue, bool useUserHive) const;
     FILETIME DoGetValue(const wchar_t* subKey, const wchar_t* name, const FILETIME& defaultValue,
                         bool useUserHive) const;
-    // Any other pointer would be a bool.
+    // Any other pointer would be a bool. NOLINTNEXTLINE(modernize-use-equals-delete): callers do not see the others
     void DoGetValue(const wchar_t* subKey, const wchar_t* name, const void* defaultValue,
                     bool useUserHive) const = delete;
 
@@ -162,6 +162,7 @@ private:
     bool DoSetValue(const wchar_t* subKey, const wchar_t* name, double value) const;
     bool DoSetValue(const wchar_t* subKey, const wchar_t* name, const FILETIME& value) const;
     bool DoSetValue(const wchar_t* subKey, const wchar_t* name, const void* data, DWORD size) const;
+    // NOLINTNEXTLINE(modernize-use-equals-delete)
     bool DoSetValue(const wchar_t* subKey, const wchar_t* name, const void* value) const = delete;
 
     static Data& DataOf(const std::wstring& appKey);

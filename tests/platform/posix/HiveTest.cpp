@@ -703,6 +703,17 @@ TEST_F(HiveFilesTest, AreWhereTheHostPutThem)
     EXPECT_FALSE(exists(m_folder / "machine.db"));
 }
 
+TEST_F(HiveFilesTest, MayBeNamedFromTheCurrentFolder)
+{
+    const path before = boost::filesystem::current_path();
+    boost::filesystem::current_path(m_folder.Path());
+    EXPECT_TRUE(SetHiveFile(HKEY_CURRENT_USER, "near.db"));
+    boost::filesystem::current_path(before);
+    EXPECT_EQ(HiveFile(HKEY_CURRENT_USER), m_folder / "near.db");
+    Registry().RegCloseKey(Create(HKEY_CURRENT_USER, L"Key"));
+    EXPECT_TRUE(exists(m_folder / "near.db"));
+}
+
 TEST_F(HiveFilesTest, OfOtherKeysDoNotExist)
 {
     HKEY key = Create(HKEY_CURRENT_USER, L"Key");

@@ -2,6 +2,8 @@
 
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/Errors.h"
+#include "utility/platform/posix/MappedFile.h"
+#include "utility/platform/posix/ResourceFile.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -9,6 +11,10 @@
 #include <dlfcn.h>
 #include <iterator>
 #include <link.h>
+#include <list>
+#include <map>
+#include <mutex>
+#include <utility>
 
 namespace utility::platform
 {
@@ -28,7 +34,91 @@ constexpr NumberedString ownStrings[] = {
 #undef UTILITY_STRING
 };
 
-/// The path of a module's file, the program's for null; empty on failure.
+/// Files that are loaded for their resources, by the addresses of their records.
+class LoadedFiles
+{
+public:
+    HINSTANCE Load(const wchar_t* path)
+    {
+        boost::system::error_code error;
+        const std::wstring canonical = WideFromPath(boost::filesystem::canonical(PathFromWide(path), error));
+        if (error)
+        {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return nullptr;
+        }
+        const std::scoped_lock lock(m_lock);
+        auto file = std::ranges::find(m_files, canonical, &File::path);
+        if (file == m_files.end())
+        {
+            file = m_files.emplace(file, canonical);
+            if (!file->resources.HasResources())
+            {
+                m_files.erase(file);
+                SetLastError(ERROR_BAD_EXE_FORMAT);
+                return nullptr;
+            }
+        }
+        ++file->references;
+        return HandleOf(*file);
+    }
+
+    /// False if it is none of these.
+    bool Free(HINSTANCE module)
+    {
+        const std::scoped_lock lock(m_lock);
+        const auto file = Find(module);
+        if (file == m_files.end())
+            return false;
+        if (--file->references == 0)
+            m_files.erase(file);
+        return true;
+    }
+
+    /// Empty if it is none of these.
+    std::wstring PathOf(HINSTANCE module)
+    {
+        const std::scoped_lock lock(m_lock);
+        const auto file = Find(module);
+        return file == m_files.end() ? std::wstring() : file->path;
+    }
+
+    std::wstring_view StringOf(HINSTANCE module, UINT id)
+    {
+        const std::scoped_lock lock(m_lock);
+        const auto file = Find(module);
+        if (file == m_files.end())
+            return {};
+        if (const auto known = file->strings.find(id); known != file->strings.end())
+            return known->second;
+        std::wstring text = file->resources.String(id);
+        return text.empty() ? std::wstring_view() : file->strings.emplace(id, std::move(text)).first->second;
+    }
+
+private:
+    struct File
+    {
+        explicit File(const std::wstring& file) : path(file), content(file.c_str()), resources(content.Content()) {}
+
+        const std::wstring path;
+        const posix::MappedFile content;
+        const posix::ResourceFile resources;
+        std::map<UINT, std::wstring> strings; ///< those that were asked for
+        int references = 0;
+    };
+
+    static HINSTANCE HandleOf(File& file) { return reinterpret_cast<HINSTANCE>(&file); }
+
+    std::list<File>::iterator Find(HINSTANCE module)
+    {
+        return std::ranges::find(m_files, module, [](File& file) { return HandleOf(file); });
+    }
+
+    std::mutex m_lock;
+    std::list<File> m_files;
+};
+
+/// The path of the file of a module that the system's loader has loaded, the program's for null; empty on failure.
 std::wstring PathOf(HINSTANCE module)
 {
     boost::system::error_code error;
@@ -65,7 +155,9 @@ public:
 
     DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
     {
-        const std::wstring path = PathOf(module);
+        std::wstring path = m_files.PathOf(module);
+        if (path.empty())
+            path = PathOf(module);
         if (path.empty())
             return 0;
         const std::size_t length = path.copy(buffer, size);
@@ -78,14 +170,27 @@ public:
         return size;
     }
 
-    /// A module here has no string table of its own but this library, whose strings are compiled in.
+    HINSTANCE Load(const wchar_t* path) override { return m_files.Load(path); }
+
+    bool Free(HINSTANCE module) override
+    {
+        if (m_files.Free(module) || (module != nullptr && ModuleAt(module) == module))
+            return true;
+        SetLastError(ERROR_MOD_NOT_FOUND);
+        return false;
+    }
+
+    /// Of the modules that the system's loader has loaded only this library has strings, which are compiled in.
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
         if (module == nullptr || module != ModuleAt(&ownStrings))
-            return {};
+            return m_files.StringOf(module, id);
         const auto* const found = std::ranges::find(ownStrings, id, &NumberedString::id);
         return found == std::end(ownStrings) ? std::wstring_view() : found->text;
     }
+
+private:
+    LoadedFiles m_files;
 };
 
 }
@@ -95,6 +200,29 @@ ServiceSlot<ModuleService>& ModulesSlot() noexcept
     static PosixModules system;
     static ServiceSlot<ModuleService> slot(system);
     return slot;
+}
+
+std::wstring SatelliteStem(std::wstring_view moduleFile)
+{
+    constexpr std::wstring_view prefix = L"lib";
+    constexpr std::wstring_view shared = L".so";
+    const std::size_t nameAt = moduleFile.rfind(L'/') + 1;
+    std::wstring stem(moduleFile.substr(0, nameAt));
+    std::wstring_view name = moduleFile.substr(nameAt);
+    // The version of a library stands behind its extension: libMilling.so.0.1.
+    const std::size_t version = name.rfind(L".so.");
+    const std::size_t extension = name.ends_with(shared) ? name.size() - shared.size() : version;
+    if (extension != std::wstring_view::npos)
+    {
+        name = name.substr(0, extension);
+        if (name.starts_with(prefix))
+            name.remove_prefix(prefix.size());
+    }
+    else if (const std::size_t dot = name.rfind(L'.'); dot != 0)
+    {
+        name = name.substr(0, dot);
+    }
+    return stem.append(name);
 }
 
 }

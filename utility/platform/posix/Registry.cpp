@@ -5,6 +5,7 @@
 #include "utility/platform/Utf16.h"
 
 #include <algorithm>
+#include <boost/filesystem/operations.hpp>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -321,7 +322,11 @@ ServiceSlot<RegistryService>& RegistrySlot() noexcept
     return slot;
 }
 
-bool SetHiveFile(HKEY hive, const path& file) { return PosixRegistry::The().SetFile(hive, file); }
+bool SetHiveFile(HKEY hive, const path& file)
+{
+    // Wherever the program goes later.
+    return PosixRegistry::The().SetFile(hive, file.empty() ? file : boost::filesystem::absolute(file));
+}
 
 path HiveFile(HKEY hive) { return PosixRegistry::The().FileOf(hive); }
 

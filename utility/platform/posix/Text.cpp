@@ -140,8 +140,6 @@ public:
         buffer[message.copy(buffer, message.size())] = L'\0';
         return static_cast<DWORD>(message.size());
     }
-
-    LCID ThreadLocale() override { return 0x0409; }
 };
 
 }

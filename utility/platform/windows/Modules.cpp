@@ -1,5 +1,7 @@
 #include "utility/platform/Modules.h"
 
+#include <boost/filesystem/path.hpp>
+
 namespace utility::platform
 {
 
@@ -25,6 +27,13 @@ public:
         return ::GetModuleFileNameW(module, buffer, size);
     }
 
+    HINSTANCE Load(const wchar_t* path) override
+    {
+        return ::LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    }
+
+    bool Free(HINSTANCE module) override { return ::FreeLibrary(module) != FALSE; }
+
     std::wstring_view StringOf(HINSTANCE module, UINT id) override
     {
         // The system looks at the low half of a number only, and would give the text of another one.
@@ -44,6 +53,11 @@ ServiceSlot<ModuleService>& ModulesSlot() noexcept
     static WindowsModules system;
     static ServiceSlot<ModuleService> slot(system);
     return slot;
+}
+
+std::wstring SatelliteStem(std::wstring_view moduleFile)
+{
+    return boost::filesystem::path(moduleFile.begin(), moduleFile.end()).replace_extension().native();
 }
 
 }

@@ -24,8 +24,6 @@ public:
         return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, languageId,
                                 buffer, size, nullptr);
     }
-
-    LCID ThreadLocale() override { return ::GetThreadLocale(); }
 };
 
 }
