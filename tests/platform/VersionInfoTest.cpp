@@ -18,13 +18,13 @@ std::wstring Module(const char* name)
     return platform::WideFromPath(boost::filesystem::path(UTILITY_TEST_MODULES) / name);
 }
 
-/// The record of tests/modules/Version.rc.
+/// The record of tests/modules/WholeVersion.rc.
 class VersionInfoTest : public ::testing::Test
 {
 protected:
     VersionInfoTest()
     {
-        const std::wstring path = Module("Version.dll");
+        const std::wstring path = Module("WholeVersion.dll");
         const DWORD size = VersionInfo().GetFileVersionInfoSizeW(path.c_str());
         m_block = std::make_unique<std::byte[]>(size);
         m_isRead = VersionInfo().GetFileVersionInfoW(path.c_str(), size, m_block.get());

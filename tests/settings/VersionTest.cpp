@@ -55,7 +55,7 @@ class VersionTextTable : public ::testing::TestWithParam<TextGetter>
 TEST_P(VersionTextTable, IsThatOfTheFirstTranslation)
 {
     CVersion version;
-    ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+    ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
     const wchar_t* const text = (version.*GetParam().getter)();
     EXPECT_EQ(Text(text), GetParam().text);
     EXPECT_EQ((version.*GetParam().getter)(), text) << "a copy";
@@ -67,7 +67,7 @@ TEST_P(VersionTextTable, IsAskedForByItsName)
 {
     support::ForwardingVersionInfo service;
     CVersion version;
-    ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+    ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
     service.queries.clear();
     (version.*GetParam().getter)();
     // The name of the original file is the one whose getter is not spelled like it.
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
                       TEXT_GETTER(ProductVersion, L"5.6.7.8"), TEXT_GETTER(LegalCopyright, L"\u00A9 somebody"),
                       TEXT_GETTER(Comments, L""), TEXT_GETTER(FileDescription, L"a description"),
                       TEXT_GETTER(FileVersion, L"1.2.3.4"), TEXT_GETTER(InternalName, L"internal"),
-                      TEXT_GETTER(LegalTrademarks, L"\u2122"), TEXT_GETTER(OriginalFileName, L"Version.dll"),
+                      TEXT_GETTER(LegalTrademarks, L"\u2122"), TEXT_GETTER(OriginalFileName, L"original.dll"),
                       TEXT_GETTER(PrivateBuild, L"private"), TEXT_GETTER(SpecialBuild, L"special")),
     [](const auto& each) { return each.param.name; });
 
@@ -104,7 +104,7 @@ class VersionNumberTable : public ::testing::TestWithParam<NumberGetter>
 TEST_P(VersionNumberTable, IsTheFieldOfTheRecord)
 {
     // The sample, with a number of its own in each field.
-    std::string bytes = support::TemporaryFolder::BytesOf(UTILITY_TEST_MODULES "/Version.dll");
+    std::string bytes = support::TemporaryFolder::BytesOf(UTILITY_TEST_MODULES "/WholeVersion.dll");
     const std::size_t block = bytes.find("\xBD\x04\xEF\xFE");
     ASSERT_NE(block, std::string::npos);
     const auto valueOf = [](std::size_t field) { return static_cast<DWORD>(0x11220000 + field); };
@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(Getters, VersionNumberTable,
 TEST(VersionTest, VersionNumbersHaveTheirFirstPartOnTop)
 {
     CVersion version;
-    ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+    ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
     EXPECT_EQ(version.GetFileVersionMS(), 0x00010002u);
     EXPECT_EQ(version.GetFileVersionLS(), 0x00030004u);
     EXPECT_EQ(version.GetProductVersionMS(), 0x00050006u);
@@ -151,7 +151,7 @@ TEST(VersionTest, FileOfRelease2022HasIt)
 TEST(VersionTest, TranslationIsTheFirst)
 {
     CVersion version;
-    ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+    ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
     EXPECT_EQ(version.GetTranslation(), 0x04E40C0Au);
 }
 
@@ -275,7 +275,7 @@ TEST(VersionOfTwoFilesTest, SecondInitialiseFreesTheFirstBlockFirst)
     support::ForwardingVersionInfo service;
     {
         CVersion version;
-        ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+        ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
         ASSERT_TRUE(version.Initialise(Module("VersionWithoutTranslation.dll").c_str()));
         ASSERT_EQ(service.allocated.size(), 2u);
         EXPECT_EQ(service.freed, std::vector{service.allocated[0]});
@@ -344,7 +344,7 @@ protected:
     bool Initialise(CVersion& version, Step failAt)
     {
         m_service.failAt = failAt;
-        return version.Initialise(Module("Version.dll").c_str());
+        return version.Initialise(Module("WholeVersion.dll").c_str());
     }
 
     FailingVersionInfo m_service;
@@ -401,7 +401,7 @@ TEST(VersionAssignmentTest, DeliberatelySharesTheRecordSoThatBothFreeIt)
     } service;
     {
         CVersion version;
-        ASSERT_TRUE(version.Initialise(Module("Version.dll").c_str()));
+        ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
         CVersion other;
         other = version;
         EXPECT_EQ(other.GetProductName(), version.GetProductName());

@@ -1,5 +1,6 @@
 #include "utility/platform/VersionInfo.h"
 
+#include "tests/support/ForwardingHeap.h"
 #include "utility/platform/Error.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,7 @@ using utility::platform::VersionInfo;
 namespace
 {
 
-const wchar_t* const version = L"" UTILITY_TEST_MODULES "/Version.dll";
+const wchar_t* const version = L"" UTILITY_TEST_MODULES "/WholeVersion.dll";
 const wchar_t* const noVersion = L"" UTILITY_TEST_MODULES "/NoVersion.dll";
 const wchar_t* const missing = L"" UTILITY_TEST_MODULES "/missing.dll";
 
@@ -40,6 +41,8 @@ TEST(PosixVersionInfoTest, RecordThatHasGrownMeanwhileIsNotRead)
 
 TEST(PosixVersionInfoTest, MemoryThatThereIsNotIsNull)
 {
-    EXPECT_EQ(VersionInfo().GlobalAlloc(~std::size_t{0} / 4), nullptr);
+    support::ForwardingHeap heap;
+    heap.failAt = 1;
+    EXPECT_EQ(VersionInfo().GlobalAlloc(1), nullptr);
     EXPECT_EQ(LastError(), 8u);
 }

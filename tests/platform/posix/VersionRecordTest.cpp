@@ -108,7 +108,7 @@ INSTANTIATE_TEST_SUITE_P(
                       StoredAs{"LengthTooLong",
                                {u"Name", true, support::StoredBytes(std::u16string_view(u"abc\0", 4)), {}, {}, 0xFFFF},
                                L"abc"},
-                      StoredAs{"OddSize", {u"Name", false, "a\0b\0\0\0c", {}, {}, {}}, L"a"}),
+                      StoredAs{"OddSize", {u"Name", false, std::string("a\0b\0\0\0c", 7), {}, {}, {}}, L"ab"}),
     [](const auto& each) { return each.param.name; });
 
 TEST(VersionRecordTest, TextWithoutANullAtTheEndOfTheRecordEndsWithIt)

@@ -2,6 +2,8 @@
 
 #include "utility/platform/Utf16.h"
 
+#include <algorithm>
+
 namespace utility::platform::posix
 {
 
@@ -137,10 +139,12 @@ std::uint32_t ResourceFile::EntryOf(std::uint32_t directory, IsWanted isWanted) 
         return 0;
     const std::uint64_t headAt = directory & ~flag;
     const auto head = RecordAt<TreeDirectory>(m_tree, headAt);
-    const unsigned count = head.entriesByText + unsigned{head.entriesByNumber};
-    for (unsigned i = 0; i < count; ++i)
+    const std::uint64_t first = headAt + sizeof(head);
+    const std::uint64_t count = head.entriesByText + std::uint64_t{head.entriesByNumber};
+    const std::uint64_t end = std::min<std::uint64_t>(first + count * sizeof(TreeEntry), m_tree.size());
+    for (std::uint64_t at = first; at < end; at += sizeof(TreeEntry))
     {
-        const auto entry = RecordAt<TreeEntry>(m_tree, headAt + sizeof(head) + i * sizeof(TreeEntry));
+        const auto entry = RecordAt<TreeEntry>(m_tree, at);
         if (isWanted(entry.name))
             return entry.leadsTo;
     }

@@ -1,10 +1,9 @@
 #include "utility/platform/VersionInfo.h"
 
-#include "utility/platform/posix/Errors.h"
+#include "utility/platform/Error.h"
+#include "utility/platform/Heap.h"
 #include "utility/platform/posix/MappedFile.h"
 #include "utility/platform/posix/VersionRecord.h"
-
-#include <cstdlib>
 
 namespace utility::platform
 {
@@ -60,15 +59,15 @@ public:
 
     HANDLE GlobalAlloc(std::size_t size) override
     {
-        const HANDLE memory = std::malloc(size);
+        const HANDLE memory = Heap().Allocate(size);
         if (memory == nullptr)
-            posix::Fail();
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return memory;
     }
 
     void* GlobalLock(HANDLE memory) override { return memory; }
     void GlobalUnlock(HANDLE /*memory*/) override {}
-    void GlobalFree(HANDLE memory) override { std::free(memory); }
+    void GlobalFree(HANDLE memory) override { Heap().Free(memory); }
 };
 
 }

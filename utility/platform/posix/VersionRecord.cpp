@@ -82,12 +82,11 @@ Bytes SectionOf(Bytes file, std::string_view name)
     if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 || header.e_ident[EI_CLASS] != ELFCLASS64 ||
         header.e_ident[EI_DATA] != ELFDATA2LSB)
         return {};
-    const auto sectionAt = [&](unsigned index)
-    { return RecordAt<Elf64_Shdr>(file, header.e_shoff + index * std::uint64_t{header.e_shentsize}); };
-    const Elf64_Shdr names = sectionAt(header.e_shstrndx);
-    for (unsigned i = 0; i < header.e_shnum; ++i)
+    const Bytes table = BytesAt(file, header.e_shoff, header.e_shnum * sizeof(Elf64_Shdr));
+    const auto names = RecordAt<Elf64_Shdr>(table, header.e_shstrndx * sizeof(Elf64_Shdr));
+    for (std::size_t at = 0; at < table.size(); at += sizeof(Elf64_Shdr))
     {
-        const Elf64_Shdr section = sectionAt(i);
+        const auto section = RecordAt<Elf64_Shdr>(table, at);
         const Bytes found = BytesAt(BytesAt(file, names.sh_offset, names.sh_size), section.sh_name, name.size() + 1);
         if (section.sh_type == SHT_PROGBITS && !found.empty() &&
             std::memcmp(found.data(), name.data(), name.size()) == 0 && found.back() == std::byte{0})
