@@ -41,7 +41,7 @@ inline std::wstring WideFromUtf16(const void* bytes, std::size_t units)
 {
     const auto unitAt = [bytes](std::size_t index)
     {
-        char16_t unit;
+        char16_t unit = 0;
         std::memcpy(&unit, static_cast<const char*>(bytes) + index * sizeof(unit), sizeof(unit));
         return static_cast<char32_t>(unit);
     };
