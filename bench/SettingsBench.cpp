@@ -2,7 +2,7 @@
 // written. Peers: one prepared SQLite read or write with all its parts known ahead, a memory-mapped store, and a tree in
 // memory that is read from, and wholly written to, a text file.
 
-#include "utility/platform/posix/Hives.h"
+#include "utility/platform/Hives.h"
 #include "utility/platform/Registry.h"
 #include "utility/settings/AppSettings.h"
 

@@ -5,7 +5,6 @@
 // editor writes and reads.
 
 #include "examples/Console.h"
-#include "examples/settings/HiveOptions.h"
 #include "examples/settings/Keys.h"
 #include "examples/settings/ValueText.h"
 
@@ -136,7 +135,9 @@ void ShowHelp()
                 "\n");
     for (const Command& command : commands)
         std::printf("  %-6s %-23s %s\n", command.name, command.arguments, command.help);
-    std::printf("%s"
+    std::printf("\n"
+                "  --user FILE     ahead of the command, on Linux: the user's hive is this file\n"
+                "  --machine FILE  the same for the machine's\n"
                 "\n"
                 "KEY is a hive and a path, as in 'HKCU\\SOFTWARE\\Selvane': HKCU is the user's hive, HKLM the\n"
                 "machine's. NAME may be '', the unnamed value. TYPE is one of %s;\n"
@@ -144,7 +145,14 @@ void ShowHelp()
                 "is pairs of hexadecimal digits.\n"
                 "\n"
                 "Exit status: 0, 1 if something is absent or refused, 2 for arguments that make no sense.\n",
-                hiveoptions::help, valuetext::Types().c_str());
+                valuetext::Types().c_str());
+}
+
+/// Does what an option says; false for what is none, and where hives stay where they are.
+bool MoveHive(const std::string& option, const boost::filesystem::path& file)
+{
+    const HKEY hive = option == "--user" ? HKEY_CURRENT_USER : option == "--machine" ? HKEY_LOCAL_MACHINE : nullptr;
+    return utility::platform::SetHiveFile(hive, file);
 }
 
 /// Null if there is no such command, or not with so many arguments.
@@ -185,7 +193,7 @@ int main(int argumentCount, char** argumentTexts)
 {
     InitialiseUtilityDLL();
     Arguments arguments = console::Arguments(argumentCount, argumentTexts);
-    while (arguments.size() > 2 && hiveoptions::Apply(console::Utf8(arguments[0]), arguments[1]))
+    while (arguments.size() > 2 && MoveHive(console::Utf8(arguments[0]), arguments[1]))
         arguments.erase(arguments.begin(), arguments.begin() + 2);
     if (!arguments.empty() && arguments.front() == "--help")
     {

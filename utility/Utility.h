@@ -31,6 +31,7 @@
 #include "utility/platform/DebuggerSink.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/Export.h"
+#include "utility/platform/Hives.h"
 #include "utility/platform/Registry.h"
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 // The store of the settings: two hives, one for the machine and one for the user, each a tree of keys with named values
-// that carry a type tag. The registry on Windows; on Linux a hive is a SQLite database (platform/posix/Hives.h says
+// that carry a type tag. The registry on Windows; on Linux a hive is a SQLite database (platform/Hives.h says
 // where).
 //
 //     HKEY key = nullptr;

@@ -2,7 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/platform/posix/Hives.h"
+#include "utility/platform/Hives.h"
 
 #include <atomic>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "tests/support/OwnHives.h"
 
-#include "utility/platform/posix/Hives.h"
+#include "utility/platform/Hives.h"
 
 #include <boost/filesystem/operations.hpp>
 #include <cstdlib>

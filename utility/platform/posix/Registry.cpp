@@ -1,7 +1,7 @@
 #include "utility/platform/Registry.h"
 
+#include "utility/platform/Hives.h"
 #include "utility/platform/posix/Hive.h"
-#include "utility/platform/posix/Hives.h"
 #include "utility/platform/Utf16.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "utility/platform/Registry.h"
 
+#include "utility/platform/Hives.h"
+
 #include <shlwapi.h>
 
 namespace utility::platform
@@ -79,5 +81,9 @@ ServiceSlot<RegistryService>& RegistrySlot() noexcept
     static ServiceSlot<RegistryService> slot(system);
     return slot;
 }
+
+bool SetHiveFile(HKEY /*hive*/, const boost::filesystem::path& /*file*/) { return false; }
+
+boost::filesystem::path HiveFile(HKEY /*hive*/) { return {}; }
 
 }
