@@ -81,7 +81,10 @@ Seen RunUnderDebugger(const std::wstring& test)
     Seen seen;
     if (!::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, DEBUG_ONLY_THIS_PROCESS, nullptr, nullptr,
                           &start, &process))
+    {
+        ADD_FAILURE() << "the process does not start: " << ::GetLastError();
         return seen;
+    }
     for (DEBUG_EVENT event; ::WaitForDebugEvent(&event, 60000);)
     {
         DWORD handled = DBG_CONTINUE;
