@@ -2,7 +2,7 @@
 // number of readings, the readings, and the text, in which '|' ends a line of the record.
 
 #include "tests/support/TextRecordTrial.h"
-#include "utility/failures/LibraryFrame.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include <algorithm>
 #include <cstdint>

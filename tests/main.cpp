@@ -1,5 +1,5 @@
 #include "tests/support/OwnHives.h"
-#include "utility/failures/LibraryFrame.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,6 @@
 
 #include "utility/crash/Assertions.h"
 #include "utility/failures/Failures.h"
-#include "utility/failures/LibraryFrame.h"
 #include "utility/failures/Messages.h"
 #include "utility/failures/ResourceString.h"
 #include "utility/files/InputOutputFile.h"
@@ -45,5 +44,6 @@
 #include "utility/settings/RegistryString.h"
 #include "utility/settings/ResourceCounter.h"
 #include "utility/settings/Version.h"
+#include "utility/startup/LibraryFrame.h"
 #include "utility/system/Locks.h"
 #include "utility/system/ResourcePtr.h"

@@ -4,7 +4,7 @@
 #include "tests/support/ForwardingText.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
-#include "utility/failures/LibraryFrame.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
-#include "utility/failures/LibraryFrame.h"
 #include "utility/platform/Utf16.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
 

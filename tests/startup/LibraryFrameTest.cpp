@@ -1,4 +1,4 @@
-#include "utility/failures/LibraryFrame.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"

@@ -1,4 +1,4 @@
-#include "utility/failures/LibraryFrame.h"
+#include "utility/startup/LibraryFrame.h"
 
 #include "utility/framework/ResourceModules.h"
 #include "utility/settings/LibraryResources.h"
