@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -475,7 +476,7 @@ private:
                                  : access == (KEY_READ | KEY_WRITE) ? " to write"
                                                                     : " for something else"));
         if (status == 0)
-            status = (m_system.*open)(parent, subKey, access, key);
+            status = std::invoke(open, m_system, parent, subKey, access, key);
         if (status == 0)
             m_names[key] = owner;
         return status;

@@ -409,16 +409,15 @@ void Hive::MapHeader()
     constexpr int regionSize = 32768;
     const int result = file->pMethods->xShmMap(file, 0, regionSize, 0, &index);
     if (result == SQLITE_OK || result == SQLITE_READONLY)
-        m_sharedHeader = static_cast<const volatile std::uint64_t*>(index);
+        m_sharedHeader = static_cast<std::uint64_t*>(const_cast<void*>(index));
 }
 
 bool Hive::ReadHeader(Header& header) const
 {
     if (m_sharedHeader == nullptr)
         return false;
-    std::atomic_thread_fence(std::memory_order_acquire);
-    std::copy_n(m_sharedHeader, header.size(), header.begin());
-    std::atomic_thread_fence(std::memory_order_acquire);
+    for (std::size_t i = 0; i < header.size(); ++i)
+        header[i] = std::atomic_ref(m_sharedHeader[i]).load(std::memory_order_acquire);
     return true;
 }
 

@@ -153,7 +153,7 @@ private:
     std::optional<Identity> m_identity;
     std::uint32_t m_generation;
 
-    const volatile std::uint64_t* m_sharedHeader = nullptr;
+    std::uint64_t* m_sharedHeader = nullptr;
     Header m_header{};                                    ///< when what is remembered was read
     std::unordered_map<std::string, Key> m_keys;          ///< by parent and path; 0 for an absent one
     std::unordered_map<std::string, Remembered> m_values; ///< by key and name
