@@ -55,6 +55,13 @@ public:
     explicit Settings(const std::wstring& key) : CQLMAppSettings(key) {}
 };
 
+/// An application key that no object was made for. One that was made before the hives moved would find nothing.
+std::wstring FreshKey()
+{
+    static int made = 0;
+    return L"SOFTWARE\\Selvane\\App" + std::to_wstring(++made);
+}
+
 /// Both hives in the benchmark's folder, from the first call on.
 void MoveHives()
 {
@@ -81,30 +88,27 @@ void Fill(const std::wstring& key, HKEY hive)
     }
 }
 
-template <auto KeyText, auto Hive, int Expected>
+template <auto Hive, int Expected>
 void ReadSetting(benchmark::State& state)
 {
-    Fill(KeyText(), Hive());
-    const Settings settings(KeyText());
+    const std::wstring key = FreshKey();
+    Fill(key, Hive());
+    const Settings settings(key);
     if (settings.GetValue(section, name, -1) != Expected)
         return state.SkipWithError("another number");
     for (auto _ : state)
         benchmark::DoNotOptimize(settings.GetValue(section, name, -1));
 }
 
-constexpr auto inUserHive = [] { return L"SOFTWARE\\Selvane\\InUserHive"; };
-constexpr auto inMachineHive = [] { return L"SOFTWARE\\Selvane\\InMachineHive"; };
-constexpr auto inNone = [] { return L"SOFTWARE\\Selvane\\InNone"; };
 constexpr auto userHive = [] { return HKEY_CURRENT_USER; };
 constexpr auto machineHive = [] { return HKEY_LOCAL_MACHINE; };
 constexpr auto noHive = [] { return static_cast<HKEY>(nullptr); };
 
-constexpr const wchar_t* writtenKey = L"SOFTWARE\\Selvane\\Written";
-
 void WriteSetting(benchmark::State& state)
 {
-    Fill(writtenKey, HKEY_CURRENT_USER);
-    const Settings settings(writtenKey);
+    const std::wstring key = FreshKey();
+    Fill(key, HKEY_CURRENT_USER);
+    const Settings settings(key);
     int value = 0;
     for (auto _ : state)
     {
@@ -118,8 +122,9 @@ void WriteSetting(benchmark::State& state)
 /// A setting is written and read again in turn: nothing that was remembered holds.
 void WriteAndReadSetting(benchmark::State& state)
 {
-    Fill(writtenKey, HKEY_CURRENT_USER);
-    const Settings settings(writtenKey);
+    const std::wstring key = FreshKey();
+    Fill(key, HKEY_CURRENT_USER);
+    const Settings settings(key);
     int value = 0;
     for (auto _ : state)
     {
@@ -131,11 +136,10 @@ void WriteAndReadSetting(benchmark::State& state)
 void FirstSettings(benchmark::State& state)
 {
     MoveHives();
-    static int made = 0;
     for (auto _ : state)
     {
         state.PauseTiming();
-        const std::wstring key = L"SOFTWARE\\Selvane\\First" + std::to_wstring(++made);
+        const std::wstring key = FreshKey();
         for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
         {
             HKEY opened = nullptr;
@@ -384,9 +388,9 @@ void WriteTree(benchmark::State& state)
     }
 }
 
-BENCHMARK(ReadSetting<inUserHive, userHive, number>)->Name("read a setting/Utility:user's hive");
-BENCHMARK(ReadSetting<inMachineHive, machineHive, number>)->Name("read a setting/Utility:machine's hive");
-BENCHMARK(ReadSetting<inNone, noHive, -1>)->Name("read a setting/Utility:in none");
+BENCHMARK(ReadSetting<userHive, number>)->Name("read a setting/Utility:user's hive");
+BENCHMARK(ReadSetting<machineHive, number>)->Name("read a setting/Utility:machine's hive");
+BENCHMARK(ReadSetting<noHive, -1>)->Name("read a setting/Utility:in none");
 BENCHMARK(ReadRaw)->Name("read a setting/SQLite, prepared");
 BENCHMARK(ReadMapped)->Name("read a setting/LMDB");
 BENCHMARK(ReadTree)->Name("read a setting/property tree in memory");
