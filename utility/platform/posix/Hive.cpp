@@ -339,7 +339,10 @@ LSTATUS Hive::Open(Key used)
     if (m_file.empty())
         return Status(ERROR_PATH_NOT_FOUND);
     if (::stat(m_file.c_str(), &state) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? missing : Status(ErrorOfErrno(errno));
+    {
+        const bool isGone = errno == ENOENT || errno == ENOTDIR;
+        return !isGone ? Status(ErrorOfErrno(errno)) : used == root ? missing : deleted;
+    }
     std::uint64_t lot = 0;
     LSTATUS status = OpenFile(false, lot);
     if (status != success && m_database && sqlite3_db_readonly(m_database.get(), "main") == 1 &&
@@ -639,7 +642,7 @@ LSTATUS Hive::Set(Key key, std::wstring_view name, DWORD type, std::string_view 
         return Status(ERROR_INVALID_PARAMETER);
     LSTATUS status = OpenForWriting(key);
     if (status != success)
-        return status == missing ? deleted : status;
+        return status;
     const std::string fold = Folded(name);
     const std::string given = Utf8FromWide(name);
     status = Run(*this, SetValue).Bind(key).Bind(fold).Bind(given).Bind(type).BindBytes(data).ToTheEnd();
@@ -650,7 +653,7 @@ LSTATUS Hive::DeleteValue(Key key, std::wstring_view name)
 {
     LSTATUS status = OpenForWriting(key);
     if (status != success)
-        return status == missing ? deleted : status;
+        return status;
     const std::string fold = Folded(name);
     status = Run(*this, RemoveValue).Bind(key).Bind(fold).ToTheEnd();
     return status == success && sqlite3_changes(m_database.get()) == 0 ? NothingAt(key, status, missing) : status;
