@@ -155,6 +155,15 @@ TEST_F(HiveTest, WhatAnotherProcessWritesIsSeenAtOnce)
     }
 }
 
+TEST_F(HiveTest, KeyWithATooLongNameIsNotMade)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Top\\" + std::wstring(256, L'k'), key), Status(ERROR_INVALID_PARAMETER));
+    // Nor is what would be on the way to it.
+    EXPECT_EQ(hive.Find(Hive::root, L"Top", key), missing);
+}
+
 TEST_F(HiveTest, LargeValuesAreReadEachTime)
 {
     Hive hive(m_file, Hive::Owner::User);
