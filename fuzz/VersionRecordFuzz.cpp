@@ -1,6 +1,6 @@
 // Look-ups of every kind in arbitrary bytes taken for a version record. Each answer is checked to lie in the block.
 
-#include "tests/support/posix/VersionRecords.h"
+#include "tests/support/VersionRecords.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 
-using utility::platform::Utf16FromWide;
-using utility::platform::WideFromUtf16;
+using utility::platform::formats::Utf16FromWide;
+using utility::platform::formats::WideFromUtf16;
 
 namespace regtext
 {

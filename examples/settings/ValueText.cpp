@@ -107,7 +107,8 @@ std::wstring Plain(const regtext::Value& value)
     if (value.type != REG_SZ && value.type != REG_EXPAND_SZ && value.type != REG_MULTI_SZ)
         return Digits(value.data);
 
-    std::wstring text = utility::platform::WideFromUtf16(value.data.data(), value.data.size() / sizeof(char16_t));
+    std::wstring text =
+        utility::platform::formats::WideFromUtf16(value.data.data(), value.data.size() / sizeof(char16_t));
     if (value.type != REG_MULTI_SZ)
         return text.substr(0, text.find(L'\0'));
     // An empty text ends the list.

@@ -8,7 +8,7 @@
 #include "tests/support/ThreadLog.h"
 #include "tests/support/WithoutThreadSlot.h"
 #include "utility/framework/FileException.h"
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
 #include "utility/framework/FileException.h"
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "utility/framework/Format.h"
+#include "utility/framework/internal/Format.h"
 
-#include "utility/failures/ResourceString.h"
+#include "utility/text/ResourceString.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "utility/framework/NewHandler.h"
+#include "utility/framework/internal/NewHandler.h"
 
 #include <gtest/gtest.h>
 

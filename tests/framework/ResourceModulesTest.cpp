@@ -1,4 +1,4 @@
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"

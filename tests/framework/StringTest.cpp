@@ -1,6 +1,6 @@
 #include "utility/framework/String.h"
 
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/RecordingDebugger.h"
 #include "tests/support/TableMemory.h"
-#include "utility/framework/NewHandler.h"
+#include "utility/framework/internal/NewHandler.h"
 
 #include <gtest/gtest.h>
 

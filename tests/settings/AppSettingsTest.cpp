@@ -2,7 +2,7 @@
 
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
-#include "utility/platform/Utf16.h"
+#include "utility/platform/formats/Utf16.h"
 #include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
@@ -32,7 +32,7 @@ std::string BytesOf(const T& value)
 
 std::string BytesOfText(std::wstring_view text)
 {
-    const std::u16string units = utility::platform::Utf16FromWide(text);
+    const std::u16string units = utility::platform::formats::Utf16FromWide(text);
     return {reinterpret_cast<const char*>(units.data()), units.size() * sizeof(char16_t)};
 }
 

@@ -1,4 +1,4 @@
-#include "utility/settings/LibraryResources.h"
+#include "utility/settings/internal/LibraryResources.h"
 
 #include "utility/platform/Modules.h"
 

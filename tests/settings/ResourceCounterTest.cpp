@@ -4,9 +4,9 @@
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/failures/ResourceString.h"
 #include "utility/platform/Paths.h"
 #include "utility/settings/Lang.h"
+#include "utility/text/ResourceString.h"
 
 #include <gtest/gtest.h>
 

@@ -2,11 +2,11 @@
 #include "tests/support/ForwardingLocale.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
-#include "utility/failures/ResourceString.h"
 #include "utility/platform/Modules.h"
 #include "utility/settings/Lang.h"
 #include "utility/settings/ResourceCounter.h"
 #include "utility/settings/Version.h"
+#include "utility/text/ResourceString.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "tests/support/ForwardingVersionInfo.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/Modules.h"
 #include "utility/platform/Paths.h"
 

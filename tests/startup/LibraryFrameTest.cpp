@@ -2,9 +2,9 @@
 
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
-#include "utility/failures/ResourceString.h"
-#include "utility/framework/ResourceModules.h"
-#include "utility/settings/LibraryResources.h"
+#include "utility/framework/internal/ResourceModules.h"
+#include "utility/settings/internal/LibraryResources.h"
+#include "utility/text/ResourceString.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "utility/failures/Failures.h"
 
-#include "utility/failures/ResourceString.h"
 #include "utility/platform/Locale.h"
 #include "utility/platform/Text.h"
+#include "utility/text/ResourceString.h"
 
 #include <boost/format.hpp>
 #include <utility>

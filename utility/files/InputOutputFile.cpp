@@ -1,8 +1,8 @@
 #include "utility/files/InputOutputFile.h"
 
-#include "utility/failures/Messages.h"
 #include "utility/logging/LogStream.h"
 #include "utility/logging/ThreadDatabase.h"
+#include "utility/text/Messages.h"
 
 CInputOutputFile::CInputOutputFile() = default;
 

@@ -1,4 +1,4 @@
-#include "utility/framework/Format.h"
+#include "utility/framework/internal/Format.h"
 
 #include "utility/platform/Text.h"
 #include "utility/platform/Types.h"

@@ -1,4 +1,4 @@
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 
 #include "utility/platform/Modules.h"
 

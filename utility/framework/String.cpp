@@ -1,7 +1,7 @@
 #include "utility/framework/String.h"
 
-#include "utility/framework/Format.h"
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/Format.h"
+#include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/Modules.h"
 
 #include <cstdarg>

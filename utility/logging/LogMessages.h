@@ -10,8 +10,8 @@
 //
 // Any thread may call anything. Only a failed allocation throws.
 
+#include "utility/guards/Locks.h"
 #include "utility/platform/Export.h"
-#include "utility/system/Locks.h"
 
 #include <boost/circular_buffer.hpp>
 

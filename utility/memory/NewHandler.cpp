@@ -1,6 +1,6 @@
 #include "utility/memory/NewHandler.h"
 
-#include "utility/framework/NewHandler.h"
+#include "utility/framework/internal/NewHandler.h"
 #include "utility/memory/MemoryReport.h"
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Heap.h"

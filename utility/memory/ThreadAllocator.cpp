@@ -1,6 +1,6 @@
 #include "utility/memory/ThreadAllocator.h"
 
-#include "utility/crash/Assertions.h"
+#include "utility/diagnostics/Assertions.h"
 #include "utility/platform/Debugger.h"
 #include "utility/platform/ThreadSlot.h"
 

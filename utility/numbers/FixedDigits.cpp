@@ -1,4 +1,4 @@
-#include "utility/numbers/FixedDigits.h"
+#include "utility/numbers/internal/FixedDigits.h"
 
 #include <algorithm>
 #include <charconv>

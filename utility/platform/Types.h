@@ -17,7 +17,7 @@
 
 #else
 
-#include "utility/platform/posix/CriticalSection.h"
+#include "utility/platform/posix/threads/CriticalSection.h"
 
 #include <cstdint>
 

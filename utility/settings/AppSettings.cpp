@@ -1,10 +1,10 @@
 #include "utility/settings/AppSettings.h"
 
 #include "resources/Release.h"
-#include "utility/failures/ResourceString.h"
+#include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/Registry.h"
-#include "utility/platform/Utf16.h"
+#include "utility/text/ResourceString.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -28,7 +28,7 @@ constexpr DWORD storedType<std::wstring> = REG_SZ;
 class StoredText
 {
 public:
-    explicit StoredText(std::wstring_view text) : m_units(utility::platform::Utf16FromWide(text)) {}
+    explicit StoredText(std::wstring_view text) : m_units(utility::platform::formats::Utf16FromWide(text)) {}
 
     const unsigned char* Data() const { return reinterpret_cast<const unsigned char*>(m_units.c_str()); }
     DWORD Size() const { return static_cast<DWORD>((m_units.size() + 1) * sizeof(char16_t)); }
@@ -152,7 +152,7 @@ bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, std::
     if (status != ERROR_SUCCESS || foundType != type)
         return false;
     // Half a character at the end is deliberately left out.
-    value = utility::platform::WideFromUtf16(bytes.data(), size / sizeof(char16_t));
+    value = utility::platform::formats::WideFromUtf16(bytes.data(), size / sizeof(char16_t));
     value.resize(std::min(value.find(L'\0'), value.size()));
     return true;
 }

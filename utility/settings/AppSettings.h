@@ -25,10 +25,10 @@
 //
 // Keys are named by paths with backslashes on every system.
 
+#include "utility/guards/ResourcePtr.h"
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"
 #include "utility/settings/RegistryString.h"
-#include "utility/system/ResourcePtr.h"
 
 #include <boost/filesystem/path.hpp>
 

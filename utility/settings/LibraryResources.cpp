@@ -1,7 +1,7 @@
-#include "utility/settings/LibraryResources.h"
+#include "utility/settings/internal/LibraryResources.h"
 
-#include "utility/failures/ResourceString.h"
 #include "utility/platform/Modules.h"
+#include "utility/text/ResourceString.h"
 
 namespace
 {

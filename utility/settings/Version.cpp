@@ -1,6 +1,6 @@
 #include "utility/settings/Version.h"
 
-#include "utility/framework/ResourceModules.h"
+#include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/Modules.h"
 #include "utility/platform/VersionInfo.h"
 

@@ -1,7 +1,7 @@
 #include "utility/startup/LibraryFrame.h"
 
-#include "utility/framework/ResourceModules.h"
-#include "utility/settings/LibraryResources.h"
+#include "utility/framework/internal/ResourceModules.h"
+#include "utility/settings/internal/LibraryResources.h"
 
 #include <new>
 

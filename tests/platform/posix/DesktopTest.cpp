@@ -2,7 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/crash/Assertions.h"
+#include "utility/diagnostics/Assertions.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "utility/platform/posix/Errors.h"
+#include "utility/platform/posix/error/Errno.h"
 
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Types.h"

@@ -4,7 +4,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "utility/memory/NewHandler.h"
 #include "utility/platform/Error.h"
-#include "utility/platform/posix/MemoryFigures.h"
+#include "utility/platform/posix/memory/MemoryFigures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "utility/platform/Desktop.h"
 
-#include "utility/crash/Assertions.h"
+#include "utility/diagnostics/Assertions.h"
 #include "utility/platform/Types.h"
 
 #include <gtest/gtest.h>

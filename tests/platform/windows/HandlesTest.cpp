@@ -1,7 +1,7 @@
 #include "utility/platform/Handles.h"
 
+#include "utility/guards/ResourcePtr.h"
 #include "utility/platform/Error.h"
-#include "utility/system/ResourcePtr.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "utility/platform/Debugger.h"
 
-#include "utility/platform/posix/Utf8.h"
+#include "utility/platform/formats/Utf8.h"
 
 #include <fstream>
 #include <string_view>
@@ -37,7 +37,7 @@ public:
     void Output(const wchar_t* text) override
     {
         if (!SendToDebuggerSink(text))
-            Write(posix::Utf8FromWide(text));
+            Write(formats::Utf8FromWide(text));
     }
 
     void Output(const char* text) override

@@ -1,8 +1,8 @@
 #include "utility/platform/Files.h"
 
 #include "utility/platform/Error.h"
-#include "utility/platform/posix/Errors.h"
-#include "utility/platform/posix/Utf8.h"
+#include "utility/platform/formats/Utf8.h"
+#include "utility/platform/posix/error/Errno.h"
 
 #include <fcntl.h>
 #include <limits>
@@ -65,7 +65,7 @@ Views& AllViews()
 /// Opens a file and takes the advisory lock of its kind on the whole of it.
 HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
 {
-    const std::string name = posix::Utf8FromWide(path, posix::Malformed::Escaped);
+    const std::string name = formats::Utf8FromWide(path, formats::Malformed::Escaped);
     // Without O_NONBLOCK a pipe without a writer would hold up the caller; for files it has no effect.
     const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0)

@@ -28,7 +28,7 @@ struct LocaleRecord
 constexpr LocaleRecord locales[] = {
 #define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol)                                  \
     {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol},
-#include "utility/platform/posix/Locales.inc"
+#include "utility/platform/posix/locale/Locales.inc"
 #undef UTILITY_LOCALE
 };
 

@@ -1,7 +1,7 @@
 #include "utility/platform/Memory.h"
 
-#include "utility/platform/posix/Errors.h"
-#include "utility/platform/posix/MemoryFigures.h"
+#include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/memory/MemoryFigures.h"
 
 #include <algorithm>
 #include <fstream>

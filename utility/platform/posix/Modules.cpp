@@ -1,9 +1,9 @@
 #include "utility/platform/Modules.h"
 
+#include "utility/platform/formats/ResourceFile.h"
 #include "utility/platform/Paths.h"
-#include "utility/platform/posix/Errors.h"
-#include "utility/platform/posix/MappedFile.h"
-#include "utility/platform/posix/ResourceFile.h"
+#include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/MappedFile.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -102,7 +102,7 @@ private:
 
         const std::wstring path;
         const posix::MappedFile content;
-        const posix::ResourceFile resources;
+        const formats::ResourceFile resources;
         std::map<UINT, std::wstring> strings; ///< those that were asked for
         int references = 0;
     };

@@ -1,8 +1,8 @@
 #include "utility/platform/Registry.h"
 
+#include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Hives.h"
-#include "utility/platform/posix/Hive.h"
-#include "utility/platform/Utf16.h"
+#include "utility/platform/posix/registry/Hive.h"
 
 #include <algorithm>
 #include <boost/filesystem/operations.hpp>
@@ -130,7 +130,7 @@ public:
 
     LSTATUS RegSetValueW(HKEY key, const wchar_t* subKey, const wchar_t* text) override
     {
-        const std::u16string stored = Utf16FromWide(Text(text));
+        const std::u16string stored = formats::Utf16FromWide(Text(text));
         HKEY target = nullptr;
         LSTATUS status = RegCreateKeyExW(key, subKey, KEY_WRITE, target);
         if (status != success)

@@ -1,8 +1,8 @@
 #include "utility/platform/Text.h"
 
 #include "utility/platform/Error.h"
-#include "utility/platform/posix/Errors.h"
-#include "utility/platform/posix/Utf8.h"
+#include "utility/platform/formats/Utf8.h"
+#include "utility/platform/posix/error/Errno.h"
 
 #include <algorithm>
 #include <cstring>
@@ -103,7 +103,7 @@ public:
             return Refuse();
         const std::wstring_view wide(text, LengthOf(text, length));
         if (codePage == CP_ACP || codePage == CP_UTF8)
-            return Deliver(posix::Utf8FromWide(wide), out, capacity);
+            return Deliver(formats::Utf8FromWide(wide), out, capacity);
         const Conversion conversion(EncodingName(codePage), "WCHAR_T");
         return conversion.IsOpen() ? Deliver(conversion.Convert(wide.data(), wide.size(), '?'), out, capacity)
                                    : Refuse();
@@ -118,7 +118,7 @@ public:
         {
             // Nearly every text is, and needs no text in between.
             const bool isAscii = std::ranges::all_of(narrow, [](char c) { return (c & 0x80) == 0; });
-            return isAscii ? Deliver(narrow, out, capacity) : Deliver(posix::WideFromUtf8(narrow), out, capacity);
+            return isAscii ? Deliver(narrow, out, capacity) : Deliver(formats::WideFromUtf8(narrow), out, capacity);
         }
         const Conversion conversion("WCHAR_T", EncodingName(codePage));
         return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity)
@@ -131,7 +131,7 @@ public:
         const int value = posix::ErrnoOfError(error);
         char text[256];
         const std::wstring message =
-            value < 0 ? std::wstring() : posix::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
+            value < 0 ? std::wstring() : formats::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
         if (message.empty() || message.size() >= size)
         {
             SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);

@@ -1,9 +1,9 @@
 #include "utility/platform/VersionInfo.h"
 
 #include "utility/platform/Error.h"
+#include "utility/platform/formats/VersionRecord.h"
 #include "utility/platform/Heap.h"
-#include "utility/platform/posix/MappedFile.h"
-#include "utility/platform/posix/VersionRecord.h"
+#include "utility/platform/posix/files/MappedFile.h"
 
 namespace utility::platform
 {
@@ -16,18 +16,20 @@ class RecordOfFile
 {
 public:
     explicit RecordOfFile(const wchar_t* path)
-        : m_file(path), m_record(posix::FindVersionRecord(m_file.Content())), m_size(posix::VersionBlockSize(m_record))
+        : m_file(path),
+          m_record(formats::FindVersionRecord(m_file.Content())),
+          m_size(formats::VersionBlockSize(m_record))
     {
         if (m_size == 0 && !m_file.Content().empty())
             SetLastError(ERROR_RESOURCE_TYPE_NOT_FOUND);
     }
 
     DWORD Size() const { return m_size; }
-    void Read(void* block) const { posix::WriteVersionBlock(m_record, block); }
+    void Read(void* block) const { formats::WriteVersionBlock(m_record, block); }
 
 private:
     posix::MappedFile m_file;
-    posix::Bytes m_record;
+    formats::Bytes m_record;
     DWORD m_size;
 };
 
@@ -52,7 +54,7 @@ public:
 
     bool VerQueryValueW(const void* data, const wchar_t* subBlock, void*& value, UINT& length) override
     {
-        return data != nullptr && posix::QueryVersionBlock(data, subBlock, value, length);
+        return data != nullptr && formats::QueryVersionBlock(data, subBlock, value, length);
     }
 
     // Memory does not move here.

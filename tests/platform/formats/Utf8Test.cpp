@@ -1,0 +1,61 @@
+#include "utility/platform/formats/Utf8.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace utility::platform::formats;
+
+TEST(Utf8Test, EveryCodePointSurvives)
+{
+    for (std::uint32_t code = 0; code <= 0x10FFFF; ++code)
+    {
+        if (code >= 0xD800 && code <= 0xDFFF)
+            continue;
+        const std::wstring text(1, static_cast<wchar_t>(code));
+        const std::string bytes = Utf8FromWide(text);
+        const std::size_t length = code < 0x80 ? 1u : code < 0x800 ? 2u : code < 0x10000 ? 3u : 4u;
+        ASSERT_EQ(bytes.size(), length) << code;
+        ASSERT_EQ(WideFromUtf8(bytes), text) << code;
+        ASSERT_EQ(WideFromUtf8(bytes, Malformed::Escaped), text) << code;
+    }
+}
+
+TEST(Utf8Test, WhatIsNoCodePointBecomesTheReplacementCharacter)
+{
+    for (const std::uint32_t code : {0xD800u, 0xDBFFu, 0xDC80u, 0xDFFFu, 0x110000u, 0x7FFFFFFFu, 0x80000000u})
+    {
+        EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code))), "\xEF\xBF\xBD") << code;
+        if (code != 0xDC80)
+        {
+            EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::Escaped), "\xEF\xBF\xBD");
+        }
+    }
+}
+
+TEST(Utf8Test, EscapedBytesSurviveWhateverTheyAre)
+{
+    for (unsigned int pair = 0; pair < 0x10000; ++pair)
+    {
+        const std::string bytes = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
+        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::Escaped), Malformed::Escaped), bytes) << pair;
+    }
+    std::mt19937 random(1);
+    for (int round = 0; round < 100000; ++round)
+    {
+        std::string bytes(3 + random() % 8, '\0');
+        for (char& byte : bytes)
+            byte = static_cast<char>(0x60 + random() % 0xA0);
+        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::Escaped), Malformed::Escaped), bytes) << round;
+    }
+}
+
+TEST(Utf8Test, EachMalformedSequenceIsReplacedOnce)
+{
+    EXPECT_EQ(WideFromUtf8("a\xE2\x82z"), L"a\uFFFDz");
+    EXPECT_EQ(WideFromUtf8("\xF0\x9F\x98"), L"\uFFFD");
+    EXPECT_EQ(WideFromUtf8("\xED\xA0\x80"), L"\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(WideFromUtf8("\xE0\x9F\xBF"), L"\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(WideFromUtf8("\xF0\x8F\xBF\xBF"), L"\uFFFD\uFFFD\uFFFD\uFFFD");
+    EXPECT_EQ(WideFromUtf8("\xC1\xBF"), L"\uFFFD\uFFFD");
+}

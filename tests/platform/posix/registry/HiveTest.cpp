@@ -1,0 +1,898 @@
+#include "utility/platform/posix/registry/Hive.h"
+
+#include "tests/support/posix/Child.h"
+#include "tests/support/TemporaryFolder.h"
+#include "utility/platform/Hives.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <random>
+#include <sqlite3.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+using boost::filesystem::path;
+using support::Child;
+using support::TemporaryFolder;
+using utility::platform::HiveFile;
+using utility::platform::Registry;
+using utility::platform::SetHiveFile;
+using utility::platform::posix::Hive;
+
+LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
+
+const LSTATUS missing = Status(ERROR_FILE_NOT_FOUND);
+const LSTATUS damaged = Status(ERROR_BADDB);
+const LSTATUS denied = Status(ERROR_ACCESS_DENIED);
+const LSTATUS deleted = Status(ERROR_KEY_DELETED);
+
+Hive::Key MakeKey(Hive& hive, std::wstring_view keys)
+{
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, keys, key), 0);
+    return key;
+}
+
+LSTATUS SetNumber(Hive& hive, Hive::Key key, std::wstring_view name, std::uint32_t number)
+{
+    return hive.Set(key, name, REG_DWORD, {reinterpret_cast<const char*>(&number), sizeof(number)});
+}
+
+/// The text of a value, or its status in brackets.
+std::string Text(Hive& hive, Hive::Key key, std::wstring_view name)
+{
+    Hive::Value value{};
+    const LSTATUS status = hive.Query(key, name, value);
+    return status == 0 ? std::string(value.data) : '<' + std::to_string(status) + '>';
+}
+
+class HiveTest : public ::testing::Test
+{
+protected:
+    TemporaryFolder m_folder;
+    path m_file = m_folder / "settings.db";
+};
+
+TEST_F(HiveTest, IsMadeWithItsFoldersWhenTheFirstKeyIs)
+{
+    const path file = m_folder / "a" / "b" / "settings.db";
+    Hive hive(file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), missing);
+    EXPECT_EQ(hive.Writable(), missing);
+    EXPECT_FALSE(exists(m_folder / "a"));
+    MakeKey(hive, L"Key");
+    EXPECT_TRUE(exists(file));
+    hive.Close();
+    // Nothing of the making stays behind.
+    EXPECT_EQ(std::distance(boost::filesystem::directory_iterator(file.parent_path()), {}), 1);
+}
+
+TEST_F(HiveTest, OfAUserIsForTheUserAlone)
+{
+    for (const auto& [owner, mode] : {std::pair(Hive::Owner::User, 0600u), std::pair(Hive::Owner::Machine, 0644u)})
+    {
+        const path file = m_folder / std::to_string(mode).c_str();
+        Hive hive(file, owner);
+        MakeKey(hive, L"Key");
+        struct stat state = {};
+        ASSERT_EQ(::stat(file.c_str(), &state), 0);
+        EXPECT_EQ(state.st_mode & 0777, mode);
+    }
+}
+
+TEST_F(HiveTest, KeysAndValuesOutliveTheHive)
+{
+    {
+        Hive hive(m_file, Hive::Owner::User);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"A\\B"), L"Name", REG_SZ, "text"), 0);
+    }
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    ASSERT_EQ(hive.Find(Hive::root, L"a\\b", key), 0);
+    EXPECT_EQ(Text(hive, key, L"NAME"), "text");
+}
+
+TEST_F(HiveTest, KeysStayGoodWhenItIsClosedBetween)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    hive.Close();
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "one"), 0);
+    hive.Close();
+    EXPECT_EQ(Text(hive, key, L"Name"), "one");
+    EXPECT_EQ(hive.Generation(), 0u);
+}
+
+TEST_F(HiveTest, WhatAnotherWritesIsSeenAtOnce)
+{
+    Hive reader(m_file, Hive::Owner::User);
+    Hive writer(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(reader, L"Key");
+    EXPECT_EQ(Text(reader, key, L"Name"), "<2>");
+    Hive::Key below = 0;
+    EXPECT_EQ(reader.Find(key, L"Below", below), missing);
+    for (int i = 0; i < 1000; ++i)
+    {
+        const std::string text = std::to_string(i);
+        ASSERT_EQ(writer.Set(key, L"Name", REG_SZ, text), 0);
+        ASSERT_EQ(Text(reader, key, L"Name"), text);
+        ASSERT_EQ(Text(reader, key, L"Name"), text);
+    }
+    MakeKey(writer, L"Key\\Below");
+    EXPECT_EQ(reader.Find(key, L"Below", below), 0);
+    EXPECT_EQ(writer.DeleteTree(Hive::root, L"Key"), 0);
+    EXPECT_EQ(Text(reader, key, L"Name"), "<1018>");
+}
+
+TEST_F(HiveTest, WhatAnotherProcessWritesIsSeenAtOnce)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    for (const char* const text : {"one", "two", "three"})
+    {
+        hive.Close(); // as the registry does before a fork
+        Child writer(
+            [&]
+            {
+                Hive own(m_file, Hive::Owner::User);
+                return static_cast<int>(own.Set(key, L"Name", REG_SZ, text));
+            });
+        ASSERT_EQ(writer.ExitCode(), 0);
+        EXPECT_EQ(Text(hive, key, L"Name"), text);
+    }
+}
+
+TEST_F(HiveTest, KeyWithATooLongNameIsNotMade)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Top\\" + std::wstring(256, L'k'), key), Status(ERROR_INVALID_PARAMETER));
+    // Nor is what would be on the way to it.
+    EXPECT_EQ(hive.Find(Hive::root, L"Top", key), missing);
+}
+
+TEST_F(HiveTest, LargeValuesAreReadEachTime)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    const std::string large(100000, 'x');
+    EXPECT_EQ(hive.Set(key, L"Large", REG_BINARY, large), 0);
+    EXPECT_EQ(Text(hive, key, L"Large"), large);
+    EXPECT_EQ(Text(hive, key, L"Large"), large);
+}
+
+TEST_F(HiveTest, MoreNamesThanAreRememberedAreReadAsWell)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    EXPECT_EQ(hive.Set(key, L"7777", REG_SZ, "here"), 0);
+    for (int i = 0; i < 10000; ++i)
+        ASSERT_EQ(Text(hive, key, std::to_wstring(i)), i == 7777 ? "here" : "<2>");
+}
+
+TEST_F(HiveTest, ReplacedFileEndsTheKeysOfTheOldOne)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "old"), 0);
+    for (const char* const suffix : {"", "-wal", "-shm"})
+        boost::filesystem::remove(m_file.native() + suffix);
+    // Nothing is written into a file that nobody would find again.
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "lost"), deleted);
+    MakeKey(hive, L"Other");
+    EXPECT_EQ(hive.Generation(), 1u);
+    Hive again(m_file, Hive::Owner::User);
+    Hive::Key found = 0;
+    EXPECT_EQ(again.Find(Hive::root, L"Key", found), missing);
+    EXPECT_EQ(again.Find(Hive::root, L"Other", found), 0);
+}
+
+TEST_F(HiveTest, ThatWasMovedIsWrittenWhereItWasExpected)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    MakeKey(hive, L"Key");
+    hive.Close();
+    Hive::Key key = 0;
+    ASSERT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    // A copy of it, as from a backup, comes into its place.
+    hive.Close();
+    const std::string bytes = TemporaryFolder::BytesOf(m_file);
+    ASSERT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    m_folder.File("copy", bytes);
+    rename(m_folder / "copy", m_file);
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "x"), deleted);
+    ASSERT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "x"), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "x");
+}
+
+TEST_F(HiveTest, KeyTreeOfAnyDepthIsDeletedWhole)
+{
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = MakeKey(hive, L"Top");
+    for (int i = 0; i < 3000; ++i)
+        ASSERT_EQ(hive.FindOrCreate(key, L"Down", key), 0);
+    EXPECT_EQ(SetNumber(hive, key, L"Name", 1), 0);
+    EXPECT_EQ(hive.DeleteTree(Hive::root, L"Top"), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "<1018>");
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
+    const auto count = [&](const char* question)
+    {
+        sqlite3_stmt* statement = nullptr;
+        EXPECT_EQ(sqlite3_prepare_v2(database, question, -1, &statement, nullptr), SQLITE_OK);
+        EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+        const int result = sqlite3_column_int(statement, 0);
+        sqlite3_finalize(statement);
+        return result;
+    };
+    EXPECT_EQ(count("select count(*) from keys"), 1);
+    EXPECT_EQ(count("select count(*) from \"values\""), 0);
+    sqlite3_close(database);
+}
+
+// Damaged hives
+
+/// The bytes of a hive with a key "Key" and some values in it.
+std::string SampleHive(const TemporaryFolder& folder)
+{
+    const path file = folder / "sample.db";
+    {
+        Hive hive(file, Hive::Owner::User);
+        const Hive::Key key = MakeKey(hive, L"Key");
+        for (std::uint32_t i = 0; i < 50; ++i)
+            EXPECT_EQ(SetNumber(hive, key, L"Value" + std::to_wstring(i), i), 0);
+    }
+    return TemporaryFolder::BytesOf(file);
+}
+
+/// Does everything that can be done to a hive; what comes of it does not matter, as long as it comes to an end.
+void UseAll(const path& file)
+{
+    Hive hive(file, Hive::Owner::User);
+    Hive::Key key = Hive::root;
+    Hive::Value value{};
+    std::wstring name;
+    utility::platform::RegistryKeyInfo info;
+    hive.Find(Hive::root, L"Key", key);
+    hive.Query(key, L"Value7", value);
+    for (DWORD i = 0; i < 60 && hive.ValueAt(key, i, name, value) == 0; ++i)
+        ;
+    for (DWORD i = 0; i < 60 && hive.SubKeyAt(Hive::root, i, name) == 0; ++i)
+        ;
+    hive.Info(key, info);
+    hive.FindOrCreate(Hive::root, L"Other\\Key", key);
+    SetNumber(hive, key, L"Name", 1);
+    hive.DeleteValue(key, L"Name");
+    hive.DeleteTree(Hive::root, L"Key");
+}
+
+TEST_F(HiveTest, CutAnywhereIsDamagedAndStaysAsItIs)
+{
+    const std::string whole = SampleHive(m_folder);
+    for (std::size_t size = 0; size < whole.size(); size += size < 200 ? 1 : 511)
+    {
+        const path file = m_folder.File("cut.db", whole.substr(0, size));
+        UseAll(file);
+        if (size < 4096)
+        {
+            Hive hive(file, Hive::Owner::User);
+            Hive::Key key = 0;
+            ASSERT_EQ(hive.Find(Hive::root, L"Key", key), damaged) << size;
+            ASSERT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged) << size;
+            ASSERT_EQ(TemporaryFolder::BytesOf(file).size(), size);
+        }
+        for (const char* const suffix : {"-wal", "-shm", "-journal"})
+            boost::filesystem::remove(file.native() + suffix);
+    }
+}
+
+TEST_F(HiveTest, RandomBytesAreDamaged)
+{
+    std::mt19937 random(1);
+    for (const std::size_t size : {1u, 100u, 512u, 4096u, 20000u})
+    {
+        std::string bytes(size, '\0');
+        for (char& each : bytes)
+            each = static_cast<char>(random());
+        const path file = m_folder.File("random.db", bytes);
+        Hive hive(file, Hive::Owner::User);
+        Hive::Key key = 0;
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), damaged);
+        EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged);
+        EXPECT_EQ(TemporaryFolder::BytesOf(file), bytes);
+    }
+}
+
+TEST_F(HiveTest, RandomDamageInTheMiddleEndsNothingButTheOperation)
+{
+    const std::string whole = SampleHive(m_folder);
+    std::mt19937 random(2);
+    for (int round = 0; round < 300; ++round)
+    {
+        std::string bytes = whole;
+        for (int i = 0; i < 1 + round % 40; ++i)
+            bytes[random() % bytes.size()] = static_cast<char>(random());
+        UseAll(m_folder.File("hurt.db", bytes));
+        for (const char* const suffix : {"-wal", "-shm", "-journal"})
+            boost::filesystem::remove((m_folder / "hurt.db").native() + suffix);
+    }
+}
+
+TEST_F(HiveTest, LogOfRandomBytesIsIgnored)
+{
+    m_folder.File("settings.db", SampleHive(m_folder));
+    m_folder.File("settings.db-wal", std::string(5000, '\x37'));
+    Hive hive(m_file, Hive::Owner::User);
+    EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0);
+    EXPECT_EQ(Text(hive, MakeKey(hive, L"Key"), L"Name"), "text");
+}
+
+TEST_F(HiveTest, DatabaseOfSomebodyElseIsLeftAlone)
+{
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(database, "create table keys (a); insert into keys values (1)", nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(database);
+    const std::string before = TemporaryFolder::BytesOf(m_file);
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), damaged);
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged);
+    EXPECT_EQ(TemporaryFolder::BytesOf(m_file), before);
+}
+
+class SchemaOfHiveTest : public HiveTest, public ::testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(SchemaOfHiveTest, ThatIsWrongIsADamagedHive)
+{
+    m_folder.File("settings.db", SampleHive(m_folder));
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(database, GetParam(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    sqlite3_close(database);
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = Hive::root;
+    Hive::Value value{};
+    const LSTATUS found = hive.Find(Hive::root, L"Key", key);
+    EXPECT_TRUE(found == damaged || hive.Query(key, L"Value7", value) == damaged);
+    UseAll(m_file);
+}
+
+INSTANTIATE_TEST_SUITE_P(Changes, SchemaOfHiveTest,
+                         ::testing::Values("drop table keys", "drop table \"values\"",
+                                           "alter table keys rename column fold to other",
+                                           "alter table \"values\" rename column data to other",
+                                           "pragma application_id = 1"));
+
+TEST_F(HiveTest, KeysThatGoRoundInACircleAreDeletedOnce)
+{
+    m_folder.File("settings.db", SampleHive(m_folder));
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(database,
+                           "insert into keys values (70, 71, 'A', 'A'), (71, 70, 'B', 'B'), (72, 1, 'C', 'C')", nullptr,
+                           nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(database);
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(70, L"B\\A\\B\\A\\B", key), 0);
+    EXPECT_EQ(key, 71);
+    EXPECT_EQ(hive.DeleteTree(70, L"B"), 0);
+    EXPECT_EQ(hive.Find(70, L"B", key), deleted);
+    EXPECT_EQ(hive.Find(Hive::root, L"C", key), 0);
+}
+
+TEST_F(HiveTest, DirectoryInItsPlaceIsAFailure)
+{
+    create_directory(m_file);
+    Hive hive(m_file, Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_NE(hive.Find(Hive::root, L"Key", key), 0);
+    EXPECT_NE(hive.FindOrCreate(Hive::root, L"Key", key), 0);
+}
+
+TEST_F(HiveTest, FileInPlaceOfItsFolderIsAFailure)
+{
+    Hive hive(m_folder.File("file", "x") / "settings.db", Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), missing);
+    EXPECT_NE(hive.FindOrCreate(Hive::root, L"Key", key), 0);
+}
+
+TEST_F(HiveTest, WithoutAFileNothingIsFoundAndNothingMade)
+{
+    Hive hive(path(), Hive::Owner::User);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), Status(ERROR_PATH_NOT_FOUND));
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), Status(ERROR_PATH_NOT_FOUND));
+}
+
+TEST_F(HiveTest, FullDiskFailsTheWriteAndKeepsTheOldValue)
+{
+    Child child(
+        [&]
+        {
+            Hive hive(m_file, Hive::Owner::User);
+            const Hive::Key key = MakeKey(hive, L"Key");
+            if (hive.Set(key, L"Name", REG_SZ, "old") != 0)
+                return 1;
+            // What a file may grow to stands for a disk that is full.
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{65536, 65536};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            const LSTATUS status = hive.Set(key, L"Name", REG_BINARY, std::string(1000000, 'x'));
+            if (status == 0 || Text(hive, key, L"Name") != "old")
+                return 2;
+            return hive.Set(key, L"Name", REG_SZ, "new") == 0 && Text(hive, key, L"Name") == "new" ? 0 : 3;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(HiveTest, FullDiskWhileItIsMadeLeavesNothing)
+{
+    Child child(
+        [&]
+        {
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{8192, 8192};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            Hive hive(m_file, Hive::Owner::User);
+            Hive::Key key = 0;
+            return hive.FindOrCreate(Hive::root, L"Key", key) != 0 ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_TRUE(is_empty(m_folder.Path()));
+}
+
+// Hives that belong to somebody else
+
+/// Runs work as a user without rights, who may look into the folder.
+int AsNobody(const TemporaryFolder& folder, const std::function<int()>& work)
+{
+    ::chmod(folder.Path().c_str(), 0755);
+    Child child(
+        [&]
+        {
+            constexpr uid_t nobody = 65534;
+            if (::geteuid() == 0 && ::setresuid(nobody, nobody, nobody) != 0)
+                return 99;
+            if (::geteuid() != nobody)
+                ::chmod(folder.Path().c_str(), 0555);
+            return work();
+        });
+    const int code = child.ExitCode();
+    ::chmod(folder.Path().c_str(), 0755);
+    return code;
+}
+
+class ForeignHiveTest : public HiveTest
+{
+protected:
+    ForeignHiveTest()
+    {
+        Hive hive(m_file, Hive::Owner::Machine);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "machine"), 0);
+        hive.Close();
+        Protect();
+    }
+
+    void Protect()
+    {
+        for (const char* const suffix : {"", "-wal", "-shm"})
+            ::chmod((m_file.native() + suffix).c_str(), 0444);
+    }
+
+    /// What somebody without rights reads there; 0 if it is `expected`.
+    int ReadByNobody(const std::string& expected)
+    {
+        return AsNobody(m_folder,
+                        [&]
+                        {
+                            Hive hive(m_file, Hive::Owner::Machine);
+                            Hive::Key key = 0;
+                            if (hive.Find(Hive::root, L"Key", key) != 0)
+                                return 1;
+                            return Text(hive, key, L"Name") == expected ? 0 : 2;
+                        });
+    }
+};
+
+TEST_F(ForeignHiveTest, IsRead) { EXPECT_EQ(ReadByNobody("machine"), 0); }
+
+TEST_F(ForeignHiveTest, IsReadWithoutTheFilesThatGoWithIt)
+{
+    for (const char* const suffix : {"-wal", "-shm"})
+        boost::filesystem::remove(m_file.native() + suffix);
+    EXPECT_EQ(ReadByNobody("machine"), 0);
+}
+
+TEST_F(ForeignHiveTest, IsReadWhileItsOwnerWrites)
+{
+    Hive owner(m_file, Hive::Owner::Machine);
+    Hive::Key key = 0;
+    ASSERT_EQ(owner.Find(Hive::root, L"Key", key), 0);
+    ASSERT_EQ(owner.Set(key, L"Name", REG_SZ, "later"), 0);
+    Protect();
+    EXPECT_EQ(ReadByNobody("later"), 0);
+}
+
+TEST_F(ForeignHiveTest, RefusesWrites)
+{
+    EXPECT_EQ(AsNobody(m_folder,
+                       [&]
+                       {
+                           Hive hive(m_file, Hive::Owner::Machine);
+                           Hive::Key key = 0;
+                           if (hive.Find(Hive::root, L"Key", key) != 0)
+                               return 1;
+                           Hive::Key made = 0;
+                           if (hive.Writable() != denied || hive.Set(key, L"Name", REG_SZ, "mine") != denied ||
+                               hive.DeleteValue(key, L"Name") != denied || hive.DeleteTree(key, L"") != denied ||
+                               hive.FindOrCreate(Hive::root, L"New", made) != denied)
+                               return 2;
+                           // What exists can be had.
+                           return hive.FindOrCreate(Hive::root, L"Key", made) == 0 && made == key ? 0 : 3;
+                       }),
+              0);
+}
+
+TEST_F(ForeignHiveTest, ThatMayNotBeReadIsDenied)
+{
+    ::chmod(m_file.c_str(), 0);
+    EXPECT_EQ(AsNobody(m_folder,
+                       [&]
+                       {
+                           Hive hive(m_file, Hive::Owner::Machine);
+                           Hive::Key key = 0;
+                           return hive.Find(Hive::root, L"Key", key) == denied ? 0 : 1;
+                       }),
+              0);
+}
+
+TEST_F(ForeignHiveTest, FolderWithoutRightsIsDenied)
+{
+    EXPECT_EQ(AsNobody(m_folder,
+                       [&]
+                       {
+                           Hive hive(m_folder / "other.db", Hive::Owner::Machine);
+                           Hive::Key key = 0;
+                           return hive.FindOrCreate(Hive::root, L"Key", key) == denied ? 0 : 1;
+                       }),
+              0);
+}
+
+// Several at once
+
+TEST_F(HiveTest, ProcessesThatMakeItAtOnceShareOne)
+{
+    std::vector<std::unique_ptr<Child>> children;
+    for (std::uint32_t i = 0; i < 8; ++i)
+        children.push_back(std::make_unique<Child>(
+            [this, i]
+            {
+                Hive hive(m_file, Hive::Owner::User);
+                return static_cast<int>(SetNumber(hive, MakeKey(hive, L"Shared"), L"Value" + std::to_wstring(i), i));
+            }));
+    for (const auto& each : children)
+        EXPECT_EQ(each->ExitCode(), 0);
+    Hive hive(m_file, Hive::Owner::User);
+    utility::platform::RegistryKeyInfo info;
+    ASSERT_EQ(hive.Info(MakeKey(hive, L"Shared"), info), 0);
+    EXPECT_EQ(info.values, 8u);
+}
+
+TEST_F(HiveTest, ProcessesWriteAndReadAtOnce)
+{
+    { // made before, so that each finds the key
+        Hive hive(m_file, Hive::Owner::User);
+        MakeKey(hive, L"Key");
+    }
+    std::vector<std::unique_ptr<Child>> children;
+    for (int process = 0; process < 4; ++process)
+        children.push_back(std::make_unique<Child>(
+            [this, process]
+            {
+                Hive hive(m_file, Hive::Owner::User);
+                const Hive::Key key = MakeKey(hive, L"Key");
+                const std::wstring name = L"Of" + std::to_wstring(process);
+                for (int i = 0; i < 500; ++i)
+                {
+                    const std::string text = std::to_string(i);
+                    if (hive.Set(key, name, REG_SZ, text) != 0 || Text(hive, key, name) != text)
+                        return 1;
+                }
+                return 0;
+            }));
+    for (const auto& each : children)
+        EXPECT_EQ(each->ExitCode(), 0);
+}
+
+TEST_F(HiveTest, KilledWriterLosesNothingThatWasAcknowledged)
+{
+    auto* const acknowledged = static_cast<std::atomic<std::uint32_t>*>(
+        ::mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    ASSERT_NE(acknowledged, MAP_FAILED);
+    std::mt19937 random(3);
+    for (int round = 0; round < 40; ++round)
+    {
+        const std::uint32_t before = acknowledged->load();
+        const pid_t writer = ::fork();
+        ASSERT_GE(writer, 0);
+        if (writer == 0)
+        {
+            Hive hive(m_file, Hive::Owner::User);
+            for (std::uint32_t number = before + 1;; ++number)
+            {
+                const Hive::Key key = MakeKey(hive, L"Key\\" + std::to_wstring(number % 50));
+                if (SetNumber(hive, key, L"Name", number) == 0)
+                    acknowledged->store(number);
+            }
+        }
+        // In the midst of its work, but not before it has done some.
+        for (int waited = 0; acknowledged->load() == before && waited < 20'000; ++waited)
+            ::usleep(1000);
+        ::usleep(static_cast<useconds_t>(random() % 10'000));
+        ::kill(writer, SIGKILL);
+        ::waitpid(writer, nullptr, 0);
+
+        const std::uint32_t last = acknowledged->load();
+        ASSERT_GT(last, before);
+        Hive hive(m_file, Hive::Owner::User);
+        Hive::Value value{};
+        ASSERT_EQ(hive.Query(MakeKey(hive, L"Key\\" + std::to_wstring(last % 50)), L"Name", value), 0);
+        std::uint32_t number = 0;
+        std::memcpy(&number, value.data.data(), sizeof(number));
+        // One that was under way when the writer died would be under another key.
+        ASSERT_EQ(number, last) << "round " << round;
+        sqlite3* database = nullptr;
+        sqlite3_stmt* check = nullptr;
+        ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
+        ASSERT_EQ(sqlite3_prepare_v2(database, "pragma integrity_check", -1, &check, nullptr), SQLITE_OK);
+        ASSERT_EQ(sqlite3_step(check), SQLITE_ROW);
+        ASSERT_STREQ(reinterpret_cast<const char*>(sqlite3_column_text(check, 0)), "ok");
+        sqlite3_finalize(check);
+        sqlite3_close(database);
+    }
+    ::munmap(acknowledged, 4096);
+}
+
+// The registry over two hives
+
+/// Both hives in a folder of the test's own.
+class HiveFilesTest : public ::testing::Test
+{
+protected:
+    HiveFilesTest()
+    {
+        EXPECT_TRUE(SetHiveFile(HKEY_CURRENT_USER, m_folder / "user.db"));
+        EXPECT_TRUE(SetHiveFile(HKEY_LOCAL_MACHINE, m_folder / "machine.db"));
+    }
+    ~HiveFilesTest() override
+    {
+        SetHiveFile(HKEY_CURRENT_USER, m_user);
+        SetHiveFile(HKEY_LOCAL_MACHINE, m_machine);
+    }
+
+    HKEY Create(HKEY hive, const wchar_t* keys)
+    {
+        HKEY key = nullptr;
+        EXPECT_EQ(Registry().RegCreateKeyW(hive, keys, key), 0);
+        return key;
+    }
+
+    path m_user = HiveFile(HKEY_CURRENT_USER);
+    path m_machine = HiveFile(HKEY_LOCAL_MACHINE);
+    TemporaryFolder m_folder;
+};
+
+TEST_F(HiveFilesTest, AreWhereTheHostPutThem)
+{
+    EXPECT_EQ(HiveFile(HKEY_CURRENT_USER), m_folder / "user.db");
+    EXPECT_EQ(HiveFile(HKEY_LOCAL_MACHINE), m_folder / "machine.db");
+    Registry().RegCloseKey(Create(HKEY_CURRENT_USER, L"Key"));
+    EXPECT_TRUE(exists(m_folder / "user.db"));
+    EXPECT_FALSE(exists(m_folder / "machine.db"));
+}
+
+TEST_F(HiveFilesTest, MayBeNamedFromTheCurrentFolder)
+{
+    const path before = boost::filesystem::current_path();
+    boost::filesystem::current_path(m_folder.Path());
+    EXPECT_TRUE(SetHiveFile(HKEY_CURRENT_USER, "near.db"));
+    boost::filesystem::current_path(before);
+    EXPECT_EQ(HiveFile(HKEY_CURRENT_USER), m_folder / "near.db");
+    Registry().RegCloseKey(Create(HKEY_CURRENT_USER, L"Key"));
+    EXPECT_TRUE(exists(m_folder / "near.db"));
+}
+
+TEST_F(HiveFilesTest, OfOtherKeysDoNotExist)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    EXPECT_FALSE(SetHiveFile(key, m_folder / "other.db"));
+    EXPECT_FALSE(SetHiveFile(nullptr, m_folder / "other.db"));
+    EXPECT_TRUE(HiveFile(key).empty());
+    Registry().RegCloseKey(key);
+}
+
+TEST_F(HiveFilesTest, OnceMovedTheOldKeysAreDeleted)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    SetHiveFile(HKEY_CURRENT_USER, m_folder / "other.db");
+    EXPECT_EQ(Registry().RegSetValueExW(key, L"Name", REG_SZ, nullptr, 0), deleted);
+    EXPECT_EQ(Registry().RegCloseKey(key), 0);
+    HKEY opened = nullptr;
+    EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ, opened), missing);
+    SetHiveFile(HKEY_CURRENT_USER, m_folder / "user.db");
+    EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ, opened), 0);
+    Registry().RegCloseKey(opened);
+}
+
+TEST_F(HiveFilesTest, WritingAskedOfAForeignHiveIsDenied)
+{
+    Registry().RegCloseKey(Create(HKEY_LOCAL_MACHINE, L"Key"));
+    ::chmod((m_folder / "machine.db").c_str(), 0444);
+    EXPECT_EQ(AsNobody(m_folder,
+                       []
+                       {
+                           HKEY key = nullptr;
+                           if (Registry().RegOpenKeyExW(HKEY_LOCAL_MACHINE, L"Key", KEY_READ | KEY_WRITE, key) !=
+                               denied)
+                               return 1;
+                           return Registry().RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Key", KEY_READ, key) == 0 ? 0 : 2;
+                       }),
+              0);
+}
+
+TEST_F(HiveFilesTest, KeysAreGoodOnBothSidesOfAFork)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    EXPECT_EQ(Registry().RegSetValueExW(key, L"Parent", REG_SZ, "p", 1), 0);
+    for (int i = 0; i < 3; ++i)
+    {
+        Child child(
+            [&]
+            {
+                if (Registry().RegQueryValueExW(key, L"Parent", nullptr, nullptr, nullptr) != 0)
+                    return 1;
+                return Registry().RegSetValueExW(key, L"Child", REG_SZ, "c", 1) == 0 ? 0 : 2;
+            });
+        EXPECT_EQ(Registry().RegSetValueExW(key, L"Parent", REG_SZ, "pp", 2), 0);
+        EXPECT_EQ(child.ExitCode(), 0);
+        EXPECT_EQ(Registry().RegQueryValueExW(key, L"Child", nullptr, nullptr, nullptr), 0);
+    }
+    Registry().RegCloseKey(key);
+}
+
+TEST_F(HiveFilesTest, ForkWhileOtherThreadsReadAndWriteEndsWell)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    std::atomic<bool> stop = false;
+    std::atomic<int> failures = 0;
+    std::thread busy(
+        [&]
+        {
+            for (std::uint32_t i = 0; !stop; ++i)
+            {
+                if (Registry().RegSetValueExW(key, L"Busy", REG_DWORD, &i, sizeof(i)) != 0)
+                    ++failures;
+            }
+        });
+    for (std::uint32_t i = 0; i < 10; ++i)
+    {
+        Child child(
+            [&]
+            {
+                return static_cast<int>(
+                    Registry().RegSetValueExW(key, (L"Child" + std::to_wstring(i)).c_str(), REG_DWORD, &i, sizeof(i)));
+            });
+        EXPECT_EQ(child.ExitCode(), 0);
+    }
+    stop = true;
+    busy.join();
+    EXPECT_EQ(failures, 0);
+    Registry().RegCloseKey(key);
+}
+
+TEST_F(HiveFilesTest, ThreadsShareThem)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    std::vector<std::thread> threads;
+    std::atomic<int> failures = 0;
+    for (std::uint32_t thread = 0; thread < 4; ++thread)
+        threads.emplace_back(
+            [&, thread]
+            {
+                const std::wstring name = L"Of" + std::to_wstring(thread);
+                for (std::uint32_t i = 0; i < 200; ++i)
+                {
+                    HKEY own = nullptr;
+                    std::uint32_t read = 0;
+                    DWORD size = sizeof(read);
+                    if (Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ | KEY_WRITE, own) != 0 ||
+                        Registry().RegSetValueExW(own, name.c_str(), REG_DWORD, &i, sizeof(i)) != 0 ||
+                        Registry().RegQueryValueExW(key, name.c_str(), nullptr, &read, &size) != 0 || read != i ||
+                        Registry().RegCloseKey(own) != 0)
+                        ++failures;
+                }
+            });
+    for (auto& each : threads)
+        each.join();
+    EXPECT_EQ(failures, 0);
+    Registry().RegCloseKey(key);
+}
+
+// Where they are
+
+struct Places
+{
+    std::vector<std::pair<const char*, const char*>> variables;
+    const char* user;
+    const char* machine;
+};
+
+class PlaceOfHiveTest : public ::testing::TestWithParam<Places>
+{
+};
+
+TEST_P(PlaceOfHiveTest, FollowsTheSystemsVariables)
+{
+    Child child(
+        []
+        {
+            for (const char* const name : {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
+                ::unsetenv(name);
+            for (const auto& [name, value] : GetParam().variables)
+                ::setenv(name, value, 1);
+            if (Hive::UsualFile(Hive::Owner::User) != GetParam().user)
+                return 1;
+            return Hive::UsualFile(Hive::Owner::Machine) == GetParam().machine ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Variables, PlaceOfHiveTest,
+    ::testing::Values(
+        Places{{{"HOME", "/home/ann"}}, "/home/ann/.config/selvane/settings.db", "/etc/xdg/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "/conf"}, {"XDG_CONFIG_DIRS", "/one:/two"}},
+               "/conf/selvane/settings.db",
+               "/one/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "relative"}, {"XDG_CONFIG_DIRS", "also"}},
+               "/home/ann/.config/selvane/settings.db",
+               "/etc/xdg/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", ""}, {"XDG_CONFIG_DIRS", ""}},
+               "/home/ann/.config/selvane/settings.db",
+               "/etc/xdg/selvane/settings.db"}));
+
+TEST(PlaceOfHiveTest, WithoutVariablesIsTheHomeThatTheSystemKnows)
+{
+    Child child(
+        []
+        {
+            ::unsetenv("HOME");
+            ::unsetenv("XDG_CONFIG_HOME");
+            const path home = ::getpwuid(::geteuid())->pw_dir;
+            return Hive::UsualFile(Hive::Owner::User) == home / ".config/selvane/settings.db" ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+}

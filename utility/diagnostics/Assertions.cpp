@@ -1,0 +1,21 @@
+#include "utility/diagnostics/Assertions.h"
+
+#include "utility/diagnostics/internal/DebugReport.h"
+#include "utility/platform/Desktop.h"
+
+bool ZeloAssertFailed(char const* file, int line, int severity, bool& ignored)
+{
+    auto& desktop = utility::platform::Desktop();
+    const bool showBox = !ignored && severity < 4;
+    // A box that finds a request to quit closes at once, without an answer.
+    const std::optional<int> quit = desktop.TakeQuitMessage();
+    const int answer =
+        utility::ZeloDbgReport(utility::reportAssertion, severity, showBox, file, line, nullptr, nullptr);
+    if (quit)
+        desktop.PostQuitMessage(*quit);
+    if (answer != 0 && !ignored)
+        return true;
+    if (severity <= 4 && desktop.IsControlKeyDown())
+        ignored = true;
+    return false;
+}
