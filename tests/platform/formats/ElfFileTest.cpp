@@ -43,14 +43,14 @@ protected:
         return file;
     }
 
-    const std::string m_file = support::TemporaryFolder::BytesOf(UTILITY_ELF_SAMPLE);
+    const std::string m_file = support::TemporaryFolder::BytesOf(UTILITY_CORPUS "/ResourceFileFuzz/versioned.elf");
 };
 
 }
 
 TEST_F(ElfFileTest, SectionIsFoundByItsName)
 {
-    EXPECT_EQ(support::VersionBlock(SectionOf(m_file)).Text(L"\\StringFileInfo\\040904b0\\Name"), L"value");
+    EXPECT_EQ(SectionOf(m_file), support::TemporaryFolder::BytesOf(UTILITY_CORPUS "/VersionRecordFuzz/texts.bin"));
     for (const char* other : {".utility.versio", "utility.version", ".utility.version.", ""})
         EXPECT_EQ(SectionOf(m_file, other), "") << other;
 }
