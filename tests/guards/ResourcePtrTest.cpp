@@ -7,7 +7,6 @@
 #include "utility/platform/Error.h"
 #include "utility/platform/Files.h"
 #include "utility/platform/Handles.h"
-#include "utility/platform/Paths.h"
 
 #include <gtest/gtest.h>
 
@@ -143,15 +142,15 @@ TYPED_TEST(ResourcePtrTest, HoldsTheHandleAlone) { EXPECT_EQ(sizeof(resource_ptr
 TEST(ResourcePtrOfFileTest, FileIsClosed)
 {
     const support::TemporaryFolder folder;
-    const std::wstring path = utility::platform::WideFromPath(folder / "file");
+    const boost::filesystem::path path = folder / "file";
     {
-        const resource_ptr<HANDLE> file(Files().OpenForWriting(path.c_str()));
+        const resource_ptr<HANDLE> file(Files().OpenForWriting(path));
         ASSERT_NE(file.get(), INVALID_HANDLE_VALUE);
         // Nobody else may open it as long as it is open.
-        EXPECT_EQ(Files().OpenForReading(path.c_str()), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(Files().OpenForReading(path), INVALID_HANDLE_VALUE);
         EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_SHARING_VIOLATION));
     }
-    const resource_ptr<HANDLE> again(Files().OpenForReading(path.c_str()));
+    const resource_ptr<HANDLE> again(Files().OpenForReading(path));
     EXPECT_NE(again.get(), INVALID_HANDLE_VALUE);
 }
 

@@ -2,7 +2,6 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Error.h"
-#include "utility/platform/Paths.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +9,6 @@
 
 namespace platform = utility::platform;
 using utility::platform::Files;
-using utility::platform::WideFromPath;
 
 namespace
 {
@@ -20,10 +18,10 @@ class FilesTest : public ::testing::Test
 protected:
     FilesTest() { platform::SetLastError(0xABCDEF); }
 
-    std::wstring Path(const char* name) const { return WideFromPath(m_folder / name); }
-    std::wstring File(const char* name, const std::string& bytes) const
+    boost::filesystem::path Path(const char* name) const { return m_folder / name; }
+    boost::filesystem::path File(const char* name, const std::string& bytes) const
     {
-        return WideFromPath(m_folder.File(name, bytes));
+        return m_folder.File(name, bytes);
     }
 
     /// Checks that an open failed, and for which reason.
@@ -50,7 +48,7 @@ protected:
 class WrittenFileTest : public FilesTest
 {
 protected:
-    WrittenFileTest() : m_file(Files().OpenForWriting(Path("a").c_str())) {}
+    WrittenFileTest() : m_file(Files().OpenForWriting(Path("a"))) {}
     ~WrittenFileTest() override { Files().Close(m_file); }
 
     std::uint64_t Length()
@@ -69,9 +67,9 @@ std::string BytesOfView(const void* view, std::size_t length) { return {static_c
 
 TEST_F(FilesTest, SecondReaderIsLetIn)
 {
-    const std::wstring path = File("a", "bytes");
-    const HANDLE first = Files().OpenForReading(path.c_str());
-    const HANDLE second = Files().OpenForReading(path.c_str());
+    const boost::filesystem::path path = File("a", "bytes");
+    const HANDLE first = Files().OpenForReading(path);
+    const HANDLE second = Files().OpenForReading(path);
     EXPECT_NE(first, INVALID_HANDLE_VALUE);
     EXPECT_NE(second, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(Files().Close(first));
@@ -80,30 +78,30 @@ TEST_F(FilesTest, SecondReaderIsLetIn)
 
 TEST_F(FilesTest, WriterIsRefusedWhileAReaderIsThere)
 {
-    const std::wstring path = File("a", "bytes");
-    const HANDLE reader = Files().OpenForReading(path.c_str());
-    ExpectRefused(Files().OpenForWriting(path.c_str()), ERROR_SHARING_VIOLATION);
+    const boost::filesystem::path path = File("a", "bytes");
+    const HANDLE reader = Files().OpenForReading(path);
+    ExpectRefused(Files().OpenForWriting(path), ERROR_SHARING_VIOLATION);
     EXPECT_TRUE(Files().Close(reader));
-    const HANDLE writer = Files().OpenForWriting(path.c_str());
+    const HANDLE writer = Files().OpenForWriting(path);
     EXPECT_NE(writer, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(Files().Close(writer));
 }
 
 TEST_F(FilesTest, EverybodyIsRefusedWhileAWriterIsThere)
 {
-    const std::wstring path = File("a", "bytes");
-    const HANDLE writer = Files().OpenForWriting(path.c_str());
-    ExpectRefused(Files().OpenForReading(path.c_str()), ERROR_SHARING_VIOLATION);
-    ExpectRefused(Files().OpenForWriting(path.c_str()), ERROR_SHARING_VIOLATION);
+    const boost::filesystem::path path = File("a", "bytes");
+    const HANDLE writer = Files().OpenForWriting(path);
+    ExpectRefused(Files().OpenForReading(path), ERROR_SHARING_VIOLATION);
+    ExpectRefused(Files().OpenForWriting(path), ERROR_SHARING_VIOLATION);
     EXPECT_TRUE(Files().Close(writer));
-    const HANDLE reader = Files().OpenForReading(path.c_str());
+    const HANDLE reader = Files().OpenForReading(path);
     EXPECT_NE(reader, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(Files().Close(reader));
 }
 
 TEST_F(FilesTest, FileBeingReadMayBeRenamedAndDeleted)
 {
-    const HANDLE file = Files().OpenForReading(File("a", "bytes").c_str());
+    const HANDLE file = Files().OpenForReading(File("a", "bytes"));
     const HANDLE mapping = Files().MapReadOnly(file);
     void* const view = Files().ViewAll(mapping, 5);
     ASSERT_NE(view, nullptr);
@@ -123,28 +121,28 @@ TEST_F(FilesTest, FileBeingReadMayBeRenamedAndDeleted)
 
 TEST_F(FilesTest, WriterMakesTheFileAndKeepsItsBytes)
 {
-    const HANDLE made = Files().OpenForWriting(Path("new").c_str());
+    const HANDLE made = Files().OpenForWriting(Path("new"));
     EXPECT_NE(made, INVALID_HANDLE_VALUE);
     EXPECT_TRUE(Files().Close(made));
     EXPECT_EQ(file_size(m_folder / "new"), 0u);
-    EXPECT_TRUE(Files().Close(Files().OpenForWriting(File("old", "bytes").c_str())));
+    EXPECT_TRUE(Files().Close(Files().OpenForWriting(File("old", "bytes"))));
     EXPECT_EQ(m_folder.BytesOf(m_folder / "old"), "bytes");
 }
 
-TEST_F(FilesTest, MissingFileIsError2) { ExpectRefused(Files().OpenForReading(Path("missing").c_str()), 2); }
+TEST_F(FilesTest, MissingFileIsError2) { ExpectRefused(Files().OpenForReading(Path("missing")), 2); }
 
 TEST_F(FilesTest, MissingFolderIsError3)
 {
-    ExpectRefused(Files().OpenForReading(Path("folder/file").c_str()), 3);
-    ExpectRefused(Files().OpenForWriting(Path("folder/file").c_str()), 3);
-    ExpectRefused(Files().OpenForReading(Path("folder/deeper/file").c_str()), 3);
+    ExpectRefused(Files().OpenForReading(Path("folder/file")), 3);
+    ExpectRefused(Files().OpenForWriting(Path("folder/file")), 3);
+    ExpectRefused(Files().OpenForReading(Path("folder/deeper/file")), 3);
 }
 
 TEST_F(FilesTest, FileInPlaceOfAFolderIsError3)
 {
     File("a", "bytes");
-    ExpectRefused(Files().OpenForReading(Path("a/b").c_str()), 3);
-    ExpectRefused(Files().OpenForWriting(Path("a/b").c_str()), 3);
+    ExpectRefused(Files().OpenForReading(Path("a/b")), 3);
+    ExpectRefused(Files().OpenForWriting(Path("a/b")), 3);
 }
 
 TEST_F(FilesTest, EmptyPathIsError3)
@@ -156,13 +154,13 @@ TEST_F(FilesTest, EmptyPathIsError3)
 TEST_F(FilesTest, FolderIsError5)
 {
     boost::filesystem::create_directory(m_folder / "folder");
-    ExpectRefused(Files().OpenForReading(Path("folder").c_str()), 5);
-    ExpectRefused(Files().OpenForWriting(Path("folder").c_str()), 5);
+    ExpectRefused(Files().OpenForReading(Path("folder")), 5);
+    ExpectRefused(Files().OpenForWriting(Path("folder")), 5);
 }
 
 TEST_F(FilesTest, EmptyFileIsNotMapped)
 {
-    const HANDLE file = Files().OpenForReading(File("a", "").c_str());
+    const HANDLE file = Files().OpenForReading(File("a", ""));
     std::uint64_t length = 77;
     EXPECT_TRUE(Files().Length(file, length));
     EXPECT_EQ(length, 0u);
@@ -181,7 +179,7 @@ TEST_P(ViewTest, HasAllBytesAndOneReadableBehindThem)
     std::string bytes(GetParam(), 'x');
     bytes.front() = 'a';
     bytes.back() = 'z';
-    const HANDLE file = Files().OpenForReading(File("a", bytes).c_str());
+    const HANDLE file = Files().OpenForReading(File("a", bytes));
     const HANDLE mapping = Files().MapReadOnly(file);
     ASSERT_NE(mapping, nullptr);
     void* const view = Files().ViewAll(mapping, bytes.size());
@@ -201,8 +199,8 @@ INSTANTIATE_TEST_SUITE_P(Sizes, ViewTest, ::testing::Values(1, 2, 4095, 4096, 40
 
 TEST_F(FilesTest, TwoViewsOfOneFileAreUnmappedEachForItself)
 {
-    const std::wstring path = File("a", std::string(4096, 'x'));
-    const HANDLE file = Files().OpenForReading(path.c_str());
+    const boost::filesystem::path path = File("a", std::string(4096, 'x'));
+    const HANDLE file = Files().OpenForReading(path);
     const HANDLE mapping = Files().MapReadOnly(file);
     void* const first = Files().ViewAll(mapping, 4096);
     void* const second = Files().ViewAll(mapping, 4096);
@@ -236,7 +234,7 @@ TEST_F(WrittenFileTest, WritesAtThePosition)
     EXPECT_TRUE(Files().FlushToDisk(m_file));
     EXPECT_TRUE(Files().Close(m_file));
     EXPECT_EQ(m_folder.BytesOf(m_folder / "a"), "one Two");
-    m_file = Files().OpenForWriting(Path("a").c_str());
+    m_file = Files().OpenForWriting(Path("a"));
 }
 
 TEST_F(WrittenFileTest, TruncateCutsAndExtendsAtThePosition)
@@ -288,7 +286,7 @@ TEST_F(WrittenFileTest, SeekFromNowhereFails)
 
 TEST_F(FilesTest, ReaderIsNotWritten)
 {
-    const HANDLE file = Files().OpenForReading(File("a", "bytes").c_str());
+    const HANDLE file = Files().OpenForReading(File("a", "bytes"));
     DWORD written = 0;
     ExpectFailed(Files().Write(file, "x", 1, written), ERROR_ACCESS_DENIED);
     EXPECT_FALSE(Files().TruncateHere(file));
@@ -298,7 +296,7 @@ TEST_F(FilesTest, ReaderIsNotWritten)
 
 TEST_F(FilesTest, EverythingFailsOnAClosedHandle)
 {
-    const HANDLE file = Files().OpenForReading(File("a", "bytes").c_str());
+    const HANDLE file = Files().OpenForReading(File("a", "bytes"));
     EXPECT_TRUE(Files().Close(file));
     ExpectFailed(Files().Close(file), ERROR_INVALID_HANDLE);
     platform::SetLastError(0);
@@ -327,10 +325,10 @@ namespace
 
 std::uint64_t Joined(DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; }
 
-BY_HANDLE_FILE_INFORMATION InformationOf(const std::wstring& path)
+BY_HANDLE_FILE_INFORMATION InformationOf(const boost::filesystem::path& path)
 {
     BY_HANDLE_FILE_INFORMATION information = {};
-    const HANDLE file = Files().OpenForReading(path.c_str());
+    const HANDLE file = Files().OpenForReading(path);
     EXPECT_TRUE(Files().Information(file, information));
     EXPECT_TRUE(Files().Close(file));
     return information;
@@ -363,7 +361,7 @@ TEST_F(FilesTest, InformationTellsTheSizeAndOneLink)
 
 TEST_F(FilesTest, InformationTellsTheSameFileFromAnother)
 {
-    const std::wstring path = File("a", "bytes");
+    const boost::filesystem::path path = File("a", "bytes");
     const auto first = InformationOf(path);
     const auto again = InformationOf(path);
     const auto other = InformationOf(File("b", "bytes"));
@@ -386,7 +384,7 @@ TEST_F(FilesTest, InformationTellsTheTimes)
 
 TEST_F(FilesTest, InformationTellsAReadOnlyFile)
 {
-    const std::wstring path = File("a", "bytes");
+    const boost::filesystem::path path = File("a", "bytes");
     using boost::filesystem::perms;
     boost::filesystem::permissions(m_folder / "a", perms::owner_read);
     const auto information = InformationOf(path);

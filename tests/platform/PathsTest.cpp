@@ -22,3 +22,5 @@ TEST(PathsTest, PathsAreJoinedAsAnyOther)
 {
     EXPECT_EQ(PathFromWide(L"folder") / PathFromWide(L"\u65E5"), PathFromWide(L"folder/\u65E5"));
 }
+
+TEST(PathsTest, NullIsTheEmptyPath) { EXPECT_TRUE(PathFromWide(nullptr).empty()); }

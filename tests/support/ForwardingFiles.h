@@ -18,11 +18,11 @@ class ForwardingFiles : public utility::platform::FileService
 public:
     ForwardingFiles() : m_system(utility::platform::Files()) {}
 
-    HANDLE OpenForReading(const wchar_t* path) override
+    HANDLE OpenForReading(const boost::filesystem::path& path) override
     {
         return Fails("OpenForReading") ? INVALID_HANDLE_VALUE : m_system.OpenForReading(path);
     }
-    HANDLE OpenForWriting(const wchar_t* path) override
+    HANDLE OpenForWriting(const boost::filesystem::path& path) override
     {
         return Fails("OpenForWriting") ? INVALID_HANDLE_VALUE : m_system.OpenForWriting(path);
     }

@@ -36,14 +36,16 @@ CMemoryMappedFile& CMemoryMappedFile::operator=(const CMemoryMappedFile& other) 
 
 CMemoryMappedFile::~CMemoryMappedFile() { Close(0); }
 
-bool CMemoryMappedFile::Open(const wchar_t* path)
+bool CMemoryMappedFile::Open(const wchar_t* path) { return Open(utility::platform::PathFromWide(path)); }
+
+bool CMemoryMappedFile::Open(const boost::filesystem::path& path)
 {
     m_hFile = Files().OpenForReading(path);
     if (m_hFile == INVALID_HANDLE_VALUE)
-        ThrowFileException(utility::platform::LastError(), path);
+        ThrowFailureOn(path);
     if (MapWholeFile())
     {
-        m_path = utility::platform::PathFromWide(path);
+        m_path = path;
         return true;
     }
     const DWORD reason = utility::platform::LastError();
@@ -52,16 +54,16 @@ bool CMemoryMappedFile::Open(const wchar_t* path)
     return false;
 }
 
-bool CMemoryMappedFile::Open(const boost::filesystem::path& path)
+bool CMemoryMappedFile::Open(const wchar_t* path, DWORD size)
 {
-    return Open(utility::platform::WideFromPath(path).c_str());
+    return Open(utility::platform::PathFromWide(path), size);
 }
 
-bool CMemoryMappedFile::Open(const wchar_t* path, DWORD size)
+bool CMemoryMappedFile::Open(const boost::filesystem::path& path, DWORD size)
 {
     m_hFile = Files().OpenForWriting(path);
     if (m_hFile == INVALID_HANDLE_VALUE)
-        ThrowFileException(utility::platform::LastError(), path);
+        ThrowFailureOn(path);
     if (size != 0)
     {
         Files().Seek(m_hFile, static_cast<LONG>(size), nullptr, FILE_BEGIN);
@@ -70,13 +72,8 @@ bool CMemoryMappedFile::Open(const wchar_t* path, DWORD size)
     }
     m_bValid = true;
     m_bWritable = true;
-    m_path = utility::platform::PathFromWide(path);
+    m_path = path;
     return true;
-}
-
-bool CMemoryMappedFile::Open(const boost::filesystem::path& path, DWORD size)
-{
-    return Open(utility::platform::WideFromPath(path).c_str(), size);
 }
 
 bool CMemoryMappedFile::Close(std::int64_t finalSize)
@@ -129,8 +126,7 @@ bool CMemoryMappedFile::WriteFile(const void* data, std::uint64_t size) const
     DWORD written = 0;
     if (Files().Write(m_hFile, data, static_cast<DWORD>(size), written))
         return true;
-    const DWORD reason = utility::platform::LastError();
-    ThrowFileException(reason, utility::platform::WideFromPath(m_path).c_str());
+    ThrowFailureOn(m_path);
 }
 
 DWORD CMemoryMappedFile::GetFilePointer() const { return Files().Seek(m_hFile, 0, nullptr, FILE_CURRENT); }
@@ -168,6 +164,12 @@ void* CMemoryMappedFile::GetFile() const { return m_hFile; }
 void CMemoryMappedFile::ThrowFileException(DWORD error, const wchar_t* path) const
 {
     CFileException::ThrowOsError(static_cast<LONG>(error), path);
+}
+
+void CMemoryMappedFile::ThrowFailureOn(const boost::filesystem::path& path) const
+{
+    const DWORD reason = utility::platform::LastError();
+    ThrowFileException(reason, utility::platform::WideFromPath(path).c_str());
 }
 
 bool CMemoryMappedFile::MapWholeFile()

@@ -89,6 +89,8 @@ protected:
     [[noreturn]] void ThrowFileException(DWORD error, const wchar_t* path) const;
 
 private:
+    /// Throws for the call that has just failed.
+    [[noreturn]] void ThrowFailureOn(const boost::filesystem::path& path) const;
     bool MapWholeFile();
 
     HANDLE m_hFile;

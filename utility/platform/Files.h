@@ -3,6 +3,8 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
+#include <boost/filesystem/path.hpp>
+
 #include <cstdint>
 
 namespace utility::platform
@@ -21,11 +23,11 @@ public:
 
     /// An existing file, to be read from start to end. Others may read, rename and delete it meanwhile.
     /// INVALID_HANDLE_VALUE on failure; a directory is refused with 5.
-    virtual HANDLE OpenForReading(const wchar_t* path) = 0;
+    virtual HANDLE OpenForReading(const boost::filesystem::path& path) = 0;
 
     /// A file to write, created if absent, its bytes kept. Others may neither read nor write it meanwhile.
     /// INVALID_HANDLE_VALUE on failure.
-    virtual HANDLE OpenForWriting(const wchar_t* path) = 0;
+    virtual HANDLE OpenForWriting(const boost::filesystem::path& path) = 0;
 
     /// The length in bytes.
     virtual bool Length(HANDLE file, std::uint64_t& length) = 0;

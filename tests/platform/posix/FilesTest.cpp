@@ -4,7 +4,6 @@
 #include "utility/files/MemoryMappedFile.h"
 #include "utility/framework/FileException.h"
 #include "utility/platform/Error.h"
-#include "utility/platform/Paths.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +13,6 @@
 
 using utility::platform::Files;
 using utility::platform::LastError;
-using utility::platform::WideFromPath;
 
 TEST(PosixFilesTest, FullDiskIsToldByTheFailureOfTheWrite)
 {
@@ -79,14 +77,14 @@ TEST(PosixFilesTest, LinkThatGoesRoundIsError1921)
 {
     const support::TemporaryFolder folder;
     boost::filesystem::create_symlink(folder / "loop", folder / "loop");
-    EXPECT_EQ(Files().OpenForReading(WideFromPath(folder / "loop").c_str()), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(Files().OpenForReading(folder / "loop"), INVALID_HANDLE_VALUE);
     EXPECT_EQ(LastError(), ERROR_CANT_RESOLVE_FILENAME);
 }
 
 TEST(PosixFilesTest, NameThatIsTooLongIsError206)
 {
     const support::TemporaryFolder folder;
-    const std::wstring path = WideFromPath(folder / "") + std::wstring(300, L'x');
-    EXPECT_EQ(Files().OpenForWriting(path.c_str()), INVALID_HANDLE_VALUE);
+    const boost::filesystem::path path = folder.Path() / std::string(300, 'x');
+    EXPECT_EQ(Files().OpenForWriting(path), INVALID_HANDLE_VALUE);
     EXPECT_EQ(LastError(), ERROR_FILENAME_EXCED_RANGE);
 }

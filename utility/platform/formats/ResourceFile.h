@@ -3,7 +3,7 @@
 // The resources of a PE file, the format of modules on Windows, read where they stand in its bytes. Such a file cannot be
 // loaded here, but its strings, bitmaps and version record serve every system.
 //
-//     const MappedFile file(L"/opt/app/AppResDEU.dll");
+//     const MappedFile file("/opt/app/AppResDEU.dll");
 //     const ResourceFile resources(file.Content());
 //     const std::wstring text = resources.String(8300);
 //

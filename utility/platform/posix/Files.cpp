@@ -1,7 +1,6 @@
 #include "utility/platform/Files.h"
 
 #include "utility/platform/Error.h"
-#include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
 
 #include <fcntl.h>
@@ -63,14 +62,13 @@ Views& AllViews()
 }
 
 /// Opens a file and takes the advisory lock of its kind on the whole of it.
-HANDLE OpenLocked(const wchar_t* path, int flags, short lockType)
+HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType)
 {
-    const std::string name = formats::Utf8FromWide(path, formats::Malformed::Escaped);
     // Without O_NONBLOCK a pipe without a writer would hold up the caller; for files it has no effect.
-    const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0)
     {
-        posix::FailOn(name);
+        posix::FailOn(path.native());
         return INVALID_HANDLE_VALUE;
     }
     const auto refuse = [descriptor](DWORD error)
@@ -123,9 +121,12 @@ FILETIME CreationTime(int descriptor, const struct stat& status)
 class PosixFiles final : public FileService
 {
 public:
-    HANDLE OpenForReading(const wchar_t* path) override { return OpenLocked(path, O_RDONLY, F_RDLCK); }
+    HANDLE OpenForReading(const boost::filesystem::path& path) override { return OpenLocked(path, O_RDONLY, F_RDLCK); }
 
-    HANDLE OpenForWriting(const wchar_t* path) override { return OpenLocked(path, O_RDWR | O_CREAT, F_WRLCK); }
+    HANDLE OpenForWriting(const boost::filesystem::path& path) override
+    {
+        return OpenLocked(path, O_RDWR | O_CREAT, F_WRLCK);
+    }
 
     bool Length(HANDLE file, std::uint64_t& length) override
     {

@@ -41,7 +41,7 @@ public:
     HINSTANCE Load(const wchar_t* path)
     {
         boost::system::error_code error;
-        const std::wstring canonical = WideFromPath(boost::filesystem::canonical(PathFromWide(path), error));
+        const boost::filesystem::path canonical = boost::filesystem::canonical(PathFromWide(path), error);
         if (error)
         {
             SetLastError(ERROR_MOD_NOT_FOUND);
@@ -80,7 +80,7 @@ public:
     {
         const std::scoped_lock lock(m_lock);
         const auto file = Find(module);
-        return file == m_files.end() ? std::wstring() : file->path;
+        return file == m_files.end() ? std::wstring() : WideFromPath(file->path);
     }
 
     std::wstring_view StringOf(HINSTANCE module, UINT id)
@@ -98,9 +98,9 @@ public:
 private:
     struct File
     {
-        explicit File(const std::wstring& file) : path(file), content(file.c_str()), resources(content.Content()) {}
+        explicit File(const boost::filesystem::path& file) : path(file), content(file), resources(content.Content()) {}
 
-        const std::wstring path;
+        const boost::filesystem::path path;
         const posix::MappedFile content;
         const formats::ResourceFile resources;
         std::map<UINT, std::wstring> strings; ///< those that were asked for

@@ -12,7 +12,8 @@ std::wstring WideFromPath(const boost::filesystem::path& path)
 
 boost::filesystem::path PathFromWide(const wchar_t* text)
 {
-    return boost::filesystem::path(formats::Utf8FromWide(text, formats::Malformed::Escaped));
+    return text != nullptr ? boost::filesystem::path(formats::Utf8FromWide(text, formats::Malformed::Escaped))
+                           : boost::filesystem::path();
 }
 
 }

@@ -3,6 +3,7 @@
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/VersionRecord.h"
 #include "utility/platform/Heap.h"
+#include "utility/platform/Paths.h"
 #include "utility/platform/posix/files/MappedFile.h"
 
 namespace utility::platform
@@ -16,7 +17,7 @@ class RecordOfFile
 {
 public:
     explicit RecordOfFile(const wchar_t* path)
-        : m_file(path),
+        : m_file(PathFromWide(path)),
           m_record(formats::FindVersionRecord(m_file.Content())),
           m_size(formats::VersionBlockSize(m_record))
     {

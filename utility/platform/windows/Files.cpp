@@ -31,15 +31,15 @@ void* CopyWithByteBehind(const void* view, std::uint64_t length)
 class WindowsFiles final : public FileService
 {
 public:
-    HANDLE OpenForReading(const wchar_t* path) override
+    HANDLE OpenForReading(const boost::filesystem::path& path) override
     {
-        return ::CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
+        return ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
                              FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     }
 
-    HANDLE OpenForWriting(const wchar_t* path) override
+    HANDLE OpenForWriting(const boost::filesystem::path& path) override
     {
-        return ::CreateFileW(path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
+        return ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_ALWAYS,
                              FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     }
 

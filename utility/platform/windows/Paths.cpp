@@ -5,6 +5,9 @@ namespace utility::platform
 
 std::wstring WideFromPath(const boost::filesystem::path& path) { return path.native(); }
 
-boost::filesystem::path PathFromWide(const wchar_t* text) { return text; }
+boost::filesystem::path PathFromWide(const wchar_t* text)
+{
+    return text != nullptr ? boost::filesystem::path(text) : boost::filesystem::path();
+}
 
 }

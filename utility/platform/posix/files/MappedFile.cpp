@@ -6,7 +6,7 @@
 namespace utility::platform::posix
 {
 
-MappedFile::MappedFile(const wchar_t* path)
+MappedFile::MappedFile(const boost::filesystem::path& path)
 {
     const HANDLE file = Files().OpenForReading(path);
     if (file == INVALID_HANDLE_VALUE)

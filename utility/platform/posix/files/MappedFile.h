@@ -2,6 +2,8 @@
 
 #include "utility/platform/formats/Bytes.h"
 
+#include <boost/filesystem/path.hpp>
+
 namespace utility::platform::posix
 {
 
@@ -10,7 +12,7 @@ class MappedFile
 {
 public:
     /// Leaves the reason in LastError() where the file cannot be read, or is empty.
-    explicit MappedFile(const wchar_t* path);
+    explicit MappedFile(const boost::filesystem::path& path);
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
     ~MappedFile();
