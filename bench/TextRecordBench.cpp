@@ -3,7 +3,7 @@
 #include "bench/CommaCursor.h"
 #include "bench/RealFields.h"
 #include "utility/files/TextInputOutputFile.h"
-#include "utility/records/TextRecordReader.h"
+#include "utility/records/InlineTextRecordPtr.h"
 
 #include <benchmark/benchmark.h>
 #include <fast_float/fast_float.h>

@@ -214,7 +214,7 @@ class DigitCountTest : public ::testing::TestWithParam<int>
 
 TEST_P(DigitCountTest, ChangesAtThePowerOfTen)
 {
-    const std::uint64_t power = utility::detail::powersOfTen[static_cast<std::size_t>(GetParam())];
+    const std::uint64_t power = utility::detail::integerPowers[static_cast<std::size_t>(GetParam())];
     EXPECT_EQ(utility::detail::CountDigits(power), static_cast<std::size_t>(GetParam()) + 1);
     EXPECT_EQ(utility::detail::CountDigits(power - 1), static_cast<std::size_t>(GetParam() == 0 ? 1 : GetParam()));
 }

@@ -3,8 +3,8 @@
 #include "tests/support/FloatFormatModel.h"
 #include "tests/support/ForwardingLocale.h"
 #include "tests/support/KeepFloatingControl.h"
-#include "utility/numbers/FloatHygiene.h"
 #include "utility/numbers/FloatParse.h"
+#include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/FloatingPoint.h"
 
 #include <gtest/gtest.h>

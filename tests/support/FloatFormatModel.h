@@ -3,7 +3,7 @@
 // The formatters of numbers, slow and step by step: digits and the position of the point among them, then the text. The
 // digits are those of the standard library. For finite values and, as that library has it, no negative number of places.
 
-#include "utility/numbers/FloatHygiene.h"
+#include "utility/numbers/PowersOfTen.h"
 
 #include <algorithm>
 #include <charconv>

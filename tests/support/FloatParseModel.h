@@ -2,7 +2,7 @@
 
 // The scanner of numbers, slow and step by step, with the functions of the standard library.
 
-#include "utility/numbers/FloatHygiene.h"
+#include "utility/numbers/PowersOfTen.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utility/numbers/FloatHygiene.h"
+#include "utility/numbers/PowersOfTen.h"
 
 #include <algorithm>
 #include <cstddef>

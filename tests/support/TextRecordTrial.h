@@ -5,7 +5,7 @@
 #include "tests/support/TextRecordModel.h"
 #include "tests/support/ThreadLog.h"
 #include "utility/files/TextInputOutputFile.h"
-#include "utility/records/TextRecordReader.h"
+#include "utility/records/InlineTextRecordPtr.h"
 
 #include <bit>
 #include <cstdint>

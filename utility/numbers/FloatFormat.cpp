@@ -1,7 +1,7 @@
 #include "utility/numbers/FloatFormat.h"
 
-#include "utility/numbers/FloatHygiene.h"
 #include "utility/numbers/internal/FixedDigits.h"
+#include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/Locale.h"
 
 #include <algorithm>

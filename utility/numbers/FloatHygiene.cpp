@@ -1,9 +1,9 @@
 #include "utility/numbers/FloatHygiene.h"
 
+#include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/FloatingPoint.h"
 
 #include <bit>
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
 
@@ -96,13 +96,4 @@ CMaskFloatingPointExceptions::~CMaskFloatingPointExceptions()
 {
     utility::platform::ClearFloatingStatus();
     UnmaskFloatingPointExceptions();
-}
-
-double utility::detail::PowerBeyondTable(int exponent)
-{
-    // The system's pow reports a result out of range there.
-    const int error = errno;
-    const double power = platform::PowerOfTen(exponent);
-    errno = error;
-    return power;
 }

@@ -58,26 +58,3 @@ public:
     CMaskFloatingPointExceptions& operator=(const CMaskFloatingPointExceptions&) = default;
     ~CMaskFloatingPointExceptions();
 };
-
-namespace utility::detail
-{
-
-inline constexpr int lowestTabledPower = -10;
-inline constexpr double tabledPowers[] = {
-    1e-10, 1e-9, 1e-8, 1e-7, 1e-6, 1e-5, 1e-4, 1e-3, 1e-2, 1e-1, 1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
-    1e6,   1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20,
-};
-
-/// The system's own pow, computed when called. errno stays.
-UTILITY_API double PowerBeyondTable(int exponent);
-
-}
-
-/// 10 to the power `exponent`: the nearest double from -10 to 20, what the system's pow gives beyond.
-inline double pow10(int exponent)
-{
-    const auto index =
-        static_cast<unsigned int>(exponent) - static_cast<unsigned int>(utility::detail::lowestTabledPower);
-    constexpr unsigned int count = sizeof(utility::detail::tabledPowers) / sizeof(double);
-    return index < count ? utility::detail::tabledPowers[index] : utility::detail::PowerBeyondTable(exponent);
-}

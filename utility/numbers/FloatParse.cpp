@@ -1,7 +1,7 @@
 #include "utility/numbers/FloatParse.h"
 
 #include "utility/numbers/FloatFormat.h"
-#include "utility/numbers/FloatHygiene.h"
+#include "utility/numbers/PowersOfTen.h"
 
 #include <algorithm>
 #include <cstddef>

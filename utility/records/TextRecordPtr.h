@@ -30,13 +30,28 @@
 // A cursor belongs to one thread. It owns neither the file nor the text, which must outlive it.
 
 #include "utility/platform/Export.h"
+#include "utility/records/Mantissa.h"
 #include "utility/records/RecordLines.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <list>
 
 class CTextInputOutputFile;
 
 namespace utility::detail
 {
-class LongMantissa;
+
+/// The text messages that the reader issues, by number.
+enum ReaderMessage : int
+{
+    endOfFileInInteger = 8300,
+    endOfFileInReal = 8301,
+    badCharacterInInteger = 8302,
+    badCharacterInReal = 8303,
+};
+
 }
 
 class UTILITY_API CTextRecordPtr : public CTextRecord
@@ -98,7 +113,7 @@ public:
     void SkipLine();
 
 protected:
-    /// The number reader, for a cursor of type Format; see records/TextRecordReader.h, which defines it.
+    /// The number reader, as a template over the type of the cursor whose tests it calls.
     template <class Format>
     bool ReadIntAs(int& value);
     template <class Format>
@@ -132,4 +147,143 @@ private:
     const char* m_pLast; // of the current line; at the end of the record the end mark, like the cursor
 };
 
-#include "utility/records/TextRecordReader.h"
+// The number reader. The cursor's place is kept in a local as well as in the object: the tests may look at the cursor, but
+// the next character need not wait for the object to be read back. And all this is compiled with its user, not within the
+// library: processors predict calls into another module badly, and the tests are called for every character.
+
+template <class Format>
+bool CTextRecordPtr::ReadIntAs(int& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    format.SkipBlanks();
+    const char* at = m_pCurrent;
+    // Wraps without notice, which signed arithmetic may not.
+    std::uint32_t sum = 0;
+    char sign = '\0';
+    bool failed = false;
+    while (!format.IsTerminator(*at) && !failed)
+    {
+        const char c = *at;
+        const auto digit = static_cast<std::uint32_t>(c) - std::uint32_t{'0'};
+        if (digit <= 9)
+        {
+            sum = sum * 10 + digit;
+        }
+        else if ((c == '-' || c == '+') && sum == 0 && sign == '\0')
+        {
+            sign = c;
+        }
+        else if (IsEndOfRecord())
+        {
+            IssueAtCursor(utility::detail::endOfFileInInteger);
+            failed = true;
+        }
+        else
+        {
+            format.SkipBlanks();
+            if (format.IsTerminator(*m_pCurrent))
+                break;
+            IssueAtCursor(utility::detail::badCharacterInInteger);
+            failed = true;
+            at = m_pCurrent;
+        }
+        // Deliberately in case of failure too: it leaves the cursor behind the bad character.
+        at = StepFrom(at);
+    }
+    value = static_cast<int>(sign == '-' ? 0 - sum : sum);
+    return !failed;
+}
+
+template <class Format>
+bool CTextRecordPtr::ReadRealAs(double& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    format.SkipBlanks();
+    utility::detail::ShortMantissa mantissa(m_pCurrent);
+    const auto toLast = static_cast<std::size_t>(m_pLast - m_pCurrent);
+    const char* const limit = m_pCurrent + std::min<std::size_t>(toLast, utility::detail::longestMantissa - 1) + 1;
+    bool atTerminator = false;
+    while (!(atTerminator = format.IsTerminator(*mantissa.Place())) && mantissa.Allows(*mantissa.Place()))
+    {
+        mantissa.AddNext();
+        if (mantissa.Place() == limit) [[unlikely]]
+        {
+            AdvancePtr();
+            return ReadLongRealAs<Format>(mantissa.Lengthened(), value);
+        }
+        m_pCurrent = mantissa.Place();
+    }
+    return EndRealAs<Format>(mantissa, atTerminator, value);
+}
+
+template <class Format>
+bool CTextRecordPtr::ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    bool atTerminator = false;
+    while (!(atTerminator = format.IsTerminator(*m_pCurrent)) && mantissa.Allows(*m_pCurrent))
+    {
+        mantissa.Add(*m_pCurrent);
+        AdvancePtr();
+    }
+    return EndRealAs<Format>(mantissa, atTerminator, value);
+}
+
+template <class Format, class Mantissa>
+inline bool CTextRecordPtr::EndRealAs(const Mantissa& mantissa, bool atTerminator, double& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    char c = *m_pCurrent;
+    if (!atTerminator && !format.IsExponentChar(c)) [[unlikely]]
+    {
+        if (!SkipToTerminatorAs<Format>(mantissa.IsWhole()))
+        {
+            if (!mantissa.IsWhole())
+                value = mantissa.Value();
+            return false;
+        }
+        // Deliberately not so in the fraction, where no exponent can follow blanks.
+        if (mantissa.IsWhole())
+            c = *m_pCurrent;
+    }
+    if (mantissa.IsWhole() && c == '.') [[unlikely]]
+    {
+        // Deliberately taken: behind a whole part a point goes on with the number even if it ends fields.
+        utility::detail::LongMantissa longer = mantissa.Lengthened();
+        longer.Add(c);
+        AdvancePtr();
+        return ReadLongRealAs<Format>(longer, value);
+    }
+    value = mantissa.Value();
+    if (!format.IsExponentChar(c))
+        return true;
+
+    AdvancePtr();
+    int exponent = 0;
+    if (!ReadIntAs<Format>(exponent))
+        return false;
+    constexpr int lowestExponent = -307; // deliberately not -308
+    constexpr int highestExponent = 308;
+    value = pow10(std::clamp(exponent, lowestExponent, highestExponent)) * value;
+    return true;
+}
+
+template <class Format>
+bool CTextRecordPtr::SkipToTerminatorAs(bool isWhole)
+{
+    auto& format = static_cast<Format&>(*this);
+    if (isWhole && IsEndOfRecord())
+    {
+        IssueAtCursor(utility::detail::endOfFileInReal);
+        return false;
+    }
+    format.SkipBlanks();
+    if (format.IsTerminator(*m_pCurrent))
+        return true;
+    IssueAtCursor(utility::detail::badCharacterInReal);
+    return false;
+}
+
+inline bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }
+
+inline bool CTextRecordPtr::ReadReal(double& value) { return ReadRealAs<CTextRecordPtr>(value); }

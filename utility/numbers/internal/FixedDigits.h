@@ -8,7 +8,8 @@
 //     digits.WriteWhole(text);         // 1234
 //     digits.WriteFraction(text + 4);  // 57
 
-#include <array>
+#include "utility/numbers/PowersOfTen.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -19,20 +20,11 @@ namespace utility::detail
 
 __extension__ typedef unsigned __int128 Uint128; // NOLINT(modernize-use-using): an alias would be warned of
 
-/// As far as 64 bits go.
-inline constexpr std::array<std::uint64_t, 20> powersOfTen = []
-{
-    std::array<std::uint64_t, 20> powers{1};
-    for (std::size_t i = 1; i < powers.size(); ++i)
-        powers[i] = powers[i - 1] * 10;
-    return powers;
-}();
-
 inline std::size_t CountDigits(std::uint64_t number)
 {
     number |= 1; // 0 has a digit too; no other number gains one
     const auto atLeast = static_cast<unsigned>(std::bit_width(number)) * 1233U >> 12; // times log10(2)
-    return atLeast + (number >= powersOfTen[atLeast] ? 1 : 0);
+    return atLeast + (number >= integerPowers[atLeast] ? 1 : 0);
 }
 
 /// 00 to 99.
@@ -101,7 +93,7 @@ public:
         if (m_text != nullptr)
             Widen(to, m_text, m_wholeLength);
         else if (m_wholeLength <= leastRoomForWhole)
-            WriteEightDigits(to, m_whole * powersOfTen[leastRoomForWhole - m_wholeLength]);
+            WriteEightDigits(to, m_whole * integerPowers[leastRoomForWhole - m_wholeLength]);
         else
             WriteDigits(to, m_whole, m_wholeLength);
     }
@@ -142,13 +134,13 @@ inline bool FixedDigits::FitsNumbers(double value, int decimals)
     constexpr int mantissaBits = 52;
     const auto bits = std::bit_cast<std::uint64_t>(value);
     const int exponent = static_cast<int>(bits >> mantissaBits & 0x7FF);
-    if (static_cast<unsigned>(decimals) >= powersOfTen.size() || exponent >= bias + 64)
+    if (static_cast<unsigned>(decimals) >= integerPowers.size() || exponent >= bias + 64)
         return false;
 
     // The value is mantissa / 2^shift, but for the subnormal ones: to any place here they are as good as any tiny value.
     const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
     const int shift = bias + mantissaBits - exponent;
-    const std::uint64_t scale = powersOfTen[static_cast<unsigned>(decimals)];
+    const std::uint64_t scale = integerPowers[static_cast<unsigned>(decimals)];
     m_whole = 0;
     m_fraction = 0;
     if (shift <= 0)
