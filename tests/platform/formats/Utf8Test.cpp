@@ -1,5 +1,7 @@
 #include "utility/platform/formats/Utf8.h"
 
+#include "utility/platform/formats/Utf16.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -12,7 +14,8 @@ TEST(Utf8Test, EveryCodePointSurvives)
     {
         if (code >= 0xD800 && code <= 0xDFFF)
             continue;
-        const std::wstring text(1, static_cast<wchar_t>(code));
+        std::wstring text;
+        AppendCodePoint(text, code);
         const std::string bytes = Utf8FromWide(text);
         const std::size_t length = code < 0x80 ? 1u : code < 0x800 ? 2u : code < 0x10000 ? 3u : 4u;
         ASSERT_EQ(bytes.size(), length) << code;
@@ -25,12 +28,24 @@ TEST(Utf8Test, WhatIsNoCodePointBecomesTheReplacementCharacter)
 {
     for (const std::uint32_t code : {0xD800u, 0xDBFFu, 0xDC80u, 0xDFFFu, 0x110000u, 0x7FFFFFFFu, 0x80000000u})
     {
+        if (code > 0xFFFF && sizeof(wchar_t) == sizeof(char16_t))
+            continue;
         EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code))), "\xEF\xBF\xBD") << code;
         if (code != 0xDC80)
         {
             EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::Escaped), "\xEF\xBF\xBD");
         }
     }
+}
+
+TEST(Utf8Test, SurrogatesAreAPairWhereWideTextIsUtf16)
+{
+    const std::wstring halves = L"\xD83D\xDE00";
+    const bool isUtf16 = sizeof(wchar_t) == sizeof(char16_t);
+    EXPECT_EQ(Utf8FromWide(halves), isUtf16 ? "\xF0\x9F\x98\x80" : "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(Utf8FromWide(halves + L"z"), Utf8FromWide(halves) + 'z');
+    EXPECT_EQ(Utf8FromWide(L"\xDE00\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD");
+    EXPECT_EQ(Utf8FromWide(L"\xD83D\xD83D"), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
 TEST(Utf8Test, EscapedBytesSurviveWhateverTheyAre)

@@ -18,7 +18,8 @@ GuardedText::GuardedText(std::string_view text, Touches touches) : m_size(text.s
     m_pages = static_cast<char*>(::VirtualAlloc(nullptr, m_pagesSize, MEM_RESERVE, PAGE_NOACCESS));
     if (m_pages == nullptr)
         throw std::bad_alloc();
-    if (::VirtualAlloc(m_pages + page, room, MEM_COMMIT, PAGE_READWRITE) == nullptr)
+    // There is no room of no size to the system.
+    if (room != 0 && ::VirtualAlloc(m_pages + page, room, MEM_COMMIT, PAGE_READWRITE) == nullptr)
     {
         ::VirtualFree(m_pages, 0, MEM_RELEASE);
         throw std::bad_alloc();

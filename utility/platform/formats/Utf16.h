@@ -11,6 +11,24 @@
 namespace utility::platform::formats
 {
 
+constexpr bool IsHighSurrogate(char32_t unit) { return (unit & ~char32_t{0x3FF}) == 0xD800; }
+constexpr bool IsLowSurrogate(char32_t unit) { return (unit & ~char32_t{0x3FF}) == 0xDC00; }
+constexpr char32_t CodePointOf(char32_t high, char32_t low) { return 0x10000 + ((high & 0x3FF) << 10) + (low & 0x3FF); }
+
+/// Appends a code point to a text whose units, be they as narrow as 16 bits, hold UTF-16 then.
+template <class Text>
+void AppendCodePoint(Text& text, char32_t code)
+{
+    using Unit = typename Text::value_type;
+    if (sizeof(Unit) > sizeof(char16_t) || code < 0x10000)
+    {
+        text += static_cast<Unit>(code);
+        return;
+    }
+    text += static_cast<Unit>(0xD800 + ((code - 0x10000) >> 10));
+    text += static_cast<Unit>(0xDC00 + (code & 0x3FF));
+}
+
 /// Wide text as stored. A character that UTF-16 cannot hold becomes U+FFFD; lone surrogates stay as they are.
 inline std::u16string Utf16FromWide(std::wstring_view text)
 {
@@ -19,19 +37,7 @@ inline std::u16string Utf16FromWide(std::wstring_view text)
     for (const wchar_t each : text)
     {
         const auto code = static_cast<char32_t>(each);
-        if (sizeof(wchar_t) == sizeof(char16_t) || code < 0x10000)
-        {
-            stored += static_cast<char16_t>(code);
-        }
-        else if (code < 0x110000)
-        {
-            stored += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
-            stored += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
-        }
-        else
-        {
-            stored += u'\xFFFD';
-        }
+        AppendCodePoint(stored, code < 0x110000 ? code : U'\xFFFD');
     }
     return stored;
 }
@@ -50,10 +56,9 @@ inline std::wstring WideFromUtf16(const void* bytes, std::size_t units)
     for (std::size_t i = 0; i < units; ++i)
     {
         char32_t code = unitAt(i);
-        if (sizeof(wchar_t) > sizeof(char16_t) && (code & 0xFC00) == 0xD800 && i + 1 < units &&
-            (unitAt(i + 1) & 0xFC00) == 0xDC00)
-            code = 0x10000 + ((code & 0x3FF) << 10) + (unitAt(++i) & 0x3FF);
-        text += static_cast<wchar_t>(code);
+        if (IsHighSurrogate(code) && i + 1 < units && IsLowSurrogate(unitAt(i + 1)))
+            code = CodePointOf(code, unitAt(++i));
+        AppendCodePoint(text, code);
     }
     return text;
 }

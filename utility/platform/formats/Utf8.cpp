@@ -1,6 +1,6 @@
 #include "utility/platform/formats/Utf8.h"
 
-#include <cstdint>
+#include "utility/platform/formats/Utf16.h"
 
 namespace utility::platform::formats
 {
@@ -55,7 +55,7 @@ std::wstring WideFromUtf8(std::string_view text, Malformed malformed)
             continue;
         }
         const Lead lead = LeadOf(first);
-        std::uint32_t code = first & (0x7Fu >> lead.length);
+        char32_t code = first & (0x7Fu >> lead.length);
         std::size_t good = 1;
         while (good < static_cast<std::size_t>(lead.length) && i + good < text.size())
         {
@@ -66,7 +66,7 @@ std::wstring WideFromUtf8(std::string_view text, Malformed malformed)
             ++good;
         }
         if (good == static_cast<std::size_t>(lead.length))
-            wide += static_cast<wchar_t>(code);
+            AppendCodePoint(wide, code);
         else if (malformed == Malformed::Replaced)
             wide += replacement;
         else
@@ -83,16 +83,20 @@ std::string Utf8FromWide(std::wstring_view text, Malformed malformed)
 {
     std::string bytes;
     bytes.reserve(text.size());
-    const auto put = [&bytes](std::uint32_t value) { bytes += static_cast<char>(static_cast<unsigned char>(value)); };
-    for (const wchar_t character : text)
+    const auto put = [&bytes](char32_t value) { bytes += static_cast<char>(static_cast<unsigned char>(value)); };
+    for (std::size_t i = 0; i < text.size(); ++i)
     {
-        auto code = static_cast<std::uint32_t>(character);
+        auto code = static_cast<char32_t>(text[i]);
         if (malformed == Malformed::Escaped && code >= 0xDC80 && code <= 0xDCFF)
         {
             put(code - 0xDC00);
             continue;
         }
-        if (code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF))
+        // Wide characters of 32 bits are code points by themselves.
+        if (sizeof(wchar_t) == sizeof(char16_t) && IsHighSurrogate(code) && i + 1 < text.size() &&
+            IsLowSurrogate(static_cast<char32_t>(text[i + 1])))
+            code = CodePointOf(code, static_cast<char32_t>(text[++i]));
+        else if (code > 0x10FFFF || IsHighSurrogate(code) || IsLowSurrogate(code))
             code = replacement;
         if (code < 0x80)
         {
