@@ -7,7 +7,7 @@
 
 using utility::framework::DynLinkLibrary;
 using utility::framework::FirstLibrary;
-using utility::framework::StringModule;
+using utility::framework::StringOfChain;
 
 namespace
 {
@@ -46,25 +46,36 @@ private:
 TEST_F(ResourceModulesTest, ModuleThatJoinedLastIsAskedFirst)
 {
     m_modules.strings = {{{Older(), 61000}, L"older"}, {{Newer(), 61000}, L"newer"}, {{Older(), 61001}, L"alone"}};
-    EXPECT_EQ(StringModule(61000), Newer());
-    EXPECT_EQ(StringModule(61001), Older());
+    EXPECT_EQ(StringOfChain(61000), L"newer");
+    EXPECT_EQ(StringOfChain(61001), L"alone");
 }
 
 TEST_F(ResourceModulesTest, ModuleWithAnEmptyStringDoesNotHoldIt)
 {
     m_modules.strings = {{{Newer(), 61000}, std::wstring()}, {{Older(), 61000}, L"older"}};
-    EXPECT_EQ(StringModule(61000), Older());
+    EXPECT_EQ(StringOfChain(61000), L"older");
 }
 
-TEST_F(ResourceModulesTest, NumberThatNoModuleHoldsGivesNull) { EXPECT_EQ(StringModule(61999), nullptr); }
+TEST_F(ResourceModulesTest, StringIsLookedUpOnce)
+{
+    m_modules.strings = {{{FirstLibrary()->Resources(), 61000}, L"first"}};
+    EXPECT_EQ(StringOfChain(61000), L"first");
+    EXPECT_EQ(m_modules.lookups, 1);
+}
+
+TEST_F(ResourceModulesTest, NumberThatNoModuleHoldsIsEmpty) { EXPECT_EQ(StringOfChain(61999), L""); }
+
+TEST_F(ResourceModulesTest, NumberThatNoModuleHoldsIsLookedUpInTheProgram)
+{
+    m_modules.strings = {{{nullptr, 61999}, L"program"}};
+    EXPECT_EQ(StringOfChain(61999), L"program");
+}
 
 TEST_F(ResourceModulesTest, LibrarysStringsAreFoundBehindThoseOfOthers)
 {
-    const HINSTANCE library = StringModule(8304);
-    ASSERT_NE(library, nullptr);
     m_modules.strings = {{{Newer(), 8304}, L"Millimeter"}};
-    EXPECT_EQ(StringModule(8304), Newer());
-    EXPECT_EQ(StringModule(8305), library);
+    EXPECT_EQ(StringOfChain(8304), L"Millimeter");
+    EXPECT_EQ(StringOfChain(8306), L"inches");
 }
 
 TEST_F(ResourceModulesTest, NewLinkStandsAheadOfAllEarlierOnes)

@@ -1,6 +1,6 @@
 #include "utility/framework/String.h"
 
-#include "utility/framework/internal/ResourceModules.h"
+#include "utility/settings/internal/LibraryResources.h"
 
 #include <gtest/gtest.h>
 
@@ -68,7 +68,7 @@ TEST(StringTest, LoadsANumberedString)
     CStringW text;
     EXPECT_TRUE(text.LoadString(8306));
     EXPECT_EQ(text, L"inches");
-    EXPECT_TRUE(text.LoadString(utility::framework::StringModule(8308), 8308));
+    EXPECT_TRUE(text.LoadString(utility::detail::LibraryResources().GetResourceDLL(), 8308));
     EXPECT_EQ(text, L"metre");
 }
 
@@ -78,6 +78,6 @@ TEST(StringTest, FailedLoadLeavesAnEmptyString)
     EXPECT_FALSE(text.LoadString(8299));
     EXPECT_TRUE(text.IsEmpty());
     text = L"earlier";
-    EXPECT_FALSE(text.LoadString(utility::framework::StringModule(8304), 8299));
+    EXPECT_FALSE(text.LoadString(utility::detail::LibraryResources().GetResourceDLL(), 8299));
     EXPECT_TRUE(text.IsEmpty());
 }

@@ -75,11 +75,9 @@ COSException::~COSException() = default;
 
 int COSException::GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsigned int* helpContext)
 {
-    constexpr DWORD primaryLanguage = 0x3FF;
-    constexpr DWORD defaultSublanguage = 0x400;
     if (helpContext != nullptr)
         *helpContext = 0;
-    const DWORD language = (utility::platform::Locale().ThreadLocale() & primaryLanguage) | defaultSublanguage;
+    const DWORD language = utility::platform::WithDefaultSublanguage(utility::platform::Locale().ThreadLocale());
     return utility::platform::Text().SystemMessage(m_nError, language, buffer, bufferSize) != 0 ? 1 : 0;
 }
 

@@ -27,14 +27,15 @@ DynLinkLibrary::DynLinkLibrary(HINSTANCE module, HINSTANCE resources) noexcept
 
 const DynLinkLibrary* FirstLibrary() { return chain; }
 
-HINSTANCE StringModule(UINT id)
+std::wstring_view StringOfChain(UINT id)
 {
     for (const DynLinkLibrary* library = chain; library != nullptr; library = library->Next())
     {
-        if (!platform::Modules().StringOf(library->Resources(), id).empty())
-            return library->Resources();
+        const std::wstring_view text = platform::Modules().StringOf(library->Resources(), id);
+        if (!text.empty())
+            return text;
     }
-    return nullptr;
+    return platform::Modules().StringOf(nullptr, id);
 }
 
 }

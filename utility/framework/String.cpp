@@ -36,7 +36,11 @@ void CStringW::Format(const wchar_t* format, ...)
     va_end(arguments);
 }
 
-bool CStringW::LoadString(unsigned int id) { return LoadString(utility::framework::StringModule(id), id); }
+bool CStringW::LoadString(unsigned int id)
+{
+    m_text = utility::framework::StringOfChain(id);
+    return !m_text.empty();
+}
 
 bool CStringW::LoadString(HINSTANCE module, unsigned int id)
 {

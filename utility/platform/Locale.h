@@ -43,6 +43,14 @@ public:
     virtual bool SetRuntimeLocale(const wchar_t* abbreviation) = 0;
 };
 
+/// The locale of a language's default sublanguage, by number alone: 0x0C07 gives 0x0407.
+constexpr LCID WithDefaultSublanguage(LCID locale)
+{
+    constexpr LCID primaryLanguage = 0x3FF;
+    constexpr LCID defaultSublanguage = 0x400;
+    return (locale & primaryLanguage) | defaultSublanguage;
+}
+
 ServiceSlot<LocaleService>& LocaleSlot() noexcept;
 inline LocaleService& Locale() noexcept { return LocaleSlot().Get(); }
 

@@ -49,8 +49,6 @@ void CResourceCounter::Release::operator()(HINSTANCE module) const { Modules().F
 
 bool CResourceCounter::LoadLanguageResourceDLL(const wchar_t* filePattern, LCID lcid)
 {
-    constexpr LCID primaryLanguage = 0x3FF;
-    constexpr LCID defaultSublanguage = 0x400;
     const std::wstring abbreviation = AbbreviationOf(lcid);
     // Deliberately for the language itself only, and not undone where it has no satellite.
     Locale().SetThreadLocale(lcid);
@@ -58,7 +56,7 @@ bool CResourceCounter::LoadLanguageResourceDLL(const wchar_t* filePattern, LCID 
     if (LoadSatellite(filePattern, abbreviation))
         return true;
     // Deliberately by number alone, and also where this is the same language again.
-    if (LoadSatellite(filePattern, AbbreviationOf((lcid & primaryLanguage) | defaultSublanguage)))
+    if (LoadSatellite(filePattern, AbbreviationOf(utility::platform::WithDefaultSublanguage(lcid))))
         return true;
     m_hResourceDLL.reset();
     return false;

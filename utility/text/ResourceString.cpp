@@ -8,7 +8,7 @@ CResourceString::CResourceString(unsigned int id) { LoadString(id); }
 
 CResourceString::CResourceString(HINSTANCE hModule, unsigned int id) { LoadString(hModule, id); }
 
-std::wstring resource_string(unsigned int id) { return resource_string(utility::framework::StringModule(id), id); }
+std::wstring resource_string(unsigned int id) { return std::wstring(utility::framework::StringOfChain(id)); }
 
 std::wstring resource_string(HINSTANCE hModule, unsigned int id)
 {

@@ -6,6 +6,8 @@
 #include "utility/framework/Object.h"
 #include "utility/platform/Types.h"
 
+#include <string_view>
+
 namespace utility::framework
 {
 
@@ -37,7 +39,8 @@ private:
 /// The link that joined the chain last, null for an empty chain.
 const DynLinkLibrary* FirstLibrary();
 
-/// The first resource module of the chain that holds a string with this number; null if none does.
-HINSTANCE StringModule(UINT id);
+/// The string with this number, in place in the first resource module of the chain that holds it, or else in what a null
+/// module stands for (platform/Modules.h). Empty if there is none.
+std::wstring_view StringOfChain(UINT id);
 
 }
