@@ -1,7 +1,9 @@
 #pragma once
 
 #include "tests/support/Substitute.h"
-#include "utility/platform/Desktop.h"
+#include "utility/platform/Boxes.h"
+#include "utility/platform/Keys.h"
+#include "utility/platform/Processes.h"
 
 #include <cstring>
 #include <functional>
@@ -11,8 +13,10 @@
 namespace support
 {
 
-/// Stands in for the desktop while it lives, answers as told, and keeps the calls that change something.
-class ScriptedDesktop : public utility::platform::DesktopService
+/// Stands in for boxes, keys and processes while it lives, answers as told, and keeps the calls that change something.
+class ScriptedDesktop : public utility::platform::BoxService,
+                        public utility::platform::KeyService,
+                        public utility::platform::ProcessService
 {
 public:
     using Answer = utility::platform::BoxAnswer;
@@ -54,7 +58,9 @@ public:
     std::vector<std::string> boxes;
 
 private:
-    Substitute<utility::platform::DesktopService> m_scope{utility::platform::DesktopSlot(), *this};
+    Substitute<utility::platform::BoxService> m_boxes{utility::platform::BoxesSlot(), *this};
+    Substitute<utility::platform::KeyService> m_keys{utility::platform::KeysSlot(), *this};
+    Substitute<utility::platform::ProcessService> m_processes{utility::platform::ProcessesSlot(), *this};
 };
 
 }

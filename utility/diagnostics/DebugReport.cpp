@@ -1,7 +1,8 @@
 #include "utility/diagnostics/internal/DebugReport.h"
 
+#include "utility/platform/Boxes.h"
 #include "utility/platform/Debugger.h"
-#include "utility/platform/Desktop.h"
+#include "utility/platform/Processes.h"
 
 #include <algorithm>
 #include <atomic>
@@ -109,9 +110,8 @@ int ZeloDbgReport(int type, int severity, bool showBox, const char* file, int li
 int ZeloDbgMessage(int type, const char* file, const char* lineText, int severity, const char* module,
                    const char* message)
 {
-    auto& desktop = platform::Desktop();
-    char program[platform::DesktopService::pathSize];
-    if (!desktop.ProgramPath(program))
+    char program[platform::ProcessService::pathSize];
+    if (!platform::Processes().ProgramPath(program))
         std::strcpy(program, "<program name unknown>");
     const auto ifGiven = [](const char* part, const char* text) { return part == nullptr ? "" : text; };
     const bool hasMessage = *message != '\0';
@@ -122,10 +122,10 @@ int ZeloDbgMessage(int type, const char* file, const char* lineText, int severit
           module == nullptr ? "" : Shortened(const_cast<char*>(module)), ifGiven(file, "\nFile: "), ifGiven(file, file),
           ifGiven(lineText, "\nLine: "), ifGiven(lineText, lineText), "\nSeverity: ", severity,
           hasMessage ? "\n\n" : "", hasMessage && type == reportAssertion ? "Expression: " : "", message);
-    switch (desktop.AskAbortRetryIgnore("Selvane Production Software Debug Library", text))
+    switch (platform::Boxes().AskAbortRetryIgnore("Selvane Production Software Debug Library", text))
     {
     case platform::BoxAnswer::abort:
-        desktop.EndProcess();
+        platform::Processes().EndProcess();
         return 0;
     case platform::BoxAnswer::retry:
         return 1;

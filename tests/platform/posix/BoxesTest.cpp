@@ -1,8 +1,8 @@
-#include "utility/platform/Desktop.h"
+#include "utility/platform/Boxes.h"
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/diagnostics/Assertions.h"
+#include "utility/platform/Keys.h"
 
 #include <gtest/gtest.h>
 
@@ -15,8 +15,8 @@
 
 using support::Child;
 using utility::platform::BoxAnswer;
-using utility::platform::Desktop;
-using utility::platform::DesktopService;
+using utility::platform::Boxes;
+using utility::platform::Keys;
 
 namespace
 {
@@ -26,8 +26,8 @@ constexpr int controlDown = 10;
 /// Asks, and tells the answer and the Control key by an exit code.
 int Ask()
 {
-    const int answer = static_cast<int>(Desktop().AskAbortRetryIgnore("Title", "What\nnow?"));
-    return answer + (Desktop().IsControlKeyDown() ? controlDown : 0);
+    const int answer = static_cast<int>(Boxes().AskAbortRetryIgnore("Title", "What\nnow?"));
+    return answer + (Keys().IsControlKeyDown() ? controlDown : 0);
 }
 
 /// The same with a display, or none, in the environment.
@@ -49,12 +49,12 @@ struct Typed
     int expected;
 };
 
-class DesktopTerminalTest : public ::testing::TestWithParam<Typed>
+class BoxTerminalTest : public ::testing::TestWithParam<Typed>
 {
 };
 
 /// Dialog programs that a test writes are all that is on the path, and there is a display.
-class DesktopDialogTest : public ::testing::Test
+class BoxDialogTest : public ::testing::Test
 {
 protected:
     void Program(const char* name, const std::string& script) const
@@ -81,7 +81,7 @@ protected:
 
 }
 
-TEST_P(DesktopTerminalTest, LineThatIsTypedIsTheAnswer)
+TEST_P(BoxTerminalTest, LineThatIsTypedIsTheAnswer)
 {
     Child child(Ask, Child::Terminal::foreground);
     const std::string question = child.ReadUntil("from now on: ");
@@ -90,7 +90,7 @@ TEST_P(DesktopTerminalTest, LineThatIsTypedIsTheAnswer)
     EXPECT_EQ(child.ExitCode(), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, DesktopTerminalTest,
+INSTANTIATE_TEST_SUITE_P(Keys, BoxTerminalTest,
                          ::testing::Values(Typed{"Abort", "a\n", CodeOf(BoxAnswer::abort)},
                                            Typed{"AbortInFull", "Abort\n", CodeOf(BoxAnswer::abort)},
                                            Typed{"Retry", "r\n", CodeOf(BoxAnswer::retry)},
@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, DesktopTerminalTest,
                                            Typed{"EndOfInput", "\x04", CodeOf(BoxAnswer::ignore)}),
                          [](const auto& tested) { return tested.param.name; });
 
-TEST(DesktopTest, TerminalAsksAgainForAnotherLetter)
+TEST(BoxTest, TerminalAsksAgainForAnotherLetter)
 {
     Child child(Ask, Child::Terminal::foreground);
     child.ReadUntil("from now on: ");
@@ -112,7 +112,7 @@ TEST(DesktopTest, TerminalAsksAgainForAnotherLetter)
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
 }
 
-TEST(DesktopTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
+TEST(BoxTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
 {
     Child child(
         []
@@ -131,13 +131,13 @@ TEST(DesktopTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::retry));
 }
 
-TEST(DesktopTest, TerminalOfAnotherProcessGroupIsLeftAlone)
+TEST(BoxTest, TerminalOfAnotherProcessGroupIsLeftAlone)
 {
     Child child([] { return AskWithDisplay(nullptr); }, Child::Terminal::background);
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST(DesktopTest, TerminalThatGoesAwayIsIgnore)
+TEST(BoxTest, TerminalThatGoesAwayIsIgnore)
 {
     Child child(
         []
@@ -151,40 +151,7 @@ TEST(DesktopTest, TerminalThatGoesAwayIsIgnore)
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST(DesktopTest, ControlKeyOfAnAnswerIsTakenOnce)
-{
-    Child child(
-        []
-        {
-            Desktop().AskAbortRetryIgnore("Title", "What\nnow?");
-            return (Desktop().IsControlKeyDown() ? 1 : 0) + (Desktop().IsControlKeyDown() ? 2 : 0);
-        },
-        Child::Terminal::foreground);
-    child.ReadUntil("from now on: ");
-    child.Type("\t\n");
-    EXPECT_EQ(child.ExitCode(), 1);
-}
-
-TEST(DesktopTest, ControlKeyIsThatOfTheLatestAnswer)
-{
-    Child child(
-        []
-        {
-            Desktop().AskAbortRetryIgnore("Title", "First");
-            return Ask();
-        },
-        Child::Terminal::foreground);
-    for (const char* const answer : {"\t\n", "i\n"})
-    {
-        child.ReadUntil("from now on: ");
-        child.Type(answer);
-    }
-    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
-}
-
-TEST(DesktopTest, ControlKeyIsUpWhereNobodyWasAsked) { EXPECT_FALSE(Desktop().IsControlKeyDown()); }
-
-TEST_F(DesktopDialogTest, ZenityGetsTheTextAsItIsAndItsButtonIsTheAnswer)
+TEST_F(BoxDialogTest, ZenityGetsTheTextAsItIsAndItsButtonIsTheAnswer)
 {
     const std::string keep = "printf '%s\\n' \"$@\" >'" + (m_folder / "arguments").string() + "'\n";
     Program("zenity", keep + "echo Abort; exit 1\n");
@@ -198,7 +165,7 @@ TEST_F(DesktopDialogTest, ZenityGetsTheTextAsItIsAndItsButtonIsTheAnswer)
     EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST_F(DesktopDialogTest, KdialogGetsTheTextAsItIsAndItsExitCodeIsTheAnswer)
+TEST_F(BoxDialogTest, KdialogGetsTheTextAsItIsAndItsExitCodeIsTheAnswer)
 {
     const std::string keep = "printf '%s\\n' \"$@\" >'" + (m_folder / "arguments").string() + "'\n";
     Program("kdialog", keep + "exit 0\n");
@@ -212,99 +179,29 @@ TEST_F(DesktopDialogTest, KdialogGetsTheTextAsItIsAndItsExitCodeIsTheAnswer)
     EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST_F(DesktopDialogTest, EitherKindOfDisplayWillDo)
+TEST_F(BoxDialogTest, EitherKindOfDisplayWillDo)
 {
     Program("zenity", "echo Abort; exit 1\n");
     EXPECT_EQ(AnswerWith("DISPLAY"), CodeOf(BoxAnswer::abort));
     EXPECT_EQ(AnswerWith("WAYLAND_DISPLAY"), CodeOf(BoxAnswer::abort));
 }
 
-TEST_F(DesktopDialogTest, WindowThatWasClosedIsIgnore)
+TEST_F(BoxDialogTest, WindowThatWasClosedIsIgnore)
 {
     Program("zenity", "exit 1\n");
     EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST_F(DesktopDialogTest, ProgramThatCrashesIsIgnore)
+TEST_F(BoxDialogTest, ProgramThatCrashesIsIgnore)
 {
     Program("kdialog", "kill -9 $$\n");
     EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore));
 }
 
-TEST_F(DesktopDialogTest, NoDisplayIsIgnore)
+TEST_F(BoxDialogTest, NoDisplayIsIgnore)
 {
     Program("zenity", "echo Abort; exit 1\n");
     EXPECT_EQ(AnswerWith(nullptr), CodeOf(BoxAnswer::ignore));
 }
 
-TEST_F(DesktopDialogTest, NoDialogProgramIsIgnore) { EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore)); }
-
-TEST(DesktopTest, ThreadHasNoQuitMessage)
-{
-    EXPECT_EQ(Desktop().TakeQuitMessage(), std::nullopt);
-    Desktop().PostQuitMessage(42);
-    EXPECT_EQ(Desktop().TakeQuitMessage(), std::nullopt);
-}
-
-TEST(DesktopTest, ProgramPathIsThatOfTheTests)
-{
-    char path[DesktopService::pathSize];
-    ASSERT_TRUE(Desktop().ProgramPath(path));
-    EXPECT_TRUE(std::string_view(path).ends_with("/UtilityTests")) << path;
-    EXPECT_EQ(path[0], '/');
-}
-
-TEST(DesktopTest, EndOfTheProcessIsTheAbortSignal)
-{
-    Child child(
-        []
-        {
-            Desktop().EndProcess();
-            return 0;
-        });
-    EXPECT_EQ(child.Signal(), SIGABRT);
-}
-
-TEST(DesktopTest, ProcessThatIgnoresTheAbortSignalEndsWithCodeThree)
-{
-    Child child(
-        []
-        {
-            ::signal(SIGABRT, SIG_IGN);
-            Desktop().EndProcess();
-            return 0;
-        });
-    EXPECT_EQ(child.ExitCode(), 3);
-}
-
-TEST(DesktopTest, AssertionIsSwitchedOffByControlIOnTheTerminal)
-{
-    Child child(
-        []
-        {
-            bool ignored = false;
-            const bool first = ZeloAssertFailed("part.cpp", 12, 0, ignored);
-            const bool second = ZeloAssertFailed("part.cpp", 12, 0, ignored);
-            return !first && !second && ignored ? 1 : 0;
-        },
-        Child::Terminal::foreground);
-    const std::string question = child.ReadUntil("from now on: ");
-    EXPECT_NE(question.find("File: part.cpp\r\nLine: 12\r\nSeverity: 0\r\n"), std::string::npos) << question;
-    child.Type("\t\n");
-    EXPECT_EQ(child.ExitCode(), 1);
-}
-
-TEST(DesktopTest, AssertionThatIsAbortedOnTheTerminalEndsTheProcess)
-{
-    Child child(
-        []
-        {
-            bool ignored = false;
-            ZeloAssertFailed("part.cpp", 12, 0, ignored);
-            return 0;
-        },
-        Child::Terminal::foreground);
-    child.ReadUntil("from now on: ");
-    child.Type("a\n");
-    EXPECT_EQ(child.Signal(), SIGABRT);
-}
+TEST_F(BoxDialogTest, NoDialogProgramIsIgnore) { EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore)); }
