@@ -82,18 +82,3 @@ TEST(VersionInfoSizeTest, FileWithoutARecordHasNone)
         EXPECT_NE(platform::LastError(), 0u) << name;
     }
 }
-
-TEST(VersionInfoMemoryTest, BlockKeepsWhatIsWrittenWhileItIsUnlocked)
-{
-    const HANDLE memory = VersionInfo().GlobalAlloc(1000);
-    ASSERT_NE(memory, nullptr);
-    auto* bytes = static_cast<char*>(VersionInfo().GlobalLock(memory));
-    ASSERT_NE(bytes, nullptr);
-    bytes[999] = 'x';
-    VersionInfo().GlobalUnlock(memory);
-    bytes = static_cast<char*>(VersionInfo().GlobalLock(memory));
-    ASSERT_NE(bytes, nullptr);
-    EXPECT_EQ(bytes[999], 'x');
-    VersionInfo().GlobalUnlock(memory);
-    VersionInfo().GlobalFree(memory);
-}

@@ -1,5 +1,6 @@
 #include "utility/settings/Version.h"
 
+#include "tests/support/ForwardingMovableMemory.h"
 #include "tests/support/ForwardingVersionInfo.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
@@ -272,7 +273,7 @@ INSTANTIATE_TEST_SUITE_P(Modules, VersionOfBuiltModuleTest,
 
 TEST(VersionOfTwoFilesTest, SecondInitialiseFreesTheFirstBlockFirst)
 {
-    support::ForwardingVersionInfo service;
+    support::ForwardingMovableMemory service;
     {
         CVersion version;
         ASSERT_TRUE(version.Initialise(Module("WholeVersion.dll").c_str()));
@@ -300,8 +301,8 @@ enum class Step
     fixedInformation,
 };
 
-/// Version records that fail at a step.
-class FailingVersionInfo final : public support::ForwardingVersionInfo
+/// Version records, and the memory for them, that fail at a step.
+class FailingVersionInfo final : public support::ForwardingVersionInfo, public support::ForwardingMovableMemory
 {
 public:
     DWORD GetFileVersionInfoSizeW(const wchar_t* path) override
@@ -310,11 +311,11 @@ public:
     }
     HANDLE GlobalAlloc(std::size_t size) override
     {
-        return failAt == Step::allocation ? nullptr : ForwardingVersionInfo::GlobalAlloc(size);
+        return failAt == Step::allocation ? nullptr : ForwardingMovableMemory::GlobalAlloc(size);
     }
     void* GlobalLock(HANDLE memory) override
     {
-        return failAt == Step::lock ? nullptr : ForwardingVersionInfo::GlobalLock(memory);
+        return failAt == Step::lock ? nullptr : ForwardingMovableMemory::GlobalLock(memory);
     }
     bool GetFileVersionInfoW(const wchar_t* path, DWORD size, void* data) override
     {
@@ -394,7 +395,7 @@ INSTANTIATE_TEST_SUITE_P(Steps, VersionFailureTest,
 
 TEST(VersionAssignmentTest, DeliberatelySharesTheRecordSoThatBothFreeIt)
 {
-    struct FreeOnce final : support::ForwardingVersionInfo
+    struct FreeOnce final : support::ForwardingMovableMemory
     {
         void GlobalFree(HANDLE memory) override { freed.push_back(memory); }
         ~FreeOnce() override { m_system.GlobalFree(allocated.front()); }

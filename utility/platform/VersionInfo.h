@@ -3,13 +3,11 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
-#include <cstddef>
-
 namespace utility::platform
 {
 
-/// Version records of module files, under the names that the system has for them, and the movable memory that such a
-/// record is read into. Any thread may call. An operation that fails leaves its reason in LastError().
+/// Version records of module files, under the names that the system has for them. Any thread may call. An operation that
+/// fails leaves its reason in LastError().
 ///
 /// On Linux a record is read from the resources of a PE file, or from the section of a 64-bit ELF file where
 /// utility_version_record() of the CMake package puts it.
@@ -29,14 +27,6 @@ public:
     /// ends with a null, and `length` its size in bytes, of a text in stored characters with the null. Both are
     /// unspecified on failure.
     virtual bool VerQueryValueW(const void* data, const wchar_t* subBlock, void*& value, UINT& length) = 0;
-
-    /// Movable memory, aligned for any type; null if there is none left.
-    virtual HANDLE GlobalAlloc(std::size_t size) = 0;
-
-    /// The memory's address until it is unlocked; null on failure.
-    virtual void* GlobalLock(HANDLE memory) = 0;
-    virtual void GlobalUnlock(HANDLE memory) = 0;
-    virtual void GlobalFree(HANDLE memory) = 0;
 };
 
 ServiceSlot<VersionInfoService>& VersionInfoSlot() noexcept;

@@ -2,12 +2,14 @@
 
 #include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/Modules.h"
+#include "utility/platform/MovableMemory.h"
 #include "utility/platform/VersionInfo.h"
 
 #include <cstring>
 #include <cwchar>
 #include <iterator>
 
+using utility::platform::MovableMemory;
 using utility::platform::VersionInfo;
 
 const wchar_t* const CVersion::m_pszRootBlock = L"\\";
@@ -65,10 +67,10 @@ bool CVersion::Initialise(const wchar_t* fileName)
     const DWORD size = VersionInfo().GetFileVersionInfoSizeW(fileName);
     if (size == 0)
         return false;
-    m_hData = VersionInfo().GlobalAlloc(size);
+    m_hData = MovableMemory().GlobalAlloc(size);
     if (m_hData == nullptr)
         return false;
-    m_pData = VersionInfo().GlobalLock(m_hData);
+    m_pData = MovableMemory().GlobalLock(m_hData);
     bool isRead = false;
     if (m_pData != nullptr && VersionInfo().GetFileVersionInfoW(fileName, size, m_pData))
     {
@@ -143,7 +145,7 @@ bool CVersion::GetFixedFileInfo(VS_FIXEDFILEINFO** info) const
 
 void CVersion::FreeBlock()
 {
-    VersionInfo().GlobalUnlock(m_hData);
-    VersionInfo().GlobalFree(m_hData);
+    MovableMemory().GlobalUnlock(m_hData);
+    MovableMemory().GlobalFree(m_hData);
     m_hData = nullptr;
 }

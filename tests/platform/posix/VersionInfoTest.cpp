@@ -1,6 +1,5 @@
 #include "utility/platform/VersionInfo.h"
 
-#include "tests/support/ForwardingHeap.h"
 #include "utility/platform/Error.h"
 
 #include <gtest/gtest.h>
@@ -37,12 +36,4 @@ TEST(PosixVersionInfoTest, RecordThatHasGrownMeanwhileIsNotRead)
     const auto block = std::make_unique<std::byte[]>(size - 1);
     EXPECT_FALSE(VersionInfo().GetFileVersionInfoW(version, size - 1, block.get()));
     EXPECT_EQ(LastError(), 122u);
-}
-
-TEST(PosixVersionInfoTest, MemoryThatThereIsNotIsNull)
-{
-    support::ForwardingHeap heap;
-    heap.failAt = 1;
-    EXPECT_EQ(VersionInfo().GlobalAlloc(1), nullptr);
-    EXPECT_EQ(LastError(), 8u);
 }

@@ -2,7 +2,6 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/VersionRecord.h"
-#include "utility/platform/Heap.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/files/MappedFile.h"
 
@@ -57,20 +56,6 @@ public:
     {
         return data != nullptr && formats::QueryVersionBlock(data, subBlock, value, length);
     }
-
-    // Memory does not move here.
-
-    HANDLE GlobalAlloc(std::size_t size) override
-    {
-        const HANDLE memory = Heap().Allocate(size);
-        if (memory == nullptr)
-            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return memory;
-    }
-
-    void* GlobalLock(HANDLE memory) override { return memory; }
-    void GlobalUnlock(HANDLE /*memory*/) override {}
-    void GlobalFree(HANDLE memory) override { Heap().Free(memory); }
 };
 
 }

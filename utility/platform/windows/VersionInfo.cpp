@@ -24,11 +24,6 @@ public:
     {
         return ::VerQueryValueW(data, subBlock, &value, &length);
     }
-
-    HANDLE GlobalAlloc(std::size_t size) override { return ::GlobalAlloc(GMEM_MOVEABLE, size); }
-    void* GlobalLock(HANDLE memory) override { return ::GlobalLock(memory); }
-    void GlobalUnlock(HANDLE memory) override { ::GlobalUnlock(memory); }
-    void GlobalFree(HANDLE memory) override { ::GlobalFree(memory); }
 };
 
 }
