@@ -1,16 +1,22 @@
 #include "utility/platform/Files.h"
 
+#include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/files/MemoryMappedFile.h"
 #include "utility/framework/FileException.h"
 #include "utility/platform/Error.h"
+#include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/MappedFile.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <fstream>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
+using support::FailingCall;
 using utility::platform::Files;
 using utility::platform::LastError;
 
@@ -87,4 +93,339 @@ TEST(PosixFilesTest, NameThatIsTooLongIsError206)
     const boost::filesystem::path path = folder.Path() / std::string(300, 'x');
     EXPECT_EQ(Files().OpenForWriting(path), INVALID_HANDLE_VALUE);
     EXPECT_EQ(LastError(), ERROR_FILENAME_EXCED_RANGE);
+}
+
+// What fails below
+
+namespace
+{
+
+/// A file in a folder of the test's own. Once all failures are over, nothing is left open and the file can be had.
+class FailingFilesTest : public ::testing::Test
+{
+protected:
+    ~FailingFilesTest() override
+    {
+        EXPECT_EQ(support::OpenDescriptors(), m_descriptors);
+        const HANDLE file = Files().OpenForWriting(m_path);
+        EXPECT_NE(file, INVALID_HANDLE_VALUE);
+        EXPECT_TRUE(Files().Close(file));
+    }
+
+    std::string Bytes() const { return support::TemporaryFolder::BytesOf(m_path); }
+
+    const support::TemporaryFolder m_folder;
+    const boost::filesystem::path m_path = m_folder.File("a", "bytes");
+    const std::ptrdiff_t m_descriptors = support::OpenDescriptors();
+};
+
+/// The same with the file open to be written.
+class FailingWriterTest : public FailingFilesTest
+{
+protected:
+    ~FailingWriterTest() override { Files().Close(m_file); }
+
+    const HANDLE m_file = Files().OpenForWriting(m_path);
+    DWORD m_written = 77;
+};
+
+/// How many mappings the process has.
+std::ptrdiff_t Mappings()
+{
+    std::ifstream maps("/proc/self/maps");
+    return std::count(std::istreambuf_iterator<char>(maps), {}, '\n');
+}
+
+}
+
+TEST_F(FailingFilesTest, FileThatCannotBeOpenedSaysWhy)
+{
+    const FailingCall failing("open", EMFILE, FailingCall::always);
+    EXPECT_EQ(Files().OpenForReading(m_path), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(LastError(), ERROR_TOO_MANY_OPEN_FILES);
+    EXPECT_EQ(Files().OpenForWriting(m_path), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(LastError(), ERROR_TOO_MANY_OPEN_FILES);
+}
+
+TEST_F(FailingFilesTest, FileOfWhichNothingIsToldIsClosedAndSaysWhy)
+{
+    const FailingCall failing("fstat", EIO, FailingCall::always);
+    const FailingCall alsoFailing("close", ENOSPC, FailingCall::always);
+    EXPECT_EQ(Files().OpenForReading(m_path), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    EXPECT_TRUE(alsoFailing.HasFailed());
+}
+
+TEST_F(FailingFilesTest, LockOfAnotherIsASharingViolationByEitherOfItsNames)
+{
+    for (const int name : {EAGAIN, EACCES})
+    {
+        const FailingCall failing("fcntl", name);
+        EXPECT_EQ(Files().OpenForReading(m_path), INVALID_HANDLE_VALUE);
+        EXPECT_EQ(LastError(), ERROR_SHARING_VIOLATION);
+    }
+}
+
+TEST_F(FailingFilesTest, FileSystemWithoutLocksLetsEverybodyIn)
+{
+    const FailingCall failing("fcntl", ENOLCK);
+    const HANDLE first = Files().OpenForWriting(m_path);
+    EXPECT_TRUE(failing.HasFailed());
+    const HANDLE second = Files().OpenForWriting(m_path);
+    EXPECT_NE(first, INVALID_HANDLE_VALUE);
+    EXPECT_NE(second, INVALID_HANDLE_VALUE);
+    Files().Close(first);
+    Files().Close(second);
+}
+
+TEST_F(FailingFilesTest, InterruptedOpenGoesOnAndTakesTheLock)
+{
+    const FailingCall opening("open", EINTR);
+    const FailingCall locking("fcntl", EINTR);
+    const HANDLE file = Files().OpenForWriting(m_path);
+    EXPECT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(opening.HasFailed());
+    EXPECT_TRUE(locking.HasFailed());
+    EXPECT_EQ(Files().OpenForReading(m_path), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(LastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_TRUE(Files().Close(file));
+}
+
+TEST_F(FailingWriterTest, WriteInPartsIsAWholeWrite)
+{
+    const support::ShortWrites three(3);
+    EXPECT_TRUE(Files().Write(m_file, "0123456789", 10, m_written));
+    EXPECT_EQ(m_written, 10u);
+    EXPECT_EQ(Bytes(), "0123456789");
+}
+
+TEST_F(FailingWriterTest, InterruptedWriteGoesOn)
+{
+    const support::ShortWrites three(3);
+    const FailingCall failing("write", EINTR, 2);
+    EXPECT_TRUE(Files().Write(m_file, "0123456789", 10, m_written));
+    EXPECT_TRUE(failing.HasFailed());
+    EXPECT_EQ(m_written, 10u);
+    EXPECT_EQ(Bytes(), "0123456789");
+}
+
+TEST_F(FailingWriterTest, WriteThatFailsHalfWayTellsWhyAndHowFarItCame)
+{
+    const support::ShortWrites three(3);
+    const FailingCall failing("write", ENOSPC, 2);
+    EXPECT_FALSE(Files().Write(m_file, "0123456789", 10, m_written));
+    EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+    EXPECT_EQ(m_written, 3u);
+    EXPECT_EQ(Bytes(), "012es");
+    EXPECT_TRUE(Files().Write(m_file, "345", 3, m_written));
+    EXPECT_EQ(Bytes(), "012345");
+}
+
+TEST_F(FailingWriterTest, WriteThatTakesNothingEnds)
+{
+    const support::ShortWrites none(0);
+    EXPECT_TRUE(Files().Write(m_file, "x", 1, m_written));
+    EXPECT_EQ(m_written, 0u);
+    EXPECT_EQ(Bytes(), "bytes");
+}
+
+TEST_F(FailingWriterTest, ReasonOfAFailedWriteOutlivesThatNothingMoreIsTold)
+{
+    const FailingCall writing("write", EIO);
+    const FailingCall asking("fcntl", EBADF);
+    EXPECT_FALSE(Files().Write(m_file, "x", 1, m_written));
+    EXPECT_TRUE(asking.HasFailed());
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(m_written, 0u);
+}
+
+TEST_F(FailingWriterTest, FlushThatFailsSaysWhyAndTheNextMayDoIt)
+{
+    const FailingCall failing("fsync", EIO);
+    EXPECT_FALSE(Files().FlushToDisk(m_file));
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    EXPECT_TRUE(Files().FlushToDisk(m_file));
+}
+
+TEST_F(FailingWriterTest, InterruptedFlushGoesOn)
+{
+    const FailingCall failing("fsync", EINTR);
+    EXPECT_TRUE(Files().FlushToDisk(m_file));
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(FailingWriterTest, LengthThatCannotBeChangedStays)
+{
+    Files().Seek(m_file, 2, nullptr, FILE_BEGIN);
+    {
+        const FailingCall failing("lseek", EIO);
+        EXPECT_FALSE(Files().TruncateHere(m_file));
+        EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    }
+    const FailingCall failing("ftruncate", ENOSPC);
+    EXPECT_FALSE(Files().TruncateHere(m_file));
+    EXPECT_EQ(LastError(), ERROR_DISK_FULL);
+    EXPECT_EQ(Bytes(), "bytes");
+    EXPECT_TRUE(Files().TruncateHere(m_file));
+    EXPECT_EQ(Bytes(), "by");
+}
+
+TEST_F(FailingWriterTest, InterruptedChangeOfTheLengthGoesOn)
+{
+    const FailingCall failing("ftruncate", EINTR);
+    EXPECT_TRUE(Files().TruncateHere(m_file));
+    EXPECT_TRUE(failing.HasFailed());
+    EXPECT_EQ(Bytes(), "");
+}
+
+TEST_F(FailingWriterTest, PositionThatCannotBeMovedSaysWhy)
+{
+    const FailingCall failing("lseek", EIO);
+    EXPECT_EQ(Files().Seek(m_file, 0, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+}
+
+TEST_F(FailingWriterTest, LengthThatIsNotToldLeavesTheCallersAlone)
+{
+    const FailingCall failing("fstat", EIO);
+    std::uint64_t length = 77;
+    EXPECT_FALSE(Files().Length(m_file, length));
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(length, 77u);
+}
+
+TEST_F(FailingWriterTest, InformationThatIsNotToldLeavesTheCallersAlone)
+{
+    const FailingCall failing("fstat", EIO);
+    BY_HANDLE_FILE_INFORMATION information = {};
+    information.nNumberOfLinks = 77;
+    EXPECT_FALSE(Files().Information(m_file, information));
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(information.nNumberOfLinks, 77u);
+}
+
+TEST_F(FailingWriterTest, CreationTimeThatTheSystemDoesNotKnowIsTheLastChange)
+{
+    const FailingCall failing("statx", ENOSYS);
+    BY_HANDLE_FILE_INFORMATION information = {};
+    EXPECT_TRUE(Files().Information(m_file, information));
+    EXPECT_TRUE(failing.HasFailed());
+    // The file was made and never touched again.
+    EXPECT_EQ(information.ftCreationTime.dwHighDateTime, information.ftLastWriteTime.dwHighDateTime);
+    EXPECT_EQ(information.ftCreationTime.dwLowDateTime, information.ftLastWriteTime.dwLowDateTime);
+}
+
+TEST_F(FailingFilesTest, FileThatFailsToCloseIsClosed)
+{
+    const HANDLE file = Files().OpenForWriting(m_path);
+    const FailingCall failing("close", EIO);
+    EXPECT_FALSE(Files().Close(file));
+    EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+}
+
+TEST_F(FailingFilesTest, InterruptedCloseHasClosedTheFile)
+{
+    const HANDLE file = Files().OpenForWriting(m_path);
+    const FailingCall failing("close", EINTR);
+    EXPECT_TRUE(Files().Close(file));
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(FailingFilesTest, FileThatCannotBeMappedSaysWhy)
+{
+    const HANDLE file = Files().OpenForReading(m_path);
+    {
+        const FailingCall failing("fstat", EIO);
+        EXPECT_EQ(Files().MapReadOnly(file), nullptr);
+        EXPECT_EQ(LastError(), ERROR_GEN_FAILURE);
+    }
+    const FailingCall failing("fcntl", EMFILE);
+    EXPECT_EQ(Files().MapReadOnly(file), nullptr);
+    EXPECT_EQ(LastError(), ERROR_TOO_MANY_OPEN_FILES);
+    const HANDLE mapping = Files().MapReadOnly(file);
+    EXPECT_NE(mapping, nullptr);
+    EXPECT_TRUE(Files().Close(mapping));
+    EXPECT_TRUE(Files().Close(file));
+}
+
+TEST_F(FailingFilesTest, ViewThatCannotBeHadLeavesNoMemoryBehind)
+{
+    // One that fills its last page takes two mappings, either of which may fail.
+    for (const std::size_t length : {std::size_t{5}, static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))})
+    {
+        const HANDLE file = Files().OpenForReading(m_folder.File("b", std::string(length, 'x')));
+        const HANDLE mapping = Files().MapReadOnly(file);
+        const std::ptrdiff_t mappings = Mappings();
+        constexpr int rounds = 50;
+        for (int round = 0; round < rounds; ++round)
+        {
+            const FailingCall failing("mmap", ENOMEM, 1 + round % (length == 5 ? 1 : 2));
+            ASSERT_EQ(Files().ViewAll(mapping, length), nullptr);
+            ASSERT_EQ(LastError(), ERROR_NOT_ENOUGH_MEMORY);
+        }
+        for (int round = 0; round < rounds; ++round)
+        {
+            const FailingCall failing("operator new", ENOMEM);
+            ASSERT_EQ(Files().ViewAll(mapping, length), nullptr);
+            ASSERT_EQ(LastError(), ERROR_NOT_ENOUGH_MEMORY);
+        }
+        EXPECT_LT(Mappings(), mappings + rounds / 2);
+        const void* const view = Files().ViewAll(mapping, length);
+        ASSERT_NE(view, nullptr);
+        EXPECT_EQ(static_cast<const char*>(view)[length - 1], 'x');
+        EXPECT_TRUE(Files().UnmapView(view));
+        EXPECT_TRUE(Files().Close(mapping));
+        EXPECT_TRUE(Files().Close(file));
+    }
+}
+
+TEST_F(FailingFilesTest, ReasonOfAFailedViewOutlivesTheCleanUp)
+{
+    const HANDLE file = Files().OpenForReading(m_folder.File("b", std::string(4096, 'x')));
+    const HANDLE mapping = Files().MapReadOnly(file);
+    {
+        const FailingCall viewing("mmap", ENODEV, 2);
+        const FailingCall unmapping("munmap", ENOMEM);
+        EXPECT_EQ(Files().ViewAll(mapping, 4096), nullptr);
+        EXPECT_EQ(LastError(), utility::platform::posix::ErrorOfErrno(ENODEV));
+        EXPECT_TRUE(unmapping.HasFailed());
+    }
+    EXPECT_TRUE(Files().Close(mapping));
+    EXPECT_TRUE(Files().Close(file));
+}
+
+TEST_F(FailingFilesTest, ViewThatFailsToGoSaysWhy)
+{
+    const HANDLE file = Files().OpenForReading(m_path);
+    const HANDLE mapping = Files().MapReadOnly(file);
+    const void* const view = Files().ViewAll(mapping, 5);
+    {
+        const FailingCall failing("munmap", ENOMEM);
+        EXPECT_FALSE(Files().UnmapView(view));
+        EXPECT_EQ(LastError(), ERROR_NOT_ENOUGH_MEMORY);
+    }
+    EXPECT_TRUE(Files().UnmapView(view));
+    EXPECT_TRUE(Files().Close(mapping));
+    EXPECT_TRUE(Files().Close(file));
+}
+
+TEST_F(FailingFilesTest, MappedFileIsThereWholeOrNotAtAllWhicheverCallFails)
+{
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const auto path = m_folder.File("b", std::string(page, 'x'));
+    for (const char* const call : {"open", "fstat", "fcntl", "mmap", "operator new"})
+    {
+        bool fails = true;
+        for (int at = 1; fails; ++at)
+        {
+            const FailingCall failing(call, ENOMEM, at);
+            const utility::platform::posix::MappedFile file(path);
+            fails = failing.HasFailed();
+            // Locks are not for every file system.
+            if (fails && file.Content().empty())
+                EXPECT_EQ(LastError(), ERROR_NOT_ENOUGH_MEMORY) << call << at;
+            else
+                EXPECT_EQ(file.Content().size(), page) << call << at;
+        }
+    }
 }

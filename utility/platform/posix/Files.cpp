@@ -7,9 +7,11 @@
 #include <limits>
 #include <map>
 #include <mutex>
+#include <new>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace utility::platform
 {
@@ -31,28 +33,42 @@ std::size_t PageSize()
 /// The mapped length of each view: the system wants it back, and the interface does not carry it.
 class Views
 {
+    using Lengths = std::map<const void*, std::size_t>;
+
 public:
-    void Add(void* base, std::size_t length)
+    using View = Lengths::node_type;
+
+    /// False where memory is short.
+    bool Add(const void* base, std::size_t length)
     {
         const std::lock_guard lock(m_mutex);
-        m_lengths[base] = length;
+        try
+        {
+            m_lengths[base] = length;
+            return true;
+        }
+        catch (const std::bad_alloc&)
+        {
+            return false;
+        }
     }
 
-    /// Forgets a view and gives its length, 0 if there is none at this address.
-    std::size_t Take(const void* base)
+    /// Forgets a view; empty if there is none at this address.
+    View Take(const void* base)
     {
         const std::lock_guard lock(m_mutex);
-        const auto view = m_lengths.find(base);
-        if (view == m_lengths.end())
-            return 0;
-        const std::size_t length = view->second;
-        m_lengths.erase(view);
-        return length;
+        return m_lengths.extract(base);
+    }
+
+    void PutBack(View view)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_lengths.insert(std::move(view));
     }
 
 private:
     std::mutex m_mutex;
-    std::map<const void*, std::size_t> m_lengths;
+    Lengths m_lengths;
 };
 
 Views& AllViews()
@@ -65,7 +81,8 @@ Views& AllViews()
 HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType)
 {
     // Without O_NONBLOCK a pipe without a writer would hold up the caller; for files it has no effect.
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int descriptor =
+        posix::Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666); });
     if (descriptor < 0)
     {
         posix::FailOn(path.native());
@@ -86,7 +103,8 @@ HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType
     lock.l_type = lockType;
     lock.l_whence = SEEK_SET;
     // A file system without locks lets everybody in; only a lock held by another turns the caller away.
-    if (::fcntl(descriptor, F_OFD_SETLK, &lock) != 0 && (errno == EAGAIN || errno == EACCES))
+    const int locked = posix::Uninterrupted([&] { return ::fcntl(descriptor, F_OFD_SETLK, &lock); });
+    if (locked != 0 && (errno == EAGAIN || errno == EACCES))
         return refuse(ERROR_SHARING_VIOLATION);
     return HandleOf(descriptor);
 }
@@ -162,31 +180,26 @@ public:
         // zeros of our own, so that the byte behind the file is readable there too.
         const bool needsPageBehind = length % PageSize() == 0;
         const std::size_t total = length + (needsPageBehind ? PageSize() : 0);
-        void* base = nullptr;
-        int fixed = 0;
-        if (needsPageBehind)
-        {
-            base = ::mmap(nullptr, total, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-            fixed = MAP_FIXED;
-        }
-        if (base != MAP_FAILED)
-        {
-            void* const reserved = base;
-            base = ::mmap(reserved, length, PROT_READ, MAP_SHARED | fixed, DescriptorOf(mapping), 0);
-            if (base == MAP_FAILED && reserved != nullptr)
-            {
-                const int reason = errno;
-                ::munmap(reserved, total);
-                errno = reason;
-            }
-        }
-        if (base == MAP_FAILED)
+        void* const reserved =
+            needsPageBehind ? ::mmap(nullptr, total, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) : nullptr;
+        if (reserved == MAP_FAILED)
         {
             posix::Fail();
             return nullptr;
         }
+        void* const base = ::mmap(reserved, length, PROT_READ, MAP_SHARED | (needsPageBehind ? MAP_FIXED : 0),
+                                  DescriptorOf(mapping), 0);
+        const DWORD reason = base == MAP_FAILED             ? posix::ErrorOfErrno(errno)
+                             : !AllViews().Add(base, total) ? ERROR_NOT_ENOUGH_MEMORY
+                                                            : ERROR_SUCCESS;
+        if (reason != ERROR_SUCCESS)
+        {
+            if (void* const mapped = base != MAP_FAILED ? base : reserved)
+                ::munmap(mapped, total);
+            SetLastError(reason);
+            return nullptr;
+        }
         ::madvise(base, length, MADV_SEQUENTIAL);
-        AllViews().Add(base, total);
         return base;
     }
 
@@ -195,13 +208,17 @@ public:
 
     bool UnmapView(const void* view) override
     {
-        const std::size_t length = AllViews().Take(view);
-        if (length == 0)
+        Views::View taken = AllViews().Take(view);
+        if (!taken)
         {
             SetLastError(ERROR_INVALID_ADDRESS);
             return false;
         }
-        return ::munmap(const_cast<void*>(view), length) == 0 || posix::Fail();
+        if (::munmap(const_cast<void*>(view), taken.mapped()) == 0)
+            return true;
+        posix::Fail();
+        AllViews().PutBack(std::move(taken));
+        return false;
     }
 
     DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
@@ -230,7 +247,8 @@ public:
     bool TruncateHere(HANDLE file) override
     {
         const off_t position = ::lseek(DescriptorOf(file), 0, SEEK_CUR);
-        return (position >= 0 && ::ftruncate(DescriptorOf(file), position) == 0) || FailToChange(DescriptorOf(file));
+        const auto truncate = [&] { return ::ftruncate(DescriptorOf(file), position); };
+        return (position >= 0 && posix::Uninterrupted(truncate) == 0) || FailToChange(DescriptorOf(file));
     }
 
     bool Write(HANDLE file, const void* data, DWORD size, DWORD& written) override
@@ -239,18 +257,21 @@ public:
         written = 0;
         while (written < size)
         {
-            const ssize_t count = ::write(DescriptorOf(file), bytes + written, size - written);
+            const ssize_t count =
+                posix::Uninterrupted([&] { return ::write(DescriptorOf(file), bytes + written, size - written); });
+            if (count < 0)
+                return FailToChange(DescriptorOf(file));
             if (count == 0)
                 break;
-            if (count > 0)
-                written += static_cast<DWORD>(count);
-            else if (errno != EINTR)
-                return FailToChange(DescriptorOf(file));
+            written += static_cast<DWORD>(count);
         }
         return true;
     }
 
-    bool FlushToDisk(HANDLE file) override { return ::fsync(DescriptorOf(file)) == 0 || posix::Fail(); }
+    bool FlushToDisk(HANDLE file) override
+    {
+        return posix::Uninterrupted([&] { return ::fsync(DescriptorOf(file)); }) == 0 || posix::Fail();
+    }
 
     bool Information(HANDLE file, BY_HANDLE_FILE_INFORMATION& information) override
     {
@@ -274,7 +295,11 @@ public:
         return true;
     }
 
-    bool Close(HANDLE handle) override { return ::close(DescriptorOf(handle)) == 0 || posix::Fail(); }
+    bool Close(HANDLE handle) override
+    {
+        // A descriptor is gone when the call is interrupted as well: made anew it would close that of somebody else.
+        return ::close(DescriptorOf(handle)) == 0 || errno == EINTR || posix::Fail();
+    }
 };
 
 }

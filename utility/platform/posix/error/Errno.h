@@ -14,6 +14,16 @@ DWORD ErrorOfErrno(int value) noexcept;
 /// The errno value whose message says what a Windows error number means; -1 where there is none.
 int ErrnoOfError(DWORD error) noexcept;
 
+/// The result of a call that is made anew for as long as signals interrupt it.
+template <class Call>
+auto Uninterrupted(Call&& call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
 /// Leaves the reason of the failed call just made in LastError(). Always false, for use as a result.
 inline bool Fail() noexcept
 {

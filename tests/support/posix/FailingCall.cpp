@@ -1,0 +1,122 @@
+#include "tests/support/posix/FailingCall.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <new>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+namespace support
+{
+
+namespace
+{
+
+constinit thread_local FailingCall* latest = nullptr;
+
+}
+
+FailingCall::FailingCall(std::string_view name, int error, int at) noexcept
+    : m_name(name), m_error(error), m_at(at), m_earlier(latest)
+{
+    latest = this;
+}
+
+FailingCall::~FailingCall() { latest = m_earlier; }
+
+bool FailingCall::Fails(std::string_view name) noexcept
+{
+    bool fails = false;
+    for (FailingCall* each = latest; each != nullptr; each = each->m_earlier)
+    {
+        if (each->m_name != name || (++each->m_made != each->m_at && each->m_at != always))
+            continue;
+        errno = each->m_error;
+        each->m_hasFailed = fails = true;
+    }
+    return fails;
+}
+
+}
+
+using support::FailingCall;
+
+// The linker gives what calls NAME the function __wrap_NAME instead, and knows the system's as __real_NAME. Each name
+// stands in the linker's options of the tests as well.
+
+#define FAILING_CALL(result, failure, name, parameters, ...)                                                           \
+    extern "C" result __real_##name parameters;                                                                        \
+    extern "C" result __wrap_##name parameters                                                                         \
+    {                                                                                                                  \
+        return FailingCall::Fails(#name) ? (failure) : __real_##name(__VA_ARGS__);                                     \
+    }
+
+FAILING_CALL(int, -1, fstat, (int file, struct stat* status), file, status)
+FAILING_CALL(int, -1, fsync, (int file), file)
+FAILING_CALL(int, -1, ftruncate, (int file, off_t length), file, length)
+FAILING_CALL(int, -1, link, (const char* file, const char* place), file, place)
+FAILING_CALL(off_t, -1, lseek, (int file, off_t offset, int origin), file, offset, origin)
+FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access, int flags, int file, off_t offset), at,
+             length, access, flags, file, offset)
+FAILING_CALL(int, -1, munmap, (void* at, std::size_t length), at, length)
+FAILING_CALL(int, -1, pipe2, (int* ends, int flags), ends, flags)
+FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destroy)(void*)), key, destroy)
+FAILING_CALL(ssize_t, -1, read, (int file, void* bytes, std::size_t size), file, bytes, size)
+FAILING_CALL(ssize_t, -1, readlink, (const char* link, char* text, std::size_t size), link, text, size)
+FAILING_CALL(int, -1, renameat2, (int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags),
+             fromFolder, from, toFolder, to, flags)
+FAILING_CALL(int, -1, stat, (const char* path, struct stat* status), path, status)
+FAILING_CALL(int, -1, statx, (int folder, const char* path, int flags, unsigned int fields, struct statx* status),
+             folder, path, flags, fields, status)
+FAILING_CALL(pid_t, -1, waitpid, (pid_t process, int* status, int options), process, status, options)
+
+#undef FAILING_CALL
+
+extern "C" int __real_close(int file);
+extern "C" int __wrap_close(int file)
+{
+    const int result = __real_close(file);
+    return FailingCall::Fails("close") ? -1 : result;
+}
+
+extern "C" ssize_t __real_write(int file, const void* bytes, std::size_t size);
+extern "C" ssize_t __wrap_write(int file, const void* bytes, std::size_t size)
+{
+    return FailingCall::Fails("write") ? -1 : __real_write(file, bytes, std::min(size, support::ShortWrites::Most()));
+}
+
+// Each of these has one argument more, or none, which as a word is handed on alike.
+
+extern "C" int __real_open(const char* path, int flags, ...);
+extern "C" int __wrap_open(const char* path, int flags, ...)
+{
+    std::va_list more;
+    va_start(more, flags);
+    const auto mode = va_arg(more, mode_t);
+    va_end(more);
+    return FailingCall::Fails("open") ? -1 : __real_open(path, flags, mode);
+}
+
+extern "C" int __real_fcntl(int file, int command, ...);
+extern "C" int __wrap_fcntl(int file, int command, ...)
+{
+    std::va_list more;
+    va_start(more, command);
+    void* const argument = va_arg(more, void*);
+    va_end(more);
+    return FailingCall::Fails("fcntl") ? -1 : __real_fcntl(file, command, argument);
+}
+
+// The memory that C++ asks for. Its failure is no errno value but an exception.
+
+void* RealNew(std::size_t size) asm("__real__Znwm");
+void* FailingNew(std::size_t size) asm("__wrap__Znwm");
+void* FailingNew(std::size_t size)
+{
+    if (FailingCall::Fails("operator new"))
+        throw std::bad_alloc();
+    return RealNew(size);
+}

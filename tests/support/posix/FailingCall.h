@@ -1,0 +1,71 @@
+#pragma once
+
+#include <boost/filesystem/operations.hpp>
+
+#include <cstddef>
+#include <iterator>
+#include <limits>
+#include <string_view>
+
+namespace support
+{
+
+// Failures below the POSIX backend. The tests are linked with their own version of the system's calls (those of
+// FailingCall.cpp), which fails on demand. It is there for what is linked into the test program, the library among it,
+// and not within other libraries.
+//
+//     const FailingCall failing("fsync", EIO);
+//     EXPECT_FALSE(Files().FlushToDisk(file));
+//     EXPECT_TRUE(failing.HasFailed());
+
+/// For its lifetime a call of this name on this thread fails with an errno value: the first one, or the one at a later
+/// position, or with `always` every one. It is not made, except for close, which lets go of its descriptor in any case.
+/// Several may be there at once.
+class FailingCall
+{
+public:
+    static constexpr int always = 0;
+
+    FailingCall(std::string_view name, int error, int at = 1) noexcept;
+    FailingCall(const FailingCall&) = delete;
+    FailingCall& operator=(const FailingCall&) = delete;
+    ~FailingCall();
+
+    /// Whether it has come to that.
+    bool HasFailed() const noexcept { return m_hasFailed; }
+
+    /// Whether the call that is about to be made fails; errno says why.
+    static bool Fails(std::string_view name) noexcept;
+
+private:
+    std::string_view m_name;
+    int m_error;
+    int m_at;
+    int m_made = 0;
+    bool m_hasFailed = false;
+    FailingCall* m_earlier;
+};
+
+/// For its lifetime a call of write on this thread takes no more bytes than this.
+class ShortWrites
+{
+public:
+    explicit ShortWrites(std::size_t most) noexcept { s_most = most; }
+    ShortWrites(const ShortWrites&) = delete;
+    ShortWrites& operator=(const ShortWrites&) = delete;
+    ~ShortWrites() { s_most = unlimited; }
+
+    static std::size_t Most() noexcept { return s_most; }
+
+private:
+    static constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
+    static inline thread_local std::size_t s_most = unlimited;
+};
+
+/// How many descriptors the process has open.
+inline std::ptrdiff_t OpenDescriptors()
+{
+    return std::distance(boost::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+}
