@@ -1,5 +1,7 @@
 #include "utility/guards/Locks.h"
 
+#include "utility/guards/internal/LockGuard.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -7,6 +9,8 @@
 #include <thread>
 #include <type_traits>
 #include <vector>
+
+using utility::LockGuard;
 
 TEST(LockTest, NewLockIsHeldForWritingOnPurpose)
 {
@@ -158,4 +162,31 @@ TEST(CriticalSectionThreadTest, ThreadMayTakeItAgainAndOthersWaitForTheLastUnloc
     EXPECT_TRUE(isInside);
     section.Lock();
     section.Unlock();
+}
+
+TEST(LockGuardTest, NeitherItNorItsLockIsCopied)
+{
+    EXPECT_FALSE(std::is_copy_constructible_v<LockGuard> || std::is_copy_assignable_v<LockGuard>);
+    EXPECT_FALSE(std::is_copy_constructible_v<CCriticalSectionSpinCount>);
+    EXPECT_FALSE(std::is_copy_assignable_v<CCriticalSectionSpinCount>);
+}
+
+TEST(LockGuardThreadTest, HoldsItsLockWhileItLives)
+{
+    CCriticalSectionSpinCount section;
+    std::atomic<bool> isInside = false;
+    std::thread other;
+    {
+        const LockGuard guard(section);
+        other = std::thread(
+            [&]
+            {
+                const LockGuard own(section);
+                isInside = true;
+            });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_FALSE(isInside);
+    }
+    other.join();
+    EXPECT_TRUE(isInside);
 }

@@ -1,23 +1,13 @@
 #include "utility/logging/LogMessages.h"
 
+#include "utility/guards/internal/LockGuard.h"
+
 #include <map>
 #include <memory>
 #include <utility>
 
 namespace
 {
-
-class Guard
-{
-public:
-    explicit Guard(CCriticalSectionSpinCount& lock) : m_lock(lock) { m_lock.Lock(); }
-    Guard(const Guard&) = delete;
-    Guard& operator=(const Guard&) = delete;
-    ~Guard() { m_lock.Unlock(); }
-
-private:
-    CCriticalSectionSpinCount& m_lock;
-};
 
 /// How much longer than its text the memory of a message may be.
 constexpr std::size_t spareLength = 128;
@@ -38,7 +28,7 @@ CLogMessages& CLogMessages::instance(const void* owner)
 {
     static CCriticalSectionSpinCount lock;
     static std::map<const void*, std::unique_ptr<CLogMessages>> stores;
-    const Guard guard(lock);
+    const utility::LockGuard guard(lock);
     auto place = stores.lower_bound(owner);
     if (place == stores.end() || place->first != owner)
     {
@@ -59,7 +49,7 @@ CLogMessages::~CLogMessages() = default;
 
 void CLogMessages::SetLogCapacity(std::uint64_t capacity)
 {
-    const Guard guard(m_lock);
+    const utility::LockGuard guard(m_lock);
     m_ring.set_capacity(Ring::capacity_type(capacity, 0));
     m_capacity.store(capacity, std::memory_order_relaxed);
 }
@@ -73,7 +63,7 @@ void CLogMessages::pop(Ring& messages)
     const std::uint64_t capacity = m_capacity.load(std::memory_order_relaxed);
     messages.clear();
     messages.set_capacity(Ring::capacity_type(capacity, 0));
-    const Guard guard(m_lock);
+    const utility::LockGuard guard(m_lock);
     m_ring.swap(messages);
     m_capacity.store(capacity, std::memory_order_relaxed);
 }
@@ -82,7 +72,7 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
 {
     if (message.empty())
         return;
-    const Guard guard(m_lock);
+    const utility::LockGuard guard(m_lock);
     if (m_ring.full() && !m_ring.empty())
     {
         // The oldest message gives its place, and its memory if that is not far too much.
