@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
+#include <stdexcept>
 #include <thread>
 
 using support::ScriptedDesktop;
@@ -189,6 +191,25 @@ TEST_F(DebugReportTest, NextAssertionAfterANestedOneIsReportedAsUsual)
     EXPECT_EQ(m_desktop.boxes.size(), 2u);
 }
 
+TEST_F(DebugReportTest, BreakThatDoesNotComeBackLeavesTheCountOfAssertionsRight)
+{
+    struct : support::RecordingDebugger
+    {
+        void Break() override
+        {
+            // The text is out before the process stops.
+            EXPECT_EQ(narrow.size(), 1u);
+            throw std::runtime_error("break");
+        }
+    } const debugger;
+    m_desktop.whileAsking = []
+    { EXPECT_THROW(ZeloDbgReport(reportAssertion, 0, false, "box.cpp", 77, nullptr, nullptr), std::runtime_error); };
+    ZeloDbgReport(reportAssertion, 0, true, "part.cpp", 12, nullptr, nullptr);
+    m_desktop.whileAsking = [] {};
+    EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "part.cpp", 13, nullptr, nullptr), 0);
+    EXPECT_EQ(m_desktop.boxes.size(), 2u);
+}
+
 TEST_F(DebugReportTest, FileNameTooLongForTheSecondChanceIsReplacedWithTheWholeText)
 {
     m_desktop.whileAsking = []
@@ -220,6 +241,38 @@ TEST(DebugReportThreadTest, AssertionOfAnotherThreadWhileABoxIsShownBreaksIntoTh
     EXPECT_EQ(answer, -1);
     EXPECT_EQ(debugger.narrow, Texts{"Second Chance Assertion Failed: File b.cpp, Line 2\n"});
     EXPECT_EQ(debugger.breaks, 1);
+}
+
+TEST(DebugReportThreadTest, AssertionCountsUntilItsTextIsOutAlsoWhereTheFirstHasEndedMeanwhile)
+{
+    struct : support::RecordingDebugger
+    {
+        void Output(const char* text) override
+        {
+            RecordingDebugger::Output(text);
+            if (narrow.size() > 1)
+                return;
+            isWriting.set_value();
+            mayEnd.get_future().wait();
+        }
+        std::promise<void> isWriting;
+        std::promise<void> mayEnd;
+    } debugger;
+    ScriptedDesktop desktop;
+    std::thread second;
+    desktop.whileAsking = [&]
+    {
+        second = std::thread([] { ZeloDbgReport(reportAssertion, 0, true, "b.cpp", 2, nullptr, nullptr); });
+        debugger.isWriting.get_future().wait();
+    };
+    EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "a.cpp", 1, nullptr, nullptr), 0);
+    desktop.whileAsking = [] {};
+    EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "c.cpp", 3, nullptr, nullptr), -1);
+    debugger.mayEnd.set_value();
+    second.join();
+    EXPECT_EQ(debugger.breaks, 2);
+    EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "d.cpp", 4, nullptr, nullptr), 0);
+    EXPECT_EQ(desktop.boxes.size(), 2u);
 }
 
 TEST_F(DebugMessageTest, NullAndEmptyPartsAreLeftOut)

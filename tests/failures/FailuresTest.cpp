@@ -139,6 +139,15 @@ TEST(SourceLocationExceptionTest, TextIsUtf8WhateverTheCodePage)
     modules.strings[{module.Handle(), 50001}] = L"\u00B0C \u65E5\u672C";
     ZeloInitMFCExtensionDLL(module.Handle(), module.Handle());
     const support::Substitute<utility::platform::ModuleService> scope(utility::platform::ModulesSlot(), modules);
+    struct : support::ForwardingText
+    {
+        int ToCodePage(UINT codePage, const wchar_t* text, int length, char* out, int capacity) override
+        {
+            const UINT systems = 1252;
+            return ForwardingText::ToCodePage(codePage == CP_ACP ? systems : codePage, text, length, out, capacity);
+        }
+    } service;
+    const support::Substitute<utility::platform::TextService> textScope(utility::platform::TextSlot(), service);
     EXPECT_STREQ(CSourceLocationException(50001).what(), "\xC2\xB0"
                                                          "C \xE6\x97\xA5\xE6\x9C\xAC [exception thrown]");
 }
@@ -288,7 +297,7 @@ TEST_P(OSExceptionLanguageTest, AsksForTheDefaultOfTheCallersPrimaryLanguage)
 INSTANTIATE_TEST_SUITE_P(Locales, OSExceptionLanguageTest,
                          ::testing::Values(LanguageCase{0x0409, 0x0409}, LanguageCase{0x0809, 0x0409},
                                            LanguageCase{0x0C07, 0x0407}, LanguageCase{0x10407, 0x0407},
-                                           LanguageCase{0x0000, 0x0400}));
+                                           LanguageCase{0x0D07, 0x0507}, LanguageCase{0x0000, 0x0400}));
 
 TEST(AlgorithmFailureTest, MessageIsEmptyUnlessGiven)
 {

@@ -261,6 +261,26 @@ TEST_F(MemoryMappedFileTest, CloseTakesA64BitSize)
     EXPECT_EQ(file_size(m_folder / "a"), 0x123456789u);
 }
 
+TEST_F(MemoryMappedFileTest, FileOfMoreThanFourGigabytesIsReadToItsEnd)
+{
+    const auto path = m_folder.File("a", "first");
+    constexpr std::uint64_t size = 0x100002005;
+    m_folder.WriteAt(path, size - 4, "last");
+    CMemoryMappedFile file(path);
+    ASSERT_TRUE(file.IsValid());
+    EXPECT_EQ(file.GetFileSize(), size);
+    const auto* const base = static_cast<const char*>(file.GetBase());
+    EXPECT_EQ(std::string(base, 5), "first");
+    EXPECT_STREQ(base + size - 4, "last");
+    EXPECT_TRUE(file.IsValidPtr(base + size - 1));
+    EXPECT_FALSE(file.IsValidPtr(base + size));
+    _BY_HANDLE_FILE_INFORMATION information = {};
+    EXPECT_TRUE(file.GetFileInformation(&information));
+    EXPECT_EQ(information.nFileSizeHigh, 1u);
+    EXPECT_EQ(information.nFileSizeLow, 0x2005u);
+    EXPECT_TRUE(file.Close(0));
+}
+
 TEST_F(MemoryMappedFileTest, SizeAbove31BitsIsASignedDistance)
 {
     const auto path = m_folder.File("a", "twelve bytes");

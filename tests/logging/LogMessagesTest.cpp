@@ -165,6 +165,18 @@ TEST_F(LogMessagesTest, ShortMessageDoesNotKeepTheMemoryOfALongOne)
     }
 }
 
+TEST_F(LogMessagesTest, MessageUsesTheMemoryOfTheOldestThatWasALittleLonger)
+{
+    store.SetLogCapacity(1);
+    for (const auto& [spare, isUsed] : {std::pair(100u, true), std::pair(200u, false)})
+    {
+        Push(std::wstring(1000 + spare, L'x'));
+        Push(std::wstring(1000, L'x'));
+        store.pop(ring);
+        EXPECT_EQ(ring.front().m_strMessage.capacity() >= 1000 + spare, isUsed) << spare;
+    }
+}
+
 TEST_F(LogMessagesTest, CapacityZeroDiscardsEverything)
 {
     Push(L"a");
@@ -227,6 +239,14 @@ TEST_F(LogMessagesTest, SecondPopIsEmptyAndEmptiesTheCallersRing)
     store.pop(ring);
     EXPECT_TRUE(ring.empty());
     EXPECT_EQ(ring.capacity().capacity(), 500u);
+}
+
+TEST_F(LogMessagesTest, MessagesOfTheCallersRingDoNotComeIntoTheStore)
+{
+    Push(L"a");
+    store.pop(ring);
+    store.pop(ring);
+    EXPECT_EQ(Texts(), Expected{});
 }
 
 TEST_F(LogMessagesTest, DefaultCapacityIsThatOfNewStoresOnly)
@@ -321,6 +341,41 @@ TEST_F(LogMessagesThreadTest, CapacityChangesWhileOthersPushAndPop)
     Texts();
     Push(L"last");
     EXPECT_EQ(Texts(), Expected{L"last"});
+}
+
+TEST_F(LogMessagesThreadTest, CapacityThatIsSetWhileTheCallersMessagesDieIsUndoneByTheSwap)
+{
+    const auto popped = [this]
+    {
+        store.pop(ring);
+        return ring.capacity().capacity();
+    };
+    // The store is not locked while so many die, which takes long enough for the other thread to come between.
+    const CLogMessage message(LogSeverityError, std::wstring(40, L'x'));
+    bool cameBetween = false;
+    for (int attempt = 0; attempt < 100 && !cameBetween; ++attempt)
+    {
+        store.SetLogCapacity(500);
+        ring = Ring(200000, message);
+        std::atomic<bool> isReady = false;
+        std::atomic<bool> isPopping = false;
+        std::thread other(
+            [&]
+            {
+                for (isReady = true; !isPopping;)
+                    std::this_thread::yield();
+                store.SetLogCapacity(7);
+            });
+        while (!isReady)
+            std::this_thread::yield();
+        isPopping = true;
+        // The ring that the store had until the swap has the new capacity, and the store has the one from before.
+        const bool isSetInTime = popped() == 7;
+        other.join();
+        cameBetween = popped() == 500 && isSetInTime;
+    }
+    EXPECT_TRUE(cameBetween);
+    EXPECT_EQ(popped(), 500u);
 }
 
 TEST_F(LogMessagesThreadTest, StoreIsMadeOnceHoweverManyAskForIt)

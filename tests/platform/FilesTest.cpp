@@ -237,6 +237,19 @@ TEST_F(WrittenFileTest, WritesAtThePosition)
     m_file = Files().OpenForWriting(Path("a"));
 }
 
+TEST_F(WrittenFileTest, IsReadByItsWriterToo)
+{
+    DWORD written = 0;
+    EXPECT_TRUE(Files().Write(m_file, "bytes", 5, written));
+    const HANDLE mapping = Files().MapReadOnly(m_file);
+    ASSERT_NE(mapping, nullptr);
+    void* const view = Files().ViewAll(mapping, 5);
+    ASSERT_NE(view, nullptr);
+    EXPECT_EQ(BytesOfView(view, 5), "bytes");
+    EXPECT_TRUE(Files().UnmapView(view));
+    EXPECT_TRUE(Files().Close(mapping));
+}
+
 TEST_F(WrittenFileTest, TruncateCutsAndExtendsAtThePosition)
 {
     DWORD written = 0;

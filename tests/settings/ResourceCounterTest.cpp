@@ -159,6 +159,7 @@ TEST_P(SatelliteSearchTest, FindsTheLanguageThenItsDefaultSublanguageThenTheModu
 }
 
 constexpr const char* current = "Satellite.dll";
+constexpr const char* earlierVersion = "SatelliteOfEarlierVersion.dll";
 constexpr const char* nextVersion = "SatelliteOfNextVersion.dll";
 constexpr const char* noVersion = "SatelliteWithoutVersion.dll";
 constexpr const wchar_t* found = L"from the satellite";
@@ -209,6 +210,13 @@ INSTANTIATE_TEST_SUITE_P(
                               L"free MillingResDEA.dll"},
                              found,
                              {L"free module", L"free MillingResDEU.dll"}},
+                      Search{"OfAnEarlierVersionIsAsIfMissing",
+                             0x0C07,
+                             {{earlierVersion, "MillingResDEA.dll"}, {current, "MillingResDEU.dll"}},
+                             {L"thread 0C07", L"runtime DEA", L"load MillingResDEA.dll", L"load MillingResDEU.dll",
+                              L"free MillingResDEA.dll"},
+                             found,
+                             {L"free module", L"free MillingResDEU.dll"}},
                       Search{"WithoutAVersionIsAsIfMissing",
                              0x0C07,
                              {{nextVersion, "MillingResDEA.dll"}, {noVersion, "MillingResDEU.dll"}},
@@ -228,6 +236,12 @@ INSTANTIATE_TEST_SUITE_P(
                              {L"thread 9999", L"runtime ", L"load MillingRes.dll"},
                              found,
                              {L"free module", L"free MillingRes.dll"}},
+                      Search{"PrimaryLanguageHasTenBits",
+                             0x0D07,
+                             {{current, "MillingResDEU.dll"}},
+                             {L"thread 0D07", L"runtime ", L"load MillingRes.dll", L"load MillingRes.dll"},
+                             L"",
+                             {L"free module", L"free module"}},
                       Search{"DefaultOfAnUnknownSublanguage",
                              0xFC07,
                              {{current, "MillingResDEU.dll"}},

@@ -12,7 +12,7 @@ namespace support
 
 /// A file service that hands everything to the one it was made over, records the names of the calls, and fails those
 /// that are named in `failing`, and call number `failAt` (the first is 1), with the error `error`. What closes
-/// something closes it all the same.
+/// something closes it all the same, and leaves an error of its own.
 class ForwardingFiles : public utility::platform::FileService
 {
 public:
@@ -39,6 +39,7 @@ public:
     bool UnmapView(const void* view) override
     {
         const bool unmapped = m_system.UnmapView(view);
+        utility::platform::SetLastError(ERROR_INVALID_HANDLE);
         return !Fails("UnmapView") && unmapped;
     }
     DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
@@ -58,6 +59,7 @@ public:
     bool Close(HANDLE handle) override
     {
         const bool closed = m_system.Close(handle);
+        utility::platform::SetLastError(ERROR_INVALID_HANDLE);
         return !Fails("Close") && closed;
     }
 

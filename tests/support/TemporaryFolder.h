@@ -3,6 +3,7 @@
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/path.hpp>
 
+#include <cstdint>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -35,6 +36,13 @@ public:
     {
         std::ofstream(PlainName(m_path / name), std::ios::binary) << bytes;
         return m_path / name;
+    }
+
+    /// Writes into a file, or far behind its end: what is between is a hole where the file system knows holes.
+    static void WriteAt(const boost::filesystem::path& path, std::uint64_t position, const std::string& bytes)
+    {
+        std::fstream stream(PlainName(path), std::ios::binary | std::ios::in | std::ios::out);
+        stream.seekp(static_cast<std::streamoff>(position)) << bytes;
     }
 
     static std::string BytesOf(const boost::filesystem::path& path)

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <fstream>
 #include <memory>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -93,6 +94,28 @@ TEST(PosixFilesTest, NameThatIsTooLongIsError206)
     const boost::filesystem::path path = folder.Path() / std::string(300, 'x');
     EXPECT_EQ(Files().OpenForWriting(path), INVALID_HANDLE_VALUE);
     EXPECT_EQ(LastError(), ERROR_FILENAME_EXCED_RANGE);
+}
+
+TEST(PosixFilesTest, ViewOfMoreThanFourGigabytesIsMappedAndUnmappedWhole)
+{
+    const support::TemporaryFolder folder;
+    const auto path = folder.File("a", "");
+    // The second fills its last page.
+    for (const std::uint64_t size : {std::uint64_t{0x100002005}, std::uint64_t{0x200003000}})
+    {
+        folder.WriteAt(path, size - 4, "last");
+        const HANDLE file = Files().OpenForReading(path);
+        const HANDLE mapping = Files().MapReadOnly(file);
+        auto* const view = static_cast<char*>(Files().ViewAll(mapping, size));
+        ASSERT_NE(view, nullptr);
+        EXPECT_STREQ(view + size - 4, "last");
+        EXPECT_TRUE(Files().UnmapView(view));
+        const auto pageSize = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+        for (const std::uint64_t offset : {std::uint64_t{0}, size / 2, size})
+            EXPECT_NE(::msync(view + offset / pageSize * pageSize, pageSize, MS_ASYNC), 0) << offset;
+        EXPECT_TRUE(Files().Close(mapping));
+        EXPECT_TRUE(Files().Close(file));
+    }
 }
 
 // What fails below

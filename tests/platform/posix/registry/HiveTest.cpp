@@ -524,6 +524,18 @@ TEST_F(ForeignHiveTest, IsReadWithoutTheFilesThatGoWithIt)
     EXPECT_EQ(ReadByNobody("machine"), 0);
 }
 
+TEST_F(HiveTest, LogOfTheMachinesStaysForWhoMayOnlyReadItAndAUsersGoes)
+{
+    for (const auto owner : {Hive::Owner::User, Hive::Owner::Machine})
+    {
+        Hive hive(m_file, owner);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0);
+        hive.Close();
+        for (const char* const suffix : {"-wal", "-shm"})
+            EXPECT_EQ(boost::filesystem::exists(m_file.native() + suffix), owner == Hive::Owner::Machine) << suffix;
+    }
+}
+
 TEST_F(ForeignHiveTest, IsReadWhileItsOwnerWrites)
 {
     Hive owner(m_file, Hive::Owner::Machine);
@@ -745,6 +757,23 @@ TEST_F(HiveFilesTest, OnceMovedTheOldKeysAreDeleted)
     Registry().RegCloseKey(opened);
 }
 
+TEST_F(HiveFilesTest, HandleOfAClosedKeyIsNotGoodForTheNextInItsSlot)
+{
+    const auto slotOf = [](HKEY key) { return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(key)); };
+    HKEY closed = Create(HKEY_CURRENT_USER, L"Key");
+    const std::uint32_t slot = slotOf(closed);
+    Registry().RegCloseKey(closed);
+    for (int i = 0; i < 100; ++i)
+    {
+        HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+        EXPECT_EQ(slotOf(key), slot);
+        EXPECT_EQ(Registry().RegCloseKey(closed), Status(ERROR_INVALID_HANDLE));
+        EXPECT_EQ(Registry().RegCloseKey(key), 0);
+        EXPECT_EQ(Registry().RegQueryValueExW(key, L"Name", nullptr, nullptr, nullptr), Status(ERROR_INVALID_HANDLE));
+        closed = key;
+    }
+}
+
 TEST_F(HiveFilesTest, WritingAskedOfAForeignHiveIsDenied)
 {
     Registry().RegCloseKey(Create(HKEY_LOCAL_MACHINE, L"Key"));
@@ -779,6 +808,27 @@ TEST_F(HiveFilesTest, KeysAreGoodOnBothSidesOfAFork)
         EXPECT_EQ(Registry().RegQueryValueExW(key, L"Child", nullptr, nullptr, nullptr), 0);
     }
     Registry().RegCloseKey(key);
+}
+
+TEST_F(HiveFilesTest, AreNotOpenInAChild)
+{
+    const auto countOpen = [this]
+    {
+        int count = 0;
+        for (const auto& descriptor : boost::filesystem::directory_iterator("/proc/self/fd"))
+        {
+            boost::system::error_code gone;
+            count += boost::filesystem::read_symlink(descriptor, gone).parent_path() == m_folder.Path() ? 1 : 0;
+        }
+        return count;
+    };
+    for (HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+    {
+        Registry().RegCloseKey(Create(hive, L"Key"));
+        EXPECT_GT(countOpen(), 0);
+        Child child(countOpen);
+        EXPECT_EQ(child.ExitCode(), 0);
+    }
 }
 
 TEST_F(HiveFilesTest, ForkWhileOtherThreadsReadAndWriteEndsWell)
