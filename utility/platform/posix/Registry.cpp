@@ -3,6 +3,7 @@
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Hive.h"
+#include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>
 #include <boost/filesystem/operations.hpp>
@@ -22,10 +23,9 @@ namespace
 
 using boost::filesystem::path;
 using posix::Hive;
+using posix::Status;
+using posix::success;
 
-constexpr LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
-
-constexpr LSTATUS success = Status(ERROR_SUCCESS);
 constexpr LSTATUS tooSmall = Status(ERROR_MORE_DATA);
 
 // What an operation asks of the key that it is given.
@@ -209,8 +209,8 @@ private:
     };
 
     PosixRegistry()
-        : m_user(std::make_unique<Hive>(Hive::UsualFile(Hive::Owner::User), Hive::Owner::User)),
-          m_machine(std::make_unique<Hive>(Hive::UsualFile(Hive::Owner::Machine), Hive::Owner::Machine))
+        : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
+          m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
     {
         // A database must not be open across a fork: its locks are the parent's alone.
         ::pthread_atfork([] { The().CloseAndLock(); }, [] { The().m_mutex.unlock(); }, [] { The().m_mutex.unlock(); });

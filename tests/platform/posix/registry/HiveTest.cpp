@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <pwd.h>
 #include <random>
 #include <sqlite3.h>
 #include <string>
@@ -68,7 +67,7 @@ protected:
 TEST_F(HiveTest, IsMadeWithItsFoldersWhenTheFirstKeyIs)
 {
     const path file = m_folder / "a" / "b" / "settings.db";
-    Hive hive(file, Hive::Owner::User);
+    Hive hive(file, Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.Find(Hive::root, L"Key", key), missing);
     EXPECT_EQ(hive.Writable(), missing);
@@ -82,7 +81,7 @@ TEST_F(HiveTest, IsMadeWithItsFoldersWhenTheFirstKeyIs)
 
 TEST_F(HiveTest, OfAUserIsForTheUserAlone)
 {
-    for (const auto& [owner, mode] : {std::pair(Hive::Owner::User, 0600u), std::pair(Hive::Owner::Machine, 0644u)})
+    for (const auto& [owner, mode] : {std::pair(Hive::Owner::user, 0600u), std::pair(Hive::Owner::machine, 0644u)})
     {
         const path file = m_folder / std::to_string(mode).c_str();
         Hive hive(file, owner);
@@ -96,10 +95,10 @@ TEST_F(HiveTest, OfAUserIsForTheUserAlone)
 TEST_F(HiveTest, KeysAndValuesOutliveTheHive)
 {
     {
-        Hive hive(m_file, Hive::Owner::User);
+        Hive hive(m_file, Hive::Owner::user);
         EXPECT_EQ(hive.Set(MakeKey(hive, L"A\\B"), L"Name", REG_SZ, "text"), 0);
     }
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
     ASSERT_EQ(hive.Find(Hive::root, L"a\\b", key), 0);
     EXPECT_EQ(Text(hive, key, L"NAME"), "text");
@@ -107,7 +106,7 @@ TEST_F(HiveTest, KeysAndValuesOutliveTheHive)
 
 TEST_F(HiveTest, KeysStayGoodWhenItIsClosedBetween)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(hive, L"Key");
     hive.Close();
     EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "one"), 0);
@@ -118,8 +117,8 @@ TEST_F(HiveTest, KeysStayGoodWhenItIsClosedBetween)
 
 TEST_F(HiveTest, WhatAnotherWritesIsSeenAtOnce)
 {
-    Hive reader(m_file, Hive::Owner::User);
-    Hive writer(m_file, Hive::Owner::User);
+    Hive reader(m_file, Hive::Owner::user);
+    Hive writer(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(reader, L"Key");
     EXPECT_EQ(Text(reader, key, L"Name"), "<2>");
     Hive::Key below = 0;
@@ -139,7 +138,7 @@ TEST_F(HiveTest, WhatAnotherWritesIsSeenAtOnce)
 
 TEST_F(HiveTest, WhatAnotherProcessWritesIsSeenAtOnce)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(hive, L"Key");
     for (const char* const text : {"one", "two", "three"})
     {
@@ -147,7 +146,7 @@ TEST_F(HiveTest, WhatAnotherProcessWritesIsSeenAtOnce)
         Child writer(
             [&]
             {
-                Hive own(m_file, Hive::Owner::User);
+                Hive own(m_file, Hive::Owner::user);
                 return static_cast<int>(own.Set(key, L"Name", REG_SZ, text));
             });
         ASSERT_EQ(writer.ExitCode(), 0);
@@ -157,7 +156,7 @@ TEST_F(HiveTest, WhatAnotherProcessWritesIsSeenAtOnce)
 
 TEST_F(HiveTest, KeyWithATooLongNameIsNotMade)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Top\\" + std::wstring(256, L'k'), key), Status(ERROR_INVALID_PARAMETER));
     // Nor is what would be on the way to it.
@@ -166,7 +165,7 @@ TEST_F(HiveTest, KeyWithATooLongNameIsNotMade)
 
 TEST_F(HiveTest, LargeValuesAreReadEachTime)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(hive, L"Key");
     const std::string large(100000, 'x');
     EXPECT_EQ(hive.Set(key, L"Large", REG_BINARY, large), 0);
@@ -176,7 +175,7 @@ TEST_F(HiveTest, LargeValuesAreReadEachTime)
 
 TEST_F(HiveTest, MoreNamesThanAreRememberedAreReadAsWell)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(hive, L"Key");
     EXPECT_EQ(hive.Set(key, L"7777", REG_SZ, "here"), 0);
     for (int i = 0; i < 10000; ++i)
@@ -185,7 +184,7 @@ TEST_F(HiveTest, MoreNamesThanAreRememberedAreReadAsWell)
 
 TEST_F(HiveTest, ReplacedFileEndsTheKeysOfTheOldOne)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     const Hive::Key key = MakeKey(hive, L"Key");
     EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "old"), 0);
     for (const char* const suffix : {"", "-wal", "-shm"})
@@ -194,7 +193,7 @@ TEST_F(HiveTest, ReplacedFileEndsTheKeysOfTheOldOne)
     EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "lost"), deleted);
     MakeKey(hive, L"Other");
     EXPECT_EQ(hive.Generation(), 1u);
-    Hive again(m_file, Hive::Owner::User);
+    Hive again(m_file, Hive::Owner::user);
     Hive::Key found = 0;
     EXPECT_EQ(again.Find(Hive::root, L"Key", found), missing);
     EXPECT_EQ(again.Find(Hive::root, L"Other", found), 0);
@@ -202,7 +201,7 @@ TEST_F(HiveTest, ReplacedFileEndsTheKeysOfTheOldOne)
 
 TEST_F(HiveTest, ThatWasMovedIsWrittenWhereItWasExpected)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     MakeKey(hive, L"Key");
     hive.Close();
     Hive::Key key = 0;
@@ -221,7 +220,7 @@ TEST_F(HiveTest, ThatWasMovedIsWrittenWhereItWasExpected)
 
 TEST_F(HiveTest, KeyTreeOfAnyDepthIsDeletedWhole)
 {
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = MakeKey(hive, L"Top");
     for (int i = 0; i < 3000; ++i)
         ASSERT_EQ(hive.FindOrCreate(key, L"Down", key), 0);
@@ -251,7 +250,7 @@ std::string SampleHive(const TemporaryFolder& folder)
 {
     const path file = folder / "sample.db";
     {
-        Hive hive(file, Hive::Owner::User);
+        Hive hive(file, Hive::Owner::user);
         const Hive::Key key = MakeKey(hive, L"Key");
         for (std::uint32_t i = 0; i < 50; ++i)
             EXPECT_EQ(SetNumber(hive, key, L"Value" + std::to_wstring(i), i), 0);
@@ -262,7 +261,7 @@ std::string SampleHive(const TemporaryFolder& folder)
 /// Does everything that can be done to a hive; what comes of it does not matter, as long as it comes to an end.
 void UseAll(const path& file)
 {
-    Hive hive(file, Hive::Owner::User);
+    Hive hive(file, Hive::Owner::user);
     Hive::Key key = Hive::root;
     Hive::Value value{};
     std::wstring name;
@@ -289,7 +288,7 @@ TEST_F(HiveTest, CutAnywhereIsDamagedAndStaysAsItIs)
         UseAll(file);
         if (size < 4096)
         {
-            Hive hive(file, Hive::Owner::User);
+            Hive hive(file, Hive::Owner::user);
             Hive::Key key = 0;
             ASSERT_EQ(hive.Find(Hive::root, L"Key", key), damaged) << size;
             ASSERT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged) << size;
@@ -309,7 +308,7 @@ TEST_F(HiveTest, RandomBytesAreDamaged)
         for (char& each : bytes)
             each = static_cast<char>(random());
         const path file = m_folder.File("random.db", bytes);
-        Hive hive(file, Hive::Owner::User);
+        Hive hive(file, Hive::Owner::user);
         Hive::Key key = 0;
         EXPECT_EQ(hive.Find(Hive::root, L"Key", key), damaged);
         EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged);
@@ -336,7 +335,7 @@ TEST_F(HiveTest, LogOfRandomBytesIsIgnored)
 {
     m_folder.File("settings.db", SampleHive(m_folder));
     m_folder.File("settings.db-wal", std::string(5000, '\x37'));
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0);
     EXPECT_EQ(Text(hive, MakeKey(hive, L"Key"), L"Name"), "text");
 }
@@ -349,7 +348,7 @@ TEST_F(HiveTest, DatabaseOfSomebodyElseIsLeftAlone)
               SQLITE_OK);
     sqlite3_close(database);
     const std::string before = TemporaryFolder::BytesOf(m_file);
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.Find(Hive::root, L"Key", key), damaged);
     EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged);
@@ -367,7 +366,7 @@ TEST_P(SchemaOfHiveTest, ThatIsWrongIsADamagedHive)
     ASSERT_EQ(sqlite3_open(m_file.c_str(), &database), SQLITE_OK);
     ASSERT_EQ(sqlite3_exec(database, GetParam(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
     sqlite3_close(database);
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = Hive::root;
     Hive::Value value{};
     const LSTATUS found = hive.Find(Hive::root, L"Key", key);
@@ -391,7 +390,7 @@ TEST_F(HiveTest, KeysThatGoRoundInACircleAreDeletedOnce)
                            nullptr, nullptr),
               SQLITE_OK);
     sqlite3_close(database);
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.Find(70, L"B\\A\\B\\A\\B", key), 0);
     EXPECT_EQ(key, 71);
@@ -403,7 +402,7 @@ TEST_F(HiveTest, KeysThatGoRoundInACircleAreDeletedOnce)
 TEST_F(HiveTest, DirectoryInItsPlaceIsAFailure)
 {
     create_directory(m_file);
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_NE(hive.Find(Hive::root, L"Key", key), 0);
     EXPECT_NE(hive.FindOrCreate(Hive::root, L"Key", key), 0);
@@ -411,7 +410,7 @@ TEST_F(HiveTest, DirectoryInItsPlaceIsAFailure)
 
 TEST_F(HiveTest, FileInPlaceOfItsFolderIsAFailure)
 {
-    Hive hive(m_folder.File("file", "x") / "settings.db", Hive::Owner::User);
+    Hive hive(m_folder.File("file", "x") / "settings.db", Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.Find(Hive::root, L"Key", key), missing);
     EXPECT_NE(hive.FindOrCreate(Hive::root, L"Key", key), 0);
@@ -419,7 +418,7 @@ TEST_F(HiveTest, FileInPlaceOfItsFolderIsAFailure)
 
 TEST_F(HiveTest, WithoutAFileNothingIsFoundAndNothingMade)
 {
-    Hive hive(path(), Hive::Owner::User);
+    Hive hive(path(), Hive::Owner::user);
     Hive::Key key = 0;
     EXPECT_EQ(hive.Find(Hive::root, L"Key", key), Status(ERROR_PATH_NOT_FOUND));
     EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), Status(ERROR_PATH_NOT_FOUND));
@@ -430,7 +429,7 @@ TEST_F(HiveTest, FullDiskFailsTheWriteAndKeepsTheOldValue)
     Child child(
         [&]
         {
-            Hive hive(m_file, Hive::Owner::User);
+            Hive hive(m_file, Hive::Owner::user);
             const Hive::Key key = MakeKey(hive, L"Key");
             if (hive.Set(key, L"Name", REG_SZ, "old") != 0)
                 return 1;
@@ -454,7 +453,7 @@ TEST_F(HiveTest, FullDiskWhileItIsMadeLeavesNothing)
             ::signal(SIGXFSZ, SIG_IGN);
             const rlimit limit{8192, 8192};
             ::setrlimit(RLIMIT_FSIZE, &limit);
-            Hive hive(m_file, Hive::Owner::User);
+            Hive hive(m_file, Hive::Owner::user);
             Hive::Key key = 0;
             return hive.FindOrCreate(Hive::root, L"Key", key) != 0 ? 0 : 1;
         });
@@ -488,7 +487,7 @@ class ForeignHiveTest : public HiveTest
 protected:
     ForeignHiveTest()
     {
-        Hive hive(m_file, Hive::Owner::Machine);
+        Hive hive(m_file, Hive::Owner::machine);
         EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "machine"), 0);
         hive.Close();
         Protect();
@@ -506,7 +505,7 @@ protected:
         return AsNobody(m_folder,
                         [&]
                         {
-                            Hive hive(m_file, Hive::Owner::Machine);
+                            Hive hive(m_file, Hive::Owner::machine);
                             Hive::Key key = 0;
                             if (hive.Find(Hive::root, L"Key", key) != 0)
                                 return 1;
@@ -526,19 +525,19 @@ TEST_F(ForeignHiveTest, IsReadWithoutTheFilesThatGoWithIt)
 
 TEST_F(HiveTest, LogOfTheMachinesStaysForWhoMayOnlyReadItAndAUsersGoes)
 {
-    for (const auto owner : {Hive::Owner::User, Hive::Owner::Machine})
+    for (const auto owner : {Hive::Owner::user, Hive::Owner::machine})
     {
         Hive hive(m_file, owner);
         EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0);
         hive.Close();
         for (const char* const suffix : {"-wal", "-shm"})
-            EXPECT_EQ(boost::filesystem::exists(m_file.native() + suffix), owner == Hive::Owner::Machine) << suffix;
+            EXPECT_EQ(boost::filesystem::exists(m_file.native() + suffix), owner == Hive::Owner::machine) << suffix;
     }
 }
 
 TEST_F(ForeignHiveTest, IsReadWhileItsOwnerWrites)
 {
-    Hive owner(m_file, Hive::Owner::Machine);
+    Hive owner(m_file, Hive::Owner::machine);
     Hive::Key key = 0;
     ASSERT_EQ(owner.Find(Hive::root, L"Key", key), 0);
     ASSERT_EQ(owner.Set(key, L"Name", REG_SZ, "later"), 0);
@@ -551,7 +550,7 @@ TEST_F(ForeignHiveTest, RefusesWrites)
     EXPECT_EQ(AsNobody(m_folder,
                        [&]
                        {
-                           Hive hive(m_file, Hive::Owner::Machine);
+                           Hive hive(m_file, Hive::Owner::machine);
                            Hive::Key key = 0;
                            if (hive.Find(Hive::root, L"Key", key) != 0)
                                return 1;
@@ -572,7 +571,7 @@ TEST_F(ForeignHiveTest, ThatMayNotBeReadIsDenied)
     EXPECT_EQ(AsNobody(m_folder,
                        [&]
                        {
-                           Hive hive(m_file, Hive::Owner::Machine);
+                           Hive hive(m_file, Hive::Owner::machine);
                            Hive::Key key = 0;
                            return hive.Find(Hive::root, L"Key", key) == denied ? 0 : 1;
                        }),
@@ -584,7 +583,7 @@ TEST_F(ForeignHiveTest, FolderWithoutRightsIsDenied)
     EXPECT_EQ(AsNobody(m_folder,
                        [&]
                        {
-                           Hive hive(m_folder / "other.db", Hive::Owner::Machine);
+                           Hive hive(m_folder / "other.db", Hive::Owner::machine);
                            Hive::Key key = 0;
                            return hive.FindOrCreate(Hive::root, L"Key", key) == denied ? 0 : 1;
                        }),
@@ -600,12 +599,12 @@ TEST_F(HiveTest, ProcessesThatMakeItAtOnceShareOne)
         children.push_back(std::make_unique<Child>(
             [this, i]
             {
-                Hive hive(m_file, Hive::Owner::User);
+                Hive hive(m_file, Hive::Owner::user);
                 return static_cast<int>(SetNumber(hive, MakeKey(hive, L"Shared"), L"Value" + std::to_wstring(i), i));
             }));
     for (const auto& each : children)
         EXPECT_EQ(each->ExitCode(), 0);
-    Hive hive(m_file, Hive::Owner::User);
+    Hive hive(m_file, Hive::Owner::user);
     utility::platform::RegistryKeyInfo info;
     ASSERT_EQ(hive.Info(MakeKey(hive, L"Shared"), info), 0);
     EXPECT_EQ(info.values, 8u);
@@ -614,7 +613,7 @@ TEST_F(HiveTest, ProcessesThatMakeItAtOnceShareOne)
 TEST_F(HiveTest, ProcessesWriteAndReadAtOnce)
 {
     { // made before, so that each finds the key
-        Hive hive(m_file, Hive::Owner::User);
+        Hive hive(m_file, Hive::Owner::user);
         MakeKey(hive, L"Key");
     }
     std::vector<std::unique_ptr<Child>> children;
@@ -622,7 +621,7 @@ TEST_F(HiveTest, ProcessesWriteAndReadAtOnce)
         children.push_back(std::make_unique<Child>(
             [this, process]
             {
-                Hive hive(m_file, Hive::Owner::User);
+                Hive hive(m_file, Hive::Owner::user);
                 const Hive::Key key = MakeKey(hive, L"Key");
                 const std::wstring name = L"Of" + std::to_wstring(process);
                 for (int i = 0; i < 500; ++i)
@@ -650,7 +649,7 @@ TEST_F(HiveTest, KilledWriterLosesNothingThatWasAcknowledged)
         ASSERT_GE(writer, 0);
         if (writer == 0)
         {
-            Hive hive(m_file, Hive::Owner::User);
+            Hive hive(m_file, Hive::Owner::user);
             for (std::uint32_t number = before + 1;; ++number)
             {
                 const Hive::Key key = MakeKey(hive, L"Key\\" + std::to_wstring(number % 50));
@@ -667,7 +666,7 @@ TEST_F(HiveTest, KilledWriterLosesNothingThatWasAcknowledged)
 
         const std::uint32_t last = acknowledged->load();
         ASSERT_GT(last, before);
-        Hive hive(m_file, Hive::Owner::User);
+        Hive hive(m_file, Hive::Owner::user);
         Hive::Value value{};
         ASSERT_EQ(hive.Query(MakeKey(hive, L"Key\\" + std::to_wstring(last % 50)), L"Name", value), 0);
         std::uint32_t number = 0;
@@ -887,62 +886,6 @@ TEST_F(HiveFilesTest, ThreadsShareThem)
         each.join();
     EXPECT_EQ(failures, 0);
     Registry().RegCloseKey(key);
-}
-
-// Where they are
-
-struct Places
-{
-    std::vector<std::pair<const char*, const char*>> variables;
-    const char* user;
-    const char* machine;
-};
-
-class PlaceOfHiveTest : public ::testing::TestWithParam<Places>
-{
-};
-
-TEST_P(PlaceOfHiveTest, FollowsTheSystemsVariables)
-{
-    Child child(
-        []
-        {
-            for (const char* const name : {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
-                ::unsetenv(name);
-            for (const auto& [name, value] : GetParam().variables)
-                ::setenv(name, value, 1);
-            if (Hive::UsualFile(Hive::Owner::User) != GetParam().user)
-                return 1;
-            return Hive::UsualFile(Hive::Owner::Machine) == GetParam().machine ? 0 : 2;
-        });
-    EXPECT_EQ(child.ExitCode(), 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Variables, PlaceOfHiveTest,
-    ::testing::Values(
-        Places{{{"HOME", "/home/ann"}}, "/home/ann/.config/selvane/settings.db", "/etc/xdg/selvane/settings.db"},
-        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "/conf"}, {"XDG_CONFIG_DIRS", "/one:/two"}},
-               "/conf/selvane/settings.db",
-               "/one/selvane/settings.db"},
-        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "relative"}, {"XDG_CONFIG_DIRS", "also"}},
-               "/home/ann/.config/selvane/settings.db",
-               "/etc/xdg/selvane/settings.db"},
-        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", ""}, {"XDG_CONFIG_DIRS", ""}},
-               "/home/ann/.config/selvane/settings.db",
-               "/etc/xdg/selvane/settings.db"}));
-
-TEST(PlaceOfHiveTest, WithoutVariablesIsTheHomeThatTheSystemKnows)
-{
-    Child child(
-        []
-        {
-            ::unsetenv("HOME");
-            ::unsetenv("XDG_CONFIG_HOME");
-            const path home = ::getpwuid(::geteuid())->pw_dir;
-            return Hive::UsualFile(Hive::Owner::User) == home / ".config/selvane/settings.db" ? 0 : 1;
-        });
-    EXPECT_EQ(child.ExitCode(), 0);
 }
 
 }

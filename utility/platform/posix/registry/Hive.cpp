@@ -1,20 +1,12 @@
 #include "utility/platform/posix/registry/Hive.h"
 
 #include "utility/platform/formats/Utf8.h"
-#include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/registry/NameFold.h"
+#include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>
-#include <atomic>
-#include <boost/filesystem/operations.hpp>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <cwctype>
-#include <fcntl.h>
-#include <locale.h>
-#include <pwd.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,12 +19,6 @@ namespace
 
 using boost::filesystem::path;
 
-constexpr LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
-
-constexpr LSTATUS success = Status(ERROR_SUCCESS);
-constexpr LSTATUS missing = Status(ERROR_FILE_NOT_FOUND);
-constexpr LSTATUS deleted = Status(ERROR_KEY_DELETED);
-
 constexpr Hive::Key absent = 0;
 
 constexpr std::size_t longestKeyName = 255;
@@ -40,131 +26,6 @@ constexpr std::size_t longestValueName = 16383;
 
 // Milliseconds until an operation gives up on another process that writes.
 constexpr int longestWait = 5000;
-
-// Remembering stops at this many names, and takes no larger value.
-constexpr std::size_t mostRemembered = 4096;
-constexpr std::size_t largestRemembered = 4096;
-
-// "SETT": tells a hive from any other database.
-constexpr int applicationId = 0x53455454;
-
-constexpr char schema[] = R"(
-    pragma application_id = 0x53455454;
-    pragma journal_mode = wal;
-    create table keys (
-        id integer primary key autoincrement, -- never that of a deleted key
-        parent integer,
-        fold text not null,                   -- the name as it is looked up, in upper case
-        name text not null,
-        unique (parent, fold));
-    create table "values" (
-        key integer not null,
-        fold text not null,
-        name text not null,
-        type integer not null,
-        data blob not null,
-        primary key (key, fold)) without rowid;
-    insert into keys values (1, null, '', '');
-)";
-
-// By Hive::StatementId.
-constexpr const char* statementTexts[] = {
-    "pragma application_id",
-    "pragma user_version",
-    "pragma journal_mode",
-    "begin immediate",
-    "commit",
-    "rollback",
-    "select 1 from keys where id = ?1",
-    "select id from keys where parent = ?1 and fold = ?2",
-    "insert into keys (parent, fold, name) values (?1, ?2, ?3)",
-    "with recursive tree (id) as (select ?1 union select keys.id from keys join tree on keys.parent = tree.id) "
-    "delete from \"values\" where key in tree",
-    "with recursive tree (id) as (select ?1 union select keys.id from keys join tree on keys.parent = tree.id) "
-    "delete from keys where id in tree",
-    "select type, data from \"values\" where key = ?1 and fold = ?2",
-    "insert into \"values\" (key, fold, name, type, data) "
-    "select ?1, ?2, ?3, ?4, ?5 where exists (select 1 from keys where id = ?1) "
-    "on conflict (key, fold) do update set type = excluded.type, data = excluded.data",
-    "delete from \"values\" where key = ?1 and fold = ?2",
-    "select name from keys where parent = ?1 order by fold limit 1 offset ?2",
-    "select type, data, name from \"values\" where key = ?1 order by fold limit 1 offset ?2",
-    "select count(*), max(length(name)) from keys where parent = ?1",
-    "select count(*), max(length(name)), max(length(data)) from \"values\" where key = ?1",
-};
-
-/// The upper-case form by which the registry compares: a character for a character, and nothing beyond ASCII is the
-/// same as anything within it.
-wchar_t UpperCase(wchar_t character)
-{
-    static const locale_t everyScript = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    constexpr wchar_t microSign = 0xB5; // no Greek letter to the registry
-    if (character > 0xFFFF || character == microSign || everyScript == nullptr)
-        return character;
-    const auto upper = static_cast<wchar_t>(::towupper_l(static_cast<std::wint_t>(character), everyScript));
-    return upper < 0x80 ? character : upper;
-}
-
-void AppendFolded(std::string& text, std::wstring_view name)
-{
-    if (std::ranges::all_of(name, [](wchar_t each) { return each >= 0 && each < 0x80; }))
-    {
-        for (const wchar_t each : name)
-            text += static_cast<char>(each >= L'a' && each <= L'z' ? each - L'a' + L'A' : each);
-        return;
-    }
-    std::wstring upper(name);
-    std::ranges::transform(upper, upper.begin(),
-                           [](wchar_t each)
-                           { return each >= L'a' && each <= L'z' ? each - L'a' + L'A' : UpperCase(each); });
-    text += formats::Utf8FromWide(upper);
-}
-
-std::string Folded(std::wstring_view name)
-{
-    std::string text;
-    AppendFolded(text, name);
-    return text;
-}
-
-/// What a name below a key is remembered by.
-void Compose(std::string& wanted, Hive::Key key, std::wstring_view name)
-{
-    wanted.assign(reinterpret_cast<const char*>(&key), sizeof(key));
-    AppendFolded(wanted, name);
-}
-
-path UserConfiguration()
-{
-    const char* const given = std::getenv("XDG_CONFIG_HOME");
-    if (given != nullptr && *given == '/')
-        return given;
-    const char* home = std::getenv("HOME");
-    if (home == nullptr || *home != '/')
-    {
-        const passwd* const user = ::getpwuid(::geteuid());
-        home = user != nullptr ? user->pw_dir : nullptr;
-    }
-    return home != nullptr && *home == '/' ? path(home) / ".config" : path();
-}
-
-path SystemConfiguration()
-{
-    const char* const given = std::getenv("XDG_CONFIG_DIRS");
-    if (given == nullptr || *given != '/')
-        return "/etc/xdg";
-    const std::string_view folders = given;
-    return std::string(folders.substr(0, folders.find(':')));
-}
-
-/// Puts a file into a place that is free; false and errno EEXIST where it is taken.
-bool LinkInto(const std::string& file, const std::string& place)
-{
-    if (::link(file.c_str(), place.c_str()) == 0)
-        return true;
-    // Some file systems have no links.
-    return errno != EEXIST && ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, place.c_str(), RENAME_NOREPLACE) == 0;
-}
 
 std::string ImmutableUri(const path& file)
 {
@@ -182,98 +43,7 @@ std::string ImmutableUri(const path& file)
 
 }
 
-/// One use of a prepared statement.
-class Hive::Run
-{
-public:
-    Run(Hive& hive, StatementId id) : m_hive(hive)
-    {
-        StatementPtr& prepared = hive.m_statements[id];
-        if (!prepared)
-        {
-            sqlite3_stmt* statement = nullptr;
-            m_result = sqlite3_prepare_v3(hive.m_database.get(), statementTexts[id], -1, SQLITE_PREPARE_PERSISTENT,
-                                          &statement, nullptr);
-            prepared.reset(statement);
-        }
-        m_statement = prepared.get();
-    }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
-    ~Run() { sqlite3_reset(m_statement); }
-
-    /// Bytes and texts stay the caller's, until the end of the run.
-    Run& Bind(std::int64_t value)
-    {
-        sqlite3_bind_int64(m_statement, ++m_bound, value);
-        return *this;
-    }
-    Run& Bind(std::string_view text)
-    {
-        sqlite3_bind_text(m_statement, ++m_bound, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
-        return *this;
-    }
-    Run& BindBytes(std::string_view bytes)
-    {
-        // A null pointer would stand for no value at all.
-        sqlite3_bind_blob64(m_statement, ++m_bound, bytes.empty() ? "" : bytes.data(), bytes.size(), SQLITE_STATIC);
-        return *this;
-    }
-
-    /// Goes to the next row; false at the end and on failure.
-    bool Next()
-    {
-        if (m_statement != nullptr)
-            m_result = sqlite3_step(m_statement);
-        return m_result == SQLITE_ROW;
-    }
-
-    LSTATUS Status() const { return m_hive.StatusOf(m_result); }
-
-    LSTATUS ToTheEnd()
-    {
-        while (Next())
-            ;
-        return Status();
-    }
-
-    std::int64_t Integer(int column) { return sqlite3_column_int64(m_statement, column); }
-    std::string_view Bytes(int column)
-    {
-        const auto* const data = static_cast<const char*>(sqlite3_column_blob(m_statement, column));
-        return {data, static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column))};
-    }
-
-private:
-    Hive& m_hive;
-    sqlite3_stmt* m_statement = nullptr;
-    int m_bound = 0;
-    int m_result = SQLITE_OK;
-};
-
-class Hive::Transaction
-{
-public:
-    explicit Transaction(Hive& hive) : m_hive(hive), m_begun(Run(hive, Begin).ToTheEnd()) {}
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    ~Transaction()
-    {
-        // Some failures have rolled back already.
-        if (sqlite3_get_autocommit(m_hive.m_database.get()) == 0)
-            Run(m_hive, Rollback).ToTheEnd();
-    }
-
-    LSTATUS Begun() const { return m_begun; }
-    LSTATUS End() { return Run(m_hive, Commit).ToTheEnd(); }
-
-private:
-    Hive& m_hive;
-    LSTATUS m_begun;
-};
-
 void Hive::DatabaseCloser::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-void Hive::StatementCloser::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
 Hive::Hive(path file, Owner owner, std::uint32_t generation)
     : m_file(std::move(file)), m_owner(owner), m_generation(generation)
@@ -282,49 +52,11 @@ Hive::Hive(path file, Owner owner, std::uint32_t generation)
 
 Hive::~Hive() { Close(); }
 
-path Hive::UsualFile(Owner owner)
-{
-    const path folder = owner == Owner::User ? UserConfiguration() : SystemConfiguration();
-    return folder.empty() ? path() : folder / "selvane" / "settings.db";
-}
-
 void Hive::Close()
 {
-    m_sharedHeader = nullptr;
-    m_keys.clear();
-    m_values.clear();
-    m_statements = {};
+    m_remembered.Clear();
+    m_statements = Statements();
     m_database.reset();
-}
-
-LSTATUS Hive::StatusOf(int result) const
-{
-    switch (result & 0xFF)
-    {
-    case SQLITE_OK:
-    case SQLITE_ROW:
-    case SQLITE_DONE:
-        return success;
-    case SQLITE_PERM:
-    case SQLITE_READONLY:
-    case SQLITE_AUTH:
-        return Status(ERROR_ACCESS_DENIED);
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return Status(ERROR_BUSY);
-    case SQLITE_NOMEM:
-        return Status(ERROR_NOT_ENOUGH_MEMORY);
-    case SQLITE_FULL:
-        return Status(ERROR_DISK_FULL);
-    case SQLITE_TOOBIG:
-        return Status(ERROR_INVALID_PARAMETER);
-    case SQLITE_CANTOPEN:
-        return Status(ErrorOfErrno(sqlite3_system_errno(m_database.get())));
-    case SQLITE_IOERR:
-        return Status(ERROR_REGISTRY_IO_FAILED);
-    default: // no database, a damaged one, or one of somebody else
-        return Status(ERROR_BADDB);
-    }
 }
 
 LSTATUS Hive::Open(Key used)
@@ -376,9 +108,9 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
                      : sqlite3_open_v2(m_file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_database.reset(database);
     if (result != SQLITE_OK)
-        return StatusOf(result);
+        return StatusOf(result, database);
     sqlite3_busy_timeout(database, longestWait);
-    if (m_owner == Owner::Machine)
+    if (m_owner == Owner::machine)
     {
         // Who may only read it cannot make the files that go with it.
         int keep = 1;
@@ -386,88 +118,20 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
     }
     result = sqlite3_exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr);
     if (result != SQLITE_OK)
-        return StatusOf(result);
-    Run id(*this, ApplicationId);
+        return StatusOf(result, database);
+    Run id = Use(m_statements.applicationId);
     if (!id.Next())
         return id.Status();
-    if (id.Integer(0) != applicationId)
+    if (id.Integer(0) != hiveApplicationId)
         return Status(ERROR_BADDB);
-    Run version(*this, UserVersion);
+    Run version = Use(m_statements.userVersion);
     if (!version.Next())
         return version.Status();
     lot = static_cast<std::uint64_t>(version.Integer(0));
-    MapHeader();
+    Run mode = Use(m_statements.journalMode);
+    if (mode.Next() && mode.Bytes(0) == "wal" && !immutable)
+        m_remembered.Follow(database);
     return success;
-}
-
-void Hive::MapHeader()
-{
-    Run mode(*this, JournalMode);
-    sqlite3_file* file = nullptr;
-    if (!mode.Next() || mode.Bytes(0) != "wal" || m_immutable ||
-        sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
-        file->pMethods->iVersion < 2)
-        return;
-    void volatile* index = nullptr;
-    constexpr int regionSize = 32768;
-    const int result = file->pMethods->xShmMap(file, 0, regionSize, 0, &index);
-    if (result == SQLITE_OK || result == SQLITE_READONLY)
-        m_sharedHeader = static_cast<std::uint64_t*>(const_cast<void*>(index));
-}
-
-bool Hive::ReadHeader(Header& header) const
-{
-    if (m_sharedHeader == nullptr)
-        return false;
-    for (std::size_t i = 0; i < header.size(); ++i)
-        header[i] = std::atomic_ref(m_sharedHeader[i]).load(std::memory_order_acquire);
-    return true;
-}
-
-void Hive::ForgetIfChanged()
-{
-    Header now = {};
-    if (ReadHeader(now) && now == m_header && m_keys.size() < mostRemembered && m_values.size() < mostRemembered)
-        return;
-    m_header = now;
-    m_keys.clear();
-    m_values.clear();
-}
-
-bool Hive::IsUnchanged() const
-{
-    Header now = {};
-    return ReadHeader(now) && now == m_header;
-}
-
-LSTATUS Hive::Make() const
-{
-    boost::system::error_code failure;
-    boost::filesystem::create_directories(m_file.parent_path(), failure);
-    if (failure)
-        return Status(ErrorOfErrno(failure.value()));
-    // Made beside its place and linked to it whole: no process ever finds half a hive, also when this one is killed.
-    const std::string made = boost::filesystem::unique_path(m_file.native() + ".%%%%%%%%%%%%").native();
-    const int file = ::open(made.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, m_owner == Owner::User ? 0600 : 0644);
-    if (file < 0)
-        return Status(ErrorOfErrno(errno));
-    sqlite3* opened = nullptr;
-    int result = sqlite3_open_v2(made.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    std::int32_t lot = 0; // tells it from any other hive
-    sqlite3_randomness(sizeof(lot), &lot);
-    const std::string text = schema + ("pragma user_version = " + std::to_string(lot));
-    if (result == SQLITE_OK)
-        result = sqlite3_exec(opened, text.c_str(), nullptr, nullptr, nullptr);
-    LSTATUS status = StatusOf(result);
-    // Closing brings all of it into the one file.
-    if (sqlite3_close(opened) != SQLITE_OK && status == success)
-        status = Status(ERROR_REGISTRY_IO_FAILED);
-    if (status == success && (::fsync(file) != 0 || (!LinkInto(made, m_file.native()) && errno != EEXIST)))
-        status = Status(ErrorOfErrno(errno));
-    ::close(file);
-    for (const char* const suffix : {"", "-wal", "-shm"})
-        ::unlink((made + suffix).c_str());
-    return status;
 }
 
 LSTATUS Hive::OpenForWriting(Key used)
@@ -489,7 +153,7 @@ LSTATUS Hive::Writable()
 
 LSTATUS Hive::Existing(Key key)
 {
-    Run run(*this, KeyExists);
+    Run run = Use(m_statements.keyExists);
     if (run.Bind(key).Next())
         return success;
     const LSTATUS status = run.Status();
@@ -520,18 +184,18 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
         if (name.empty()) // several backslashes are as good as one
             continue;
         const std::string fold = Folded(name);
-        Run find(*this, FindKey);
+        Run find = Use(m_statements.findKey);
         if (find.Bind(at).Bind(fold).Next())
         {
             at = find.Integer(0);
             continue;
         }
         LSTATUS status = NothingAt(at, find.Status(), missing);
-        if (status != missing || then == Missing::Fails)
+        if (status != missing || then == Missing::fails)
             return status;
         if (name.size() > longestKeyName)
             return Status(ERROR_INVALID_PARAMETER);
-        status = Run(*this, InsertKey).Bind(at).Bind(fold).Bind(formats::Utf8FromWide(name)).ToTheEnd();
+        status = Use(m_statements.insertKey).Bind(at).Bind(fold).Bind(formats::Utf8FromWide(name)).ToTheEnd();
         if (status != success)
             return status;
         at = sqlite3_last_insert_rowid(m_database.get());
@@ -545,21 +209,17 @@ LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key)
     LSTATUS status = Open(parent);
     if (status != success)
         return status;
-    ForgetIfChanged();
-    Compose(m_wanted, parent, path);
-    const auto remembered = m_keys.find(m_wanted);
     Key found = absent;
-    if (remembered != m_keys.end())
+    if (const Key* const remembered = m_remembered.FindKey(parent, path))
     {
-        found = remembered->second;
+        found = *remembered;
     }
     else
     {
-        status = Walk(parent, path, Missing::Fails, found);
+        status = Walk(parent, path, Missing::fails, found);
         if (status != success && status != missing)
             return status;
-        if (IsUnchanged())
-            m_keys.emplace(m_wanted, found);
+        m_remembered.KeepKey(found);
     }
     if (found == absent)
         return missing;
@@ -575,16 +235,16 @@ LSTATUS Hive::FindOrCreate(Key parent, std::wstring_view path, Key& key)
     status = OpenForWriting(parent);
     if (status == missing)
     {
-        status = Make();
+        status = MakeHiveFile(m_file, m_owner);
         if (status == success)
             status = Open(parent);
     }
     if (status != success)
         return status;
-    Transaction transaction(*this);
+    Transaction transaction(m_database.get(), m_statements);
     status = transaction.Begun();
     if (status == success)
-        status = Walk(parent, path, Missing::IsMade, key);
+        status = Walk(parent, path, Missing::isMade, key);
     return status == success ? transaction.End() : status;
 }
 
@@ -593,15 +253,15 @@ LSTATUS Hive::DeleteTree(Key parent, std::wstring_view path)
     LSTATUS status = OpenForWriting(parent);
     if (status != success)
         return status;
-    Transaction transaction(*this);
+    Transaction transaction(m_database.get(), m_statements);
     status = transaction.Begun();
     Key top = absent;
     if (status == success)
-        status = Walk(parent, path, Missing::Fails, top);
+        status = Walk(parent, path, Missing::fails, top);
     if (status == success)
-        status = Run(*this, DeleteValuesOfTree).Bind(top).ToTheEnd();
+        status = Use(m_statements.deleteValuesOfTree).Bind(top).ToTheEnd();
     if (status == success)
-        status = Run(*this, DeleteKeysOfTree).Bind(top).ToTheEnd();
+        status = Use(m_statements.deleteKeysOfTree).Bind(top).ToTheEnd();
     return status == success ? transaction.End() : status;
 }
 
@@ -610,19 +270,15 @@ LSTATUS Hive::Query(Key key, std::wstring_view name, Value& value)
     LSTATUS status = Open(key);
     if (status != success)
         return status;
-    ForgetIfChanged();
-    Compose(m_wanted, key, name);
-    const auto remembered = m_values.find(m_wanted);
-    if (remembered != m_values.end())
+    if (const Remembered::Value* const remembered = m_remembered.FindValue(key, name))
     {
-        value = {remembered->second.type, remembered->second.data};
-        return remembered->second.status;
+        value = {remembered->type, remembered->data};
+        return remembered->status;
     }
 
-    const std::string fold = m_wanted.substr(sizeof(key));
-    Run run(*this, QueryValue);
+    Run run = Use(m_statements.queryValue);
     value = {};
-    if (run.Bind(key).Bind(fold).Next())
+    if (run.Bind(key).Bind(m_remembered.Fold()).Next())
     {
         m_data = run.Bytes(1);
         value = {static_cast<DWORD>(run.Integer(0)), m_data};
@@ -631,8 +287,8 @@ LSTATUS Hive::Query(Key key, std::wstring_view name, Value& value)
     {
         status = NothingAt(key, run.Status(), missing);
     }
-    if ((status == success || status == missing) && value.data.size() <= largestRemembered && IsUnchanged())
-        m_values[m_wanted] = {status, value.type, std::string(value.data)};
+    if (status == success || status == missing)
+        m_remembered.KeepValue(status, value.type, value.data);
     return status;
 }
 
@@ -645,7 +301,7 @@ LSTATUS Hive::Set(Key key, std::wstring_view name, DWORD type, std::string_view 
         return status;
     const std::string fold = Folded(name);
     const std::string given = formats::Utf8FromWide(name);
-    status = Run(*this, SetValue).Bind(key).Bind(fold).Bind(given).Bind(type).BindBytes(data).ToTheEnd();
+    status = Use(m_statements.setValue).Bind(key).Bind(fold).Bind(given).Bind(type).BindBytes(data).ToTheEnd();
     return status == success && sqlite3_changes(m_database.get()) == 0 ? deleted : status;
 }
 
@@ -655,7 +311,7 @@ LSTATUS Hive::DeleteValue(Key key, std::wstring_view name)
     if (status != success)
         return status;
     const std::string fold = Folded(name);
-    status = Run(*this, RemoveValue).Bind(key).Bind(fold).ToTheEnd();
+    status = Use(m_statements.removeValue).Bind(key).Bind(fold).ToTheEnd();
     return status == success && sqlite3_changes(m_database.get()) == 0 ? NothingAt(key, status, missing) : status;
 }
 
@@ -664,7 +320,7 @@ LSTATUS Hive::SubKeyAt(Key key, DWORD index, std::wstring& name)
     const LSTATUS status = Open(key);
     if (status != success)
         return status;
-    Run run(*this, KeyAtIndex);
+    Run run = Use(m_statements.keyAtIndex);
     if (!run.Bind(key).Bind(index).Next())
         return NothingAt(key, run.Status(), Status(ERROR_NO_MORE_ITEMS));
     name = formats::WideFromUtf8(run.Bytes(0));
@@ -676,7 +332,7 @@ LSTATUS Hive::ValueAt(Key key, DWORD index, std::wstring& name, Value& value)
     const LSTATUS status = Open(key);
     if (status != success)
         return status;
-    Run run(*this, ValueAtIndex);
+    Run run = Use(m_statements.valueAtIndex);
     if (!run.Bind(key).Bind(index).Next())
         return NothingAt(key, run.Status(), Status(ERROR_NO_MORE_ITEMS));
     m_data = run.Bytes(1);
@@ -690,8 +346,8 @@ LSTATUS Hive::Info(Key key, RegistryKeyInfo& info)
     const LSTATUS status = Open(key);
     if (status != success)
         return status;
-    Run keys(*this, CountKeys);
-    Run values(*this, CountValues);
+    Run keys = Use(m_statements.countKeys);
+    Run values = Use(m_statements.countValues);
     if (!keys.Bind(key).Next())
         return keys.Status();
     if (!values.Bind(key).Next())

@@ -1,0 +1,74 @@
+#include "utility/platform/posix/registry/HiveFile.h"
+
+#include "tests/support/posix/Child.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+using boost::filesystem::path;
+using support::Child;
+using utility::platform::posix::HiveOwner;
+using utility::platform::posix::UsualHiveFile;
+
+namespace
+{
+
+struct Places
+{
+    std::vector<std::pair<const char*, const char*>> variables;
+    const char* user;
+    const char* machine;
+};
+
+class PlaceOfHiveTest : public ::testing::TestWithParam<Places>
+{
+};
+
+}
+
+TEST_P(PlaceOfHiveTest, FollowsTheSystemsVariables)
+{
+    Child child(
+        []
+        {
+            for (const char* const name : {"HOME", "XDG_CONFIG_HOME", "XDG_CONFIG_DIRS"})
+                ::unsetenv(name);
+            for (const auto& [name, value] : GetParam().variables)
+                ::setenv(name, value, 1);
+            if (UsualHiveFile(HiveOwner::user) != GetParam().user)
+                return 1;
+            return UsualHiveFile(HiveOwner::machine) == GetParam().machine ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Variables, PlaceOfHiveTest,
+    ::testing::Values(
+        Places{{{"HOME", "/home/ann"}}, "/home/ann/.config/selvane/settings.db", "/etc/xdg/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "/conf"}, {"XDG_CONFIG_DIRS", "/one:/two"}},
+               "/conf/selvane/settings.db",
+               "/one/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", "relative"}, {"XDG_CONFIG_DIRS", "also"}},
+               "/home/ann/.config/selvane/settings.db",
+               "/etc/xdg/selvane/settings.db"},
+        Places{{{"HOME", "/home/ann"}, {"XDG_CONFIG_HOME", ""}, {"XDG_CONFIG_DIRS", ""}},
+               "/home/ann/.config/selvane/settings.db",
+               "/etc/xdg/selvane/settings.db"}));
+
+TEST(PlaceOfHiveTest, WithoutVariablesIsTheHomeThatTheSystemKnows)
+{
+    Child child(
+        []
+        {
+            ::unsetenv("HOME");
+            ::unsetenv("XDG_CONFIG_HOME");
+            const path home = ::getpwuid(::geteuid())->pw_dir;
+            return UsualHiveFile(HiveOwner::user) == home / ".config/selvane/settings.db" ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}

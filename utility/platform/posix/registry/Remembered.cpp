@@ -1,0 +1,94 @@
+#include "utility/platform/posix/registry/Remembered.h"
+
+#include "utility/platform/posix/registry/NameFold.h"
+
+#include <atomic>
+#include <sqlite3.h>
+
+namespace utility::platform::posix
+{
+
+namespace
+{
+
+// Remembering stops at this many names, and takes no larger value.
+constexpr std::size_t mostRemembered = 4096;
+constexpr std::size_t largestRemembered = 4096;
+
+}
+
+void Remembered::Follow(sqlite3* database)
+{
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
+        file->pMethods->iVersion < 2)
+        return;
+    void volatile* index = nullptr;
+    constexpr int regionSize = 32768;
+    const int result = file->pMethods->xShmMap(file, 0, regionSize, 0, &index);
+    if (result == SQLITE_OK || result == SQLITE_READONLY)
+        m_sharedHeader = static_cast<std::uint64_t*>(const_cast<void*>(index));
+}
+
+void Remembered::Clear()
+{
+    m_sharedHeader = nullptr;
+    m_keys.clear();
+    m_values.clear();
+}
+
+const std::int64_t* Remembered::FindKey(std::int64_t parent, std::wstring_view path)
+{
+    Want(parent, path);
+    const auto found = m_keys.find(m_wanted);
+    return found != m_keys.end() ? &found->second : nullptr;
+}
+
+const Remembered::Value* Remembered::FindValue(std::int64_t key, std::wstring_view name)
+{
+    Want(key, name);
+    const auto found = m_values.find(m_wanted);
+    return found != m_values.end() ? &found->second : nullptr;
+}
+
+void Remembered::KeepKey(std::int64_t key)
+{
+    if (IsUnchanged())
+        m_keys.emplace(m_wanted, key);
+}
+
+void Remembered::KeepValue(LSTATUS status, DWORD type, std::string_view data)
+{
+    if (data.size() <= largestRemembered && IsUnchanged())
+        m_values[m_wanted] = {status, type, std::string(data)};
+}
+
+void Remembered::Want(std::int64_t key, std::wstring_view name)
+{
+    Header now = {};
+    if (!ReadHeader(now) || now != m_header || m_keys.size() >= mostRemembered || m_values.size() >= mostRemembered)
+    {
+        m_header = now;
+        m_keys.clear();
+        m_values.clear();
+    }
+    m_wanted.assign(reinterpret_cast<const char*>(&key), sizeof(key));
+    AppendFolded(m_wanted, name);
+}
+
+bool Remembered::ReadHeader(Header& header) const
+{
+    if (m_sharedHeader == nullptr)
+        return false;
+    for (std::size_t i = 0; i < header.size(); ++i)
+        header[i] = std::atomic_ref(m_sharedHeader[i]).load(std::memory_order_acquire);
+    return true;
+}
+
+bool Remembered::IsUnchanged() const
+{
+    Header now = {};
+    return ReadHeader(now) && now == m_header;
+}
+
+}
