@@ -1,7 +1,7 @@
 #include "utility/platform/Handles.h"
 
 #include "utility/platform/Error.h"
-#include "utility/platform/Files.h"
+#include "utility/platform/posix/handles/Handle.h"
 
 namespace utility::platform
 {
@@ -12,7 +12,7 @@ namespace
 class PosixHandles final : public HandleService
 {
 public:
-    bool CloseHandle(HANDLE handle) override { return Files().Close(handle); }
+    bool CloseHandle(HANDLE handle) override { return posix::CloseHandle(handle); }
 
     bool CloseWindowStation(HWINSTA /*station*/) override { return Refuse(); }
 

@@ -1,9 +1,8 @@
 #include "utility/platform/Modules.h"
 
-#include "utility/platform/formats/ResourceFile.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/files/MappedFile.h"
+#include "utility/platform/posix/modules/LoadedFiles.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -11,10 +10,6 @@
 #include <dlfcn.h>
 #include <iterator>
 #include <link.h>
-#include <list>
-#include <map>
-#include <mutex>
-#include <utility>
 
 namespace utility::platform
 {
@@ -32,90 +27,6 @@ constexpr NumberedString ownStrings[] = {
 #define UTILITY_STRING(name, number, text) {number, L"" text},
 #include "resources/Strings.inc"
 #undef UTILITY_STRING
-};
-
-/// Files that are loaded for their resources, by the addresses of their records.
-class LoadedFiles
-{
-public:
-    HINSTANCE Load(const wchar_t* path)
-    {
-        boost::system::error_code error;
-        const boost::filesystem::path canonical = boost::filesystem::canonical(PathFromWide(path), error);
-        if (error)
-        {
-            SetLastError(ERROR_MOD_NOT_FOUND);
-            return nullptr;
-        }
-        const std::scoped_lock lock(m_lock);
-        auto file = std::ranges::find(m_files, canonical, &File::path);
-        if (file == m_files.end())
-        {
-            file = m_files.emplace(file, canonical);
-            if (!file->resources.HasResources())
-            {
-                m_files.erase(file);
-                SetLastError(ERROR_BAD_EXE_FORMAT);
-                return nullptr;
-            }
-        }
-        ++file->references;
-        return HandleOf(*file);
-    }
-
-    /// False if it is none of these.
-    bool Free(HINSTANCE module)
-    {
-        const std::scoped_lock lock(m_lock);
-        const auto file = Find(module);
-        if (file == m_files.end())
-            return false;
-        if (--file->references == 0)
-            m_files.erase(file);
-        return true;
-    }
-
-    /// Empty if it is none of these.
-    std::wstring PathOf(HINSTANCE module)
-    {
-        const std::scoped_lock lock(m_lock);
-        const auto file = Find(module);
-        return file == m_files.end() ? std::wstring() : WideFromPath(file->path);
-    }
-
-    std::wstring_view StringOf(HINSTANCE module, UINT id)
-    {
-        const std::scoped_lock lock(m_lock);
-        const auto file = Find(module);
-        if (file == m_files.end())
-            return {};
-        if (const auto known = file->strings.find(id); known != file->strings.end())
-            return known->second;
-        std::wstring text = file->resources.String(id);
-        return text.empty() ? std::wstring_view() : file->strings.emplace(id, std::move(text)).first->second;
-    }
-
-private:
-    struct File
-    {
-        explicit File(const boost::filesystem::path& file) : path(file), content(file), resources(content.Content()) {}
-
-        const boost::filesystem::path path;
-        const posix::MappedFile content;
-        const formats::ResourceFile resources;
-        std::map<UINT, std::wstring> strings; ///< those that were asked for
-        int references = 0;
-    };
-
-    static HINSTANCE HandleOf(File& file) { return reinterpret_cast<HINSTANCE>(&file); }
-
-    std::list<File>::iterator Find(HINSTANCE module)
-    {
-        return std::ranges::find(m_files, module, [](File& file) { return HandleOf(file); });
-    }
-
-    std::mutex m_lock;
-    std::list<File> m_files;
 };
 
 /// The path of the file of a module that the system's loader has loaded, the program's for null; empty on failure.
@@ -190,7 +101,7 @@ public:
     }
 
 private:
-    LoadedFiles m_files;
+    posix::LoadedFiles m_files;
 };
 
 }

@@ -3,10 +3,10 @@
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/text/CodePages.h"
 
 #include <algorithm>
 #include <cstring>
-#include <iconv.h>
 #include <limits>
 
 namespace utility::platform
@@ -14,52 +14,6 @@ namespace utility::platform
 
 namespace
 {
-
-/// The name under which iconv knows a Windows code page.
-std::string EncodingName(UINT codePage) { return codePage == 54936 ? "GB18030" : "CP" + std::to_string(codePage); }
-
-/// One iconv conversion, in which `substitute` stands for what has no counterpart or is malformed.
-class Conversion
-{
-public:
-    Conversion(const std::string& to, const std::string& from) : m_descriptor(::iconv_open(to.c_str(), from.c_str())) {}
-    Conversion(const Conversion&) = delete;
-    Conversion& operator=(const Conversion&) = delete;
-    ~Conversion()
-    {
-        if (IsOpen())
-            ::iconv_close(m_descriptor);
-    }
-
-    bool IsOpen() const { return m_descriptor != reinterpret_cast<iconv_t>(std::intptr_t{-1}); }
-
-    template <class In, class Out>
-    std::basic_string<Out> Convert(const In* text, std::size_t length, Out substitute) const
-    {
-        std::basic_string<Out> result;
-        char* in = const_cast<char*>(reinterpret_cast<const char*>(text));
-        std::size_t inLeft = length * sizeof(In);
-        while (inLeft != 0)
-        {
-            Out chunk[256];
-            char* out = reinterpret_cast<char*>(chunk);
-            std::size_t outLeft = sizeof(chunk);
-            const bool failed = ::iconv(m_descriptor, &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1);
-            const int reason = errno;
-            result.append(chunk, (sizeof(chunk) - outLeft) / sizeof(Out));
-            if (failed && reason != E2BIG)
-            {
-                result += substitute;
-                in += sizeof(In);
-                inLeft -= sizeof(In);
-            }
-        }
-        return result;
-    }
-
-private:
-    iconv_t m_descriptor;
-};
 
 /// Hands a converted text over as both directions of the service do.
 template <class String, class Char>
@@ -104,9 +58,8 @@ public:
         const std::wstring_view wide(text, LengthOf(text, length));
         if (codePage == CP_ACP || codePage == CP_UTF8)
             return Deliver(formats::Utf8FromWide(wide), out, capacity);
-        const Conversion conversion(EncodingName(codePage), "WCHAR_T");
-        return conversion.IsOpen() ? Deliver(conversion.Convert(wide.data(), wide.size(), '?'), out, capacity)
-                                   : Refuse();
+        const auto converted = posix::Encode(codePage, wide);
+        return converted ? Deliver(*converted, out, capacity) : Refuse();
     }
 
     int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) override
@@ -120,9 +73,8 @@ public:
             const bool isAscii = std::ranges::all_of(narrow, [](char c) { return (c & 0x80) == 0; });
             return isAscii ? Deliver(narrow, out, capacity) : Deliver(formats::WideFromUtf8(narrow), out, capacity);
         }
-        const Conversion conversion("WCHAR_T", EncodingName(codePage));
-        return conversion.IsOpen() ? Deliver(conversion.Convert(narrow.data(), narrow.size(), L'\xFFFD'), out, capacity)
-                                   : Refuse();
+        const auto converted = posix::Decode(codePage, narrow);
+        return converted ? Deliver(*converted, out, capacity) : Refuse();
     }
 
     DWORD SystemMessage(DWORD error, DWORD /*languageId: the messages are in the locale's language*/, wchar_t* buffer,
