@@ -45,8 +45,23 @@ build_or_count() {
     fi
 }
 
+# compare_with_expected PRESET: what did not run as tests/expected.txt has it counts as failed, each; the first are shown.
+compare_with_expected() {
+    local preset=$1 data count differences=$logs/$1-differences.txt
+    data=$(sed -n 's/^UTILITY_TEST_DATA:PATH=//p' "$root/build/$preset/CMakeCache.txt")
+    awk -v "preset=$preset" -v "data=$data" -v "ci=${CI:-}" -f "$root/tests/Expected.awk" \
+        "$root/tests/expected.txt" "$logs/$preset-tests.tsv" >"$differences"
+    count=$(wc -l <"$differences")
+    while read -r line; do
+        result "$preset" "$line"
+    done < <(head -n 20 "$differences")
+    [ "$count" -le 20 ] || result "$preset" "and $((count - 20)) more: $differences"
+    failed=$((failed + count))
+}
+
 # run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the state
-# (passed, failed or skipped) and the name of each. A part of the tests that runs in one process counts by its results.
+# (passed, failed, skipped, or lacking: not run since the processor lacks the instructions) and the name of each. A part of the
+# tests that runs in one process counts by its results.
 run_tests() {
     local preset=$1 start=$SECONDS junit=$logs/$1-tests.xml table=$logs/$1-tests.tsv log=$logs/$1-tests.log
     local results=$root/build/$1/tests/results status=0 good bad out
@@ -85,6 +100,7 @@ run_tests() {
         }
         /<failure / { state = "failed" }
         /<skipped message="SKIP_/ { state = "skipped" }
+        /The processor lacks/ && state == "skipped" { state = "lacking" }
         END { flush() }' "${files[@]}" >"$table"
     good=$(grep -c '^passed' "$table" || true)
     bad=$(grep -c '^failed' "$table" || true)
@@ -99,6 +115,10 @@ run_tests() {
     failed=$((failed + bad))
     skipped=$((skipped + out))
     result "$preset" "$good passed, $bad failed, $out skipped in $((SECONDS - start)) s"
+    sed -n "s/^lacking\t/not run: /p" "$table" | while read -r line; do
+        result "$preset" "$line"
+    done
+    compare_with_expected "$preset"
 }
 
 # finish: the totals, and an exit status that says whether all is well. A run without a test is not.
