@@ -57,6 +57,7 @@ using support::FailingCall;
 FAILING_CALL(int, -1, fstat, (int file, struct stat* status), file, status)
 FAILING_CALL(int, -1, fsync, (int file), file)
 FAILING_CALL(int, -1, ftruncate, (int file, off_t length), file, length)
+FAILING_CALL(int, -1, getentropy, (void* bytes, std::size_t size), bytes, size)
 FAILING_CALL(int, -1, link, (const char* file, const char* place), file, place)
 FAILING_CALL(off_t, -1, lseek, (int file, off_t offset, int origin), file, offset, origin)
 FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access, int flags, int file, off_t offset), at,

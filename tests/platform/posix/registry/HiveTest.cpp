@@ -610,6 +610,29 @@ TEST_F(HiveTest, ProcessesThatMakeItAtOnceShareOne)
     EXPECT_EQ(info.values, 8u);
 }
 
+TEST_F(HiveTest, OfOneCopyOfAProcessIsToldFromThatOfAnother)
+{
+    MakeKey(*std::make_unique<Hive>(m_folder / "first.db", Hive::Owner::user), L"Key");
+    Hive hive(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    for (std::uint32_t generation = 0; generation < 3; ++generation)
+    {
+        Child child(
+            [&]
+            {
+                MakeKey(*std::make_unique<Hive>(m_folder / "new.db", Hive::Owner::user), L"Key");
+                return 0;
+            });
+        EXPECT_EQ(child.ExitCode(), 0);
+        // The bytes of the next come into the very file of the one before.
+        hive.Close();
+        m_folder.File("settings.db", TemporaryFolder::BytesOf(m_folder / "new.db"));
+        boost::filesystem::remove(m_folder / "new.db");
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+        EXPECT_EQ(hive.Generation(), generation);
+    }
+}
+
 TEST_F(HiveTest, ProcessesWriteAndReadAtOnce)
 {
     { // made before, so that each finds the key

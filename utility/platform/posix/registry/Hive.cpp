@@ -102,6 +102,7 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
 {
     m_immutable = immutable;
     sqlite3* database = nullptr;
+    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
     int result = immutable
                      ? sqlite3_open_v2(ImmutableUri(m_file).c_str(), &database,
                                        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr)

@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/registry/Status.h"
 
+#include <array>
 #include <boost/filesystem/operations.hpp>
 #include <cerrno>
 #include <cstdint>
@@ -24,7 +25,7 @@ namespace
 using boost::filesystem::path;
 
 constexpr char schema[] = R"(
-    pragma journal_mode = wal;
+    begin;
     create table keys (
         id integer primary key autoincrement, -- never that of a deleted key
         parent integer,
@@ -39,6 +40,13 @@ constexpr char schema[] = R"(
         data blob not null,
         primary key (key, fold)) without rowid;
     insert into keys values (1, null, '', '');
+)";
+
+// Comes last: up to here all went into the one file, and a statement told of each failure. What is written to a log is
+// brought into the file when that is closed, which fails without a word.
+constexpr char schemaEnd[] = R"(;
+    commit;
+    pragma journal_mode = wal;
 )";
 
 path UserConfiguration()
@@ -73,6 +81,55 @@ bool LinkInto(const std::string& file, const std::string& place)
     return errno != EEXIST && ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, place.c_str(), RENAME_NOREPLACE) == 0;
 }
 
+/// A new file beside the place that it is to come into. What is left of it, and of what SQLite puts beside it, goes at
+/// the end.
+class Draft
+{
+public:
+    Draft(const std::string& name, mode_t mode)
+        : m_names{name, name + "-journal", name + "-wal", name + "-shm"},
+          m_file(Uninterrupted([&] { return ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); }))
+    {
+    }
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+    ~Draft()
+    {
+        if (m_file < 0)
+            return;
+        ::close(m_file);
+        for (const std::string& each : m_names)
+            ::unlink(each.c_str());
+    }
+
+    bool IsOpen() const { return m_file >= 0; }
+
+    /// Puts it into its place, whole. One that is there already, made by another process meanwhile, is as good.
+    bool Publish(const std::string& place) const
+    {
+        return Uninterrupted([&] { return ::fsync(m_file); }) == 0 && (LinkInto(m_names[0], place) || errno == EEXIST);
+    }
+
+private:
+    std::array<std::string, 4> m_names;
+    int m_file;
+};
+
+/// Makes a hive of an empty file.
+LSTATUS Fill(const std::string& file, std::int32_t lot)
+{
+    const std::string text = schema + ("pragma application_id = " + std::to_string(hiveApplicationId)) +
+                             ";pragma user_version = " + std::to_string(lot) + schemaEnd;
+    sqlite3* database = nullptr;
+    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
+    int result = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    if (result == SQLITE_OK)
+        result = sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr);
+    const LSTATUS status = StatusOf(result, database);
+    sqlite3_close(database);
+    return status;
+}
+
 }
 
 path UsualHiveFile(HiveOwner owner)
@@ -87,30 +144,17 @@ LSTATUS MakeHiveFile(const path& file, HiveOwner owner)
     boost::filesystem::create_directories(file.parent_path(), failure);
     if (failure)
         return Status(ErrorOfErrno(failure.value()));
-    // Made beside its place and linked to it whole: no process ever finds half a hive, also when this one is killed.
-    const std::string made = boost::filesystem::unique_path(file.native() + ".%%%%%%%%%%%%").native();
-    const int descriptor =
-        ::open(made.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, owner == HiveOwner::user ? 0600 : 0644);
-    if (descriptor < 0)
+    // Tells it from any other hive. The database's own random numbers are the same on both sides of a fork.
+    std::uint32_t lot = 0;
+    if (::getentropy(&lot, sizeof(lot)) != 0)
         return Status(ErrorOfErrno(errno));
-    sqlite3* opened = nullptr;
-    int result = sqlite3_open_v2(made.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
-    std::int32_t lot = 0; // tells it from any other hive
-    sqlite3_randomness(sizeof(lot), &lot);
-    const std::string text = schema + ("pragma application_id = " + std::to_string(hiveApplicationId)) +
-                             ";pragma user_version = " + std::to_string(lot);
-    if (result == SQLITE_OK)
-        result = sqlite3_exec(opened, text.c_str(), nullptr, nullptr, nullptr);
-    LSTATUS status = StatusOf(result, opened);
-    // Closing brings all of it into the one file.
-    if (sqlite3_close(opened) != SQLITE_OK && status == success)
-        status = Status(ERROR_REGISTRY_IO_FAILED);
-    if (status == success && (::fsync(descriptor) != 0 || (!LinkInto(made, file.native()) && errno != EEXIST)))
-        status = Status(ErrorOfErrno(errno));
-    ::close(descriptor);
-    for (const char* const suffix : {"", "-wal", "-shm"})
-        ::unlink((made + suffix).c_str());
-    return status;
+    // Made beside its place and linked to it whole: no process ever finds half a hive, also when this one is killed.
+    const std::string name = file.native() + '.' + std::to_string(lot);
+    const Draft draft(name, owner == HiveOwner::user ? 0600 : 0644);
+    if (!draft.IsOpen())
+        return Status(ErrorOfErrno(errno));
+    const LSTATUS status = Fill(name, static_cast<std::int32_t>(lot));
+    return status != success || draft.Publish(file.native()) ? status : Status(ErrorOfErrno(errno));
 }
 
 }

@@ -71,8 +71,11 @@ std::string_view Run::Bytes(int column)
 }
 
 Transaction::Transaction(sqlite3* database, Statements& statements)
-    : m_database(database), m_statements(statements), m_begun(Run(database, statements.begin).ToTheEnd())
+    : m_database(database), m_statements(statements), m_begun(Run(database, statements.rollback).Status())
 {
+    // What undoes it is prepared ahead: what has to be undone may be for want of memory.
+    if (m_begun == success)
+        m_begun = Run(database, statements.begin).ToTheEnd();
 }
 
 Transaction::~Transaction()

@@ -21,6 +21,7 @@ LSTATUS StatusOf(int result, sqlite3* database)
         return Status(ERROR_ACCESS_DENIED);
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL: // others came first each time
         return Status(ERROR_BUSY);
     case SQLITE_NOMEM:
         return Status(ERROR_NOT_ENOUGH_MEMORY);

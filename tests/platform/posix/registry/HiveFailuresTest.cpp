@@ -1,0 +1,378 @@
+#include "utility/platform/posix/registry/Hive.h"
+
+#include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/FailingDatabase.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+#include <sqlite3.h>
+#include <string>
+#include <tuple>
+
+// What goes wrong below a hive: every operation is done with the first of the calls below it failing, then with the second,
+// and so on until none is left to fail. Each time it has to be done or refused whole, and to leave nothing behind.
+
+namespace
+{
+
+using boost::filesystem::path;
+using support::FailingCall;
+using support::FailingDatabase;
+using support::TemporaryFolder;
+using utility::platform::posix::Hive;
+using utility::platform::posix::HiveOwner;
+using Failure = FailingDatabase::Failure;
+using Lasting = FailingDatabase::Lasting;
+
+LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
+
+const LSTATUS busy = Status(ERROR_BUSY);
+const LSTATUS full = Status(ERROR_DISK_FULL);
+const LSTATUS inputOutput = Status(ERROR_REGISTRY_IO_FAILED);
+const LSTATUS tooManyFiles = Status(ERROR_TOO_MANY_OPEN_FILES);
+const LSTATUS memory = Status(ERROR_NOT_ENOUGH_MEMORY);
+
+/// Everything that is in a hive, as it lies on the disk, "none" if there is no file. Another process could write to it.
+std::string ContentOf(const path& file)
+{
+    if (!exists(file))
+        return "none";
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
+    std::string content;
+    const auto append = [](void* text, int columns, char** values, char**)
+    {
+        for (int i = 0; i < columns; ++i)
+            static_cast<std::string*>(text)->append(values[i] != nullptr ? values[i] : "null").append(1, '|');
+        return 0;
+    };
+    EXPECT_EQ(sqlite3_exec(database,
+                           "pragma busy_timeout = 100; begin immediate; pragma integrity_check; select * from keys;"
+                           "select key, name, type, quote(data) from \"values\"; rollback",
+                           append, &content, nullptr),
+              SQLITE_OK)
+        << sqlite3_errmsg(database);
+    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
+    EXPECT_TRUE(content.starts_with("100|ok|")) << content;
+    return content;
+}
+
+struct Operation
+{
+    const char* name;
+    LSTATUS (*act)(Hive& hive, std::string& result);
+    bool needsAHive = true;
+};
+
+/// Beside the root the sample has two keys, with numbers that are known.
+constexpr Hive::Key key = 2;
+
+const Operation operations[] = {
+    {"Find",
+     [](Hive& hive, std::string& result)
+     {
+         Hive::Key found = 0;
+         const LSTATUS status = hive.Find(Hive::root, L"Key", found);
+         result = std::to_string(found);
+         return status;
+     }},
+    {"Query",
+     [](Hive& hive, std::string& result)
+     {
+         Hive::Value value{};
+         const LSTATUS status = hive.Query(key, L"Name", value);
+         result = std::to_string(value.type).append(value.data);
+         return status;
+     }},
+    {"SubKeyAt",
+     [](Hive& hive, std::string& result)
+     {
+         std::wstring name;
+         const LSTATUS status = hive.SubKeyAt(key, 0, name);
+         result.assign(name.begin(), name.end());
+         return status;
+     }},
+    {"ValueAt",
+     [](Hive& hive, std::string& result)
+     {
+         std::wstring name;
+         Hive::Value value{};
+         const LSTATUS status = hive.ValueAt(key, 1, name, value);
+         result.assign(name.begin(), name.end()).append(std::to_string(value.type)).append(value.data);
+         return status;
+     }},
+    {"Info",
+     [](Hive& hive, std::string& result)
+     {
+         utility::platform::RegistryKeyInfo info;
+         const LSTATUS status = hive.Info(key, info);
+         for (const DWORD each :
+              {info.subKeys, info.longestSubKey, info.values, info.longestValueName, info.largestValue})
+             result.append(std::to_string(each)).append(1, ' ');
+         return status;
+     }},
+    {"Writable", [](Hive& hive, std::string&) { return hive.Writable(); }},
+    {"FindOrCreateWhatIsThere",
+     [](Hive& hive, std::string& result)
+     {
+         Hive::Key found = 0;
+         const LSTATUS status = hive.FindOrCreate(Hive::root, L"Key", found);
+         result = std::to_string(found);
+         return status;
+     }},
+    {"FindOrCreateWhatIsNew",
+     [](Hive& hive, std::string& result)
+     {
+         Hive::Key found = 0;
+         const LSTATUS status = hive.FindOrCreate(key, L"New\\Newer", found);
+         result = std::to_string(found);
+         return status;
+     }},
+    {"FindOrCreateTheHive",
+     [](Hive& hive, std::string& result)
+     {
+         Hive::Key found = 0;
+         const LSTATUS status = hive.FindOrCreate(Hive::root, L"Key", found);
+         result = std::to_string(found);
+         return status;
+     },
+     false},
+    {"SetWhatIsThere", [](Hive& hive, std::string&) { return hive.Set(key, L"Name", REG_SZ, "later"); }},
+    {"SetWhatIsNew", [](Hive& hive, std::string&) { return hive.Set(key, L"New", REG_SZ, "new"); }},
+    {"SetWhatIsLarge",
+     [](Hive& hive, std::string&) { return hive.Set(key, L"Name", REG_BINARY, std::string(20000, 'x')); }},
+    {"DeleteValue", [](Hive& hive, std::string&) { return hive.DeleteValue(key, L"Name"); }},
+    {"DeleteTree", [](Hive& hive, std::string&) { return hive.DeleteTree(Hive::root, L"Key"); }},
+};
+
+std::ostream& operator<<(std::ostream& out, const Operation& operation) { return out << operation.name; }
+
+enum class Hives
+{
+    closed,
+    open,
+    ofTheMachine
+};
+
+class FailingHiveTest : public ::testing::TestWithParam<std::tuple<Operation, Failure, Hives>>
+{
+protected:
+    FailingHiveTest()
+    {
+        {
+            Hive hive(m_sample, HiveOwner::user);
+            Hive::Key made = 0;
+            EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", made), 0);
+            EXPECT_EQ(made, key);
+            EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "text"), 0);
+            EXPECT_EQ(hive.Set(key, L"Other", REG_SZ, "other"), 0);
+            EXPECT_EQ(hive.FindOrCreate(key, L"Below", made), 0);
+        }
+        m_bytes = TemporaryFolder::BytesOf(m_sample);
+    }
+
+    /// A new hive, as the operation finds it.
+    void Prepare()
+    {
+        boost::filesystem::remove_all(m_file.parent_path());
+        if (!m_operation.needsAHive)
+            return;
+        create_directory(m_file.parent_path());
+        m_folder.File("hive/settings.db", m_bytes);
+    }
+
+    void Warm(Hive& hive) const
+    {
+        if (m_state == Hives::open)
+            hive.Writable();
+    }
+
+    /// Whether the failing call was one of those that the operation makes.
+    bool Try(int at, Lasting lasting)
+    {
+        Prepare();
+        const std::ptrdiff_t descriptors = support::OpenDescriptors();
+        bool hasFailed = false;
+        {
+            Hive hive(m_file, m_state == Hives::ofTheMachine ? HiveOwner::machine : HiveOwner::user);
+            Warm(hive);
+            std::string result;
+            LSTATUS status = 0;
+            {
+                const FailingDatabase failing(m_failure, at, lasting);
+                status = m_operation.act(hive, result);
+                hasFailed = failing.HasFailed();
+            }
+            if (status == 0)
+            {
+                EXPECT_EQ(result, m_result);
+                EXPECT_EQ(ContentOf(m_file), m_after);
+            }
+            else
+            {
+                EXPECT_TRUE(m_allowed.contains(status)) << status;
+                const std::string content = ContentOf(m_file);
+                // A hive without keys is whole too.
+                EXPECT_TRUE(content == m_before || (!m_operation.needsAHive && content == "100|ok|1|null|||"))
+                    << content;
+                ++m_refused;
+                // The next one goes through.
+                result.clear();
+                EXPECT_EQ(m_operation.act(hive, result), 0);
+                EXPECT_EQ(result, m_result);
+                EXPECT_EQ(ContentOf(m_file), m_after);
+            }
+            EXPECT_EQ(hive.Generation(), 0u);
+        }
+        EXPECT_EQ(support::OpenDescriptors(), descriptors);
+        // A machine's hive keeps the files that go with it.
+        EXPECT_EQ(std::distance(boost::filesystem::directory_iterator(m_file.parent_path()), {}),
+                  m_state == Hives::ofTheMachine ? 3 : 1);
+        return hasFailed;
+    }
+
+    const Operation m_operation = std::get<0>(GetParam());
+    const Failure m_failure = std::get<1>(GetParam());
+    const Hives m_state = std::get<2>(GetParam());
+    const std::set<LSTATUS> m_allowed = m_failure == Failure::busy     ? std::set{busy}
+                                        : m_failure == Failure::full   ? std::set{full}
+                                        : m_failure == Failure::memory ? std::set{memory}
+                                                                       : std::set{inputOutput, tooManyFiles};
+
+    const TemporaryFolder m_folder;
+    const path m_sample = m_folder / "sample.db";
+    const path m_file = m_folder / "hive/settings.db";
+    std::string m_bytes;
+    std::string m_before;
+    std::string m_after;
+    std::string m_result;
+    int m_refused = 0;
+};
+
+TEST_P(FailingHiveTest, IsAsItWasOrAsItShouldBeWhicheverCallFails)
+{
+    Prepare();
+    m_before = ContentOf(m_file);
+    {
+        Hive hive(m_file, HiveOwner::user);
+        ASSERT_EQ(m_operation.act(hive, m_result), 0);
+    }
+    m_after = ContentOf(m_file);
+    for (const Lasting lasting : {Lasting::once, Lasting::forGood})
+    {
+        int at = 1;
+        while (Try(at, lasting) && !HasFailure())
+            ++at;
+        EXPECT_FALSE(HasFailure()) << "call " << at << (lasting == Lasting::once ? " once" : " for good");
+        // A hive takes a thousand allocations to make, and is made anew for each.
+        if (!m_operation.needsAHive && m_failure == Failure::memory)
+            break;
+    }
+}
+
+std::string NameOfTrial(const ::testing::TestParamInfo<FailingHiveTest::ParamType>& tested)
+{
+    const char* const failures[] = {"Busy", "Full", "InputOutput", "Memory"};
+    const char* const states[] = {"Closed", "Open", "OfTheMachine"};
+    const auto& [operation, failure, state] = tested.param;
+    return std::string(operation.name) + failures[static_cast<int>(failure)] + states[static_cast<int>(state)];
+}
+
+const auto failures = ::testing::Values(Failure::busy, Failure::full, Failure::inputOutput, Failure::memory);
+
+INSTANTIATE_TEST_SUITE_P(Operations, FailingHiveTest,
+                         ::testing::Combine(::testing::ValuesIn(operations), failures, ::testing::Values(Hives::open)),
+                         NameOfTrial);
+
+INSTANTIATE_TEST_SUITE_P(Opening, FailingHiveTest,
+                         ::testing::Combine(::testing::Values(operations[0], operations[9]), failures,
+                                            ::testing::Values(Hives::closed, Hives::ofTheMachine)),
+                         NameOfTrial);
+
+// What a hive asks of the system itself
+
+class HiveWithoutTest : public ::testing::Test
+{
+protected:
+    /// The status of making a hive, which leaves nothing behind unless it is 0.
+    LSTATUS Make(const path& file)
+    {
+        const std::ptrdiff_t descriptors = support::OpenDescriptors();
+        Hive::Key made = 0;
+        const LSTATUS status = Hive(file, HiveOwner::user).FindOrCreate(Hive::root, L"Key", made);
+        EXPECT_EQ(support::OpenDescriptors(), descriptors);
+        EXPECT_EQ(boost::filesystem::is_empty(m_folder.Path()), status != 0);
+        return status;
+    }
+    LSTATUS Make() { return Make(m_file); }
+
+    const TemporaryFolder m_folder;
+    const path m_file = m_folder / "settings.db";
+};
+
+TEST_F(HiveWithoutTest, WhatItsMakingNeedsIsNotMade)
+{
+    for (const char* const call : {"getentropy", "open", "fsync"})
+    {
+        const FailingCall failing(call, EMFILE);
+        const FailingCall closing("close", EIO);
+        EXPECT_EQ(Make(), tooManyFiles) << call;
+    }
+    EXPECT_EQ(Make(), 0);
+}
+
+TEST_F(HiveWithoutTest, LinksIsMadeByRenaming)
+{
+    const FailingCall failing("link", EPERM);
+    EXPECT_EQ(Make(), 0);
+    EXPECT_TRUE(failing.HasFailed());
+    EXPECT_EQ(ContentOf(m_file), "100|ok|1|null|||2|1|KEY|Key|");
+}
+
+TEST_F(HiveWithoutTest, LinksAndRenamingIsNotMade)
+{
+    {
+        const FailingCall linking("link", EPERM);
+        const FailingCall renaming("renameat2", EROFS);
+        EXPECT_EQ(Make(), Status(ERROR_WRITE_PROTECT));
+    }
+    EXPECT_EQ(Make(), 0);
+}
+
+TEST_F(HiveWithoutTest, PatienceIsMadeAllTheSame)
+{
+    const FailingCall opening("open", EINTR);
+    const FailingCall flushing("fsync", EINTR);
+    EXPECT_EQ(Make(), 0);
+    EXPECT_TRUE(opening.HasFailed());
+    EXPECT_TRUE(flushing.HasFailed());
+}
+
+TEST_F(HiveWithoutTest, AnswerOfTheSystemIsNoMissingOne)
+{
+    {
+        const FailingCall failing("stat", EIO);
+        Hive hive(m_file, HiveOwner::user);
+        Hive::Key found = 0;
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", found), Status(ERROR_GEN_FAILURE));
+        EXPECT_TRUE(failing.HasFailed());
+    }
+    EXPECT_EQ(Make(), 0);
+}
+
+TEST_F(HiveWithoutTest, ShortPathIsNotMade)
+{
+    path folder = m_folder.Path();
+    for (int i = 0; i < 4; ++i)
+        folder /= std::string(200, 'f');
+    create_directories(folder);
+    Hive hive(folder / "settings.db", HiveOwner::user);
+    Hive::Key made = 0;
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", made), inputOutput);
+    EXPECT_TRUE(is_empty(folder));
+}
+
+}
