@@ -268,7 +268,7 @@ TEST_F(MemoryMappedFileTest, FileOfMoreThanFourGigabytesIsReadToItsEnd)
     m_folder.WriteAt(path, size - 4, "last");
     CMemoryMappedFile file(path);
     ASSERT_TRUE(file.IsValid());
-    EXPECT_EQ(file.GetFileSize(), size);
+    ASSERT_EQ(file.GetFileSize(), size);
     const auto* const base = static_cast<const char*>(file.GetBase());
     EXPECT_EQ(std::string(base, 5), "first");
     EXPECT_STREQ(base + size - 4, "last");

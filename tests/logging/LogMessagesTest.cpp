@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -350,10 +351,10 @@ TEST_F(LogMessagesThreadTest, CapacityThatIsSetWhileTheCallersMessagesDieIsUndon
         store.pop(ring);
         return ring.capacity().capacity();
     };
-    // The store is not locked while so many die, which takes long enough for the other thread to come between.
+    // The store is not locked while so many die, which takes long enough for the other thread to come in the midst.
     const CLogMessage message(LogSeverityError, std::wstring(40, L'x'));
     bool cameBetween = false;
-    for (int attempt = 0; attempt < 100 && !cameBetween; ++attempt)
+    for (int attempt = 0; attempt < 20 && !cameBetween; ++attempt)
     {
         store.SetLogCapacity(500);
         ring = Ring(200000, message);
@@ -364,6 +365,7 @@ TEST_F(LogMessagesThreadTest, CapacityThatIsSetWhileTheCallersMessagesDieIsUndon
             {
                 for (isReady = true; !isPopping;)
                     std::this_thread::yield();
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
                 store.SetLogCapacity(7);
             });
         while (!isReady)

@@ -157,6 +157,15 @@ TEST_F(FloatingControlTest, ClearedStatusHasNoFlags)
     EXPECT_EQ(FloatingControl(0, 0), initial);
 }
 
+TEST_F(FloatingControlTest, ClearingTheStatusLeavesTheControlAsItIs)
+{
+    FloatingControl(_RC_UP, _EM_OVERFLOW | _MCW_RC);
+    ClearFloatingStatus();
+    const unsigned int control = FloatingControl(0, 0);
+    FloatingControl(initial, _MCW_EM | _MCW_RC);
+    EXPECT_EQ(control, (initial & ~_EM_OVERFLOW) | _RC_UP);
+}
+
 TEST(FloatingControlThreadTest, ThreadsHaveEachTheirOwn)
 {
     std::thread([] { FloatingControl(_RC_UP, _MCW_RC); }).join();

@@ -1,12 +1,18 @@
 #include "utility/platform/Boxes.h"
 
 #include "tests/support/windows/BoxAnswerer.h"
+#include "tests/support/windows/ImportedCall.h"
 
 #include <gtest/gtest.h>
 
 using support::BoxAnswerer;
+using support::ImportedCall;
 using utility::platform::BoxAnswer;
 using utility::platform::Boxes;
+
+extern "C" decltype(&::GetActiveWindow) __imp_GetActiveWindow;
+extern "C" decltype(&::GetLastActivePopup) __imp_GetLastActivePopup;
+extern "C" decltype(&::MessageBoxA) __imp_MessageBoxA;
 
 namespace
 {
@@ -48,4 +54,56 @@ TEST(BoxTest, ActiveWindowOwnsTheBox)
     EXPECT_EQ(Boxes().AskAbortRetryIgnore("The title", "What\nnow?"), BoxAnswer::retry);
     EXPECT_EQ(answerer.Owner(), window);
     ::DestroyWindow(window);
+}
+
+TEST(BoxTest, HasTheSignOfAFailureAndRetryForWhoTakesNoChoice)
+{
+    HICON icon = nullptr;
+    LONG retry = 0;
+    BoxAnswerer answerer(IDRETRY,
+                         [&](HWND box)
+                         {
+                             // The sign is the first text of the box.
+                             const HWND sign = ::FindWindowExW(box, nullptr, L"Static", nullptr);
+                             icon = reinterpret_cast<HICON>(::SendMessageW(sign, STM_GETICON, 0, 0));
+                             retry = ::GetWindowLongW(::GetDlgItem(box, IDRETRY), GWL_STYLE);
+                         });
+    Boxes().AskAbortRetryIgnore("The title", "What\nnow?");
+    answerer.Text();
+    EXPECT_EQ(icon, ::LoadIconW(nullptr, reinterpret_cast<const wchar_t*>(IDI_HAND)));
+    EXPECT_EQ(retry & BS_TYPEMASK, BS_DEFPUSHBUTTON);
+}
+
+TEST(BoxTest, OtherWindowsOfTheThreadWaitForTheAnswer)
+{
+    const HWND window = ::CreateWindowExW(WS_EX_NOACTIVATE, L"STATIC", L"host", WS_POPUP, 0, 0, 100, 100, nullptr,
+                                          nullptr, nullptr, nullptr);
+    ::ShowWindow(window, SW_SHOWNOACTIVATE);
+    BOOL isEnabled = TRUE;
+    BoxAnswerer answerer(IDRETRY, [&](HWND) { isEnabled = ::IsWindowEnabled(window); });
+    Boxes().AskAbortRetryIgnore("The title", "What\nnow?");
+    EXPECT_EQ(answerer.Owner(), nullptr);
+    EXPECT_FALSE(isEnabled);
+    EXPECT_TRUE(::IsWindowEnabled(window));
+    ::DestroyWindow(window);
+}
+
+TEST(BoxTest, IsOfTheLatestPopupAndComesToTheFront)
+{
+    static const HWND active = reinterpret_cast<HWND>(std::intptr_t{0x1000});
+    static const HWND popup = reinterpret_cast<HWND>(std::intptr_t{0x2000});
+    static HWND owner = nullptr;
+    static UINT style = 0;
+    const ImportedCall activeCall(__imp_GetActiveWindow, [] { return active; });
+    const ImportedCall popupCall(__imp_GetLastActivePopup, [](HWND of) { return of == active ? popup : nullptr; });
+    const auto record = [](HWND of, const char*, const char*, UINT with)
+    {
+        owner = of;
+        style = with;
+        return IDIGNORE;
+    };
+    const ImportedCall boxCall(__imp_MessageBoxA, record);
+    EXPECT_EQ(Boxes().AskAbortRetryIgnore("The title", "What\nnow?"), BoxAnswer::ignore);
+    EXPECT_EQ(owner, popup);
+    EXPECT_EQ(style, 0x12112u);
 }

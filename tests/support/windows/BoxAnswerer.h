@@ -2,18 +2,26 @@
 
 #include "utility/platform/Types.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace support
 {
 
-/// Waits for a message box of this process, reads it, and presses one of its buttons.
+/// Waits for a message box of this process, reads it, lets a test look at it, and presses one of its buttons.
 class BoxAnswerer
 {
 public:
-    explicit BoxAnswerer(int button) : m_thread([this, button] { Answer(button); }) {}
+    using Look = std::function<void(HWND)>;
+
+    explicit BoxAnswerer(
+        int button, Look look = [](HWND) {})
+        : m_thread([this, button, look = std::move(look)] { Answer(button, look); })
+    {
+    }
     BoxAnswerer(const BoxAnswerer&) = delete;
     BoxAnswerer& operator=(const BoxAnswerer&) = delete;
     ~BoxAnswerer() { Wait(); }
@@ -53,7 +61,7 @@ private:
         return {text, static_cast<std::size_t>(::GetWindowTextW(window, text, 4096))};
     }
 
-    void Answer(int button)
+    void Answer(int button, const Look& look)
     {
         constexpr int textControl = 0xFFFF;
         HWND box = nullptr;
@@ -65,6 +73,7 @@ private:
         m_title = TextOf(box);
         m_text = TextOf(::GetDlgItem(box, textControl));
         m_owner = ::GetWindow(box, GW_OWNER);
+        look(box);
         ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
     }
 
