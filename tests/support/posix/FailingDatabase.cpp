@@ -164,8 +164,8 @@ const bool installed = []
 
 }
 
-FailingDatabase::FailingDatabase(Failure failure, int at, Lasting lasting) noexcept
-    : m_failure(failure), m_at(at), m_lasting(lasting)
+FailingDatabase::FailingDatabase(Failure failure, Lasting lasting, int at) noexcept
+    : m_failure(failure), m_lasting(lasting), m_at(at)
 {
     EXPECT_TRUE(installed);
     current = this;

@@ -22,7 +22,7 @@ public:
         forGood
     };
 
-    FailingDatabase(Failure failure, int at, Lasting lasting) noexcept;
+    FailingDatabase(Failure failure, Lasting lasting, int at) noexcept;
     FailingDatabase(const FailingDatabase&) = delete;
     FailingDatabase& operator=(const FailingDatabase&) = delete;
     ~FailingDatabase();
@@ -35,8 +35,8 @@ public:
 
 private:
     Failure m_failure;
-    int m_at;
     Lasting m_lasting;
+    int m_at;
     int m_made = 0;
 };
 

@@ -6,7 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <memory>
+#include <new>
 #include <set>
 #include <sqlite3.h>
 #include <string>
@@ -114,7 +115,6 @@ const Operation operations[] = {
              result.append(std::to_string(each)).append(1, ' ');
          return status;
      }},
-    {"Writable", [](Hive& hive, std::string&) { return hive.Writable(); }},
     {"FindOrCreateWhatIsThere",
      [](Hive& hive, std::string& result)
      {
@@ -148,6 +148,8 @@ const Operation operations[] = {
     {"DeleteTree", [](Hive& hive, std::string&) { return hive.DeleteTree(Hive::root, L"Key"); }},
 };
 
+const Operation writable{"Writable", [](Hive& hive, std::string&) { return hive.Writable(); }};
+
 std::ostream& operator<<(std::ostream& out, const Operation& operation) { return out << operation.name; }
 
 enum class Hives
@@ -157,10 +159,10 @@ enum class Hives
     ofTheMachine
 };
 
-class FailingHiveTest : public ::testing::TestWithParam<std::tuple<Operation, Failure, Hives>>
+class HiveTrials : public ::testing::Test
 {
 protected:
-    FailingHiveTest()
+    HiveTrials(Operation operation, Hives state) : m_operation(operation), m_state(state)
     {
         {
             Hive hive(m_sample, HiveOwner::user);
@@ -172,8 +174,26 @@ protected:
             EXPECT_EQ(hive.FindOrCreate(key, L"Below", made), 0);
         }
         m_bytes = TemporaryFolder::BytesOf(m_sample);
+        Prepare();
+        m_before = ContentOf(m_file);
+        EXPECT_EQ(m_operation.act(*std::make_unique<Hive>(m_file, HiveOwner::user), m_result), 0);
+        m_after = ContentOf(m_file);
     }
 
+    /// Does the operation with its first call failing, then with its second, until it has none that fails.
+    template <class Failing, class... Arguments>
+    void TryEach(const std::set<LSTATUS>& allowed, Arguments... arguments)
+    {
+        int at = 1;
+        while (Try<Failing>(allowed, at, arguments...) && !HasFailure())
+            ++at;
+        EXPECT_FALSE(HasFailure()) << "call " << at;
+    }
+
+    const Operation m_operation;
+    int m_refused = 0;
+
+private:
     /// A new hive, as the operation finds it.
     void Prepare()
     {
@@ -184,26 +204,29 @@ protected:
         m_folder.File("hive/settings.db", m_bytes);
     }
 
-    void Warm(Hive& hive) const
-    {
-        if (m_state == Hives::open)
-            hive.Writable();
-    }
-
-    /// Whether the failing call was one of those that the operation makes.
-    bool Try(int at, Lasting lasting)
+    /// Whether the operation has so many calls.
+    template <class Failing, class... Arguments>
+    bool Try(const std::set<LSTATUS>& allowed, int at, Arguments... arguments)
     {
         Prepare();
         const std::ptrdiff_t descriptors = support::OpenDescriptors();
         bool hasFailed = false;
         {
             Hive hive(m_file, m_state == Hives::ofTheMachine ? HiveOwner::machine : HiveOwner::user);
-            Warm(hive);
+            if (m_state == Hives::open)
+                hive.Writable();
             std::string result;
             LSTATUS status = 0;
             {
-                const FailingDatabase failing(m_failure, at, lasting);
-                status = m_operation.act(hive, result);
+                const Failing failing(arguments..., at);
+                try
+                {
+                    status = m_operation.act(hive, result);
+                }
+                catch (const std::bad_alloc&)
+                {
+                    status = memory;
+                }
                 hasFailed = failing.HasFailed();
             }
             if (status == 0)
@@ -213,7 +236,7 @@ protected:
             }
             else
             {
-                EXPECT_TRUE(m_allowed.contains(status)) << status;
+                EXPECT_TRUE(allowed.contains(status)) << status;
                 const std::string content = ContentOf(m_file);
                 // A hive without keys is whole too.
                 EXPECT_TRUE(content == m_before || (!m_operation.needsAHive && content == "100|ok|1|null|||"))
@@ -234,14 +257,7 @@ protected:
         return hasFailed;
     }
 
-    const Operation m_operation = std::get<0>(GetParam());
-    const Failure m_failure = std::get<1>(GetParam());
-    const Hives m_state = std::get<2>(GetParam());
-    const std::set<LSTATUS> m_allowed = m_failure == Failure::busy     ? std::set{busy}
-                                        : m_failure == Failure::full   ? std::set{full}
-                                        : m_failure == Failure::memory ? std::set{memory}
-                                                                       : std::set{inputOutput, tooManyFiles};
-
+    const Hives m_state;
     const TemporaryFolder m_folder;
     const path m_sample = m_folder / "sample.db";
     const path m_file = m_folder / "hive/settings.db";
@@ -249,28 +265,27 @@ protected:
     std::string m_before;
     std::string m_after;
     std::string m_result;
-    int m_refused = 0;
+};
+
+class FailingHiveTest : public HiveTrials, public ::testing::WithParamInterface<std::tuple<Operation, Failure, Hives>>
+{
+protected:
+    FailingHiveTest() : HiveTrials(std::get<0>(GetParam()), std::get<2>(GetParam())) {}
 };
 
 TEST_P(FailingHiveTest, IsAsItWasOrAsItShouldBeWhicheverCallFails)
 {
-    Prepare();
-    m_before = ContentOf(m_file);
-    {
-        Hive hive(m_file, HiveOwner::user);
-        ASSERT_EQ(m_operation.act(hive, m_result), 0);
-    }
-    m_after = ContentOf(m_file);
-    for (const Lasting lasting : {Lasting::once, Lasting::forGood})
-    {
-        int at = 1;
-        while (Try(at, lasting) && !HasFailure())
-            ++at;
-        EXPECT_FALSE(HasFailure()) << "call " << at << (lasting == Lasting::once ? " once" : " for good");
-        // A hive takes a thousand allocations to make, and is made anew for each.
-        if (!m_operation.needsAHive && m_failure == Failure::memory)
-            break;
-    }
+    const auto failure = std::get<1>(GetParam());
+    const std::set<LSTATUS> allowed = failure == Failure::busy     ? std::set{busy}
+                                      : failure == Failure::full   ? std::set{full}
+                                      : failure == Failure::memory ? std::set{memory}
+                                                                   : std::set{inputOutput, tooManyFiles};
+    TryEach<FailingDatabase>(allowed, failure, Lasting::once);
+    // A hive takes a thousand allocations to make, and is made anew for each.
+    if (m_operation.needsAHive || failure != Failure::memory)
+        TryEach<FailingDatabase>(allowed, failure, Lasting::forGood);
+    // Not every operation waits for others or takes room on the disk.
+    EXPECT_TRUE(m_refused > 0 || failure == Failure::busy || failure == Failure::full);
 }
 
 std::string NameOfTrial(const ::testing::TestParamInfo<FailingHiveTest::ParamType>& tested)
@@ -288,9 +303,20 @@ INSTANTIATE_TEST_SUITE_P(Operations, FailingHiveTest,
                          NameOfTrial);
 
 INSTANTIATE_TEST_SUITE_P(Opening, FailingHiveTest,
-                         ::testing::Combine(::testing::Values(operations[0], operations[9]), failures,
+                         ::testing::Combine(::testing::Values(writable, operations[0], operations[8]), failures,
                                             ::testing::Values(Hives::closed, Hives::ofTheMachine)),
                          NameOfTrial);
+
+class HiveWithoutMemoryTest : public HiveTrials, public ::testing::WithParamInterface<Operation>
+{
+protected:
+    HiveWithoutMemoryTest() : HiveTrials(GetParam(), Hives::open) {}
+};
+
+TEST_P(HiveWithoutMemoryTest, IsAsItWasOrAsItShouldBe) { TryEach<FailingCall>({memory}, "operator new", ENOMEM); }
+
+INSTANTIATE_TEST_SUITE_P(Operations, HiveWithoutMemoryTest, ::testing::ValuesIn(operations),
+                         [](const auto& tested) { return std::string(tested.param.name); });
 
 // What a hive asks of the system itself
 
