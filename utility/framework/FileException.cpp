@@ -1,5 +1,6 @@
 #include "utility/framework/FileException.h"
 
+#include "utility/platform/ErrorCodes.h"
 #include "utility/platform/Text.h"
 
 #include <algorithm>

@@ -205,7 +205,7 @@ private:
             text.resize(static_cast<std::size_t>(size));
             std::snprintf(text.data(), text.size() + 1, format.c_str(), directive.width, directive.precision, value);
         }
-        m_result += Widen(text);
+        m_result += platform::WideFromCodePage(CP_ACP, text);
     }
 
     static bool IsNarrow(const Directive& directive)
@@ -218,7 +218,7 @@ private:
     {
         const int value = va_arg(m_arguments, int);
         if (IsNarrow(directive))
-            Pad(directive, Widen(std::string(1, static_cast<char>(value))));
+            Pad(directive, platform::WideFromCodePage(CP_ACP, std::string(1, static_cast<char>(value))));
         else
             Pad(directive, std::wstring(1, static_cast<wchar_t>(static_cast<char16_t>(value))));
     }
@@ -229,8 +229,9 @@ private:
         if (IsNarrow(directive))
         {
             const char* const text = va_arg(m_arguments, const char*);
-            Pad(directive,
-                Widen(text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit))).substr(0, limit));
+            Pad(directive, platform::WideFromCodePage(
+                               CP_ACP, text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit)))
+                               .substr(0, limit));
         }
         else
         {
@@ -246,15 +247,6 @@ private:
         const std::size_t blanks = width > text.size() ? width - text.size() : 0;
         const bool left = directive.flags.find('-') != std::string::npos;
         m_result.append(left ? 0 : blanks, L' ').append(text).append(left ? blanks : 0, L' ');
-    }
-
-    static std::wstring Widen(const std::string& text)
-    {
-        const int length = static_cast<int>(text.size());
-        std::wstring wide(
-            static_cast<std::size_t>(platform::Text().FromCodePage(CP_ACP, text.data(), length, nullptr, 0)), L'\0');
-        platform::Text().FromCodePage(CP_ACP, text.data(), length, wide.data(), static_cast<int>(wide.size()));
-        return wide;
     }
 
     const wchar_t* m_at;

@@ -3,7 +3,6 @@
 #include "utility/platform/Text.h"
 
 #include <iterator>
-#include <limits>
 #include <locale>
 
 namespace utility::detail
@@ -14,25 +13,6 @@ void DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view t
     // The store comes first: an owner has one even if the text begins with a null and nothing is left of it. That the
     // text is cut there, its line feed with it, is deliberate.
     CLogMessages::instance(owner).Store(severity, text.substr(0, text.find(L'\0')));
-}
-
-}
-
-namespace
-{
-
-std::wstring WideFromSystemCodePage(std::string_view text)
-{
-    std::wstring wide;
-    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        return wide;
-    auto& service = utility::platform::Text();
-    const int length = static_cast<int>(text.size());
-    const int size = service.FromCodePage(CP_ACP, text.data(), length, nullptr, 0);
-    wide.resize(static_cast<std::size_t>(size));
-    if (size != 0)
-        wide.resize(static_cast<std::size_t>(service.FromCodePage(CP_ACP, text.data(), length, wide.data(), size)));
-    return wide;
 }
 
 }
@@ -113,7 +93,7 @@ void CLogStreamHelper::InsertText(const wchar_t* text)
 
 void CLogStreamHelper::InsertNarrow(std::string_view text)
 {
-    const std::wstring wide = WideFromSystemCodePage(text);
+    const std::wstring wide = utility::platform::WideFromCodePage(CP_ACP, text);
     if (m_bEnabled)
         InsertText(wide);
 }

@@ -10,7 +10,7 @@
 // narrowing goes beyond the range of a float the result is an infinity, or the processor's trap if overflow is unmasked.
 
 #include "utility/platform/Export.h"
-#include "utility/platform/Types.h"
+#include "utility/platform/FloatingControl.h"
 
 /// The nearest double that a float holds exactly, under the thread's rounding direction.
 UTILITY_API double MakeFloatDoubleConsistent(double value);

@@ -4,7 +4,6 @@
 #include "utility/platform/Text.h"
 
 #include <atomic>
-#include <string>
 
 namespace utility::platform
 {
@@ -13,15 +12,6 @@ namespace
 {
 
 std::atomic<DebuggerSink> debuggerSink;
-
-std::wstring Widen(const char* text)
-{
-    // Both lengths count the null, which the string brings along by itself.
-    const int length = Text().FromCodePage(CP_ACP, text, -1, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    Text().FromCodePage(CP_ACP, text, -1, wide.data(), length);
-    return wide;
-}
 
 }
 
@@ -38,7 +28,7 @@ bool SendToDebuggerSink(const wchar_t* text)
 bool SendToDebuggerSink(const char* text)
 {
     // The conversion is for a sink alone.
-    return debuggerSink != nullptr && SendToDebuggerSink(Widen(text).c_str());
+    return debuggerSink != nullptr && SendToDebuggerSink(WideFromCodePage(CP_ACP, text).c_str());
 }
 
 }

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "utility/platform/ErrorCodes.h"
 #include "utility/platform/Export.h"
-#include "utility/platform/Types.h"
 
 namespace utility::platform
 {
 
 /// Why the calling thread's latest failed operation failed, as a Windows error number on every system.
 /// After one that succeeded it says nothing: some systems' calls leave it as it was, some do not.
-UTILITY_API DWORD LastError() noexcept;
+[[nodiscard]] UTILITY_API DWORD LastError() noexcept;
 
 /// Sets what LastError gives on the calling thread.
 UTILITY_API void SetLastError(DWORD error) noexcept;

@@ -23,22 +23,22 @@ public:
 
     /// An existing file, to be read from start to end. Others may read, rename and delete it meanwhile.
     /// INVALID_HANDLE_VALUE on failure; a directory is refused with 5.
-    virtual HANDLE OpenForReading(const boost::filesystem::path& path) = 0;
+    [[nodiscard]] virtual HANDLE OpenForReading(const boost::filesystem::path& path) = 0;
 
     /// A file to write, created if absent, its bytes kept. Others may neither read nor write it meanwhile.
     /// INVALID_HANDLE_VALUE on failure.
-    virtual HANDLE OpenForWriting(const boost::filesystem::path& path) = 0;
+    [[nodiscard]] virtual HANDLE OpenForWriting(const boost::filesystem::path& path) = 0;
 
     /// The length in bytes.
     virtual bool Length(HANDLE file, std::uint64_t& length) = 0;
 
     /// A mapping of the whole file, read-only. Null on failure, which an empty file is too.
-    virtual HANDLE MapReadOnly(HANDLE file) = 0;
+    [[nodiscard]] virtual HANDLE MapReadOnly(HANDLE file) = 0;
 
     /// The bytes of a whole mapping, whose file has this length. They stay readable until UnmapView, also when both
     /// handles are closed before, and one byte more is readable behind them. Null on failure. (Windows cannot put that
     /// byte behind a file that fills its last page: such a file is read into memory instead.)
-    virtual void* ViewAll(HANDLE mapping, std::uint64_t length) = 0;
+    [[nodiscard]] virtual void* ViewAll(HANDLE mapping, std::uint64_t length) = 0;
 
     /// Hands the changed bytes of a view to the system.
     virtual bool FlushView(const void* view) = 0;

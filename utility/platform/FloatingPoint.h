@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utility/platform/FloatingControl.h"
+
 namespace utility::platform
 {
 
@@ -12,6 +14,6 @@ unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept;
 void ClearFloatingStatus() noexcept;
 
 /// 10 to the power `exponent` by the system's own pow, computed when called.
-double PowerOfTen(int exponent) noexcept;
+[[nodiscard]] double PowerOfTen(int exponent) noexcept;
 
 }

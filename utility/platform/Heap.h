@@ -14,7 +14,7 @@ public:
     virtual ~HeapService() = default;
 
     /// Memory for an object of any ordinary type, not cleared; null if there is none left. Nobody is asked to make room.
-    virtual void* Allocate(std::size_t size) = 0;
+    [[nodiscard]] virtual void* Allocate(std::size_t size) = 0;
 
     /// Takes back what Allocate gave. Null is ignored.
     virtual void Free(void* block) = 0;

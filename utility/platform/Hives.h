@@ -1,7 +1,7 @@
 #pragma once
 
-// Where the two hives of the settings live. On Windows that is the registry's matter; on Linux each is one SQLite database,
-// which any SQLite tool can look into.
+// Where the two hives of the settings live. On Windows that is the registry's matter; on Linux each is one SQLite
+// database, which any SQLite tool can look into.
 //
 //     utility::platform::SetHiveFile(HKEY_CURRENT_USER, folder / "settings.db");
 //
@@ -10,7 +10,7 @@
 // /etc/xdg). A hive is made, with the folders on the way to it, when the first key in it is. Any thread may call.
 
 #include "utility/platform/Export.h"
-#include "utility/platform/Types.h"
+#include "utility/platform/Registry.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -18,11 +18,11 @@ namespace utility::platform
 {
 
 /// Moves a hive, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE, to another file, absent or a hive already; false for any
-/// other key, and always on Windows. Keys that are open in it are as if deleted from then on. Call it before anybody uses the settings: who
-/// holds keys, as the settings objects do, does not open them again.
+/// other key, and always on Windows. Keys that are open in it are as if deleted from then on. Call it before anybody
+/// uses the settings: who holds keys, as the settings objects do, does not open them again.
 UTILITY_API bool SetHiveFile(HKEY hive, const boost::filesystem::path& file);
 
 /// The file of a hive; empty for any other key, where the user has no home, and always on Windows.
-UTILITY_API boost::filesystem::path HiveFile(HKEY hive);
+[[nodiscard]] UTILITY_API boost::filesystem::path HiveFile(HKEY hive);
 
 }

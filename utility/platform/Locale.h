@@ -11,7 +11,7 @@ namespace utility::platform
 ///
 /// A text goes to a buffer of `size` characters, null-terminated; the result is its length with the terminator, 0 on
 /// failure. With a `size` of 0 nothing is written and the length alone is given. Linux knows the locales in
-/// platform/posix/Locales.inc.
+/// platform/posix/locale/Locales.inc.
 class LocaleService
 {
 public:

@@ -6,6 +6,14 @@
 #include <cstdint>
 #include <memory>
 
+#ifndef _WIN32
+
+inline constexpr DWORD MEM_COMMIT = 0x1000;
+inline constexpr DWORD MEM_RESERVE = 0x2000;
+inline constexpr DWORD MEM_FREE = 0x10000;
+
+#endif
+
 namespace utility::platform
 {
 
@@ -43,7 +51,7 @@ public:
     virtual bool Status(MEMORYSTATUSEX& status) = 0;
 
     /// Linux: a region is reserved if the process may neither read nor write nor execute it, and committed otherwise.
-    virtual std::unique_ptr<AddressSpace> OpenAddressSpace() = 0;
+    [[nodiscard]] virtual std::unique_ptr<AddressSpace> OpenAddressSpace() = 0;
 
     /// Asks for the heap that fragments little. Linux has no choice of heaps: false with 50 (not supported).
     virtual bool UseLowFragmentation(HANDLE heap) = 0;

@@ -16,10 +16,10 @@ public:
     virtual ~MovableMemoryService() = default;
 
     /// Memory aligned for any type; null if there is none left.
-    virtual HANDLE GlobalAlloc(std::size_t size) = 0;
+    [[nodiscard]] virtual HANDLE GlobalAlloc(std::size_t size) = 0;
 
     /// The memory's address until it is unlocked; null on failure.
-    virtual void* GlobalLock(HANDLE memory) = 0;
+    [[nodiscard]] virtual void* GlobalLock(HANDLE memory) = 0;
     virtual void GlobalUnlock(HANDLE memory) = 0;
     virtual void GlobalFree(HANDLE memory) = 0;
 };

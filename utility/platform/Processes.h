@@ -10,8 +10,8 @@
 namespace utility::platform
 {
 
-/// The running program, and how it is asked to quit or ended. Any thread may call; what is said of messages concerns the
-/// calling thread.
+/// The running program, and how it is asked to quit or ended. Any thread may call; what is said of messages concerns
+/// the calling thread.
 class ProcessService
 {
 public:

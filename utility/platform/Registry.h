@@ -1,17 +1,35 @@
 #pragma once
 
 // The store of the settings: two hives, one for the machine and one for the user, each a tree of keys with named values
-// that carry a type tag. The registry on Windows; on Linux a hive is a SQLite database (platform/Hives.h says
-// where).
+// that carry a type tag. The registry on Windows; on Linux a hive is a SQLite database (platform/Hives.h says where).
 //
 //     HKEY key = nullptr;
 //     if (Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"SOFTWARE\\Selvane", KEY_READ, key) == 0)
 //         ...
 //     Registry().RegCloseKey(key);
 
+#include "utility/platform/ErrorCodes.h"
 #include "utility/platform/Export.h"
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
+
+#ifndef _WIN32
+
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000001)});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000002)});
+
+inline constexpr DWORD KEY_READ = 0x20019;
+inline constexpr DWORD KEY_WRITE = 0x20006;
+
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+inline constexpr DWORD REG_QWORD = 11;
+
+#endif
 
 namespace utility::platform
 {
@@ -33,8 +51,8 @@ struct RegistryKeyInfo
 /// buffer is too small 234, nothing more to enumerate 259, the key was deleted meanwhile 1018. Nothing throws.
 ///
 /// A key is named by a path with backslashes, relative to its parent: HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE or an open
-/// key; a null or empty path is the parent itself, one that begins with a backslash is refused (161). Names are found in any case and keep the case they were made with.
-/// A key's name has at most 255 characters, a value's 16383. A null or empty value name is the key's unnamed value.
+/// key; a null or empty path is the parent itself, one that begins with a backslash is refused (161). Names are found in
+/// any case and keep the case they were made with. A key's name has at most 255 characters, a value's 16383. A null or empty value name is the key's unnamed value.
 /// Text in values is stored as UTF-16, terminator included; the bytes are the caller's.
 class RegistryService
 {

@@ -37,4 +37,7 @@ public:
 ServiceSlot<TextService>& TextSlot() noexcept;
 inline TextService& Text() noexcept { return TextSlot().Get(); }
 
+/// All of a narrow text as wide text; empty where it cannot be converted, which more than 2^31 - 1 bytes cannot.
+[[nodiscard]] std::wstring WideFromCodePage(UINT codePage, std::string_view text);
+
 }

@@ -2,15 +2,21 @@
 
 #include "utility/platform/Types.h"
 
+#ifndef _WIN32
+
+inline constexpr DWORD TLS_OUT_OF_INDEXES = 0xFFFFFFFF;
+
+#endif
+
 namespace utility::platform
 {
 
 /// A pointer for each thread, null until a thread stores one. Plain functions, because they are on hot paths.
 
 /// A new slot, or TLS_OUT_OF_INDEXES when there is none left.
-DWORD AllocateThreadSlot() noexcept;
+[[nodiscard]] DWORD AllocateThreadSlot() noexcept;
 void FreeThreadSlot(DWORD slot) noexcept;
-void* ThreadSlotValue(DWORD slot) noexcept;
+[[nodiscard]] void* ThreadSlotValue(DWORD slot) noexcept;
 void SetThreadSlotValue(DWORD slot, void* value) noexcept;
 
 /// A lock that a thread may take again while it holds it. A thread that has to wait first tries `spinCount` times

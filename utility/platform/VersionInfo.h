@@ -6,8 +6,8 @@
 namespace utility::platform
 {
 
-/// Version records of module files, under the names that the system has for them. Any thread may call. An operation that
-/// fails leaves its reason in LastError().
+/// Version records of module files, under the names that the system has for them. Any thread may call. An operation
+/// that fails leaves its reason in LastError().
 ///
 /// On Linux a record is read from the resources of a PE file, or from the section of a 64-bit ELF file where
 /// utility_version_record() of the CMake package puts it.

@@ -20,7 +20,7 @@ TEST(Utf8Test, EveryCodePointSurvives)
         const std::size_t length = code < 0x80 ? 1u : code < 0x800 ? 2u : code < 0x10000 ? 3u : 4u;
         ASSERT_EQ(bytes.size(), length) << code;
         ASSERT_EQ(WideFromUtf8(bytes), text) << code;
-        ASSERT_EQ(WideFromUtf8(bytes, Malformed::Escaped), text) << code;
+        ASSERT_EQ(WideFromUtf8(bytes, Malformed::escaped), text) << code;
     }
 }
 
@@ -33,7 +33,7 @@ TEST(Utf8Test, WhatIsNoCodePointBecomesTheReplacementCharacter)
         EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code))), "\xEF\xBF\xBD") << code;
         if (code != 0xDC80)
         {
-            EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::Escaped), "\xEF\xBF\xBD");
+            EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::escaped), "\xEF\xBF\xBD");
         }
     }
 }
@@ -53,7 +53,7 @@ TEST(Utf8Test, EscapedBytesSurviveWhateverTheyAre)
     for (unsigned int pair = 0; pair < 0x10000; ++pair)
     {
         const std::string bytes = {static_cast<char>(pair >> 8), static_cast<char>(pair)};
-        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::Escaped), Malformed::Escaped), bytes) << pair;
+        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::escaped), Malformed::escaped), bytes) << pair;
     }
     std::mt19937 random(1);
     for (int round = 0; round < 100000; ++round)
@@ -61,7 +61,7 @@ TEST(Utf8Test, EscapedBytesSurviveWhateverTheyAre)
         std::string bytes(3 + random() % 8, '\0');
         for (char& byte : bytes)
             byte = static_cast<char>(0x60 + random() % 0xA0);
-        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::Escaped), Malformed::Escaped), bytes) << round;
+        ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::escaped), Malformed::escaped), bytes) << round;
     }
 }
 

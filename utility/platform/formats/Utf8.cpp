@@ -67,7 +67,7 @@ std::wstring WideFromUtf8(std::string_view text, Malformed malformed)
         }
         if (good == static_cast<std::size_t>(lead.length))
             AppendCodePoint(wide, code);
-        else if (malformed == Malformed::Replaced)
+        else if (malformed == Malformed::replaced)
             wide += replacement;
         else
         {
@@ -87,7 +87,7 @@ std::string Utf8FromWide(std::wstring_view text, Malformed malformed)
     for (std::size_t i = 0; i < text.size(); ++i)
     {
         auto code = static_cast<char32_t>(text[i]);
-        if (malformed == Malformed::Escaped && code >= 0xDC80 && code <= 0xDCFF)
+        if (malformed == Malformed::escaped && code >= 0xDC80 && code <= 0xDCFF)
         {
             put(code - 0xDC00);
             continue;

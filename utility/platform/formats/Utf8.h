@@ -9,11 +9,11 @@ namespace utility::platform::formats
 /// What becomes of bytes that are no UTF-8, and of wide characters that are no code points.
 enum class Malformed
 {
-    Replaced, ///< by U+FFFD
-    Escaped,  ///< a byte by U+DC00 plus its value, and such a character by its byte
+    replaced, ///< by U+FFFD
+    escaped,  ///< a byte by U+DC00 plus its value, and such a character by its byte
 };
 
-std::wstring WideFromUtf8(std::string_view text, Malformed malformed = Malformed::Replaced);
-std::string Utf8FromWide(std::wstring_view text, Malformed malformed = Malformed::Replaced);
+[[nodiscard]] std::wstring WideFromUtf8(std::string_view text, Malformed malformed = Malformed::replaced);
+[[nodiscard]] std::string Utf8FromWide(std::wstring_view text, Malformed malformed = Malformed::replaced);
 
 }

@@ -1,7 +1,5 @@
 #include "utility/platform/FloatingPoint.h"
 
-#include "utility/platform/Types.h"
-
 #include <cmath>
 #include <cstdint>
 #include <xmmintrin.h>

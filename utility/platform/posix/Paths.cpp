@@ -7,12 +7,12 @@ namespace utility::platform
 
 std::wstring WideFromPath(const boost::filesystem::path& path)
 {
-    return formats::WideFromUtf8(path.native(), formats::Malformed::Escaped);
+    return formats::WideFromUtf8(path.native(), formats::Malformed::escaped);
 }
 
 boost::filesystem::path PathFromWide(const wchar_t* text)
 {
-    return text != nullptr ? boost::filesystem::path(formats::Utf8FromWide(text, formats::Malformed::Escaped))
+    return text != nullptr ? boost::filesystem::path(formats::Utf8FromWide(text, formats::Malformed::escaped))
                            : boost::filesystem::path();
 }
 

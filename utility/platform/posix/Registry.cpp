@@ -130,15 +130,19 @@ public:
 
     LSTATUS RegSetValueW(HKEY key, const wchar_t* subKey, const wchar_t* text) override
     {
-        const std::u16string stored = formats::Utf16FromWide(Text(text));
-        HKEY target = nullptr;
-        LSTATUS status = RegCreateKeyExW(key, subKey, KEY_WRITE, target);
-        if (status != success)
-            return status;
-        status = RegSetValueExW(target, nullptr, REG_SZ, stored.c_str(),
-                                static_cast<DWORD>((stored.size() + 1) * sizeof(char16_t)));
-        RegCloseKey(target);
-        return status;
+        return WhileMemoryLasts(
+            [&]
+            {
+                const std::u16string stored = formats::Utf16FromWide(Text(text));
+                HKEY target = nullptr;
+                LSTATUS status = RegCreateKeyExW(key, subKey, KEY_WRITE, target);
+                if (status != success)
+                    return status;
+                status = RegSetValueExW(target, nullptr, REG_SZ, stored.c_str(),
+                                        static_cast<DWORD>((stored.size() + 1) * sizeof(char16_t)));
+                RegCloseKey(target);
+                return status;
+            });
     }
 
     LSTATUS RegDeleteValueW(HKEY key, const wchar_t* name) override
@@ -257,18 +261,28 @@ private:
     LSTATUS With(HKEY handle, DWORD right, Operation&& operation)
     {
         const std::lock_guard lock(m_mutex);
+        return WhileMemoryLasts(
+            [&]
+            {
+                if (std::unique_ptr<Hive>* const hive = HiveOf(handle))
+                    return operation(**hive, Hive::root);
+                const Slot* const slot = SlotOf(handle);
+                if (slot == nullptr)
+                    return Status(ERROR_INVALID_HANDLE);
+                if (slot->generation != (*slot->hive)->Generation())
+                    return Status(ERROR_KEY_DELETED);
+                if ((slot->access & right) != right)
+                    return Status(ERROR_ACCESS_DENIED);
+                return operation(**slot->hive, slot->key);
+            });
+    }
+
+    template <class Work>
+    static LSTATUS WhileMemoryLasts(Work&& work)
+    {
         try
         {
-            if (std::unique_ptr<Hive>* const hive = HiveOf(handle))
-                return operation(**hive, Hive::root);
-            const Slot* const slot = SlotOf(handle);
-            if (slot == nullptr)
-                return Status(ERROR_INVALID_HANDLE);
-            if (slot->generation != (*slot->hive)->Generation())
-                return Status(ERROR_KEY_DELETED);
-            if ((slot->access & right) != right)
-                return Status(ERROR_ACCESS_DENIED);
-            return operation(**slot->hive, slot->key);
+            return work();
         }
         catch (const std::bad_alloc&)
         {

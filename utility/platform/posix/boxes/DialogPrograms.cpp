@@ -22,8 +22,8 @@ struct Finished
     std::string output;
 };
 
-/// Runs a program, of which the first argument is the name and the last is null, to its end. No value if there is no such
-/// program.
+/// Runs a program, of which the first argument is the name and the last is null, to its end. No value if there is no
+/// such program.
 std::optional<Finished> Run(const char* const* arguments)
 {
     int pipe[2];

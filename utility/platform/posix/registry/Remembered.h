@@ -13,9 +13,9 @@ struct sqlite3;
 namespace utility::platform::posix
 {
 
-/// What was read from a hive's database, for as long as that is as it was. That is seen without a system call: a database
-/// with a write-ahead log has an index of the log in memory that all its users share, whose header changes with every
-/// commit of any of them.
+/// What was read from a hive's database, for as long as that is as it was. That is seen without a system call: a
+/// database with a write-ahead log has an index of the log in memory that all its users share, whose header changes
+/// with every commit of any of them.
 ///
 ///     const std::int64_t* key = remembered.FindKey(parent, path);
 ///     if (key == nullptr)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utility/platform/Types.h"
+#include "utility/platform/ErrorCodes.h"
 
 struct sqlite3;
 

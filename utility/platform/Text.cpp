@@ -1,0 +1,22 @@
+#include "utility/platform/Text.h"
+
+#include <limits>
+
+namespace utility::platform
+{
+
+std::wstring WideFromCodePage(UINT codePage, std::string_view text)
+{
+    std::wstring wide;
+    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        return wide;
+    TextService& service = Text();
+    const int length = static_cast<int>(text.size());
+    const int size = service.FromCodePage(codePage, text.data(), length, nullptr, 0);
+    wide.resize(static_cast<std::size_t>(size));
+    if (size != 0)
+        wide.resize(static_cast<std::size_t>(service.FromCodePage(codePage, text.data(), length, wide.data(), size)));
+    return wide;
+}
+
+}
