@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <new>
 #include <type_traits>
 
@@ -195,6 +196,27 @@ TEST_F(CNewHandlerTest, NewThatMayFailGivesNullBehindTheReport)
 {
     const CNewHandler handler;
     EXPECT_EQ(::operator new(TooMuch(), std::nothrow), nullptr);
+    EXPECT_EQ(m_debugger.narrow.size(), 3u);
+}
+
+TEST_F(CNewHandlerTest, MemoryThatRunsOutDuringTheReportIsTheSameFailureAndTheNextReportIsWhole)
+{
+    struct Exhausted : support::TableMemory
+    {
+        std::unique_ptr<utility::platform::AddressSpace> OpenAddressSpace() override
+        {
+            ::operator delete(::operator new(TooMuch()));
+            return nullptr;
+        }
+    };
+    const CNewHandler handler;
+    {
+        const Exhausted exhausted;
+        EXPECT_EQ(TextFor(24), "bad allocation");
+    }
+    EXPECT_EQ(m_debugger.wide.size(), 1u);
+    EXPECT_EQ(m_debugger.narrow, Texts());
+    EXPECT_EQ(TextFor(24), "bad allocation");
     EXPECT_EQ(m_debugger.narrow.size(), 3u);
 }
 

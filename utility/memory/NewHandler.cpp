@@ -4,10 +4,31 @@
 #include "utility/memory/MemoryReport.h"
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Heap.h"
+#include "utility/platform/ThreadSlot.h"
 
 #include <boost/format.hpp>
 
 using utility::platform::Debugger;
+
+namespace
+{
+
+constinit utility::platform::ThreadSlot reportingSlot;
+const utility::platform::ThreadSlot::Lifetime slotLifetime(reportingSlot);
+
+/// Marks the thread as one that is reporting.
+class Reporting
+{
+public:
+    static bool IsUnderWay() { return reportingSlot.Value() != nullptr; }
+
+    Reporting() { reportingSlot.SetValue(this); }
+    Reporting(const Reporting&) = delete;
+    Reporting& operator=(const Reporting&) = delete;
+    ~Reporting() { reportingSlot.SetValue(nullptr); }
+};
+
+}
 
 CNewHandler::CNewHandler() : m_debuggerPresent(Debugger().IsPresent())
 {
@@ -30,6 +51,10 @@ CNewHandler::~CNewHandler()
 
 int CNewHandler::NewHandler(std::size_t size)
 {
+    // The report needs memory too. Where that is not to be had either, the failure is the same, without the rest of it.
+    if (Reporting::IsUnderWay())
+        utility::platform::ThrowBadAllocation();
+    const Reporting reporting;
     WalkAddressSpace();
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof(status);

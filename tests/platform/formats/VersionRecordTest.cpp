@@ -191,7 +191,11 @@ TEST(DamagedVersionRecordTest, WildValuesAnywhereAreHarmless)
     {
         for (const std::uint16_t value : {std::uint16_t{0}, std::uint16_t{1}, std::uint16_t{3}, std::uint16_t{0x7FFF},
                                           std::uint16_t{0xD83D}, std::uint16_t{0xFFFF}, static_cast<std::uint16_t>(at)})
-            GuardedLookups(With(whole, at, value));
+        {
+            const std::string record = With(whole, at, value);
+            GuardedLookups(record);
+            ASSERT_LE(VersionBlock(record).Text(namePath).size(), whole.size()) << at << ": " << value;
+        }
     }
 }
 
@@ -199,5 +203,7 @@ TEST(DamagedVersionRecordTest, LongestRecordOfNodesWithoutLengthTakesNoTime)
 {
     std::string record = Sample();
     record.resize(0xFFFF);
-    GuardedLookups(With(record, 0, std::uint16_t{0xFFFF}));
+    record = With(record, 0, std::uint16_t{0xFFFF});
+    GuardedLookups(record);
+    EXPECT_EQ(VersionBlock(record).Text(namePath), L"value");
 }

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <new>
 #include <string>
+#include <string_view>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -277,5 +278,32 @@ TEST(PosixMemoryTest, MemoryThatRunsOutEndsInBadAllocationBehindTheReport)
     EXPECT_TRUE(report.starts_with("Start      End        Size       State\n")) << report;
     EXPECT_NE(report.find(" MEM_COMMIT\n"), std::string::npos) << report;
     EXPECT_NE(report.find("\nLargest free block: 0x"), std::string::npos) << report;
+}
+
+TEST(PosixMemoryTest, WithoutAnyMemoryForTheReportTheEndIsABadAllocationTooNoMatterHowOften)
+{
+    const auto exhaust = []
+    {
+        const CNewHandler handler;
+        const volatile std::size_t little = 64;
+        for (std::size_t size = 65536; size != 8; size /= 2)
+            while (std::malloc(size) != nullptr)
+                continue;
+        for (int round = 0; round < 3; ++round)
+        {
+            try
+            {
+                ::operator delete(::operator new(little));
+                return 1;
+            }
+            catch (const std::bad_alloc& failure)
+            {
+                if (std::string_view(failure.what()) != "bad allocation")
+                    return 2;
+            }
+        }
+        return 0;
+    };
+    EXPECT_EQ(WithAddressSpaceOf(4096, exhaust), 0);
 }
 #endif

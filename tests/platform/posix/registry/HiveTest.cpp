@@ -329,6 +329,9 @@ TEST_F(HiveTest, RandomDamageInTheMiddleEndsNothingButTheOperation)
         for (const char* const suffix : {"-wal", "-shm", "-journal"})
             boost::filesystem::remove((m_folder / "hurt.db").native() + suffix);
     }
+    Hive hive(m_file, Hive::Owner::user);
+    EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0);
+    EXPECT_EQ(Text(hive, MakeKey(hive, L"Key"), L"Name"), "text");
 }
 
 TEST_F(HiveTest, LogOfRandomBytesIsIgnored)
