@@ -1,7 +1,9 @@
 # One step of the package tests, each a process of its own: cmake -D STEP=… -D … -P Step.cmake
 #   install   builds the library if BUILD is not given, and installs it to PREFIX
 #   headers   compares what is installed in PREFIX with what utility/Utility.h reaches
-#   use       configures, builds and runs the user's project the WAY it says
+#   exports   compares the names that the library in PREFIX exports with the list of them
+#   use       configures, builds and runs the project in the folder PROGRAM, if not given user/, the WAY it says; in names/ the
+#             program is to refer to every exported name
 # Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), and what the library was configured with.
 
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
@@ -13,6 +15,10 @@ set(configure
 
 function(run)
   execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+function(check_names mode file)
+  run("${CMAKE_CURRENT_LIST_DIR}/CheckNames.sh" ${mode} ${SYSTEM} "${CMAKE_CURRENT_LIST_DIR}/exported-names.txt" "${NM}" "${file}")
 endfunction()
 
 if(STEP STREQUAL "install")
@@ -49,17 +55,28 @@ elseif(STEP STREQUAL "headers")
     message(FATAL_ERROR "utility/Utility.h reaches\n  ${reached}\nbut installed is\n  ${installed}")
   endif()
 
+elseif(STEP STREQUAL "exports")
+  file(GLOB_RECURSE library "${PREFIX}/libUtility.so" "${PREFIX}/libUtility.dll.a")
+  check_names(exports "${library}")
+
 elseif(STEP STREQUAL "use")
+  if(NOT PROGRAM)
+    set(PROGRAM user)
+  endif()
   file(REMOVE_RECURSE "${WORK}")
-  run(${configure} -S "${CMAKE_CURRENT_LIST_DIR}/user" -B "${WORK}" "-DWAY=${WAY}" "-DUTILITY_SOURCE=${SOURCE}"
+  run(${configure} -S "${CMAKE_CURRENT_LIST_DIR}/${PROGRAM}" -B "${WORK}" "-DWAY=${WAY}" "-DUTILITY_SOURCE=${SOURCE}"
       "-DCMAKE_PREFIX_PATH=${PREFIX}" "-DCMAKE_FIND_ROOT_PATH=${PREFIX}")
   run(${CMAKE_COMMAND} --build "${WORK}" -- --quiet)
-  if(EXISTS "${WORK}/user.exe")
+  if(EXISTS "${WORK}/${PROGRAM}.exe")
     # The library's folder and that of the C++ runtime.
     set(ENV{WINEPATH} "Z:${PREFIX}/bin;Z:${RUNTIME}")
-    run(${EMULATOR} "${WORK}/user.exe")
+    run(${EMULATOR} "${WORK}/${PROGRAM}.exe")
   else()
-    run("${WORK}/user")
+    run("${WORK}/${PROGRAM}")
+  endif()
+  if(PROGRAM STREQUAL "names")
+    file(GLOB object "${WORK}/CMakeFiles/names.dir/names.cpp.o" "${WORK}/CMakeFiles/names.dir/names.cpp.obj")
+    check_names(referred "${object}")
   endif()
 
 else()

@@ -36,13 +36,13 @@ void CStringW::Format(const wchar_t* format, ...)
     va_end(arguments);
 }
 
-bool CStringW::LoadString(unsigned int id)
+bool CStringW::Load(unsigned int id)
 {
     m_text = utility::framework::StringOfChain(id);
     return !m_text.empty();
 }
 
-bool CStringW::LoadString(HINSTANCE module, unsigned int id)
+bool CStringW::Load(HINSTANCE module, unsigned int id)
 {
     m_text = utility::platform::Modules().StringOf(module, id);
     return !m_text.empty();

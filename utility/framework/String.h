@@ -31,12 +31,16 @@ public:
 
     /// Replaces the text by a numbered string, found along the chain of resource modules or in one module. False, and
     /// the empty text, if there is none.
-    bool LoadString(unsigned int id);
-    bool LoadString(HINSTANCE module, unsigned int id);
+    bool LoadString(unsigned int id) { return Load(id); }
+    bool LoadString(HINSTANCE module, unsigned int id) { return Load(module, id); }
 
     friend bool operator==(const CStringW& left, const CStringW& right) { return left.m_text == right.m_text; }
     friend bool operator==(const CStringW& left, const wchar_t* right) { return left.m_text == right; }
 
 private:
+    // A name that no macro of <windows.h> changes, and in another way for hosts without UNICODE.
+    bool Load(unsigned int id);
+    bool Load(HINSTANCE module, unsigned int id);
+
     std::wstring m_text;
 };

@@ -1,0 +1,556 @@
+// Refers to every function and operation that the library offers to its users, by calls that are never made: what is not
+// exported does not link, and what a user's compiler cannot make of the installed headers does not compile.
+#include <utility/Utility.h>
+
+#include <cstdarg>
+#include <list>
+
+namespace
+{
+
+/// An object for a call that is never made.
+template <class T>
+T& Any()
+{
+    static T* volatile none;
+    return *none;
+}
+
+template <class T>
+void Copy()
+{
+    T copy(Any<const T>());
+    copy = Any<const T>();
+}
+
+template <class T>
+void Move()
+{
+    T moved(std::move(Any<T>()));
+    moved = std::move(Any<T>());
+}
+
+/// That a failure can be caught needs its type from the library.
+template <class T>
+void Catch()
+{
+    try
+    {
+        InitialiseUtilityDLL();
+    }
+    catch (const T&)
+    {
+    }
+    catch (const T*)
+    {
+    }
+}
+
+void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
+
+void Failures()
+{
+    CError error(CError::SeverityError, std::wstring());
+    CError(CError::SeverityError, L"");
+    error.Severity();
+    error.Message();
+    Copy<CError>();
+    Catch<CError>();
+
+    CTextError textError(CError::SeverityError, std::wstring(), 0);
+    textError.Offset();
+    Copy<CTextError>();
+    Catch<CTextError>();
+
+    CSourceLocationException(__FILE__, __LINE__, 0);
+    CSourceLocationException{};
+    Copy<CSourceLocationException>();
+    Catch<CSourceLocationException>();
+
+    CInputRecordException(__FILE__, __LINE__, 0);
+    Copy<CInputRecordException>();
+    Catch<CInputRecordException>();
+
+    CTextRecordException textRecord(__FILE__, __LINE__, 0, "");
+    textRecord.Place();
+    Copy<CTextRecordException>();
+    Catch<CTextRecordException>();
+
+    COSException system;
+    COSException(0).GetErrorMessage(nullptr, 0, nullptr);
+    system.COSException::GetErrorMessage(nullptr, 0, nullptr);
+    Catch<COSException>();
+
+    AlgorithmFailure(__FILE__, __LINE__);
+    AlgorithmFailure algorithm(__FILE__, __LINE__, "");
+    algorithm.FileName();
+    algorithm.LineNumber();
+    algorithm.Message();
+    Copy<AlgorithmFailure>();
+    Move<AlgorithmFailure>();
+    Catch<AlgorithmFailure>();
+
+    ThrowSourceLocationException(__FILE__, __LINE__, 0);
+}
+
+struct MappedFile : CMemoryMappedFile
+{
+    void Protected()
+    {
+        CloseFileView();
+        CloseFileMapping();
+        CloseFile();
+        GetFile();
+        ThrowFileException(0, L"");
+    }
+};
+
+struct OutputFile : CInputOutputFile
+{
+    void Protected() { Issue(true, LogSeverityError, 0, Any<std::va_list>()); }
+};
+
+void Files()
+{
+    const boost::filesystem::path path;
+    CMemoryMappedFile{};
+    CMemoryMappedFile(L"");
+    CMemoryMappedFile(L"", 0);
+    CMemoryMappedFile{path};
+    CMemoryMappedFile file(path, 0);
+    file.Open(L"");
+    file.Open(L"", 0);
+    file.Open(path);
+    file.Open(path, 0);
+    file.GetBase();
+    std::as_const(file).GetBase();
+    file.GetFileSize();
+    file.IsValid();
+    file.path();
+    file.IsValidPtr(nullptr);
+    file.GetFileInformation(nullptr);
+    file.WriteFile(nullptr, 0);
+    file.GetFilePointer();
+    file.SetFilePointer(0, FILE_BEGIN);
+    file.Close(0);
+    Copy<CMemoryMappedFile>();
+    MappedFile().Protected();
+
+    CInputOutputFile{};
+    CInputOutputFile binary(path);
+    binary.SetIssueMessages(true);
+    binary.IssueMessages();
+    binary.SetVerboseMessages(true);
+    binary.VerboseMessages();
+    binary.IssueWarning(0, 0);
+    binary.IssueError(0, 0);
+    Copy<CInputOutputFile>();
+    OutputFile().Protected();
+
+    CTextInputOutputFile{};
+    CTextInputOutputFile text(path);
+    text.DataPtr();
+    text.IssueWarning("", 0, 0);
+    text.IssueError("", 0, 0);
+    Copy<CTextInputOutputFile>();
+}
+
+struct Object : CObject
+{
+};
+
+void Framework()
+{
+    Object{};
+
+    CException failure;
+    failure.CException::GetErrorMessage(nullptr, 0, nullptr);
+    failure.Delete();
+    Catch<CException>();
+
+    CFileException{};
+    CFileException file(CFileException::none, -1, L"");
+    file.CFileException::GetErrorMessage(nullptr, 0, nullptr);
+    CFileException::OsErrorToException(0);
+    Catch<CFileException>();
+
+    CStringW{};
+    CStringW(L"");
+    CStringW text(L"", 0);
+    text.GetString();
+    static_cast<const wchar_t*>(text);
+    text.GetLength();
+    text.IsEmpty();
+    text.Empty();
+    text += text;
+    text.Format(L"", 0);
+    text.LoadString(0);
+    text.LoadString(nullptr, 0);
+    text == text;
+    text == L"";
+    Copy<CStringW>();
+    Move<CStringW>();
+
+    CFileException::ThrowOsError(0, L"");
+}
+
+void Guards()
+{
+    CLock lock;
+    lock.InitialUnlock();
+    lock.ReadLock();
+    lock.WriteLock();
+    lock.Unlock();
+    lock.IsLocked();
+    lock.IsWriteLocked();
+    lock.LockCount();
+    Copy<CLock>();
+
+    CCriticalSectionSpinCount{};
+    CCriticalSectionSpinCount section(0);
+    section.Lock();
+    section.Unlock();
+    static_cast<_RTL_CRITICAL_SECTION*>(section);
+
+    resource_ptr<HKEY>{};
+    resource_ptr<HANDLE>{};
+    resource_ptr<HWINSTA>{};
+    resource_ptr<HBITMAP>{};
+    resource_ptr<HBRUSH>{};
+    resource_ptr<HFONT>{};
+    resource_ptr<HPALETTE>{};
+    resource_ptr<HPEN>{};
+    resource_ptr<HRGN>{};
+}
+
+struct DebugBuffer : DebugStream::DebugStreamBuf
+{
+    void Protected() { DebugStreamBuf::sync(); }
+};
+
+struct LogBuffer : CLogStream::CLogStreamBuffer
+{
+    LogBuffer() : CLogStreamBuffer(nullptr, LogSeverityError) {}
+    void Protected() { CLogStreamBuffer::sync(); }
+};
+
+struct Messages : CLogMessages
+{
+    Messages() : CLogMessages(0) {}
+};
+
+void Logging()
+{
+    DebugStream{} << L"";
+    DebugBuffer().Protected();
+    DebugStreamHelper{} << L"" << 1 << std::endl;
+    dbg() << L"" << std::endl;
+
+    CLogMessage(LogSeverityError, L"");
+    Copy<CLogMessage>();
+    Move<CLogMessage>();
+    Messages messages;
+    messages.SetLogCapacity(0);
+    messages.push(LogSeverityError, L"");
+    messages.pop(Any<boost::circular_buffer_space_optimized<CLogMessage>>());
+    CLogMessages::instance(nullptr);
+    CLogMessages::SetDefaultLogCapacity(0);
+    GetLogLevel();
+    SetLogLevel(LogSeverityError);
+    LogDebugMessages();
+    SetLogDebugMessages(true);
+
+    CLogStream(nullptr, LogSeverityError) << L"";
+    LogBuffer().Protected();
+    CLogStreamHelper helper(nullptr, LogSeverityError);
+    helper << L"" << std::wstring() << std::wstring_view() << L'c' << true << 1 << 1ull << 1.0 << "" << std::string()
+           << std::endl;
+    LogFile(LogSeverityError, nullptr) << "";
+    LogFile(LogSeverityError, nullptr) << std::string();
+    DbgLogFile(LogSeverityError, Any<const void*>());
+    DbgLogFile(LogSeverityError, Any<CEntityDatabase*>());
+
+    SetThreadDatabase(nullptr);
+    GetThreadDatabase();
+}
+
+void Memory()
+{
+    GetAvailVirtualMemory();
+    WalkAddressSpace();
+    auto& size = Any<std::size_t>();
+    GetVirtualAddressSpaceInformation(size, size, size, size);
+    QLMMemoryStatus(nullptr);
+    QLMMemoryLoad();
+    UseLowFragmentationHeap(nullptr);
+
+    CNewHandler{};
+
+    CQLMNodeAllocator pool;
+    pool.deallocate(pool.allocate(1), 1);
+
+    GetThreadAllocator();
+    ResetThreadAllocator(true);
+    CThreadAllocatorManager manager;
+    manager = manager;
+
+    CThreadNodeAllocator<int> allocator;
+    CThreadNodeAllocator<long> other(allocator);
+    allocator.deallocate(allocator.allocate(1), 1);
+    allocator.select_on_container_copy_construction();
+    other == allocator;
+    std::list<int, CThreadNodeAllocator<int>>{1, 2};
+}
+
+void Numbers()
+{
+    GetDecimalSymbol();
+    SetDecimalSymbol(DWORD{});
+    SetDecimalSymbol(L"");
+    DialogDecimalPlaces();
+    DialogDecimalPlaces(DISTANCE_UNITS_MM);
+    SetDialogDecimalPlaces(0);
+    to_wstring(1.0, 0);
+    to_wstring(1.0f, 0);
+    QLMFormatFloatE(1.0, 0);
+    QLMFormatFloatPrecise(1.0, 0);
+
+    MakeFloatDoubleConsistent(1.0);
+    IsFloatDoubleConsistent(1.0);
+    EqualAsFloats(1.0, 1.0);
+    Round(1.0, 0);
+    Round(1.0f, 0);
+    RoundToFloat(1.0, _RC_NEAR);
+    IsValidFloat(1.0f);
+    IsValidReal(1.0);
+    ExponentOf(Any<double>());
+    ExponentOf(1.0f);
+    ConvertVMSFloat(1.0f);
+    UnmaskFloatingPointExceptions();
+    MaskFloatingPointExceptions();
+    CMaskFloatingPointExceptions{};
+    Copy<CMaskFloatingPointExceptions>();
+
+    QLMParseFloat1(L"", L"", Any<double>());
+    QLMParseFloat(L"", L"", Any<double>());
+    QLMParseFloat(L"", Any<double>());
+    QLMParseFloat(L"", L'c', Any<double>());
+
+    pow10(0);
+
+    StatSeries series;
+    series.AddVal(1.0);
+    series.AddValNotArray(1.0);
+    Copy<StatSeries>();
+    Move<StatSeries>();
+}
+
+void Platform()
+{
+    namespace platform = utility::platform;
+
+    platform::SetDebuggerSink(nullptr);
+    platform::SetLastError(platform::LastError());
+    platform::SetHiveFile(HKEY_CURRENT_USER, platform::HiveFile(HKEY_CURRENT_USER));
+    platform::formats::Utf16FromWide(L"");
+    platform::formats::WideFromUtf16("", 0);
+
+    platform::RegistryService& registry = platform::Registry();
+    registry.RegCreateKeyExW(nullptr, L"", KEY_READ, Any<HKEY>());
+    registry.RegOpenKeyExW(nullptr, L"", KEY_READ, Any<HKEY>());
+    registry.RegCreateKeyW(nullptr, L"", Any<HKEY>());
+    registry.RegQueryValueExW(nullptr, L"", nullptr, nullptr, nullptr);
+    registry.RegSetValueExW(nullptr, L"", REG_SZ, nullptr, 0);
+    registry.RegSetValueW(nullptr, L"", L"");
+    registry.RegDeleteValueW(nullptr, L"");
+    registry.RegCloseKey(nullptr);
+    registry.SHDeleteKeyW(nullptr, L"");
+    registry.RegEnumKeyExW(nullptr, 0, nullptr, Any<DWORD>());
+    registry.RegEnumValueW(nullptr, 0, nullptr, Any<DWORD>(), nullptr, nullptr, nullptr);
+    registry.RegQueryInfoKeyW(nullptr, Any<platform::RegistryKeyInfo>());
+    platform::RegistrySlot().Exchange(registry);
+}
+
+struct VirtualCursor : CTextRecordPtr
+{
+    using CTextRecordPtr::CTextRecordPtr;
+    bool IsTerminator(char c) override { return c == ','; }
+};
+
+struct InlineCursor final : CInlineTextRecordPtr<InlineCursor>
+{
+    using CInlineTextRecordPtr::CInlineTextRecordPtr;
+    bool IsTerminator(char c) override { return c == ','; }
+};
+
+template <class Cursor>
+void TextCursor()
+{
+    Cursor cursor(nullptr);
+    cursor.Add("", "");
+    cursor.Lines().front().First();
+    cursor.Lines().front().Last();
+    cursor.InputFile();
+    cursor.Reset();
+    cursor.IsEndOfRecord();
+    cursor.GetCurrentChar();
+    *cursor;
+    static_cast<char>(cursor);
+    static_cast<const char*>(cursor);
+    cursor.AdvancePtr();
+    cursor.SkipBlanks();
+    cursor.IsExponentChar('e');
+    cursor.ReadChar(Any<char>());
+    cursor.ReadInt(Any<int>());
+    cursor.ReadReal(Any<double>());
+    cursor.SkipLine();
+}
+
+void Records()
+{
+    CTextRecord().Add("", "");
+    Any<TextLine>() == Any<TextLine>();
+    CInputRecord record;
+    record.Add(nullptr, nullptr);
+    Copy<CInputRecord>();
+    InputLine(nullptr, nullptr).AdvanceStart(1);
+
+    CInputRecordPtr cursor(Any<CInputOutputFile*>());
+    CInputRecordPtr copy(cursor);
+    cursor.InputFile();
+    cursor.Add(nullptr, nullptr);
+    cursor.Reset();
+    cursor.IsEndOfRecord();
+    cursor.GetCurrentByte();
+    cursor.AdvancePtr();
+    cursor.AdvancePtr(1);
+    cursor.Read(nullptr, 0);
+    cursor.ReadChar(Any<char>());
+    cursor.ReadInt(Any<int>());
+    cursor.ReadFloat(Any<float>());
+    cursor.ReadReal(Any<double>());
+
+    TextCursor<VirtualCursor>();
+    TextCursor<InlineCursor>();
+}
+
+struct AppSettings : CQLMAppSettings
+{
+    AppSettings() : CQLMAppSettings(std::wstring()) {}
+};
+
+template <class... Values>
+void EverySetting(const CQLMAppSettings& settings, const Values&... values)
+{
+    (settings.GetValue(L"", L"", values), ...);
+    (settings.SetValue(L"", L"", values), ...);
+}
+
+void Settings()
+{
+    AppSettings{};
+    CQLMAppSettings::CompanyKeyName();
+    CQLMAppSettings::SetProductName(L"");
+    const CQLMAppSettings& settings = CQLMAppSettings::instance();
+    settings.AppSubKey();
+    settings.GetAppName();
+    settings.GetCaptionBarString();
+    settings.IsBranded();
+    settings.IsPreReleaseVersion();
+    settings.IsDebugOrPreReleaseVersion();
+    EverySetting(settings, std::wstring(), L"", true, 1, 1u, 1l, 1ul, 1ll, 1ull, 1.0f, 1.0, FILETIME());
+    settings.SetValue(L"", L"", nullptr, 0);
+    CQLMAppSettings::OpenKey(nullptr, L"", KEY_READ);
+    CQLMAppSettings::OpenKey(nullptr, boost::filesystem::path(), KEY_READ);
+    CQLMAppSettings::CreateKey(nullptr, L"", KEY_READ);
+    CQLMAppSettings::DeleteKey(nullptr, L"");
+    settings.CreateKey(L"");
+    settings.DeleteKey(L"");
+    CQLMAppSettings::ReadValue(nullptr, L"", REG_SZ, Any<std::wstring>());
+    CreateRegSubKeyAndValue(nullptr, L"", L"", L"");
+    CreateRegValue(nullptr, L"", L"");
+
+    std::wstring text;
+    Lang::GetLanguage();
+    Lang::SetLanguage(0);
+    Lang::IsWindowsDefaultLanguage(0);
+    Lang::GetAvailableTranslations();
+    Lang::GetLanguageCodes(text, Any<std::vector<std::wstring>>());
+    Lang::GetNamedLCID(text);
+    Lang::GetLanguageLocale(0, text);
+    Lang::GetLanguageName(0, text);
+    Lang::GetLanguageName(text, text);
+    Lang::GetLanguageAbbreviatedName(0, text);
+
+    CResourceCounter resources(nullptr);
+    resources.GetResourceDLL();
+    resources.GetDLL();
+
+    CVersion version;
+    version.Initialise(L"");
+    version.GetTranslation();
+    version.GetCompanyName();
+    version.GetProductName();
+    version.GetProductVersion();
+    version.GetLegalCopyright();
+    version.GetComments();
+    version.GetFileDescription();
+    version.GetFileVersion();
+    version.GetInternalName();
+    version.GetLegalTrademarks();
+    version.GetOriginalFileName();
+    version.GetPrivateBuild();
+    version.GetSpecialBuild();
+    version.GetFileVersionMS();
+    version.GetFileVersionLS();
+    version.GetProductVersionMS();
+    version.GetProductVersionLS();
+    version.GetFileFlagsMask();
+    version.GetFileFlags();
+    version.GetFileOS();
+    version.GetFileType();
+    version.GetFileSubtype();
+    version.GetFileDateMS();
+    version.GetFileDateLS();
+    version = version;
+}
+
+void Startup()
+{
+    InitialiseUtilityDLL();
+    ZeloInitMFCExtensionDLL(nullptr, nullptr);
+}
+
+void Text()
+{
+    LoadMessage(0, 0);
+    LoadMessageVA(0, Any<std::va_list>());
+    CResourceString{0u};
+    CResourceString(nullptr, 0);
+    Copy<CResourceString>();
+    resource_string(0);
+    resource_string(nullptr, 0);
+    from_utf(std::wstring(), 0);
+    from_utf(L"", 0, 0);
+}
+
+}
+
+int main(int argumentCount, char**)
+{
+    if (argumentCount > 0)
+        return 0;
+    Diagnostics();
+    Failures();
+    Files();
+    Framework();
+    Guards();
+    Logging();
+    Memory();
+    Numbers();
+    Platform();
+    Records();
+    Settings();
+    Startup();
+    Text();
+}
