@@ -1,11 +1,13 @@
 #include "utility/platform/Boxes.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Keys.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <poll.h>
@@ -14,6 +16,7 @@
 #include <unistd.h>
 
 using support::Child;
+using support::FailingCall;
 using utility::platform::BoxAnswer;
 using utility::platform::Boxes;
 using utility::platform::Keys;
@@ -205,3 +208,88 @@ TEST_F(BoxDialogTest, NoDisplayIsIgnore)
 }
 
 TEST_F(BoxDialogTest, NoDialogProgramIsIgnore) { EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore)); }
+
+// What fails below
+
+TEST(BoxTest, InterruptedQuestionIsAskedAndAnsweredAllTheSame)
+{
+    Child child(
+        []
+        {
+            const FailingCall opening("open", EINTR);
+            const FailingCall writing("write", EINTR, 2);
+            const FailingCall reading("read", EINTR);
+            const int answer = Ask();
+            return opening.HasFailed() && writing.HasFailed() && reading.HasFailed() ? answer : -1;
+        },
+        Child::Terminal::foreground);
+    const std::string question = child.ReadUntil("from now on: ");
+    EXPECT_NE(question.find("Title\r\n\r\nWhat\r\nnow?\r\n"), std::string::npos) << question;
+    child.Type("a\n");
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
+}
+
+TEST(BoxTest, QuestionThatIsTakenInPartsIsAskedWhole)
+{
+    Child child(
+        []
+        {
+            const support::ShortWrites three(3);
+            return Ask();
+        },
+        Child::Terminal::foreground);
+    const std::string question = child.ReadUntil("from now on: ");
+    EXPECT_NE(question.find("Title\r\n\r\nWhat\r\nnow?\r\n"), std::string::npos) << question;
+    child.Type("a\n");
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
+}
+
+TEST(BoxTest, TerminalThatFailsIsIgnore)
+{
+    for (const char* const call : {"write", "read"})
+    {
+        Child child(
+            [&]
+            {
+                const std::ptrdiff_t descriptors = support::OpenDescriptors();
+                const FailingCall failing(call, EIO);
+                const int answer = Ask();
+                return failing.HasFailed() && support::OpenDescriptors() == descriptors ? answer : -1;
+            },
+            Child::Terminal::foreground);
+        EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore)) << call;
+    }
+}
+
+TEST_F(BoxDialogTest, InterruptedWaitForTheAnswerGoesOn)
+{
+    Program("zenity", "echo Abort; exit 1\n");
+    Child child(
+        [&]
+        {
+            ::setenv("PATH", (m_folder / ".").c_str(), 1);
+            const FailingCall reading("read", EINTR);
+            const FailingCall waiting("waitpid", EINTR);
+            const int answer = AskWithDisplay("DISPLAY");
+            return reading.HasFailed() && waiting.HasFailed() ? answer : -1;
+        });
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
+}
+
+TEST_F(BoxDialogTest, DialogThatCannotBeHadIsIgnore)
+{
+    Program("zenity", "echo Abort; exit 1\n");
+    for (const char* const call : {"pipe2", "posix_spawn_file_actions_adddup2", "posix_spawnp"})
+    {
+        Child child(
+            [&]
+            {
+                ::setenv("PATH", (m_folder / ".").c_str(), 1);
+                const std::ptrdiff_t descriptors = support::OpenDescriptors();
+                const FailingCall failing(call, EMFILE, FailingCall::always);
+                const int answer = AskWithDisplay("DISPLAY");
+                return failing.HasFailed() && support::OpenDescriptors() == descriptors ? answer : -1;
+            });
+        EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore)) << call;
+    }
+}

@@ -1,9 +1,11 @@
 #include "utility/platform/Debugger.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <sys/ptrace.h>
 
@@ -24,6 +26,24 @@ TEST(PosixDebuggerTest, WritesNarrowTextToTheErrorStreamAsItIs)
     Debugger().Output("90\xC2\xB0 \xFF\n");
     Debugger().Output("");
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "90\xC2\xB0 \xFF\n");
+}
+
+TEST(PosixDebuggerTest, InterruptedTextIsWrittenAllTheSame)
+{
+    const support::FailingCall failing("write", EINTR);
+    ::testing::internal::CaptureStderr();
+    Debugger().Output("text\n");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "text\n");
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST(PosixDebuggerTest, TextThatNobodyTakesIsLost)
+{
+    const support::FailingCall failing("write", EIO);
+    ::testing::internal::CaptureStderr();
+    Debugger().Output("lost\n");
+    Debugger().Output("text\n");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "text\n");
 }
 
 TEST(PosixDebuggerTest, IsThereForAProcessThatIsTraced)

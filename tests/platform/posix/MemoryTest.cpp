@@ -1,13 +1,16 @@
 #include "utility/memory/MemoryReport.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/memory/NewHandler.h"
 #include "utility/platform/Error.h"
+#include "utility/platform/Memory.h"
 #include "utility/platform/posix/memory/MemoryFigures.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
@@ -220,6 +223,41 @@ TEST(MachineMemoryFilesTest, AreZeroWhereThereAreNone)
     const MachineMemory memory = ReadMachineMemory(root.Path().string());
     EXPECT_EQ(memory.physical.total, 0u);
     EXPECT_EQ(memory.swap.total, 0u);
+}
+
+TEST(PosixMemoryTest, FiguresAreToldWholeOrNotAtAllWhicheverAllocationFails)
+{
+    bool fails = true;
+    for (int at = 1; fails; ++at)
+    {
+        const support::FailingCall failing("operator new", ENOMEM, at);
+        MEMORYSTATUSEX status = {};
+        status.dwLength = sizeof(status);
+        const bool isTold = utility::platform::Memory().Status(status);
+        fails = failing.HasFailed();
+        EXPECT_NE(isTold, fails) << at;
+        EXPECT_TRUE(isTold || utility::platform::LastError() == ERROR_NOT_ENOUGH_MEMORY) << at;
+        EXPECT_EQ(status.ullTotalPhys != 0, isTold) << at;
+    }
+}
+
+TEST(PosixMemoryTest, WithoutADescriptorNothingIsTold)
+{
+    Child child(
+        []
+        {
+            rlimit limit{};
+            ::getrlimit(RLIMIT_NOFILE, &limit);
+            limit.rlim_cur = 0;
+            ::setrlimit(RLIMIT_NOFILE, &limit);
+            MEMORYSTATUSEX status = {};
+            status.dwLength = sizeof(status);
+            if (utility::platform::Memory().Status(status) || status.ullTotalPhys != 0)
+                return 1;
+            utility::platform::MemoryRegion region = {};
+            return utility::platform::Memory().OpenAddressSpace()->RegionAt(0, region) ? 2 : 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
 }
 
 // The sanitizers' own memory ends the process when there is none left.

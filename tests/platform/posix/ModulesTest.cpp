@@ -1,7 +1,15 @@
 #include "utility/platform/Modules.h"
 
+#include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
+#include "tests/support/TemporaryFolder.h"
+#include "utility/platform/Error.h"
+#include "utility/platform/Paths.h"
+
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <dlfcn.h>
 #include <string>
 #include <utility>
 
@@ -27,3 +35,43 @@ INSTANTIATE_TEST_SUITE_P(
                       FileAndStem{L"/opt/x.so.d/app", L"/opt/x.so.d/app"}, FileAndStem{L"/opt/.app", L"/opt/.app"},
                       FileAndStem{L"/lib\u00FC.d/libM\u00FChle.so.1", L"/lib\u00FC.d/M\u00FChle"},
                       FileAndStem{L"app.bin", L"app"}, FileAndStem{L"", L""}));
+
+using utility::platform::LastError;
+using utility::platform::Modules;
+
+TEST(PosixModulesTest, FileThatCannotBeReadSaysWhyAndMayBeLoadedLater)
+{
+    const wchar_t* const file = L"" UTILITY_TEST_MODULES "/Resources.dll";
+    const std::ptrdiff_t descriptors = support::OpenDescriptors();
+    for (const char* const call : {"open", "fstat", "mmap"})
+    {
+        const support::FailingCall failing(call, EMFILE);
+        EXPECT_EQ(Modules().Load(file), nullptr) << call;
+        EXPECT_EQ(LastError(), ERROR_TOO_MANY_OPEN_FILES) << call;
+        EXPECT_TRUE(failing.HasFailed()) << call;
+        EXPECT_EQ(support::OpenDescriptors(), descriptors) << call;
+    }
+    const HINSTANCE module = Modules().Load(file);
+    ASSERT_NE(module, nullptr);
+    EXPECT_TRUE(Modules().Free(module));
+    EXPECT_FALSE(Modules().Free(module));
+}
+
+TEST(PosixModulesTest, FileNameFromAFolderThatIsGoneSaysWhy)
+{
+    const support::TemporaryFolder folder;
+    boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, folder / "near.so");
+    support::Child child(
+        [&]
+        {
+            boost::filesystem::current_path(folder.Path());
+            void* const library = ::dlopen("./near.so", RTLD_NOW);
+            if (library == nullptr)
+                return 1;
+            boost::filesystem::remove_all(folder.Path());
+            wchar_t name[260];
+            const HINSTANCE module = Modules().ModuleAt(::dlsym(library, "main"));
+            return Modules().FileName(module, name, 260) == 0 && LastError() == ERROR_FILE_NOT_FOUND ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}

@@ -1,9 +1,11 @@
 #include "utility/platform/Processes.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <string_view>
 
@@ -24,6 +26,14 @@ TEST(ProcessesTest, ProgramPathIsThatOfTheTests)
     ASSERT_TRUE(Processes().ProgramPath(path));
     EXPECT_TRUE(std::string_view(path).ends_with("/UtilityTests")) << path;
     EXPECT_EQ(path[0], '/');
+}
+
+TEST(ProcessesTest, ProgramPathThatTheSystemDoesNotTellIsAFailure)
+{
+    const support::FailingCall failing("readlink", EACCES);
+    char path[ProcessService::pathSize];
+    EXPECT_FALSE(Processes().ProgramPath(path));
+    EXPECT_TRUE(failing.HasFailed());
 }
 
 TEST(ProcessesTest, EndOfTheProcessIsTheAbortSignal)

@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <new>
+#include <pthread.h>
+#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -64,6 +66,12 @@ FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access,
              length, access, flags, file, offset)
 FAILING_CALL(int, -1, munmap, (void* at, std::size_t length), at, length)
 FAILING_CALL(int, -1, pipe2, (int* ends, int flags), ends, flags)
+FAILING_CALL(int, errno, posix_spawn_file_actions_adddup2,
+             (posix_spawn_file_actions_t * actions, int file, int newFile), actions, file, newFile)
+FAILING_CALL(int, errno, posix_spawnp,
+             (pid_t * process, const char* file, const posix_spawn_file_actions_t* actions,
+              const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment),
+             process, file, actions, attributes, arguments, environment)
 FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destroy)(void*)), key, destroy)
 FAILING_CALL(ssize_t, -1, read, (int file, void* bytes, std::size_t size), file, bytes, size)
 FAILING_CALL(ssize_t, -1, readlink, (const char* link, char* text, std::size_t size), link, text, size)

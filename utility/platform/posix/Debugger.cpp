@@ -1,6 +1,7 @@
 #include "utility/platform/Debugger.h"
 
 #include "utility/platform/formats/Utf8.h"
+#include "utility/platform/posix/error/Errno.h"
 
 #include <fstream>
 #include <string_view>
@@ -15,7 +16,7 @@ namespace
 /// One write keeps the texts of several threads apart; there is nobody to tell of a failure.
 void Write(std::string_view bytes)
 {
-    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.data(), bytes.size());
+    posix::Uninterrupted([&] { return ::write(STDERR_FILENO, bytes.data(), bytes.size()); });
 }
 
 class PosixDebugger final : public DebuggerService

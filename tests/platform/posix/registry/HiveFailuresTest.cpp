@@ -12,6 +12,7 @@
 #include <sqlite3.h>
 #include <string>
 #include <tuple>
+#include <vector>
 
 // What goes wrong below a hive: every operation is done with the first of the calls below it failing, then with the second,
 // and so on until none is left to fail. Each time it has to be done or refused whole, and to leave nothing behind.
@@ -23,6 +24,7 @@ using boost::filesystem::path;
 using support::FailingCall;
 using support::FailingDatabase;
 using support::TemporaryFolder;
+using utility::platform::Registry;
 using utility::platform::posix::Hive;
 using utility::platform::posix::HiveOwner;
 using Failure = FailingDatabase::Failure;
@@ -317,6 +319,34 @@ TEST_P(HiveWithoutMemoryTest, IsAsItWasOrAsItShouldBe) { TryEach<FailingCall>({m
 
 INSTANTIATE_TEST_SUITE_P(Operations, HiveWithoutMemoryTest, ::testing::ValuesIn(operations),
                          [](const auto& tested) { return std::string(tested.param.name); });
+
+TEST(RegistryWithoutMemoryTest, GivesAKeyThatIsGoodOrNone)
+{
+    std::vector<HKEY> keys;
+    bool fails = true;
+    for (int at = 1; fails; ++at)
+    {
+        HKEY opened = nullptr;
+        LSTATUS status = 0;
+        {
+            const FailingCall failing("operator new", ENOMEM, at);
+            status = Registry().RegCreateKeyExW(HKEY_CURRENT_USER, L"Memory", KEY_READ | KEY_WRITE, opened);
+            fails = failing.HasFailed();
+        }
+        EXPECT_TRUE(status == (opened != nullptr ? 0 : memory)) << at << ' ' << status;
+        if (opened != nullptr)
+            keys.push_back(opened);
+    }
+    EXPECT_EQ(std::set<HKEY>(keys.begin(), keys.end()).size(), keys.size());
+    // Each is one of its own, and takes no memory to close.
+    for (const HKEY each : keys)
+    {
+        EXPECT_EQ(Registry().RegSetValueExW(each, L"Name", REG_SZ, "x", 1), 0);
+        const FailingCall failing("operator new", ENOMEM, FailingCall::always);
+        EXPECT_EQ(Registry().RegCloseKey(each), 0);
+        EXPECT_EQ(Registry().RegCloseKey(each), Status(ERROR_INVALID_HANDLE));
+    }
+}
 
 // What a hive asks of the system itself
 

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/boxes/DialogPrograms.h"
 
-#include <cerrno>
+#include "utility/platform/posix/error/Errno.h"
+
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
@@ -31,9 +32,9 @@ std::optional<Finished> Run(const char* const* arguments)
         return std::nullopt;
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
     pid_t process = 0;
     const bool runs =
+        ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO) == 0 &&
         ::posix_spawnp(&process, arguments[0], &actions, nullptr, const_cast<char* const*>(arguments), environ) == 0;
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(pipe[1]);
@@ -41,10 +42,10 @@ std::optional<Finished> Run(const char* const* arguments)
     if (runs)
     {
         char bytes[64];
-        for (ssize_t size = 0; (size = ::read(pipe[0], bytes, sizeof(bytes))) > 0;)
+        const auto read = [&] { return ::read(pipe[0], bytes, sizeof(bytes)); };
+        for (ssize_t size = 0; (size = Uninterrupted(read)) > 0;)
             finished.output.append(bytes, static_cast<std::size_t>(size));
-        while (::waitpid(process, &finished.status, 0) < 0 && errno == EINTR)
-            continue;
+        Uninterrupted([&] { return ::waitpid(process, &finished.status, 0); });
     }
     ::close(pipe[0]);
     return runs ? std::optional(std::move(finished)) : std::nullopt;

@@ -1,10 +1,10 @@
 #include "utility/platform/posix/boxes/Terminal.h"
 
+#include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/keys/ControlKey.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <termios.h>
 #include <unistd.h>
 
@@ -17,9 +17,21 @@ namespace
 constexpr char controlI = 'I' - '@';
 constexpr char endOfInput = '\0';
 
+bool Write(int file, std::string_view text)
+{
+    while (!text.empty())
+    {
+        const ssize_t written = Uninterrupted([&] { return ::write(file, text.data(), text.size()); });
+        if (written <= 0)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
 }
 
-Terminal::Terminal() : m_file(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+}
+
+Terminal::Terminal() : m_file(Uninterrupted([] { return ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); })) {}
 
 Terminal::~Terminal()
 {
@@ -38,7 +50,7 @@ BoxAnswer Terminal::Ask(const char* title, const char* text) const
         for (const char* const part :
              {"\n", title, "\n\n", text, "\n[a]bort, [R]etry, [i]gnore, Ctrl+I to ignore from now on: "})
         {
-            if (::write(m_file, part, std::strlen(part)) < 0)
+            if (!Write(m_file, part))
                 return BoxAnswer::ignore;
         }
         switch (FirstOfLine())
@@ -67,10 +79,7 @@ BoxAnswer Terminal::Ask(const char* title, const char* text) const
 char Terminal::FirstOfLine() const
 {
     char line[256];
-    ssize_t size = 0;
-    do
-        size = ::read(m_file, line, sizeof(line));
-    while (size < 0 && errno == EINTR);
+    const ssize_t size = Uninterrupted([&] { return ::read(m_file, line, sizeof(line)); });
     return size > 0 ? line[0] : endOfInput;
 }
 

@@ -27,8 +27,11 @@ HINSTANCE LoadedFiles::Load(const wchar_t* path)
         file = m_files.emplace(file, canonical);
         if (!file->resources.HasResources())
         {
+            // What could be read is no module; an empty file, which is told by this number, is none either.
+            const bool isRead = !file->content.Content().empty() || LastError() == ERROR_INVALID_PARAMETER;
+            const DWORD reason = isRead ? ERROR_BAD_EXE_FORMAT : LastError();
             m_files.erase(file);
-            SetLastError(ERROR_BAD_EXE_FORMAT);
+            SetLastError(reason);
             return nullptr;
         }
     }
