@@ -113,6 +113,10 @@ TEST_F(RegistryTest, BufferWithoutSizeIsRefused)
     SetNumber(m_top, L"Value", 1);
     DWORD number = 0;
     EXPECT_EQ(Registry().RegQueryValueExW(m_top, L"Value", nullptr, &number, nullptr), Status(ERROR_INVALID_PARAMETER));
+    wchar_t name[10];
+    DWORD length = 10;
+    EXPECT_EQ(Registry().RegEnumValueW(m_top, 0, name, length, nullptr, &number, nullptr),
+              Status(ERROR_INVALID_PARAMETER));
 }
 
 TEST_F(RegistryTest, ValueOfSizeZeroExists)

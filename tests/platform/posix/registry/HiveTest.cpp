@@ -538,6 +538,51 @@ TEST_F(HiveTest, LogOfTheMachinesStaysForWhoMayOnlyReadItAndAUsersGoes)
     }
 }
 
+TEST_F(ForeignHiveTest, IsReadInAFolderOfAnyName)
+{
+    const path folder = m_folder / "50% of #1?";
+    create_directory(folder);
+    const path file = folder / "settings.db";
+    rename(m_file, file);
+    EXPECT_EQ(AsNobody(m_folder,
+                       [&]
+                       {
+                           Hive hive(file, Hive::Owner::machine);
+                           Hive::Key key = 0;
+                           if (hive.Find(Hive::root, L"Key", key) != 0)
+                               return 1;
+                           return Text(hive, key, L"Name") == "machine" ? 0 : 2;
+                       }),
+              0);
+}
+
+TEST_F(ForeignHiveTest, ThatWasAtRestIsReadAnewOnceItsOwnerWrites)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "is for two users";
+    for (const char* const suffix : {"-wal", "-shm"})
+        boost::filesystem::remove(m_file.native() + suffix);
+    ::chmod(m_folder.Path().c_str(), 0755);
+    Child child(
+        [&]
+        {
+            constexpr uid_t nobody = 65534;
+            ::seteuid(nobody);
+            Hive reader(m_file, Hive::Owner::machine);
+            Hive::Key key = 0;
+            if (reader.Find(Hive::root, L"Key", key) != 0 || Text(reader, key, L"Name") != "machine")
+                return 1;
+            ::seteuid(0);
+            Hive owner(m_file, Hive::Owner::machine);
+            if (owner.Set(key, L"Name", REG_SZ, "later") != 0)
+                return 2;
+            Protect();
+            ::seteuid(nobody);
+            return Text(reader, key, L"Name") == "later" ? 0 : 3;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
 TEST_F(ForeignHiveTest, IsReadWhileItsOwnerWrites)
 {
     Hive owner(m_file, Hive::Owner::machine);

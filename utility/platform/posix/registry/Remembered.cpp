@@ -20,9 +20,7 @@ constexpr std::size_t largestRemembered = 4096;
 void Remembered::Follow(sqlite3* database)
 {
     sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
-        file->pMethods->iVersion < 2)
-        return;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
     void volatile* index = nullptr;
     constexpr int regionSize = 32768;
     const int result = file->pMethods->xShmMap(file, 0, regionSize, 0, &index);
