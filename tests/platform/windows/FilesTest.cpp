@@ -2,6 +2,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/windows/ImportedCall.h"
+#include "utility/platform/Error.h"
 
 #include <gtest/gtest.h>
 
@@ -9,6 +10,8 @@ using support::ImportedCall;
 using utility::platform::Files;
 
 extern "C" decltype(&::CreateFileW) __imp_CreateFileW;
+extern "C" decltype(&::UnmapViewOfFile) __imp_UnmapViewOfFile;
+extern "C" decltype(&::VirtualAlloc) __imp_VirtualAlloc;
 
 namespace
 {
@@ -71,4 +74,32 @@ TEST(WindowsFilesTest, AreOpenedToBeReadAndWrittenFromStartToEnd)
     EXPECT_EQ(opening.share, 1u);
     EXPECT_EQ(opening.disposition, 4u);
     EXPECT_EQ(opening.flags, 0x08000000u);
+}
+
+TEST(WindowsFilesTest, ReasonOfAFailedViewOutlivesTheCleanUp)
+{
+    const support::TemporaryFolder folder;
+    const HANDLE file = Files().OpenForReading(folder.File("a", std::string(4096, 'x')));
+    const HANDLE mapping = Files().MapReadOnly(file);
+    static const void* unmapped = nullptr;
+    const auto noMemory = [](void*, SIZE_T, DWORD, DWORD) -> void*
+    {
+        ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return nullptr;
+    };
+    const auto unmap = [](const void* view) -> BOOL
+    {
+        unmapped = view;
+        ::SetLastError(ERROR_SUCCESS);
+        return TRUE;
+    };
+    {
+        const ImportedCall allocating(__imp_VirtualAlloc, noMemory);
+        const ImportedCall unmapping(__imp_UnmapViewOfFile, unmap);
+        EXPECT_EQ(Files().ViewAll(mapping, 4096), nullptr);
+        EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_NOT_ENOUGH_MEMORY));
+    }
+    EXPECT_TRUE(::UnmapViewOfFile(unmapped));
+    EXPECT_TRUE(Files().Close(mapping));
+    EXPECT_TRUE(Files().Close(file));
 }

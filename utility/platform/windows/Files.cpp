@@ -64,7 +64,9 @@ public:
             return view;
         // Nothing can be mapped right behind a view, so the rare file that fills its last page is read into memory.
         void* const copy = CopyWithByteBehind(view, length);
+        const DWORD reason = ::GetLastError();
         ::UnmapViewOfFile(view);
+        ::SetLastError(reason);
         return copy;
     }
 
