@@ -1,5 +1,6 @@
-// Doubles to wide text with a fixed number of places. The peers' texts become wide strings too, as the library's are; trimming
-// is done for them by hand. What costs them nothing extra is given to them: a format in the source text, parsed once.
+// Doubles to wide text with a fixed number of places. The peers' texts become wide strings too, as the library's are;
+// trimming is done for them by hand. What costs them nothing extra is given to them: a format in the source text,
+// parsed once.
 
 #include "bench/AllocationCount.h"
 #include "utility/numbers/FloatFormat.h"

@@ -1,10 +1,12 @@
 // A log message of a text and a number into a store of the last 500, and one that the level keeps out. Every logger has
 // its level set and tests it in both cases; the streams stand for what is written by hand.
 //
-// What the others leave out or do more: spdlog's messages are narrow, and its sink formats nothing but the message itself
-// until it is read; Boost.Log's are wide like the library's. The _mt sink locks as the library's store does, _st does not.
+// What the others leave out or do more: spdlog's messages are narrow, and its sink formats nothing but the message
+// itself until it is read; Boost.Log's are wide like the library's. The _mt sink locks as the library's store does, _st
+// does not.
 
 #include "bench/AllocationCount.h"
+#include "utility/logging/LogMessages.h"
 #include "utility/logging/LogStream.h"
 
 #include <benchmark/benchmark.h>

@@ -23,7 +23,8 @@ constexpr std::int64_t lineCount = 2'500'000;
 
 std::int64_t LinesByBlocks(const std::string& path)
 {
-    // At a page's start: to 16 bytes behind one, where malloc puts large blocks, some processors copy five times slower.
+    // At a page's start: to 16 bytes behind one, where malloc puts large blocks, some processors copy five times
+    // slower.
     alignas(4096) static std::array<char, 1 << 20> block;
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     std::int64_t lines = 0;
@@ -34,8 +35,9 @@ std::int64_t LinesByBlocks(const std::string& path)
     return lines;
 }
 
-/// Has the system hold the file as it does once someone read it from the disk. In the many small pieces that the writing
-/// of a file leaves behind, each page costs a mapping three times as much, and the machine's history would be measured.
+/// Has the system hold the file as it does once someone read it from the disk. In the many small pieces that the
+/// writing of a file leaves behind, each page costs a mapping three times as much, and the machine's history would be
+/// measured.
 void ReadFromDisk(const std::string& path)
 {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

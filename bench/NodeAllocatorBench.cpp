@@ -1,10 +1,10 @@
 // Small objects: a pair of allocation and release, a batch released in random order, sizes that come and go, and two
 // containers filled and emptied. All memory is warm: the same work was done before, and each node is written to.
 //
-// The general allocators are loaded so that they serve nobody but their benchmarks, and it is checked that they do. They
-// keep the sizes of their blocks and serve all threads, which the pools do not. Boost.Pool has nodes of one size: there
-// is a pool for each multiple of 8, and larger blocks are the heap's, as in the library. The containers of the library
-// have its adaptor, those of std::pmr the standard's, the others the one below.
+// The general allocators are loaded so that they serve nobody but their benchmarks, and it is checked that they do.
+// They keep the sizes of their blocks and serve all threads, which the pools do not. Boost.Pool has nodes of one size:
+// there is a pool for each multiple of 8, and larger blocks are the heap's, as in the library. The containers of the
+// library have its adaptor, those of std::pmr the standard's, the others the one below.
 
 #include "utility/memory/ThreadNodeAllocator.h"
 

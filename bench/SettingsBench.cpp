@@ -1,6 +1,6 @@
 // A setting read by its type, from the user's hive, from the machine's behind it and from neither, and a setting
-// written. Peers: one prepared SQLite read or write with all its parts known ahead, a memory-mapped store, and a tree in
-// memory that is read from, and wholly written to, a text file.
+// written. Peers: one prepared SQLite read or write with all its parts known ahead, a memory-mapped store, and a tree
+// in memory that is read from, and wholly written to, a text file.
 
 #include "utility/platform/Hives.h"
 #include "utility/platform/Registry.h"

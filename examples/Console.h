@@ -1,6 +1,7 @@
 #pragma once
 
-// What a console program needs of the system, the same on both: the only file of the examples that knows which it is on.
+// What a console program needs of the system, the same on both: the only file of the examples that knows which it is
+// on.
 
 #include <boost/filesystem/path.hpp>
 

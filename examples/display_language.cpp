@@ -1,4 +1,5 @@
-// The display language: which there are, which one is in effect, and how a user gets another one, from the next start on.
+// The display language: which there are, which one is in effect, and how a user gets another one, from the next start
+// on.
 //
 //     display_language          lists the translations and shows a message of the library
 //     display_language 0407     chooses German; 0000 goes back to the system's language

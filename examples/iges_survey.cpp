@@ -109,11 +109,11 @@ std::string Dumped(const iges::Field& field)
 {
     switch (field.kind)
     {
-    case iges::FieldKind::Integer:
+    case iges::FieldKind::integer:
         return std::to_string(field.integer);
-    case iges::FieldKind::Real:
+    case iges::FieldKind::real:
         return Text(field.real);
-    case iges::FieldKind::Text:
+    case iges::FieldKind::text:
         return Quoted(field.text);
     default:
         return {};

@@ -1,5 +1,5 @@
-// The formatters of numbers against the slow models. An input is a double, two bytes for the number of places, one for the
-// layout, and the decimal symbol.
+// The formatters of numbers against the slow models. An input is a double, two bytes for the number of places, one for
+// the layout, and the decimal symbol.
 
 #include "tests/support/FloatFormatModel.h"
 #include "utility/numbers/FloatFormat.h"

@@ -1,5 +1,5 @@
-// The binary cursor against one that steps byte by byte. An input is the number of lines, their lengths, and operations of
-// two bytes each. Every line lies in a block of its own, with the one byte behind it that a read may take.
+// The binary cursor against one that steps byte by byte. An input is the number of lines, their lengths, and operations
+// of two bytes each. Every line lies in a block of its own, with the one byte behind it that a read may take.
 
 #include "tests/support/SlowInputCursor.h"
 #include "utility/records/InputRecordPtr.h"

@@ -1,5 +1,5 @@
-// The text cursor, both uses of its number reader, against the slow model. An input is a byte for the format, one for the
-// number of readings, the readings, and the text, in which '|' ends a line of the record.
+// The text cursor, both uses of its number reader, against the slow model. An input is a byte for the format, one for
+// the number of readings, the readings, and the text, in which '|' ends a line of the record.
 
 #include "tests/support/TextRecordTrial.h"
 #include "utility/startup/LibraryFrame.h"

@@ -15,6 +15,7 @@
 #include "utility/guards/ResourcePtr.h"
 #include "utility/logging/DebugStream.h"
 #include "utility/logging/LogMessages.h"
+#include "utility/logging/LogSeverity.h"
 #include "utility/logging/LogStream.h"
 #include "utility/logging/ThreadDatabase.h"
 #include "utility/memory/MemoryReport.h"

@@ -186,9 +186,9 @@ void File::ReadGlobalSection()
     do
     {
         cursor.ReadField(field);
-        if (number == unitFlagField && field.kind == FieldKind::Integer)
+        if (number == unitFlagField && field.kind == FieldKind::integer)
             unitFlag = field.integer;
-        else if (number == unitNameField && field.kind == FieldKind::Text)
+        else if (number == unitNameField && field.kind == FieldKind::text)
             unitName = Trimmed(field.text);
         ++number;
     } while (cursor.NextField());

@@ -30,11 +30,11 @@ double Field::Number() const
 {
     switch (kind)
     {
-    case FieldKind::Empty:
+    case FieldKind::empty:
         return 0.0;
-    case FieldKind::Integer:
+    case FieldKind::integer:
         return integer;
-    case FieldKind::Real:
+    case FieldKind::real:
         return real;
     default:
         return std::numeric_limits<double>::quiet_NaN();
@@ -57,13 +57,13 @@ bool RecordPtr::ReadField(Field& field)
     bool good = LookAhead(field.kind);
     switch (field.kind)
     {
-    case FieldKind::Integer:
+    case FieldKind::integer:
         good = ReadInt(field.integer) && good;
         break;
-    case FieldKind::Real:
+    case FieldKind::real:
         good = ReadReal(field.real);
         break;
-    case FieldKind::Text:
+    case FieldKind::text:
         good = ReadText(field.text);
         break;
     default:
@@ -72,8 +72,8 @@ bool RecordPtr::ReadField(Field& field)
     if (!good)
     {
         Complain(*InputFile(), L"Field " + std::to_wstring(m_number) + L" is bad.");
-        if (field.kind != FieldKind::Text)
-            field.kind = FieldKind::Bad;
+        if (field.kind != FieldKind::text)
+            field.kind = FieldKind::bad;
     }
     return good;
 }
@@ -93,7 +93,7 @@ bool RecordPtr::NextField()
 /// What the field at the cursor is. The cursor stays, but for blanks. False for an integer that is too large.
 bool RecordPtr::LookAhead(FieldKind& kind)
 {
-    kind = FieldKind::Empty;
+    kind = FieldKind::empty;
     SkipBlanks();
     if (IsEndOfRecord())
         return true;
@@ -110,17 +110,17 @@ bool RecordPtr::LookAhead(FieldKind& kind)
     while (!IsDelimiter(*place))
     {
         const char c = *place;
-        if (c == 'H' && onlyDigits && kind == FieldKind::Integer)
+        if (c == 'H' && onlyDigits && kind == FieldKind::integer)
         {
-            kind = FieldKind::Text;
+            kind = FieldKind::text;
             return true;
         }
         if (c == '.' || IsExponentChar(c))
         {
-            kind = FieldKind::Real;
+            kind = FieldKind::real;
             return true;
         }
-        kind = FieldKind::Integer;
+        kind = FieldKind::integer;
         if (IsDigit(c))
             magnitude = AppendDigit(magnitude, c, highest + 2);
         else

@@ -1,12 +1,13 @@
 #pragma once
 
-// The cursor over a record of an IGES file: fields between delimiters, each of which tells by its characters what it is.
+// The cursor over a record of an IGES file: fields between delimiters, each of which tells by its characters what it
+// is.
 //
 //     RecordPtr cursor(&file, delimiters, lines);
 //     Field field;
 //     do
 //     {
-//         if (cursor.ReadField(field) && field.kind == FieldKind::Real)
+//         if (cursor.ReadField(field) && field.kind == FieldKind::real)
 //             Use(field.real);
 //     } while (cursor.NextField());
 //
@@ -34,16 +35,16 @@ struct Delimiters
 
 enum class FieldKind
 {
-    Empty,
-    Integer,
-    Real, ///< with a point or an exponent letter
-    Text, ///< nH and n characters
-    Bad,  ///< could not be read
+    empty,
+    integer,
+    real, ///< with a point or an exponent letter
+    text, ///< nH and n characters
+    bad,  ///< could not be read
 };
 
 struct Field
 {
-    FieldKind kind = FieldKind::Empty;
+    FieldKind kind = FieldKind::empty;
     int integer = 0;
     double real = 0.0;
     std::string text;
@@ -60,7 +61,7 @@ public:
 
     bool IsTerminator(char c) override;
 
-    /// Reads the field at the cursor. False if it is bad: what there is of a text is kept, a number is FieldKind::Bad.
+    /// Reads the field at the cursor. False if it is bad: what there is of a text is kept, a number is FieldKind::bad.
     bool ReadField(Field& field);
 
     /// Moves behind the next parameter delimiter. False at the record delimiter, and where that is missing.

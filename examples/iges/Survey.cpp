@@ -92,9 +92,9 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
     {
         if (cursor.ReadField(m_field))
         {
-            m_integers += m_field.kind == FieldKind::Integer;
-            m_reals += m_field.kind == FieldKind::Real;
-            m_texts += m_field.kind == FieldKind::Text;
+            m_integers += m_field.kind == FieldKind::integer;
+            m_reals += m_field.kind == FieldKind::real;
+            m_texts += m_field.kind == FieldKind::text;
         }
         m_numbers.push_back(m_field.Number());
         if (onField)

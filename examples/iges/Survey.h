@@ -35,8 +35,8 @@ public:
     const StatSeries& RecordLengths() const { return m_recordLengths; }
 
     /// In the unit of the file, of the entities that are geometry by their directory entry, and neither curves in
-    /// a surface's parameters nor axes of revolution. The transformations that an entry names are applied; those that come by way of a
-    /// subfigure or an assembly are not.
+    /// a surface's parameters nor axes of revolution. The transformations that an entry names are applied; those that
+    /// come by way of a subfigure or an assembly are not.
     const Extents& ExtentsOfGeometry() const { return m_extents; }
 
 private:

@@ -13,8 +13,8 @@ namespace valuetext
 /// The types that Typed knows, separated by commas.
 std::string Types();
 
-/// A value of a named type from its parts: one text, any number of texts for REG_MULTI_SZ, a number in decimal or with 0x
-/// ahead, pairs of hexadecimal digits for REG_BINARY. Throws std::invalid_argument with what is wrong.
+/// A value of a named type from its parts: one text, any number of texts for REG_MULTI_SZ, a number in decimal or with
+/// 0x ahead, pairs of hexadecimal digits for REG_BINARY. Throws std::invalid_argument with what is wrong.
 regtext::Value Typed(const std::wstring& name, const std::string& type, const std::vector<std::wstring>& parts);
 
 /// The same the other way round: a text up to its first null, the texts of REG_MULTI_SZ in lines, a number in decimal,

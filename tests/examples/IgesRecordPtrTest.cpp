@@ -45,15 +45,15 @@ TEST_F(IgesRecordTest, FieldsAreWhatTheirCharactersSay)
 {
     Read({"110,-7,1.5,2E3,2.5D-1,,5HA;,B ,+.5;"});
     ASSERT_EQ(fields.size(), 8u);
-    EXPECT_EQ(fields[0].kind, FieldKind::Integer);
+    EXPECT_EQ(fields[0].kind, FieldKind::integer);
     EXPECT_EQ(fields[0].integer, 110);
     EXPECT_EQ(fields[1].integer, -7);
     EXPECT_EQ(fields[2].real, 1.5);
-    EXPECT_EQ(fields[3].kind, FieldKind::Real);
+    EXPECT_EQ(fields[3].kind, FieldKind::real);
     EXPECT_EQ(fields[3].real, 2000.0);
     EXPECT_EQ(fields[4].real, 0.25);
-    EXPECT_EQ(fields[5].kind, FieldKind::Empty);
-    EXPECT_EQ(fields[6].kind, FieldKind::Text);
+    EXPECT_EQ(fields[5].kind, FieldKind::empty);
+    EXPECT_EQ(fields[6].kind, FieldKind::text);
     EXPECT_EQ(fields[6].text, "A;,B ");
     EXPECT_EQ(fields[7].real, 0.5);
     EXPECT_EQ(errors, Errors());
@@ -68,7 +68,7 @@ TEST_F(IgesRecordTest, WhatStandsBehindTheRecordDelimiterIsAComment)
 TEST_F(IgesRecordTest, AnEmptyLastFieldCounts)
 {
     EXPECT_EQ(Read({"314,1.,;"}).size(), 3u);
-    EXPECT_EQ(fields[2].kind, FieldKind::Empty);
+    EXPECT_EQ(fields[2].kind, FieldKind::empty);
     EXPECT_EQ(Read({"   ;"}).size(), 1u);
     EXPECT_EQ(errors, Errors());
 }
@@ -78,7 +78,7 @@ TEST_F(IgesRecordTest, NumbersRunOnFromOneLineIntoTheNext)
     Read({"110,12", "34,1.2", "5E", "1,  ", "  7  ", ";"});
     ASSERT_EQ(fields.size(), 4u);
     EXPECT_EQ(fields[1].integer, 1234);
-    EXPECT_EQ(fields[2].kind, FieldKind::Real);
+    EXPECT_EQ(fields[2].kind, FieldKind::real);
     EXPECT_EQ(fields[2].real, 12.5);
     EXPECT_EQ(fields[3].integer, 7);
     EXPECT_EQ(errors, Errors());
@@ -97,7 +97,7 @@ TEST_F(IgesRecordTest, ATextOfNoCharactersIsAText)
 {
     Read({"406,0H,1;"});
     ASSERT_EQ(fields.size(), 3u);
-    EXPECT_EQ(fields[1].kind, FieldKind::Text);
+    EXPECT_EQ(fields[1].kind, FieldKind::text);
     EXPECT_EQ(fields[1].text, "");
     EXPECT_EQ(errors, Errors());
 }
@@ -107,7 +107,7 @@ TEST_F(IgesRecordTest, BytesAreTakenAsTheyAreInATextAndAreBadInANumber)
     Read({std::string("406,3H\0\xE9\x07,4\xE9,5;", 15)});
     ASSERT_EQ(fields.size(), 4u);
     EXPECT_EQ(fields[1].text, std::string("\0\xE9\x07", 3));
-    EXPECT_EQ(fields[2].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[2].kind, FieldKind::bad);
     EXPECT_EQ(fields[3].integer, 5);
     EXPECT_EQ(errors.size(), 2u);
 }
@@ -117,20 +117,20 @@ TEST_F(IgesRecordTest, OwnDelimitersMakeTheUsualOnesOrdinary)
     Read({"212/3Ha/b/1,5/2;x"}, {'/', 'x'});
     ASSERT_EQ(fields.size(), 4u);
     EXPECT_EQ(fields[1].text, "a/b");
-    EXPECT_EQ(fields[2].kind, FieldKind::Bad);
-    EXPECT_EQ(fields[3].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[2].kind, FieldKind::bad);
+    EXPECT_EQ(fields[3].kind, FieldKind::bad);
 }
 
 TEST_F(IgesRecordTest, ReadingGoesOnBehindABadField)
 {
     Read({"126,1.5X,2-3,4,HELLO,1.2.3,5;"});
     ASSERT_EQ(fields.size(), 7u);
-    EXPECT_EQ(fields[1].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[1].kind, FieldKind::bad);
     EXPECT_TRUE(std::isnan(fields[1].Number()));
-    EXPECT_EQ(fields[2].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[2].kind, FieldKind::bad);
     EXPECT_EQ(fields[3].integer, 4);
-    EXPECT_EQ(fields[4].kind, FieldKind::Bad);
-    EXPECT_EQ(fields[5].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[4].kind, FieldKind::bad);
+    EXPECT_EQ(fields[5].kind, FieldKind::bad);
     EXPECT_EQ(fields[6].integer, 5);
     ASSERT_EQ(errors.size(), 8u);
     EXPECT_EQ(errors[0], L"Invalid character (X) found whilst reading a real number.");
@@ -144,10 +144,10 @@ TEST_F(IgesRecordTest, AZeroByteIsABadCharacterAndNoEnd)
 {
     Read({std::string("110,1\0,2,3\0.5,\0,4;", 18)});
     ASSERT_EQ(fields.size(), 6u);
-    EXPECT_EQ(fields[1].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[1].kind, FieldKind::bad);
     EXPECT_EQ(fields[2].integer, 2);
-    EXPECT_EQ(fields[3].kind, FieldKind::Bad);
-    EXPECT_EQ(fields[4].kind, FieldKind::Bad);
+    EXPECT_EQ(fields[3].kind, FieldKind::bad);
+    EXPECT_EQ(fields[4].kind, FieldKind::bad);
     EXPECT_EQ(fields[5].integer, 4);
 }
 
@@ -169,7 +169,7 @@ TEST_F(IgesRecordTest, OfATextThatRunsPastTheRecordWhatThereIsIsKept)
 {
     Read({"406,1,9Habc;"});
     ASSERT_EQ(fields.size(), 3u);
-    EXPECT_EQ(fields[2].kind, FieldKind::Text);
+    EXPECT_EQ(fields[2].kind, FieldKind::text);
     EXPECT_EQ(fields[2].text, "abc;");
     EXPECT_EQ(errors, (Errors{L"A text runs past the end of the record.", L"Field 3 is bad.",
                               L"The record delimiter is missing."}));
@@ -202,7 +202,7 @@ TEST_F(IgesRecordTest, IntegersHave32Bits)
     EXPECT_EQ(fields[1].integer, -2147483647 - 1);
     EXPECT_EQ(fields[2].integer, 1);
     for (std::size_t i = 3; i < 6; ++i)
-        EXPECT_EQ(fields[i].kind, FieldKind::Bad) << i;
+        EXPECT_EQ(fields[i].kind, FieldKind::bad) << i;
     EXPECT_EQ(errors.size(), 6u);
 }
 

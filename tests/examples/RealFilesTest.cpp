@@ -113,22 +113,22 @@ void ExpectSame(const iges::Field& field, const std::string& slow)
     const std::size_t letter = slow.find('H');
     switch (field.kind)
     {
-    case iges::FieldKind::Empty:
+    case iges::FieldKind::empty:
         EXPECT_EQ(dense, "");
         break;
-    case iges::FieldKind::Integer:
+    case iges::FieldKind::integer:
         EXPECT_EQ(dense.find_first_of(".DEde"), std::string::npos) << slow;
         EXPECT_EQ(field.integer, std::stoll(dense)) << slow;
         break;
-    case iges::FieldKind::Real:
+    case iges::FieldKind::real:
         EXPECT_NE(dense.find_first_of(".DEde"), std::string::npos) << slow;
         EXPECT_LE(UnitsInTheLastPlace(field.real, SlowReal(slow)), 4) << slow;
         break;
-    case iges::FieldKind::Text:
+    case iges::FieldKind::text:
         ASSERT_NE(letter, std::string::npos) << slow;
         EXPECT_EQ(field.text, slow.substr(letter + 1));
         break;
-    case iges::FieldKind::Bad:
+    case iges::FieldKind::bad:
         ADD_FAILURE() << slow;
         break;
     }
@@ -197,7 +197,7 @@ TEST_P(RealFilesTest, EveryFieldIsWhatASlowReaderMakesOfIt)
                         if (number < fields.size())
                             ExpectSame(field, fields[number]);
                         ++number;
-                        count += field.kind != iges::FieldKind::Empty;
+                        count += field.kind != iges::FieldKind::empty;
                     });
         EXPECT_EQ(number, fields.size()) << "D " << slow[i].name;
         if (HasFailure())

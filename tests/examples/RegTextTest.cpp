@@ -46,7 +46,8 @@ std::string MessageFor(const std::string& bytes)
     return "nothing";
 }
 
-// --- what a file may say -----------------------------------------------------------------------------------------------
+// --- what a file may say
+// -----------------------------------------------------------------------------------------------
 
 struct LineCase
 {
@@ -148,7 +149,8 @@ TEST(RegTextParseTest, LoneSurrogatesSurvive)
     EXPECT_EQ(regtext::Parse(regtext::Text(keys)), keys);
 }
 
-// --- what is wrong with others -----------------------------------------------------------------------------------------
+// --- what is wrong with others
+// -----------------------------------------------------------------------------------------
 
 struct BadCase
 {
@@ -220,7 +222,8 @@ TEST(RegTextParseTest, FileCutAnywhereIsReadOrRefusedAndNothingElse)
     }
 }
 
-// --- what is written ---------------------------------------------------------------------------------------------------
+// --- what is written
+// ---------------------------------------------------------------------------------------------------
 
 struct WrittenCase
 {

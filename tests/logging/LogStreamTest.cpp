@@ -632,7 +632,8 @@ TEST_P(LogStreamEquivalenceTest, EachValueAloneIsWrittenAsAStreamWritesIt)
 {
     const GlobalLocale scope(GetParam() ? GroupingLocale() : std::locale::classic());
     auto all = TextsAndIntegers();
-    // Only here: it widens to the mark of the end, which a stream keeps or loses as the room in its buffer happens to be.
+    // Only here: it widens to the mark of the end, which a stream keeps or loses as the room in its buffer happens to
+    // be.
     all.push_back(Same('\xE4'));
     for (Insertion& insertion : Others())
         all.push_back(std::move(insertion));

@@ -94,7 +94,8 @@ protected:
     const Settings settings{appKey};
 };
 
-// --- numbers -----------------------------------------------------------------------------------------------------------
+// --- numbers
+// -----------------------------------------------------------------------------------------------------------
 
 template <class T>
 struct Sample
@@ -236,7 +237,8 @@ TEST_F(AppSettingsTest, BlockOfBytesIsStoredAsItIs)
     EXPECT_EQ(Found(HKEY_CURRENT_USER), (Stored{REG_BINARY, ""}));
 }
 
-// --- texts -------------------------------------------------------------------------------------------------------------
+// --- texts
+// -------------------------------------------------------------------------------------------------------------
 
 class AppSettingsTextTest : public AppSettingsTest, public testing::WithParamInterface<std::wstring>
 {
@@ -421,7 +423,8 @@ TEST_F(AppSettingsTest, TextThatCannotBeReadCountsAsAbsent)
     EXPECT_EQ(failing.queries, 1);
 }
 
-// --- the keys ----------------------------------------------------------------------------------------------------------
+// --- the keys
+// ----------------------------------------------------------------------------------------------------------
 
 namespace
 {
@@ -668,7 +671,8 @@ TEST_F(AppSettingsTest, WithoutASubkeyTheApplicationKeyItselfHoldsTheValue)
     EXPECT_EQ(Found(HKEY_CURRENT_USER, L""), (Stored{REG_DWORD, BytesOf(5)}));
 }
 
-// --- who the application is --------------------------------------------------------------------------------------------
+// --- who the application is
+// --------------------------------------------------------------------------------------------
 
 namespace
 {
@@ -780,7 +784,8 @@ TEST_F(AppSettingsInstanceTest, AtTheEndTheUsersKeyIsClosedAheadOfTheMachines)
     EXPECT_EXIT(endWatched(), testing::ExitedWithCode(7), "");
 }
 
-// --- values of other keys ----------------------------------------------------------------------------------------------
+// --- values of other keys
+// ----------------------------------------------------------------------------------------------
 
 namespace
 {

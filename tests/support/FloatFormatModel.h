@@ -1,7 +1,8 @@
 #pragma once
 
 // The formatters of numbers, slow and step by step: digits and the position of the point among them, then the text. The
-// digits are those of the standard library. For finite values and, as that library has it, no negative number of places.
+// digits are those of the standard library. For finite values and, as that library has it, no negative number of
+// places.
 
 #include "utility/numbers/PowersOfTen.h"
 

@@ -6,8 +6,8 @@
 namespace support
 {
 
-/// A copy of a text in memory of its own, with inaccessible pages around it. The text touches the page behind it, or the
-/// one in front of it: reading a single byte further ends the process.
+/// A copy of a text in memory of its own, with inaccessible pages around it. The text touches the page behind it, or
+/// the one in front of it: reading a single byte further ends the process.
 class GuardedText
 {
 public:

@@ -18,7 +18,9 @@
 /// beside the assertion: it shows no box from then on. A request to quit that waits in the calling thread's message
 /// queue stays there, and does not close the box.
 ///
-/// `file` is in the system's narrow encoding and may be null; `line` 0 stands for none. Throws nothing.
+/// `file` is in the system's narrow encoding and may be null; `line` 0 stands for none. Throws nothing but what a sink
+/// of the debugger's output does, and std::bad_alloc where the text for it or the answer of a dialog program needs
+/// memory.
 ///
 /// On Linux the box is a question on the terminal, or a dialog of `zenity` or `kdialog`; with no terminal and no
 /// display it is answered by Ignore. Control held is Ctrl+I as the terminal's answer.

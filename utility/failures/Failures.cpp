@@ -5,6 +5,7 @@
 #include "utility/text/ResourceString.h"
 
 #include <boost/format.hpp>
+
 #include <utility>
 
 namespace

@@ -2,49 +2,49 @@
 
 #include "utility/platform/Threads.h"
 
-CLock::CLock() : m_nCount(-1), m_bWriteLocked(true) {}
+CLock::CLock() noexcept : m_nCount(-1), m_bWriteLocked(true) {}
 
-CLock::CLock(const CLock& other) = default;
-CLock& CLock::operator=(const CLock& other) = default;
+CLock::CLock(const CLock& other) noexcept = default;
+CLock& CLock::operator=(const CLock& other) noexcept = default;
 
 CLock::~CLock() = default;
 
-void CLock::InitialUnlock()
+void CLock::InitialUnlock() noexcept
 {
     m_nCount = 0;
     m_bWriteLocked = false;
 }
 
-bool CLock::ReadLock() { return ++m_nCount > 0; }
+bool CLock::ReadLock() noexcept { return ++m_nCount > 0; }
 
-bool CLock::WriteLock()
+bool CLock::WriteLock() noexcept
 {
     ++m_nCount;
     m_bWriteLocked = true;
     return true;
 }
 
-void CLock::Unlock()
+void CLock::Unlock() noexcept
 {
     --m_nCount;
     m_bWriteLocked = false;
 }
 
-bool CLock::IsLocked() const { return m_nCount >= 1; }
+bool CLock::IsLocked() const noexcept { return m_nCount >= 1; }
 
-bool CLock::IsWriteLocked() const { return m_bWriteLocked; }
+bool CLock::IsWriteLocked() const noexcept { return m_bWriteLocked; }
 
-int CLock::LockCount() const { return m_nCount; }
+int CLock::LockCount() const noexcept { return m_nCount; }
 
-CCriticalSectionSpinCount::CCriticalSectionSpinCount(DWORD spinCount)
+CCriticalSectionSpinCount::CCriticalSectionSpinCount(DWORD spinCount) noexcept
 {
     utility::platform::InitialiseCriticalSection(m_section, spinCount);
 }
 
 CCriticalSectionSpinCount::~CCriticalSectionSpinCount() { utility::platform::DeleteCriticalSection(m_section); }
 
-void CCriticalSectionSpinCount::Lock() { utility::platform::EnterCriticalSection(m_section); }
+void CCriticalSectionSpinCount::Lock() noexcept { utility::platform::EnterCriticalSection(m_section); }
 
-void CCriticalSectionSpinCount::Unlock() { utility::platform::LeaveCriticalSection(m_section); }
+void CCriticalSectionSpinCount::Unlock() noexcept { utility::platform::LeaveCriticalSection(m_section); }
 
-CCriticalSectionSpinCount::operator _RTL_CRITICAL_SECTION*() { return &m_section; }
+CCriticalSectionSpinCount::operator _RTL_CRITICAL_SECTION*() noexcept { return &m_section; }

@@ -20,26 +20,26 @@
 class UTILITY_API CLock
 {
 public:
-    CLock();
-    CLock(const CLock& other);
-    CLock& operator=(const CLock& other);
+    CLock() noexcept;
+    CLock(const CLock& other) noexcept;
+    CLock& operator=(const CLock& other) noexcept;
     ~CLock();
 
     /// To be called once, when the object that the lock stands for is complete: nobody holds it from then on.
-    void InitialUnlock();
+    void InitialUnlock() noexcept;
 
     /// One more reader. False as long as the new count is not above 0, which it is not for a new lock.
-    bool ReadLock();
+    bool ReadLock() noexcept;
 
     /// One more lock, for writing whoever else holds one. Always true.
-    bool WriteLock();
+    bool WriteLock() noexcept;
 
     /// One lock less, and deliberately no write lock any more, also where readers are left. The count may fall below 0.
-    void Unlock();
+    void Unlock() noexcept;
 
-    bool IsLocked() const;
-    bool IsWriteLocked() const;
-    int LockCount() const;
+    bool IsLocked() const noexcept;
+    bool IsWriteLocked() const noexcept;
+    int LockCount() const noexcept;
 
 private:
     std::int32_t m_nCount;
@@ -51,18 +51,18 @@ class UTILITY_API CCriticalSectionSpinCount
 {
 public:
     /// A thread that has to wait first tries `spinCount` times, where there is more than one processor.
-    explicit CCriticalSectionSpinCount(DWORD spinCount = 4000);
+    explicit CCriticalSectionSpinCount(DWORD spinCount = 4000) noexcept;
     CCriticalSectionSpinCount(const CCriticalSectionSpinCount&) = delete;
     CCriticalSectionSpinCount& operator=(const CCriticalSectionSpinCount&) = delete;
     /// No thread may hold it.
     ~CCriticalSectionSpinCount();
 
-    void Lock();
+    void Lock() noexcept;
     /// Only for the thread that holds it.
-    void Unlock();
+    void Unlock() noexcept;
 
     /// For calls of the system; it belongs to this object.
-    operator _RTL_CRITICAL_SECTION*();
+    operator _RTL_CRITICAL_SECTION*() noexcept;
 
 private:
     _RTL_CRITICAL_SECTION m_section;

@@ -12,9 +12,6 @@ namespace
 /// How much longer than its text the memory of a message may be.
 constexpr std::size_t spareLength = 128;
 
-constinit std::atomic<LogSeverity> logLevel = LogSeverityInformation;
-constinit std::atomic<bool> debugMessages = false;
-
 }
 
 CLogMessage::CLogMessage(LogSeverity severity, const std::wstring& message)
@@ -90,11 +87,3 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
     stored.m_strMessage = message;
     m_ring.push_back(std::move(stored));
 }
-
-LogSeverity GetLogLevel() { return logLevel.load(std::memory_order_relaxed); }
-
-void SetLogLevel(LogSeverity level) { logLevel.store(level, std::memory_order_relaxed); }
-
-bool LogDebugMessages() { return debugMessages.load(std::memory_order_relaxed); }
-
-void SetLogDebugMessages(bool enable) { debugMessages.store(enable, std::memory_order_relaxed); }

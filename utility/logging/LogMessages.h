@@ -11,6 +11,7 @@
 // Any thread may call anything. Only a failed allocation throws.
 
 #include "utility/guards/Locks.h"
+#include "utility/logging/LogSeverity.h"
 #include "utility/platform/Export.h"
 
 #include <boost/circular_buffer.hpp>
@@ -19,16 +20,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-/// How grave a message is. Only the order counts.
-enum LogSeverity : std::int32_t
-{
-    LogSeverityNone = 0,
-    LogSeverityInformation = 1,
-    LogSeverityWarning = 2,
-    LogSeverityError = 4,
-    LogSeverityTiming = 8,
-};
 
 namespace utility::detail
 {
@@ -91,12 +82,3 @@ private:
     /// That of the ring, to be read without the lock.
     std::atomic<std::uint64_t> m_capacity;
 };
-
-/// The severity that a message needs to be stored by the log streams; LogSeverityInformation at first.
-UTILITY_API LogSeverity GetLogLevel();
-UTILITY_API void SetLogLevel(LogSeverity level);
-
-/// Whether messages for debugging have the severity that they are written with, instead of LogSeverityNone; false at
-/// first.
-UTILITY_API bool LogDebugMessages();
-UTILITY_API void SetLogDebugMessages(bool enable);

@@ -1,5 +1,6 @@
 #include "utility/logging/LogStream.h"
 
+#include "utility/logging/LogMessages.h"
 #include "utility/platform/Text.h"
 
 #include <iterator>

@@ -6,15 +6,16 @@
 //     LogFile(LogSeverityWarning, database) << L"Tool " << number << " is worn";
 //
 // The message is stored when the object that LogFile gave dies, which is the end of the statement, and at each
-// std::flush or std::endl. A line feed is added where it does not end in one. The text ends at its first null character.
-// A message below the level of SetLogLevel is not formatted at all.
+// std::flush or std::endl. A line feed is added where it does not end in one. The text ends at its first null
+// character. A message below the level of SetLogLevel is not formatted at all.
 //
 // One stream, one thread; any number of streams may write for one owner. Only a failed allocation throws.
 
-#include "utility/logging/LogMessages.h"
+#include "utility/logging/LogSeverity.h"
 #include "utility/platform/Export.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <sstream>

@@ -17,9 +17,9 @@ const utility::platform::ThreadSlot::Lifetime slotLifetime(utility::detail::thre
 
 }
 
-void SetThreadDatabase(CEntityDatabase* database) { utility::detail::threadDatabaseSlot.SetValue(database); }
+void SetThreadDatabase(CEntityDatabase* database) noexcept { utility::detail::threadDatabaseSlot.SetValue(database); }
 
-CEntityDatabase* GetThreadDatabase()
+CEntityDatabase* GetThreadDatabase() noexcept
 {
     return static_cast<CEntityDatabase*>(utility::detail::threadDatabaseSlot.Value());
 }

@@ -13,7 +13,7 @@
 class CEntityDatabase;
 
 /// The database stays the caller's. Does nothing if the system had no slot left when the library was loaded.
-UTILITY_API void SetThreadDatabase(CEntityDatabase* database);
+UTILITY_API void SetThreadDatabase(CEntityDatabase* database) noexcept;
 
 /// What the calling thread stored; null if it stored nothing, or if the system had no slot left.
-UTILITY_API CEntityDatabase* GetThreadDatabase();
+UTILITY_API CEntityDatabase* GetThreadDatabase() noexcept;

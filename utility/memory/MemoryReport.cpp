@@ -3,8 +3,9 @@
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Memory.h"
 
-#include <algorithm>
 #include <boost/format.hpp>
+
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -59,7 +60,7 @@ void Send(const boost::format& text) { Debugger().Output(text.str().c_str()); }
 
 }
 
-std::size_t GetAvailVirtualMemory() { return Status().ullAvailVirtual; }
+std::size_t GetAvailVirtualMemory() noexcept { return Status().ullAvailVirtual; }
 
 void WalkAddressSpace()
 {
@@ -97,9 +98,9 @@ void GetVirtualAddressSpaceInformation(std::size_t& committed, std::size_t& rese
     largestFree = freeMemory.largest;
 }
 
-bool QLMMemoryStatus(MEMORYSTATUSEX* status) { return Memory().Status(*status); }
+bool QLMMemoryStatus(MEMORYSTATUSEX* status) noexcept { return Memory().Status(*status); }
 
-DWORD QLMMemoryLoad()
+DWORD QLMMemoryLoad() noexcept
 {
     const MEMORYSTATUSEX status = Status();
     const auto total = static_cast<double>(
@@ -110,4 +111,4 @@ DWORD QLMMemoryLoad()
     return total == 0.0 ? 0 : 100 - static_cast<DWORD>(available / total * 100.0);
 }
 
-bool UseLowFragmentationHeap(void* heap) { return Memory().UseLowFragmentation(heap); }
+bool UseLowFragmentationHeap(void* heap) noexcept { return Memory().UseLowFragmentation(heap); }

@@ -19,7 +19,7 @@
 #include <cstddef>
 
 /// The bytes of address space that the process can still get.
-UTILITY_API std::size_t GetAvailVirtualMemory();
+UTILITY_API std::size_t GetAvailVirtualMemory() noexcept;
 
 /// Sends the regions of the address space to the debugger's output, a line each with first and last address, size and
 /// state, and how much is free, in all and in one piece.
@@ -32,12 +32,12 @@ UTILITY_API void GetVirtualAddressSpaceInformation(std::size_t& committed, std::
 
 /// The system's memory status. The caller sets dwLength to the record's size. False on failure, with the reason in
 /// utility::platform::LastError().
-UTILITY_API bool QLMMemoryStatus(MEMORYSTATUSEX* status);
+UTILITY_API bool QLMMemoryStatus(MEMORYSTATUSEX* status) noexcept;
 
 /// The share of memory that is in use, in percent, rounded up: physical memory and page file together, or the address
 /// space where that is smaller.
-UTILITY_API DWORD QLMMemoryLoad();
+UTILITY_API DWORD QLMMemoryLoad() noexcept;
 
 /// Asks a heap of the system to fragment little. False, with the reason in utility::platform::LastError(), if it cannot
 /// be had, as always on Linux, where the C library's heap has no such choice.
-UTILITY_API bool UseLowFragmentationHeap(void* heap);
+UTILITY_API bool UseLowFragmentationHeap(void* heap) noexcept;

@@ -1,6 +1,7 @@
 #pragma once
 
-// What happens when memory runs out: the address space is reported to the debugger's output, then the failure is thrown.
+// What happens when memory runs out: the address space is reported to the debugger's output, then the failure is
+// thrown.
 //
 //     int main()
 //     {
@@ -14,8 +15,8 @@
 
 #include <cstddef>
 
-/// While no debugger is attached, memory that `new` or a node allocator cannot have ends in a std::bad_alloc with the text
-/// "bad allocation", behind a report of WalkAddressSpace, or as much of it as there is memory for.
+/// While no debugger is attached, memory that `new` or a node allocator cannot have ends in a std::bad_alloc with the
+/// text "bad allocation", behind a report of WalkAddressSpace, or as much of it as there is memory for.
 class UTILITY_API CNewHandler
 {
 public:

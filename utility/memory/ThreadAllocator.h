@@ -21,7 +21,8 @@
 #include "utility/memory/NodeAllocator.h"
 #include "utility/platform/Export.h"
 
-/// The calling thread's allocator. To have none is a programming error: an assertion (see crash/Assertions.h), and null.
+/// The calling thread's allocator. To have none is a programming error: an assertion (see diagnostics/Assertions.h),
+/// and null.
 UTILITY_API CQLMNodeAllocator* GetThreadAllocator();
 
 /// Destroys the calling thread's allocator, if it has one, with all its nodes. With `create` the thread gets a new one.

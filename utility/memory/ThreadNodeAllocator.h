@@ -18,7 +18,6 @@
 
 #include "utility/memory/ThreadAllocator.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <memory>
@@ -80,7 +79,7 @@ private:
     static constexpr bool isPooled = alignof(T) <= 8;
     static constexpr std::size_t objectSize = sizeof(T); // NOLINT(bugprone-sizeof-expression): T may be a pointer
 
-    static std::size_t Size(std::size_t count) { return std::max<std::size_t>(count, 1) * objectSize; }
+    static std::size_t Size(std::size_t count) { return (count == 0 ? 1 : count) * objectSize; }
 
     CQLMNodeAllocator* m_allocator;
 };

@@ -99,7 +99,7 @@ Scientific Split(double value)
 
 }
 
-const std::wstring& GetDecimalSymbol() { return processSymbol; }
+const std::wstring& GetDecimalSymbol() noexcept { return processSymbol; }
 
 void SetDecimalSymbol(DWORD localeId)
 {
@@ -112,11 +112,11 @@ void SetDecimalSymbol(DWORD localeId)
 // Deliberately empty: nobody changes the symbol.
 void SetDecimalSymbol(const wchar_t*) {}
 
-int DialogDecimalPlaces() { return dialogDecimalPlaces; }
+int DialogDecimalPlaces() noexcept { return dialogDecimalPlaces; }
 
-int DialogDecimalPlaces(DISTANCE_UNITS units) { return placesOfUnits[units]; }
+int DialogDecimalPlaces(DISTANCE_UNITS units) noexcept { return placesOfUnits[units]; }
 
-void SetDialogDecimalPlaces(int places) { dialogDecimalPlaces = places; }
+void SetDialogDecimalPlaces(int places) noexcept { dialogDecimalPlaces = places; }
 
 std::wstring to_wstring(double value, int decimals, bool showPlus, const std::wstring& decimalSymbol, bool trimZeros,
                         bool keepSymbol)

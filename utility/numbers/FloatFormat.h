@@ -8,14 +8,14 @@
 //     QLMFormatFloatPrecise(-0.004, 2);               // 0.00, where to_wstring gives -0.00
 //     QLMFormatFloatE(1500.0, 2);                     // 1.50E+003
 //
-// The exact binary value is rounded to the last place, ties to even: 0.125 with two places is 0.12. Nothing depends on a
-// locale or on the thread's floating-point state, and the text is the same on every system.
+// The exact binary value is rounded to the last place, ties to even: 0.125 with two places is 0.12. Nothing depends on
+// a locale or on the thread's floating-point state, and the text is the same on every system.
 //
 // The number of places may be any. Negative ones round the whole part to tens, hundreds and so on. An infinity is "inf"
 // and a NaN "nan", behind the sign if there is one and without symbol and fraction.
 //
-// Any thread may call; SetDialogDecimalPlaces alone is for one thread at a time. A call allocates nothing but its result,
-// and throws nothing but what that allocation does.
+// Any thread may call; SetDialogDecimalPlaces alone is for one thread at a time. A call allocates nothing but its
+// result, and throws nothing but what that allocation does.
 
 #include "utility/numbers/DistanceUnits.h"
 #include "utility/platform/Export.h"
@@ -24,40 +24,41 @@
 #include <string>
 
 /// The decimal symbol of the process: ".", always.
-UTILITY_API const std::wstring& GetDecimalSymbol();
+UTILITY_API const std::wstring& GetDecimalSymbol() noexcept;
 
 /// These exist for their callers and change nothing: the symbol stays "." for the whole run, in every locale.
 UTILITY_API void SetDecimalSymbol(DWORD localeId);
 UTILITY_API void SetDecimalSymbol(const wchar_t* symbol);
 
 /// How many places dialogs show: 4 at first.
-UTILITY_API int DialogDecimalPlaces();
+UTILITY_API int DialogDecimalPlaces() noexcept;
 
 /// How many places dialogs show for a unit: 4 for millimetres, 6 for the others.
-UTILITY_API int DialogDecimalPlaces(DISTANCE_UNITS units);
+UTILITY_API int DialogDecimalPlaces(DISTANCE_UNITS units) noexcept;
 
 /// Any number will do; it is not checked.
-UTILITY_API void SetDialogDecimalPlaces(int places);
+UTILITY_API void SetDialogDecimalPlaces(int places) noexcept;
 
-/// Fixed-point text with `decimals` places. A negative value that rounds to zero keeps its sign, a negative zero has none.
+/// Fixed-point text with `decimals` places. A negative value that rounds to zero keeps its sign, a negative zero has
+/// none.
 /// @param showPlus puts a plus ahead of what is not negative
 /// @param decimalSymbol stands in place of a point; of any length, empty too
 /// @param trimZeros drops the zeros at the end of the fraction, and the symbol with it if no digit is left
 /// @param keepSymbol writes the symbol even if no digit follows
-UTILITY_API std::wstring to_wstring(double value, int decimals, bool showPlus = false,
-                                    const std::wstring& decimalSymbol = GetDecimalSymbol(), bool trimZeros = false,
-                                    bool keepSymbol = false);
+[[nodiscard]] UTILITY_API std::wstring to_wstring(double value, int decimals, bool showPlus = false,
+                                                  const std::wstring& decimalSymbol = GetDecimalSymbol(),
+                                                  bool trimZeros = false, bool keepSymbol = false);
 /// The float's double expansion: 0.1f with 10 places is 0.1000000015.
-UTILITY_API std::wstring to_wstring(float value, int decimals, bool showPlus = false,
-                                    const std::wstring& decimalSymbol = GetDecimalSymbol(), bool trimZeros = false,
-                                    bool keepSymbol = false);
+[[nodiscard]] UTILITY_API std::wstring to_wstring(float value, int decimals, bool showPlus = false,
+                                                  const std::wstring& decimalSymbol = GetDecimalSymbol(),
+                                                  bool trimZeros = false, bool keepSymbol = false);
 
 /// A mantissa as to_wstring gives it, then an upper-case E, the sign and three digits of the exponent. A mantissa that
 /// rounds up to 10 stays so: 9996.0 with two places is 10.00E+003. A NaN is a zero, and the mantissa of values below
 /// some 1E-308 is an infinity.
-UTILITY_API std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus = false,
-                                         const std::wstring& decimalSymbol = GetDecimalSymbol(), bool trimZeros = false,
-                                         bool keepSymbol = false);
+[[nodiscard]] UTILITY_API std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus = false,
+                                                       const std::wstring& decimalSymbol = GetDecimalSymbol(),
+                                                       bool trimZeros = false, bool keepSymbol = false);
 
 /// Fixed-point text with the symbol of the process, never of a negative zero. A NaN is a zero.
-UTILITY_API std::wstring QLMFormatFloatPrecise(double value, int decimals);
+[[nodiscard]] UTILITY_API std::wstring QLMFormatFloatPrecise(double value, int decimals);

@@ -7,30 +7,32 @@
 //     CMaskFloatingPointExceptions masked;              // nothing traps in this scope
 //
 // Everything here acts on the calling thread alone and may be called from any thread. Nothing is reported. Where a
-// narrowing goes beyond the range of a float the result is an infinity, or the processor's trap if overflow is unmasked.
+// narrowing goes beyond the range of a float the result is an infinity, or the processor's trap if overflow is
+// unmasked.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/FloatingControl.h"
 
 /// The nearest double that a float holds exactly, under the thread's rounding direction.
-UTILITY_API double MakeFloatDoubleConsistent(double value);
+[[nodiscard]] UTILITY_API double MakeFloatDoubleConsistent(double value);
 
 /// Whether a trip through a float leaves the value as it is. A NaN is never consistent.
-UTILITY_API bool IsFloatDoubleConsistent(double value);
+[[nodiscard]] UTILITY_API bool IsFloatDoubleConsistent(double value);
 
 /// Whether two values are equal once narrowed to float. False with a NaN on either side.
-UTILITY_API bool EqualAsFloats(double a, double b);
+[[nodiscard]] UTILITY_API bool EqualAsFloats(double a, double b);
 
 /// The value cut to `places` decimal places, -2 being hundreds. For values of moderate size only: it is scaled into a
 /// 32-bit integer, and what does not fit there, NaN and infinity included, gives -2147483648 / 10^places. A value
 /// below one unit of the last place gives 0, and a tie goes towards zero.
-UTILITY_API double Round(double value, int places);
-UTILITY_API float Round(float value, int places);
+[[nodiscard]] UTILITY_API double Round(double value, int places);
+[[nodiscard]] UTILITY_API float Round(float value, int places);
 
 /// The value narrowed under a rounding direction, one of _RC_NEAR, _RC_DOWN, _RC_UP and _RC_CHOP.
-UTILITY_API float RoundToFloat(double value, unsigned int roundingControl);
+[[nodiscard]] UTILITY_API float RoundToFloat(double value, unsigned int roundingControl);
 
-/// Whether the value is a normal number or a zero of either sign. A subnormal float is valid, a subnormal double is not.
+/// Whether the value is a normal number or a zero of either sign. A subnormal float is valid, a subnormal double is
+/// not.
 UTILITY_API bool IsValidFloat(float value);
 UTILITY_API bool IsValidReal(double value);
 
@@ -40,7 +42,7 @@ UTILITY_API unsigned short ExponentOf(float value);
 
 /// A VAX F_floating number, whose bytes stand in `value` in their order in memory, as an IEEE single. There is no
 /// special case: test for a VAX zero beforehand, it gives -1.7014118e+38.
-UTILITY_API float ConvertVMSFloat(float value);
+[[nodiscard]] UTILITY_API float ConvertVMSFloat(float value);
 
 /// From now on overflow and division by zero trap. The other conditions keep what they had.
 UTILITY_API void UnmaskFloatingPointExceptions();

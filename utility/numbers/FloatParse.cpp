@@ -99,7 +99,7 @@ struct Exponent
 
 }
 
-const wchar_t* QLMParseFloat1(const wchar_t* text, const wchar_t* decimalSymbol, double& value)
+const wchar_t* QLMParseFloat1(const wchar_t* text, const wchar_t* decimalSymbol, double& value) noexcept
 {
     if (text == nullptr || decimalSymbol == nullptr)
         return text;
@@ -137,14 +137,14 @@ const wchar_t* QLMParseFloat1(const wchar_t* text, const wchar_t* decimalSymbol,
     return at;
 }
 
-bool QLMParseFloat(const wchar_t* text, const wchar_t* decimalSymbol, double& value)
+bool QLMParseFloat(const wchar_t* text, const wchar_t* decimalSymbol, double& value) noexcept
 {
     return *QLMParseFloat1(text, decimalSymbol, value) == L'\0';
 }
 
-bool QLMParseFloat(const wchar_t* text, double& value) { return *QLMParseFloat(text, L'\0', value) == L'\0'; }
+bool QLMParseFloat(const wchar_t* text, double& value) noexcept { return *QLMParseFloat(text, L'\0', value) == L'\0'; }
 
-const wchar_t* QLMParseFloat(const wchar_t* text, wchar_t, double& value)
+const wchar_t* QLMParseFloat(const wchar_t* text, wchar_t, double& value) noexcept
 {
     return SkipBlanks(QLMParseFloat1(text, GetDecimalSymbol().c_str(), value));
 }

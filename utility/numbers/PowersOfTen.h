@@ -4,7 +4,8 @@
 //
 //     double thousandth = pow10(-3);
 //
-// Any thread may call. Nothing is thrown, and errno stays.
+// Any thread may call, and errno stays. What is out of range is an infinity or 0, or the processor's trap if overflow
+// is unmasked.
 
 #include "utility/platform/Export.h"
 
@@ -36,7 +37,7 @@ UTILITY_API double PowerBeyondTable(int exponent);
 }
 
 /// 10 to the power `exponent`: the nearest double from -10 to 20, what the system's pow gives beyond.
-inline double pow10(int exponent)
+[[nodiscard]] inline double pow10(int exponent)
 {
     const auto index =
         static_cast<unsigned int>(exponent) - static_cast<unsigned int>(utility::detail::lowestTabledPower);

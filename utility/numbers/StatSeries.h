@@ -8,8 +8,8 @@
 //     if (widths.count != 0)
 //         Show(widths.minimum, widths.maximum, widths.sum / widths.count);
 //
-// A series belongs to one thread at a time. The fields are for reading; AddVal alone may throw, std::bad_alloc, when the
-// value is counted already.
+// A series belongs to one thread at a time. The fields are for reading. AddValNotArray throws nothing; to make, copy or
+// move a series and AddVal may throw std::bad_alloc, AddVal when the value is counted already.
 
 #include <cstdint>
 #include <deque>
@@ -40,7 +40,7 @@ struct StatSeries
     }
 
     /// Adds a value without keeping it.
-    void AddValNotArray(double value)
+    void AddValNotArray(double value) noexcept
     {
         if (count == 0)
             minimum = maximum = value;

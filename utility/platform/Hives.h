@@ -12,7 +12,10 @@
 #include "utility/platform/Export.h"
 #include "utility/platform/Registry.h"
 
-#include <boost/filesystem/path.hpp>
+namespace boost::filesystem
+{
+class path;
+}
 
 namespace utility::platform
 {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The text cursor for formats whose tests can be inlined. CTextRecordPtr makes a virtual call for each test; a format that
-// derives from CInlineTextRecordPtr has the same algorithm compiled for itself, without a call per character:
+// The text cursor for formats whose tests can be inlined. CTextRecordPtr makes a virtual call for each test; a format
+// that derives from CInlineTextRecordPtr has the same algorithm compiled for itself, without a call per character:
 //
 //     class CommaCursor final : public CInlineTextRecordPtr<CommaCursor>
 //     {

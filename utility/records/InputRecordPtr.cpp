@@ -12,7 +12,7 @@ CInputRecordPtr::CInputRecordPtr(const CInputRecordPtr& other) : CInputRecord(ot
 
 CInputRecordPtr::~CInputRecordPtr() = default;
 
-CInputOutputFile* CInputRecordPtr::InputFile() const { return m_pFile; }
+CInputOutputFile* CInputRecordPtr::InputFile() const noexcept { return m_pFile; }
 
 void CInputRecordPtr::Add(const unsigned char* first, const unsigned char* last)
 {
@@ -20,19 +20,19 @@ void CInputRecordPtr::Add(const unsigned char* first, const unsigned char* last)
     Reset();
 }
 
-void CInputRecordPtr::Reset()
+void CInputRecordPtr::Reset() noexcept
 {
     m_itLine = Lines().begin();
     m_pCurrent = Lines().empty() ? nullptr : m_itLine->First();
 }
 
-bool CInputRecordPtr::IsEndOfRecord() const { return m_pCurrent == nullptr; }
+bool CInputRecordPtr::IsEndOfRecord() const noexcept { return m_pCurrent == nullptr; }
 
 char CInputRecordPtr::GetCurrentByte() const { return static_cast<char>(*m_pCurrent); }
 
-void CInputRecordPtr::AdvancePtr() { AdvancePtr(1); }
+void CInputRecordPtr::AdvancePtr() noexcept { AdvancePtr(1); }
 
-void CInputRecordPtr::AdvancePtr(int count)
+void CInputRecordPtr::AdvancePtr(int count) noexcept
 {
     auto left = static_cast<std::uint32_t>(count);
     while (m_pCurrent != nullptr)
@@ -70,7 +70,7 @@ bool CInputRecordPtr::ReadFloat(float& value) { return Read(&value, sizeof(value
 
 bool CInputRecordPtr::ReadReal(double& value) { return Read(&value, sizeof(value)); }
 
-void CInputRecordPtr::NextLine()
+void CInputRecordPtr::NextLine() noexcept
 {
     ++m_itLine;
     m_pCurrent = m_itLine == Lines().end() ? nullptr : m_itLine->First();

@@ -9,8 +9,8 @@
 //     if (!cursor.ReadInt(count) || !cursor.ReadReal(length))
 //         file.IssueError(...);
 //
-// Values are copied as they stand, little-endian: no conversion, no message. A read either fits or gives false, and then
-// cursor and destination are unchanged. Nothing is thrown but what Add may throw.
+// Values are copied as they stand, little-endian: no conversion, no message. A read either fits or gives false, and
+// then cursor and destination are unchanged. Nothing is thrown but std::bad_alloc, by Add and by a copy.
 //
 // A cursor belongs to one thread. It owns neither the file nor the bytes, which must outlive it.
 
@@ -31,23 +31,23 @@ public:
     CInputRecordPtr& operator=(const CInputRecordPtr&) = delete;
     ~CInputRecordPtr();
 
-    CInputOutputFile* InputFile() const;
+    CInputOutputFile* InputFile() const noexcept;
 
     /// Appends a line, `last` being one past its last byte, and moves to the start of the record. A line must not be
     /// empty: the cursor would run past it.
     void Add(const unsigned char* first, const unsigned char* last);
 
     /// Moves to the first byte of the first line.
-    void Reset();
+    void Reset() noexcept;
 
-    bool IsEndOfRecord() const;
+    bool IsEndOfRecord() const noexcept;
 
     /// The byte at the cursor, which must not be at the end of the record.
     char GetCurrentByte() const;
 
     /// One step, or `count` steps taken as an unsigned number. At the end of the record a step does nothing.
-    void AdvancePtr();
-    void AdvancePtr(int count);
+    void AdvancePtr() noexcept;
+    void AdvancePtr(int count) noexcept;
 
     /// Copies bytes from the cursor on and steps over them. They must stand in the current line, or in it and the one
     /// byte behind it; bytes of two lines are never joined. `count` must not be negative.
@@ -58,7 +58,7 @@ public:
     bool ReadReal(double& value);
 
 private:
-    void NextLine();
+    void NextLine() noexcept;
 
     CInputOutputFile* m_pFile;
     std::list<InputLine>::const_iterator m_itLine;

@@ -3,15 +3,16 @@
 // The mantissa of a real while its characters are read: sign, whole part, point and fraction. The text cursor feeds it
 // (records/TextRecordPtr.h); it knows nothing of lines and messages.
 //
-// A mispredicted branch costs several times what a digit costs, and where a number's sign, point and end stand cannot be
-// predicted. So a mantissa is one loop for sign, whole part, point and fraction alike, whose only unpredictable branch is
-// the one at its end: a table says for each character what it is, what may follow it and what it adds to a sum of all
-// digits, and the state of the grammar is a set of bits that is and-ed with the table's. The sum up to the point is kept
-// as it goes by; the fraction is what the rest of the sum amounts to.
+// A mispredicted branch costs several times what a digit costs, and where a number's sign, point and end stand cannot
+// be predicted. So a mantissa is one loop for sign, whole part, point and fraction alike, whose only unpredictable
+// branch is the one at its end: a table says for each character what it is, what may follow it and what it adds to a
+// sum of all digits, and the state of the grammar is a set of bits that is and-ed with the table's. The sum up to the
+// point is kept as it goes by; the fraction is what the rest of the sum amounts to.
 //
 // Whole part and fraction are each defined as a chain of doubles, x = x * 10.0 + digit. Up to 2^53 every step of such a
-// chain is exact, so that an integer gives the same value, and RoundedChain takes the rest of the steps for a longer one.
-// Where the integers might not hold the digits, or the line ends, LongMantissa goes on, by the same table, in doubles.
+// chain is exact, so that an integer gives the same value, and RoundedChain takes the rest of the steps for a longer
+// one. Where the integers might not hold the digits, or the line ends, LongMantissa goes on, by the same table, in
+// doubles.
 
 #include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/Export.h"
@@ -61,8 +62,8 @@ inline const MantissaCharacter& ToMantissa(char c) { return mantissaCharacters[s
 constexpr int longestMantissa = 19;
 static_assert(longestMantissa < integerPowers.size());
 
-// What rounds is compiled with the library: a user may let a compiler make one operation, which rounds once, of a product
-// and a sum.
+// What rounds is compiled with the library: a user may let a compiler make one operation, which rounds once, of a
+// product and a sum.
 
 /// What x = x * 10.0 + digit gives over the digits of an integer above 2^53.
 UTILITY_API double RoundedChain(std::uint64_t digits);

@@ -18,14 +18,14 @@
 //     cursor.AdvancePtr(); // a read never passes the terminator
 //
 // A number is: blanks, a sign, digits, a point and digits, an exponent letter (D or E of either case, as FORTRAN writes
-// them), blanks, a sign and digits, blanks in front of a terminator. Every piece may be missing, and an empty field is 0.
-// A number may run on from one line into the next. Unlike with the standard conversions a sign may follow leading zeros,
-// the point is the decimal symbol in every locale, there is neither a hexadecimal form nor infinity or NaN, an exponent
-// is clamped to -307..308, and the value is not correctly rounded: it is the sum of a whole part and a fraction,
-// scaled once, so that its last bits may differ.
+// them), blanks, a sign and digits, blanks in front of a terminator. Every piece may be missing, and an empty field is
+// 0. A number may run on from one line into the next. Unlike with the standard conversions a sign may follow leading
+// zeros, the point is the decimal symbol in every locale, there is neither a hexadecimal form nor infinity or NaN, an
+// exponent is clamped to -307..308, and the value is not correctly rounded: it is the sum of a whole part and a
+// fraction, scaled once, so that its last bits may differ.
 //
-// Bad input is reported to the file as a numbered message, and the read gives false; the cursor stays usable. Nothing is
-// thrown but what Add may throw, no read allocates, and nothing outside the lines is read.
+// Bad input is reported to the file as a numbered message, and the read gives false; the cursor stays usable. Only Add
+// and a report need memory, and throw std::bad_alloc without; nothing outside the lines is read.
 //
 // A cursor belongs to one thread. It owns neither the file nor the text, which must outlive it.
 
@@ -105,8 +105,8 @@ public:
     /// behind the bad character.
     bool ReadInt(int& value);
 
-    /// A real. On false the cursor is on the bad character, and `value` is what was read so far, or unchanged if the bad
-    /// character stands ahead of point and exponent.
+    /// A real. On false the cursor is on the bad character, and `value` is what was read so far, or unchanged if the
+    /// bad character stands ahead of point and exponent.
     bool ReadReal(double& value);
 
     /// Moves behind the next run of line ends (CR and LF). One must follow: without it this never returns.
@@ -147,9 +147,9 @@ private:
     const char* m_pLast; // of the current line; at the end of the record the end mark, like the cursor
 };
 
-// The number reader. The cursor's place is kept in a local as well as in the object: the tests may look at the cursor, but
-// the next character need not wait for the object to be read back. And all this is compiled with its user, not within the
-// library: processors predict calls into another module badly, and the tests are called for every character.
+// The number reader. The cursor's place is kept in a local as well as in the object: the tests may look at the cursor,
+// but the next character need not wait for the object to be read back. And all this is compiled with its user, not
+// within the library: processors predict calls into another module badly, and the tests are called for every character.
 
 template <class Format>
 bool CTextRecordPtr::ReadIntAs(int& value)

@@ -18,7 +18,8 @@ namespace
 constexpr unsigned int applicationTitle = 0xE000;
 constexpr DWORD readAndWrite = KEY_READ | KEY_WRITE;
 
-/// The type tag of a value. Integers of 64 bits are deliberately plain bytes: the store's own type for them is not used.
+/// The type tag of a value. Integers of 64 bits are deliberately plain bytes: the store's own type for them is not
+/// used.
 template <class T>
 constexpr DWORD storedType = std::is_integral_v<T> && sizeof(T) == sizeof(DWORD) ? REG_DWORD : REG_BINARY;
 template <>
@@ -40,6 +41,13 @@ private:
 std::wstring productName;
 
 }
+
+struct CQLMAppSettings::Data
+{
+    boost::filesystem::path m_pathAppSubKey;
+    resource_ptr<HKEY> m_hMachineKey;
+    resource_ptr<HKEY> m_hUserKey;
+};
 
 // The store comes first, so that it outlives the open keys.
 std::map<std::wstring, std::unique_ptr<CQLMAppSettings::Data>> CQLMAppSettings::m_mapData =

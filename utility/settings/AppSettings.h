@@ -30,12 +30,15 @@
 #include "utility/platform/Types.h"
 #include "utility/settings/RegistryString.h"
 
-#include <boost/filesystem/path.hpp>
-
 #include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+
+namespace boost::filesystem
+{
+class path;
+}
 
 class UTILITY_API CQLMAppSettings
 {
@@ -67,9 +70,9 @@ public:
     bool IsPreReleaseVersion() const { return false; }
     bool IsDebugOrPreReleaseVersion() const { return false; }
 
-    /// The value under a name in a subkey of the application key, or the default. With `useUserHive` false the machine's
-    /// hive alone is looked at: what SetValue wrote is not seen. Gives the type of the default; for a wide text, which
-    /// may not be null, a std::wstring.
+    /// The value under a name in a subkey of the application key, or the default. With `useUserHive` false the
+    /// machine's hive alone is looked at: what SetValue wrote is not seen. Gives the type of the default; for a wide
+    /// text, which may not be null, a std::wstring.
     template <class T>
     auto GetValue(const wchar_t* subKey, const wchar_t* name, const T& defaultValue, bool useUserHive = true) const
     {
@@ -92,11 +95,11 @@ public:
     }
 
     /// A key that exists; null on failure. The separators of a path stand for backslashes.
-    static resource_ptr<HKEY> OpenKey(HKEY parent, const wchar_t* subKey, DWORD access);
-    static resource_ptr<HKEY> OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access);
+    [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const wchar_t* subKey, DWORD access);
+    [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access);
 
     /// Opens a key, which is created if absent; null on failure.
-    static resource_ptr<HKEY> CreateKey(HKEY parent, const wchar_t* subKey, DWORD access);
+    [[nodiscard]] static resource_ptr<HKEY> CreateKey(HKEY parent, const wchar_t* subKey, DWORD access);
 
     /// Deletes a key with all that lies under it.
     static bool DeleteKey(HKEY parent, const wchar_t* subKey);
@@ -108,8 +111,8 @@ public:
     /// failure in the user's hive, where it may just be absent, deliberately leaves the machine's untouched.
     bool DeleteKey(const wchar_t* subKey) const;
 
-    /// A value of this type tag: true if there is one, and `value` gets it; one of size 0 leaves `value` as it was. There
-    /// is one for std::wstring: the text up to its first null.
+    /// A value of this type tag: true if there is one, and `value` gets it; one of size 0 leaves `value` as it was.
+    /// There is one for std::wstring: the text up to its first null.
     template <class T>
     static bool ReadValue(HKEY key, const wchar_t* name, DWORD type, T& value);
 
@@ -119,12 +122,7 @@ protected:
     explicit CQLMAppSettings(const std::wstring& appKey);
 
 private:
-    struct Data
-    {
-        boost::filesystem::path m_pathAppSubKey;
-        resource_ptr<HKEY> m_hMachineKey;
-        resource_ptr<HKEY> m_hUserKey;
-    };
+    struct Data;
 
     std::wstring DoGetValue(const wchar_t* subKey, const wchar_t* name, const std::wstring& defaultValue,
                             bool useUserHive) const;

@@ -1,18 +1,19 @@
 #pragma once
 
-// The language in which the application shows itself: the translations there are, the user's choice, and what is known of
-// a language by its locale identifier.
+// The language in which the application shows itself: the translations there are, the user's choice, and what is known
+// of a language by its locale identifier.
 //
 //     Lang::SetLanguage(1031);                       // German, from the next start on
 //     std::wstring name;
 //     Lang::GetLanguageName(Lang::GetLanguage(), name); // "Deutsch"
 //
-// A language is a Windows locale identifier on every system; 0 stands for no choice, which is the system's language. The
-// choice is the value DisplayLanguage in the user's hive. Nothing of it is kept in memory: what is asked for is read, and
-// what is set takes effect where a CResourceCounter is made (settings/ResourceCounter.h), at the start of a process.
+// A language is a Windows locale identifier on every system; 0 stands for no choice, which is the system's language.
+// The choice is the value DisplayLanguage in the user's hive. Nothing of it is kept in memory: what is asked for is
+// read, and what is set takes effect where a CResourceCounter is made (settings/ResourceCounter.h), at the start of a
+// process.
 //
-// Any thread may call. Nothing throws but for lack of memory. Functions that return an int return 1 for success and 0 for
-// failure, and then leave what they should have given as it was.
+// Any thread may call. Nothing throws but for lack of memory. Functions that return an int return 1 for success and 0
+// for failure, and then leave what they should have given as it was.
 //
 // On Linux the system's language is that of LC_ALL, LC_MESSAGES or LANG, and about a hundred locales are known.
 
@@ -39,8 +40,8 @@ UTILITY_API int IsWindowsDefaultLanguage(LCID lcid);
 /// The translations that the application comes with, each with its name in English; the first is the choice of none.
 UTILITY_API const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations();
 
-/// Splits a list of codes of four characters, each with a separator behind it, and one character that ends the list. What
-/// these are is not looked at. Fails if the length is not that of such a list.
+/// Splits a list of codes of four characters, each with a separator behind it, and one character that ends the list.
+/// What these are is not looked at. Fails if the length is not that of such a list.
 UTILITY_API int GetLanguageCodes(const std::wstring& text, std::vector<std::wstring>& codes);
 
 /// The locale identifier that four hexadecimal digits stand for; 0 for a text of another length or without digits.

@@ -6,14 +6,14 @@
 //     const CResourceCounter resources(module);                          // takes over one reference to the module
 //     std::wstring text = resource_string(resources.GetResourceDLL(), 8300);
 //
-// The satellites of /opt/app/Milling.dll are /opt/app/MillingResENG.dll, MillingResDEU.dll and so on, by the three letters
-// of the language (Lang::GetLanguageAbbreviatedName). On Linux the names begin with the module's own name too: app for the
-// program app, Milling for libMilling.so.0.1; the satellites are the same files as on Windows. One is taken if its file
-// version is that of this release, 2022.0. Candidates are that of the language (Lang::GetLanguage) and that of the
-// language's default sublanguage, by number: 0x0C07 goes to 0x0407, and 0x0804 to 0x0404.
+// The satellites of /opt/app/Milling.dll are /opt/app/MillingResENG.dll, MillingResDEU.dll and so on, by the three
+// letters of the language (Lang::GetLanguageAbbreviatedName). On Linux the names begin with the module's own name too:
+// app for the program app, Milling for libMilling.so.0.1; the satellites are the same files as on Windows. One is taken
+// if its file version is that of this release, 2022.0. Candidates are that of the language (Lang::GetLanguage) and that
+// of the language's default sublanguage, by number: 0x0C07 goes to 0x0407, and 0x0804 to 0x0404.
 //
-// An object does not change once it is made: any thread may ask it. Nothing is reported, and nothing throws but for lack of
-// memory.
+// An object does not change once it is made: any thread may ask it. Nothing is reported, and nothing throws but for
+// lack of memory.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"
@@ -30,7 +30,8 @@ public:
     explicit CResourceCounter(HINSTANCE hModule);
     CResourceCounter(const CResourceCounter&) = delete;
     CResourceCounter& operator=(const CResourceCounter&) = delete;
-    /// Releases the module, then the module of the resources. Where that is the same, it is deliberately released twice.
+    /// Releases the module, then the module of the resources. Where that is the same, it is deliberately released
+    /// twice.
     ~CResourceCounter();
 
     /// The satellite, or else the module itself.

@@ -50,9 +50,9 @@ CVersion::~CVersion()
 
 bool CVersion::Initialise(const wchar_t* fileName)
 {
-    // Deliberately neither clears the pointer into the block that is freed here, nor m_bValid: where the object was valid
-    // and the new block cannot be locked or read, it stays held until the next Initialise or the object's end. Callers go
-    // by the result.
+    // Deliberately neither clears the pointer into the block that is freed here, nor m_bValid: where the object was
+    // valid and the new block cannot be locked or read, it stays held until the next Initialise or the object's end.
+    // Callers go by the result.
     if (m_hData != nullptr)
         FreeBlock();
     wchar_t currentModule[260];

@@ -6,7 +6,8 @@
 //     if (version.Initialise(L"app.exe") && version.GetFileVersionMS() == 0x07E60000) // 2022.0
 //         Show(version.GetProductName());
 //
-// An object belongs to one thread at a time: the getters of texts use a buffer of the object. Nothing throws.
+// An object belongs to one thread at a time: the getters of texts use a buffer of the object. Nothing
+// throws but Initialise, for lack of memory.
 //
 // On Linux the record of a Windows module is read from its resources, and that of a Linux program or library from the
 // section where utility_version_record() of the CMake package puts it.
@@ -19,13 +20,14 @@ class UTILITY_API CVersion
 public:
     CVersion();
     CVersion(const CVersion&) = delete;
-    /// Copies each field, the record's owner included: both objects then hold one record, and each frees it. Only one of
-    /// the two may be used from then on, and only one be destroyed.
+    /// Copies each field, the record's owner included: both objects then hold one record, and each frees it. Only one
+    /// of the two may be used from then on, and only one be destroyed.
     CVersion& operator=(const CVersion&);
     ~CVersion();
 
     /// Reads the record of a file, in place of what the object held; null stands for the current module, or the program
-    /// where there is none. False for a file that is missing or has no record: nothing but Initialise may be called then.
+    /// where there is none. False for a file that is missing or has no record: nothing but Initialise may be called
+    /// then.
     bool Initialise(const wchar_t* fileName);
 
     /// The first translation: the language in the low word, the code page in the high one. 0 if there is none.
@@ -46,8 +48,8 @@ public:
     const wchar_t* GetPrivateBuild();
     const wchar_t* GetSpecialBuild();
 
-    // The fields of the numeric block, only after an Initialise that returned true. Version 1.2.3.4 has 0x00010002 in its
-    // most significant and 0x00030004 in its least significant half.
+    // The fields of the numeric block, only after an Initialise that returned true. Version 1.2.3.4 has 0x00010002 in
+    // its most significant and 0x00030004 in its least significant half.
     DWORD GetFileVersionMS() const;
     DWORD GetFileVersionLS() const;
     DWORD GetProductVersionMS() const;

@@ -29,13 +29,13 @@ public:
 };
 
 /// The string with this number, from the first resource module of the chain that holds it.
-UTILITY_API std::wstring resource_string(unsigned int id);
+[[nodiscard]] UTILITY_API std::wstring resource_string(unsigned int id);
 
 /// The string with this number in one module.
-UTILITY_API std::wstring resource_string(HINSTANCE hModule, unsigned int id);
+[[nodiscard]] UTILITY_API std::wstring resource_string(HINSTANCE hModule, unsigned int id);
 
 /// Text in a code page with its Windows number: 65001 is UTF-8, 0 the system's narrow encoding (the ANSI code page on
 /// Windows, UTF-8 on Linux). Embedded nulls are converted like any character. Only the low 32 bits of `length`, in
 /// characters, count.
-UTILITY_API std::string from_utf(const std::wstring& text, unsigned int codePage);
-UTILITY_API std::string from_utf(const wchar_t* text, std::uint64_t length, unsigned int codePage);
+[[nodiscard]] UTILITY_API std::string from_utf(const std::wstring& text, unsigned int codePage);
+[[nodiscard]] UTILITY_API std::string from_utf(const wchar_t* text, std::uint64_t length, unsigned int codePage);

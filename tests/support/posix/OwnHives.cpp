@@ -3,6 +3,7 @@
 #include "utility/platform/Hives.h"
 
 #include <boost/filesystem/operations.hpp>
+
 #include <cstdlib>
 #include <unistd.h>
 

@@ -1,7 +1,8 @@
 #pragma once
 
 // The library's own reports to a programmer: in a box with Abort, Retry and Ignore, or quietly on the debugger's
-// output. Texts are in the system's narrow encoding. Any thread may call; nothing here throws.
+// output. Texts are in the system's narrow encoding. Any thread may call.
+// diagnostics/Assertions.h says what is thrown.
 
 namespace utility
 {

@@ -39,8 +39,8 @@ private:
 /// The link that joined the chain last, null for an empty chain.
 const DynLinkLibrary* FirstLibrary();
 
-/// The string with this number, in place in the first resource module of the chain that holds it, or else in what a null
-/// module stands for (platform/Modules.h). Empty if there is none.
+/// The string with this number, in place in the first resource module of the chain that holds it, or else in what a
+/// null module stands for (platform/Modules.h). Empty if there is none.
 std::wstring_view StringOfChain(UINT id);
 
 }

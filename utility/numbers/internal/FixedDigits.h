@@ -55,8 +55,8 @@ inline void WriteDigits(wchar_t* to, std::uint64_t number, std::size_t count)
         *to = static_cast<wchar_t>(L'0' + number % 10);
 }
 
-/// The eight digits of a number below 10^8. All are found at once, in the bytes of one integer, the first in the lowest: it
-/// is split in halves until each has one digit, dividing by a multiplication and a shift.
+/// The eight digits of a number below 10^8. All are found at once, in the bytes of one integer, the first in the
+/// lowest: it is split in halves until each has one digit, dividing by a multiplication and a shift.
 inline void WriteEightDigits(wchar_t* to, std::uint64_t number)
 {
     const std::uint64_t fours = number / 10000 | number % 10000 << 32;
@@ -85,8 +85,8 @@ public:
 
     /// At least 1.
     std::size_t WholeLength() const { return m_wholeLength; }
-    /// What WriteWhole needs, however few digits there are: lengths differ from number to number, and the usual ones are
-    /// written without a loop.
+    /// What WriteWhole needs, however few digits there are: lengths differ from number to number, and the usual ones
+    /// are written without a loop.
     static constexpr std::size_t leastRoomForWhole = 8;
     void WriteWhole(wchar_t* to) const
     {
@@ -137,7 +137,8 @@ inline bool FixedDigits::FitsNumbers(double value, int decimals)
     if (static_cast<unsigned>(decimals) >= integerPowers.size() || exponent >= bias + 64)
         return false;
 
-    // The value is mantissa / 2^shift, but for the subnormal ones: to any place here they are as good as any tiny value.
+    // The value is mantissa / 2^shift, but for the subnormal ones: to any place here they are as good as any tiny
+    // value.
     const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
     const int shift = bias + mantissaBits - exponent;
     const std::uint64_t scale = integerPowers[static_cast<unsigned>(decimals)];
@@ -147,7 +148,8 @@ inline bool FixedDigits::FitsNumbers(double value, int decimals)
         m_whole = mantissa << -shift;
     else if (shift < 128)
     {
-        // What is behind the point times the scale: exact in 128 bits. `rest` is what is dropped of it, in units of 2^-128.
+        // What is behind the point times the scale: exact in 128 bits. `rest` is what is dropped of it, in units of
+        // 2^-128.
         Uint128 rest = 0;
         if (shift < 64)
         {

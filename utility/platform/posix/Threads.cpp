@@ -1,5 +1,6 @@
 #include "utility/platform/Threads.h"
 
+#include <atomic>
 #include <unistd.h>
 
 namespace utility::platform
@@ -12,11 +13,14 @@ constexpr int stateFree = 0;
 constexpr int stateHeld = 1;
 constexpr int stateAwaited = 2; // held, and whoever leaves has somebody to wake
 
+std::atomic_ref<int> StateOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.state); }
+std::atomic_ref<pthread_t> OwnerOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.owner); }
+
 bool Take(_RTL_CRITICAL_SECTION& section) noexcept
 {
     int expected = stateFree;
-    return section.state.compare_exchange_strong(expected, stateHeld, std::memory_order_acquire,
-                                                 std::memory_order_relaxed);
+    return StateOf(section).compare_exchange_strong(expected, stateHeld, std::memory_order_acquire,
+                                                    std::memory_order_relaxed);
 }
 
 void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
@@ -24,11 +28,11 @@ void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
     for (std::uint32_t tries = section.spinCount; tries != 0; --tries)
     {
         __builtin_ia32_pause();
-        if (section.state.load(std::memory_order_relaxed) == stateFree && Take(section))
+        if (StateOf(section).load(std::memory_order_relaxed) == stateFree && Take(section))
             return;
     }
-    while (section.state.exchange(stateAwaited, std::memory_order_acquire) != stateFree)
-        section.state.wait(stateAwaited, std::memory_order_relaxed);
+    while (StateOf(section).exchange(stateAwaited, std::memory_order_acquire) != stateFree)
+        StateOf(section).wait(stateAwaited, std::memory_order_relaxed);
 }
 
 }
@@ -57,14 +61,14 @@ void EnterCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept
 {
     const pthread_t self = ::pthread_self();
     // No order is needed: nobody but this thread writes its identity there.
-    if (section.owner.load(std::memory_order_relaxed) == self)
+    if (OwnerOf(section).load(std::memory_order_relaxed) == self)
     {
         ++section.takenAgain;
         return;
     }
     if (!Take(section))
         WaitAndTake(section);
-    section.owner.store(self, std::memory_order_relaxed);
+    OwnerOf(section).store(self, std::memory_order_relaxed);
 }
 
 void LeaveCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept
@@ -74,9 +78,9 @@ void LeaveCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept
         --section.takenAgain;
         return;
     }
-    section.owner.store(0, std::memory_order_relaxed);
-    if (section.state.exchange(stateFree, std::memory_order_release) == stateAwaited)
-        section.state.notify_one();
+    OwnerOf(section).store(0, std::memory_order_relaxed);
+    if (StateOf(section).exchange(stateFree, std::memory_order_release) == stateAwaited)
+        StateOf(section).notify_one();
 }
 
 }

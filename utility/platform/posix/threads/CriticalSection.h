@@ -1,13 +1,13 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <pthread.h>
 
+/// State and owner are atomic to the functions of platform/Threads.h. Not here: <atomic> would come with every header.
 struct _RTL_CRITICAL_SECTION
 {
-    std::atomic<int> state = 0;
-    std::atomic<pthread_t> owner = 0;
+    int state = 0;
+    pthread_t owner = 0;
     std::uint32_t takenAgain = 0;
     std::uint32_t spinCount = 0;
 };

@@ -1,0 +1,26 @@
+#pragma once
+
+// How grave log messages are, and which of them the log streams (logging/LogStream.h) store. Any thread may call.
+
+#include "utility/platform/Export.h"
+
+#include <cstdint>
+
+/// How grave a message is. Only the order counts.
+enum LogSeverity : std::int32_t
+{
+    LogSeverityNone = 0,
+    LogSeverityInformation = 1,
+    LogSeverityWarning = 2,
+    LogSeverityError = 4,
+    LogSeverityTiming = 8,
+};
+
+/// The severity that a message needs to be stored by the log streams; LogSeverityInformation at first.
+UTILITY_API LogSeverity GetLogLevel() noexcept;
+UTILITY_API void SetLogLevel(LogSeverity level) noexcept;
+
+/// Whether messages for debugging have the severity that they are written with, instead of LogSeverityNone; false at
+/// first.
+UTILITY_API bool LogDebugMessages() noexcept;
+UTILITY_API void SetLogDebugMessages(bool enable) noexcept;
