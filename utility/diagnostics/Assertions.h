@@ -5,6 +5,8 @@
 //
 //     #define HOST_ASSERT(x) if (static bool off; !(x) && ZeloAssertFailed(__FILE__, __LINE__, 0, off)) asm("int3")
 //
+//     HOST_ASSERT(count >= 0);
+//
 // Any thread may call. While one assertion is being reported, another one, on whichever thread, asks nobody: it stops
 // the process in the debugger, which ends it where there is none.
 

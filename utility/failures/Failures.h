@@ -2,10 +2,10 @@
 
 // The failure types. Four unrelated roots stand side by side, and a caller catches each by its own type:
 //
-//     CError                     a severity and a wide message; CTextError adds an offset
-//     CSourceLocationException   a std::runtime_error whose text is UTF-8; CInputRecordException, CTextRecordException
-//     COSException               a framework failure (see framework/Exception.h) with a system's error number
-//     AlgorithmFailure           a file, a line and a narrow message
+//   CError                     a severity and a wide message; CTextError adds an offset
+//   CSourceLocationException   a std::runtime_error whose text is UTF-8; CInputRecordException, CTextRecordException
+//   COSException               a framework failure (see framework/Exception.h) with a system's error number
+//   AlgorithmFailure           a file, a line and a narrow message
 //
 //     throw CTextRecordException(__FILE__, __LINE__, 8303, cursor);
 //

@@ -2,7 +2,7 @@
 
 // A file that issues numbered messages about its contents.
 //
-//     CInputOutputFile file(path);        // maps it; throws CFileException if it cannot be opened
+//     CInputOutputFile file(path); // maps it; throws CFileException if it cannot be opened
 //     if (file.IsValid() && !LooksRight(file.GetBase()))
 //         file.IssueError(messageId);
 //

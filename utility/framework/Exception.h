@@ -11,6 +11,7 @@
 //         wchar_t text[256];
 //         failure->GetErrorMessage(text, 256, nullptr);
 //         failure->Delete();
+//         Show(text);
 //     }
 //
 // A failure belongs to whoever holds it; one thread at a time.

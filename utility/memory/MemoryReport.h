@@ -2,7 +2,7 @@
 
 // How much memory there is, and what the process's address space is made of.
 //
-//     size_t committed, reserved, free, largestFree;
+//     std::size_t committed, reserved, free, largestFree;
 //     GetVirtualAddressSpaceInformation(committed, reserved, free, largestFree);
 //     dbg() << QLMMemoryLoad() << L" percent in use, " << committed << L" bytes committed\n";
 //

@@ -3,11 +3,7 @@
 // What happens when memory runs out: the address space is reported to the debugger's output, then the failure is
 // thrown.
 //
-//     int main()
-//     {
-//         CNewHandler newHandler; // for the process's lifetime
-//         ...
-//     }
+//     CNewHandler newHandler; // the first line of main: it lives as long as the process
 //
 // One in a process, made by its main thread. Nothing in the library makes one.
 

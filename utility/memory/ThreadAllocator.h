@@ -6,7 +6,7 @@
 //     {
 //         const CThreadAllocatorManager manager;
 //         std::list<int, CThreadNodeAllocator<int>> nodes; // memory/ThreadNodeAllocator.h
-//         ...
+//         nodes.push_back(1);
 //     }
 //
 // A thread starts without an allocator, except the one that loads the library. It allocates from its own allocator

@@ -3,10 +3,10 @@
 // Doubles as wide text with a stated number of decimal places, and the two settings of the process that go with it: the
 // decimal symbol, and how many places dialogs show.
 //
-//     to_wstring(-1.5, 3);                            // -1.500
-//     to_wstring(2.5, 3, true, L",", true);           // +2,5
-//     QLMFormatFloatPrecise(-0.004, 2);               // 0.00, where to_wstring gives -0.00
-//     QLMFormatFloatE(1500.0, 2);                     // 1.50E+003
+//     assert(to_wstring(-1.5, 3) == L"-1.500");
+//     assert(to_wstring(2.5, 3, true, L",", true) == L"+2,5");
+//     assert(QLMFormatFloatPrecise(-0.004, 2) == L"0.00"); // where to_wstring gives -0.00
+//     assert(QLMFormatFloatE(1500.0, 2) == L"1.50E+003");
 //
 // The exact binary value is rounded to the last place, ties to even: 0.125 with two places is 0.12. Nothing depends on
 // a locale or on the thread's floating-point state, and the text is the same on every system.

@@ -2,9 +2,9 @@
 
 // Values that pass between single and double precision, and the thread's floating-point state.
 //
-//     double stored = MakeFloatDoubleConsistent(0.1);  // 0.10000000149011612: survives a float field unchanged
-//     double cut = Round(3.14159, 2);                   // 3.14
-//     CMaskFloatingPointExceptions masked;              // nothing traps in this scope
+//     assert(MakeFloatDoubleConsistent(0.1) == 0.10000000149011612); // which survives a float field unchanged
+//     assert(Round(3.14159, 2) == 3.14);
+//     CMaskFloatingPointExceptions masked; // nothing traps in this scope
 //
 // Everything here acts on the calling thread alone and may be called from any thread. Nothing is reported. Where a
 // narrowing goes beyond the range of a float the result is an infinity, or the processor's trap if overflow is

@@ -4,9 +4,9 @@
 // sign behind leading zeros, and a text without a number in it is zero.
 //
 //     double value;
-//     if (QLMParseFloat(L" 1.5D3 ", value))                // 1500.0, and nothing but blanks behind it
-//         Use(value);
-//     const wchar_t* rest = QLMParseFloat1(L"1,5 mm", L",", value);   // 1.5, and the rest is " mm"
+//     assert(QLMParseFloat(L" 1.5D3 ", value) && value == 1500.0); // nothing but blanks behind it
+//     const std::wstring rest = QLMParseFloat1(L"1,5 mm", L",", value);
+//     assert(value == 1.5 && rest == L" mm");
 //
 // A number is [blanks] digits and one sign [symbol digits] [one of DEde, blanks, sign, digits]; each piece may be
 // absent. It is built by plain arithmetic in doubles, so its last bits may differ from the nearest double's. There are

@@ -2,7 +2,7 @@
 
 // Powers of ten.
 //
-//     double thousandth = pow10(-3);
+//     assert(pow10(-3) == 0.001);
 //
 // Any thread may call, and errno stays. What is out of range is an infinity or 0, or the processor's trap if overflow
 // is unmasked.

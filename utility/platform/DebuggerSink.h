@@ -2,9 +2,9 @@
 
 // Where the debugger's output goes: dbg(), reports of assertions that show no box, the table of the address space.
 //
-//     void Keep(const wchar_t* text) { console.Append(text); }
-//     ...
-//     utility::platform::SetDebuggerSink(&Keep);
+//     utility::platform::SetDebuggerSink([](const wchar_t* text) { console += text; });
+//     dbg() << L"Hello"; // logging/DebugStream.h
+//     assert(console == L"Hello");
 //
 // With no sink it goes to the debugger on Windows, and on Linux to the standard error stream. Nothing here throws.
 

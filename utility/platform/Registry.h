@@ -5,7 +5,7 @@
 //
 //     HKEY key = nullptr;
 //     if (Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"SOFTWARE\\Selvane", KEY_READ, key) == 0)
-//         ...
+//         List(key);
 //     Registry().RegCloseKey(key);
 
 #include "utility/platform/ErrorCodes.h"

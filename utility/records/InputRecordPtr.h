@@ -7,7 +7,7 @@
 //     int count;
 //     double length;
 //     if (!cursor.ReadInt(count) || !cursor.ReadReal(length))
-//         file.IssueError(...);
+//         file.IssueError(messageId);
 //
 // Values are copied as they stand, little-endian: no conversion, no message. A read either fits or gives false, and
 // then cursor and destination are unchanged. Nothing is thrown but std::bad_alloc, by Add and by a copy.

@@ -3,19 +3,19 @@
 // The application's settings: named values in two hives, one for the machine and one for the user. A read takes the
 // user's value if there is one, else the machine's, else the caller's default; a write goes to the user's hive.
 //
-//     CQLMAppSettings::SetProductName(L"Mill");          // ahead of the first instance()
+//     CQLMAppSettings::SetProductName(L"Mill"); // ahead of the first instance()
 //     CQLMAppSettings& settings = CQLMAppSettings::instance();
 //     settings.SetValue(L"Options\\General", L"Tolerance", 0.01);
-//     double tolerance = settings.GetValue(L"Options\\General", L"Tolerance", 0.1);
-//     std::wstring name = settings.GetValue(L"Options\\General", L"Machine", L"none");
+//     assert(settings.GetValue(L"Options\\General", L"Tolerance", 0.1) == 0.01);
+//     assert(settings.GetValue(L"Options\\General", L"Machine", L"none") == L"none");
 //
 // Values are not kept in memory: every call goes to the store, in which each type has its own form.
 //
-//     text                                std::wstring, const wchar_t*          REG_SZ
-//     integers of 32 bits or fewer, bool  int, unsigned int, DWORD, ...         REG_DWORD
-//     integers of 64 bits                 std::int64_t, std::uint64_t, ...      REG_BINARY, 8 bytes
-//     other numbers, points in time       float, double, FILETIME               REG_BINARY, 4 or 8 bytes
-//     a block of bytes                    const void* and a size, write only    REG_BINARY
+//   text                                std::wstring, const wchar_t*          REG_SZ
+//   integers of 32 bits or fewer, bool  int, unsigned int, DWORD, ...         REG_DWORD
+//   integers of 64 bits                 std::int64_t, std::uint64_t, ...      REG_BINARY, 8 bytes
+//   other numbers, points in time       float, double, FILETIME               REG_BINARY, 4 or 8 bytes
+//   a block of bytes                    const void* and a size, write only    REG_BINARY
 //
 // A value of another form, or one that is longer than its type, counts as absent; of a shorter number the missing bytes
 // are those of the default.

@@ -3,9 +3,10 @@
 // The language in which the application shows itself: the translations there are, the user's choice, and what is known
 // of a language by its locale identifier.
 //
-//     Lang::SetLanguage(1031);                       // German, from the next start on
+//     Lang::SetLanguage(1031); // German, from the next start on
 //     std::wstring name;
-//     Lang::GetLanguageName(Lang::GetLanguage(), name); // "Deutsch"
+//     Lang::GetLanguageName(Lang::GetLanguage(), name);
+//     assert(name == L"Deutsch");
 //
 // A language is a Windows locale identifier on every system; 0 stands for no choice, which is the system's language.
 // The choice is the value DisplayLanguage in the user's hive. Nothing of it is kept in memory: what is asked for is

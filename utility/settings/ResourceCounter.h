@@ -3,8 +3,8 @@
 // The resources of a module in the display language: a satellite library beside the module, one for each language, and
 // where there is none for the language, the module itself.
 //
-//     const CResourceCounter resources(module);                          // takes over one reference to the module
-//     std::wstring text = resource_string(resources.GetResourceDLL(), 8300);
+//     const CResourceCounter resources(module); // takes over one reference to the module
+//     const std::wstring text = resource_string(resources.GetResourceDLL(), 8300);
 //
 // The satellites of /opt/app/Milling.dll are /opt/app/MillingResENG.dll, MillingResDEU.dll and so on, by the three
 // letters of the language (Lang::GetLanguageAbbreviatedName). On Linux the names begin with the module's own name too:

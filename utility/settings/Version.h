@@ -3,7 +3,7 @@
 // The version record of a module file: a numeric block, and texts by name in the language of its first translation.
 //
 //     CVersion version;
-//     if (version.Initialise(L"app.exe") && version.GetFileVersionMS() == 0x07E60000) // 2022.0
+//     if (version.Initialise(L"app.exe") && version.GetFileVersionMS() == 0x00010002) // 1.2
 //         Show(version.GetProductName());
 //
 // An object belongs to one thread at a time: the getters of texts use a buffer of the object. Nothing

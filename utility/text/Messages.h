@@ -2,7 +2,7 @@
 
 // Messages: a numbered string with arguments.
 //
-//     std::wstring text = LoadMessage(8302, 'x'); // "Invalid character (x) found ..."
+//     assert(LoadMessage(8302, 'x') == L"Invalid character (x) found whilst reading an integer number.");
 //
 // Any thread may call.
 

@@ -2,8 +2,8 @@
 
 // Numbered strings, and wide text in a code page.
 //
-//     std::wstring text = resource_string(8301);
-//     std::string bytes = from_utf(text, 65001); // UTF-8
+//     const std::wstring text = resource_string(8305);
+//     assert(text == L"inch" && from_utf(text, 65001) == "inch"); // 65001 is UTF-8
 //
 // Any thread may call, once the library and the host have set up the chain of resource modules. Nothing is reported:
 // what is missing or cannot be converted is an empty text.

@@ -1,0 +1,384 @@
+// The examples in the head comments of the public headers. Each is cut out of its header as it stands there, and is
+// compiled and run here, among what it takes for granted.
+
+#include "tests/support/ForwardingLocale.h"
+#include "tests/support/KeepFloatingControl.h"
+#include "tests/support/KeepNewHandler.h"
+#include "tests/support/LogSettings.h"
+#include "tests/support/ScratchHives.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/ThreadLog.h"
+#include "utility/platform/Modules.h"
+#include "utility/Utility.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <list>
+#include <map>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#undef assert
+#define assert(condition) EXPECT_TRUE(condition)
+
+using support::Logged;
+using support::NewOwner;
+using support::TakeLog;
+using utility::platform::Modules;
+using utility::platform::Registry;
+
+namespace
+{
+
+/// In a folder of its own, with what the examples show.
+class HeaderExampleTest : public testing::Test
+{
+protected:
+    HeaderExampleTest()
+    {
+        boost::filesystem::current_path(m_folder.Path());
+        shown.clear();
+    }
+    ~HeaderExampleTest() override { boost::filesystem::current_path(m_earlier); }
+
+    template <class... Values>
+    static void Show(const Values&... values)
+    {
+        std::wostringstream stream;
+        ((stream << values << L'|'), ...);
+        shown += stream.str();
+    }
+
+    static boost::filesystem::path TestModules() { return UTILITY_TEST_MODULES; }
+
+    static inline std::wstring shown;
+
+    const boost::filesystem::path m_earlier = boost::filesystem::current_path();
+    const support::TemporaryFolder m_folder;
+    const support::LogSettings m_logSettings;
+    const support::ThreadLog m_log;
+};
+
+std::wstring console;
+
+/// Gives the debugger's output back to the system.
+struct KeepDebuggerSink
+{
+    utility::platform::DebuggerSink earlier =
+        utility::platform::SetDebuggerSink([](const wchar_t* text) { console = text; });
+    ~KeepDebuggerSink() { utility::platform::SetDebuggerSink(earlier); }
+};
+
+}
+
+TEST_F(HeaderExampleTest, Assertions)
+{
+    const int count = 0;
+#include "diagnostics/Assertions.example"
+}
+
+TEST_F(HeaderExampleTest, Failures)
+{
+    const char text[] = "part";
+    const char* const cursor = text;
+    try
+    {
+#include "failures/Failures.example"
+        FAIL();
+    }
+    catch (const CTextRecordException& failure)
+    {
+        EXPECT_EQ(failure.Place(), text);
+        EXPECT_NE(std::strstr(failure.what(), "Invalid character"), nullptr);
+    }
+}
+
+TEST_F(HeaderExampleTest, InputOutputFile)
+{
+    SetLogDebugMessages(true);
+    const auto LooksRight = [](const void* bytes) { return *static_cast<const char*>(bytes) == 'S'; };
+    const int messageId = 8304;
+    const boost::filesystem::path path = m_folder.File("part.igs", "part");
+#include "files/InputOutputFile.example"
+    EXPECT_EQ(m_log.Take(), (std::vector<Logged>{{LogSeverityError, L"mm\n"}}));
+}
+
+TEST_F(HeaderExampleTest, MemoryMappedFile)
+{
+    std::string scanned;
+    const auto Scan = [&scanned](const char* bytes, std::uint64_t size) { scanned.assign(bytes, size); };
+    m_folder.File("part.igs", "part");
+#include "files/MemoryMappedFile.example"
+    EXPECT_EQ(scanned, "part");
+}
+
+TEST_F(HeaderExampleTest, Exception)
+{
+    CMemoryMappedFile file;
+#include "framework/Exception.example"
+    EXPECT_NE(shown.find(L"part.igs"), std::wstring::npos);
+}
+
+TEST_F(HeaderExampleTest, String){
+#include "framework/String.example"
+}
+
+TEST_F(HeaderExampleTest, Locks)
+{
+    int shared = 0;
+    const auto Change = [](int& value) { ++value; };
+#include "guards/Locks.example"
+    EXPECT_EQ(shared, 1);
+}
+
+TEST_F(HeaderExampleTest, ResourcePtr)
+{
+    const support::ScratchHives hives;
+    const auto open = []() -> resource_ptr<HKEY>
+    {
+#include "guards/ResourcePtr.example"
+        return {};
+    };
+    EXPECT_EQ(open(), nullptr);
+    HKEY made = nullptr;
+    Registry().RegCreateKeyW(HKEY_CURRENT_USER, L"SOFTWARE\\Selvane", made);
+    Registry().RegCloseKey(made);
+    EXPECT_NE(open(), nullptr);
+}
+
+TEST_F(HeaderExampleTest, DebugStream)
+{
+    const KeepDebuggerSink keep;
+    const int hits = 1;
+    const int reads = 2;
+#include "logging/DebugStream.example"
+    EXPECT_EQ(console, L"cache 1 of 2\n");
+}
+
+TEST_F(HeaderExampleTest, LogMessages)
+{
+    const void* const database = NewOwner();
+    CLogMessages::instance(database).push(LogSeverityError, L"worn\n");
+#include "logging/LogMessages.example"
+    EXPECT_EQ(shown, L"4|worn\n|");
+}
+
+TEST_F(HeaderExampleTest, LogStream)
+{
+    const void* const database = NewOwner();
+    const int number = 7;
+#include "logging/LogStream.example"
+    EXPECT_EQ(TakeLog(database), (std::vector<Logged>{{LogSeverityWarning, L"Tool 7 is worn\n"}}));
+}
+
+TEST_F(HeaderExampleTest, ThreadDatabase)
+{
+    struct
+    {
+        CEntityDatabase* Database() { return reinterpret_cast<CEntityDatabase*>(this); }
+        char it;
+    } job;
+#include "logging/ThreadDatabase.example"
+    EXPECT_EQ(TakeLog(&job), (std::vector<Logged>{{LogSeverityWarning, L"No tool\n"}}));
+}
+
+TEST_F(HeaderExampleTest, MemoryReport)
+{
+    const KeepDebuggerSink keep;
+#include "memory/MemoryReport.example"
+    EXPECT_NE(console.find(L" percent in use, " + std::to_wstring(committed)), std::wstring::npos);
+}
+
+TEST_F(HeaderExampleTest, NewHandler)
+{
+    const support::KeepNewHandler keep;
+#include "memory/NewHandler.example"
+}
+
+TEST_F(HeaderExampleTest, NodeAllocator)
+{
+#include "memory/NodeAllocator.example"
+    EXPECT_EQ(pool.allocate(24), node);
+}
+
+namespace
+{
+
+#include "memory/ThreadAllocator.example"
+
+}
+
+TEST_F(HeaderExampleTest, ThreadAllocator) { std::thread(&Work).join(); }
+
+TEST_F(HeaderExampleTest, ThreadNodeAllocator)
+{
+    struct Tool
+    {
+    };
+    const CThreadAllocatorManager manager;
+#include "memory/ThreadNodeAllocator.example"
+    EXPECT_TRUE(tools.try_emplace(1).second);
+}
+
+TEST_F(HeaderExampleTest, FloatFormat){
+#include "numbers/FloatFormat.example"
+}
+
+TEST_F(HeaderExampleTest, FloatHygiene)
+{
+    const support::KeepFloatingControl keep;
+#include "numbers/FloatHygiene.example"
+}
+
+TEST_F(HeaderExampleTest, FloatParse){
+#include "numbers/FloatParse.example"
+}
+
+TEST_F(HeaderExampleTest, PowersOfTen){
+#include "numbers/PowersOfTen.example"
+}
+
+TEST_F(HeaderExampleTest, StatSeries)
+{
+    const double measured[] = {1.0, 3.0};
+#include "numbers/StatSeries.example"
+    EXPECT_EQ(shown, L"1|3|2|");
+}
+
+TEST_F(HeaderExampleTest, DebuggerSink)
+{
+    const KeepDebuggerSink keep;
+    console.clear();
+#include "platform/DebuggerSink.example"
+}
+
+TEST_F(HeaderExampleTest, Registry)
+{
+    const support::ScratchHives hives;
+    const auto List = [](HKEY key) { Show(key != nullptr); };
+#include "platform/Registry.example"
+    EXPECT_EQ(shown, L"");
+}
+
+TEST_F(HeaderExampleTest, InputRecordPtr)
+{
+    CInputOutputFile file;
+    const int messageId = 8300;
+    unsigned char block[512] = {7};
+#include "records/InputRecordPtr.example"
+    EXPECT_EQ(count, 7);
+    EXPECT_EQ(length, 0.0);
+}
+
+TEST_F(HeaderExampleTest, RecordLines)
+{
+    const char line[162] = "S";
+#include "records/RecordLines.example"
+    EXPECT_EQ(record.Lines().size(), 2U);
+}
+
+TEST_F(HeaderExampleTest, TextRecordPtr)
+{
+    CTextInputOutputFile file;
+    const char line[] = "1.5,";
+    const std::size_t length = 4;
+#include "records/TextRecordPtr.example"
+    EXPECT_EQ(x, 1.5);
+    EXPECT_TRUE(cursor.IsEndOfRecord());
+}
+
+namespace
+{
+
+#include "records/InlineTextRecordPtr.example"
+
+}
+
+TEST_F(HeaderExampleTest, InlineTextRecordPtr)
+{
+    CTextInputOutputFile file;
+    const char line[] = "1.5,";
+    CommaCursor cursor(&file);
+    cursor.Add(line, line + 3);
+    double value = 0.0;
+    EXPECT_TRUE(cursor.ReadReal(value));
+    EXPECT_EQ(value, 1.5);
+}
+
+TEST_F(HeaderExampleTest, Lang)
+{
+    const support::ScratchHives hives;
+    HKEY settings = nullptr;
+    Registry().RegCreateKeyW(HKEY_CURRENT_USER, L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General", settings);
+    Registry().RegCloseKey(settings);
+#include "settings/Lang.example"
+}
+
+TEST_F(HeaderExampleTest, ResourceCounter)
+{
+    struct UnchangedLocale : support::ForwardingLocale
+    {
+        bool SetThreadLocale(LCID) override { return true; }
+        bool SetRuntimeLocale(const wchar_t*) override { return true; }
+    };
+    const UnchangedLocale locale;
+    const HINSTANCE module = Modules().Load((TestModules() / "Resources.dll").wstring().c_str());
+#include "settings/ResourceCounter.example"
+    EXPECT_FALSE(text.empty());
+}
+
+TEST_F(HeaderExampleTest, Version)
+{
+    boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
+#include "settings/Version.example"
+    EXPECT_EQ(shown.substr(0, 13), L"the \"product\"");
+}
+
+TEST_F(HeaderExampleTest, Messages){
+#include "text/Messages.example"
+}
+
+TEST_F(HeaderExampleTest, ResourceString)
+{
+#include "text/ResourceString.example"
+}
+
+namespace
+{
+
+// These two are for the rest of a process.
+
+[[noreturn]] void UseSettings()
+{
+    const support::ScratchHives hives;
+#include "settings/AppSettings.example"
+    std::exit(testing::Test::HasFailure() ? 1 : 0);
+}
+
+[[noreturn]] void MoveHive()
+{
+    const support::TemporaryFolder folder;
+#include "platform/Hives.example"
+    std::exit(utility::platform::HiveFile(HKEY_CURRENT_USER).filename() == "settings.db" ? 0 : 1);
+}
+
+}
+
+TEST_F(HeaderExampleTest, AppSettings)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(UseSettings(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(HeaderExampleTest, Hives)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // On Windows the registry stays where it is.
+    EXPECT_EXIT(MoveHive(), testing::ExitedWithCode(sizeof(wchar_t) == 2 ? 1 : 0), "");
+}
