@@ -543,7 +543,7 @@ TEST(UnmaskFloatingPointExceptionsDeathTest, NarrowingBeyondAFloatTraps)
     EXPECT_EXIT(
         {
             UnmaskFloatingPointExceptions();
-            MakeFloatDoubleConsistent(1e39);
+            static_cast<void>(MakeFloatDoubleConsistent(1e39));
         },
         support::EndedByFloatingTrap, "");
 }
@@ -565,9 +565,9 @@ TEST(UnmaskFloatingPointExceptionsDeathTest, EndOfAScopeMakesOverflowTrap)
         {
             {
                 const CMaskFloatingPointExceptions masked;
-                MakeFloatDoubleConsistent(1e39);
+                static_cast<void>(MakeFloatDoubleConsistent(1e39));
             }
-            MakeFloatDoubleConsistent(1e39);
+            static_cast<void>(MakeFloatDoubleConsistent(1e39));
         },
         support::EndedByFloatingTrap, "");
 }
@@ -647,7 +647,7 @@ TEST(FloatingControlThreadTest, MasksAndDirectionsAreThoseOfTheThread)
             FloatingControl(_RC_DOWN, _MCW_RC);
             UnmaskFloatingPointExceptions();
             there = FloatingControl(0, 0);
-            RoundToFloat(0.1, _RC_UP);
+            static_cast<void>(RoundToFloat(0.1, _RC_UP));
         })
         .join();
     EXPECT_EQ(there & (_MCW_RC | trapping), static_cast<unsigned int>(_RC_DOWN));

@@ -8,7 +8,7 @@
 //
 // A message goes to the log store of the calling thread's database (see logging/ThreadDatabase.h), and only while debug
 // messages are on (SetLogDebugMessages); otherwise it has the severity LogSeverityNone, which the log level keeps out
-// as a rule. Issuing changes neither the file nor a record, and throws nothing on purpose.
+// as a rule. Issuing changes neither the file nor a record, and throws nothing but for lack of memory.
 //
 // An object belongs to one thread at a time, but any thread that reads its bytes may issue.
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// The framework's failures. They are thrown as pointers to objects on the heap, and whoever catches one ends it:
+// The framework's failures. They are thrown as pointers to objects on the heap, and whoever catches one deletes it:
 //
 //     try
 //     {
@@ -29,6 +29,6 @@ public:
     /// Gives 1 if there was a text and 0 if not, which is all that the base class knows.
     virtual int GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsigned int* helpContext);
 
-    /// Ends a failure that was made by `new`.
+    /// Deletes a failure that was made by `new`.
     void Delete();
 };

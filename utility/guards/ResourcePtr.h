@@ -21,7 +21,7 @@
 template <class T>
 UTILITY_API void release_resource_ptr(T handle) noexcept;
 
-/// How a resource_ptr ends.
+/// Releases the handle of a resource_ptr.
 template <class T>
 struct resource_releaser
 {

@@ -56,14 +56,14 @@ public:
     CLogMessages& operator=(const CLogMessages&) = delete;
     ~CLogMessages();
 
-    /// How many messages this store holds. Of more than that, the newest go: deliberately unlike in push.
+    /// How many messages this store holds. If there are more, the newest are dropped: deliberately unlike in push.
     void SetLogCapacity(std::uint64_t capacity);
 
     /// Adds a copy of a message as it is; in a full store it takes the place of the oldest. An empty one is ignored.
     void push(LogSeverity severity, const std::wstring& message);
 
-    /// Moves all messages to the caller's ring, whose own are lost and whose capacity becomes that of the store. A
-    /// change of the capacity by another thread meanwhile may be lost.
+    /// Moves all messages to the caller's ring, which loses what it held and gets the capacity of the store. A change
+    /// of the capacity by another thread meanwhile may be lost.
     void pop(boost::circular_buffer_space_optimized<CLogMessage>& messages);
 
 protected:

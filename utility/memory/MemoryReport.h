@@ -7,7 +7,7 @@
 //     dbg() << QLMMemoryLoad() << L" percent in use, " << committed << L" bytes committed\n";
 //
 // Any thread may call; a region may change while a walk passes it. A walk needs a little memory itself, and throws
-// std::bad_alloc without; the others throw nothing. That the system cannot be asked is not told: the figures are 0.
+// std::bad_alloc without; the others throw nothing. Where the system cannot be asked the figures are 0.
 //
 // On Linux the figures take the limits of the process into account, those of its control groups and that on its
 // address space, and the page file is the swap space. A walk covers every address a process can have, so what it finds

@@ -7,14 +7,14 @@
 // A container keeps the allocator of the thread that made it. It is used and destroyed on that thread, before the
 // allocator is. So within a thread these containers are like any others, and between threads:
 //   - A copy belongs to the thread that makes it, with the containers inside it.
-//   - Assignment, by copy or by move, leaves each container its allocator: the elements go over into own nodes, one by
-//     one. The other thread must leave its container alone meanwhile.
+//   - Assignment, by copy or by move, leaves each container its allocator: the elements move to nodes of its own, one
+//     by one. The other thread must leave its container alone meanwhile.
 //   - A container that is itself moved, alone or as an element, keeps the other thread's allocator: copy it instead.
 //   - Swapping and splicing is undefined.
 //
-// To make one in a thread without an allocator is the assertion of GetThreadAllocator, and then throws std::bad_alloc,
-// as a container does that needs memory when there is none. 0 objects may be allocated; more than an address can reach
-// are a std::bad_array_new_length.
+// Making one in a thread without an allocator fails the assertion of GetThreadAllocator, and then throws
+// std::bad_alloc, as a container does when there is no memory. 0 objects may be allocated; a count whose bytes no
+// address could hold throws std::bad_array_new_length.
 
 #include "utility/memory/ThreadAllocator.h"
 

@@ -99,7 +99,7 @@ public:
     [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access);
 
     /// Opens a key, which is created if absent; null on failure.
-    [[nodiscard]] static resource_ptr<HKEY> CreateKey(HKEY parent, const wchar_t* subKey, DWORD access);
+    static resource_ptr<HKEY> CreateKey(HKEY parent, const wchar_t* subKey, DWORD access);
 
     /// Deletes a key with all that lies under it.
     static bool DeleteKey(HKEY parent, const wchar_t* subKey);
