@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <future>
 #include <stdexcept>
 #include <thread>
@@ -253,7 +254,7 @@ TEST(DebugReportThreadTest, AssertionCountsUntilItsTextIsOutAlsoWhereTheFirstHas
             if (narrow.size() > 1)
                 return;
             isWriting.set_value();
-            mayEnd.get_future().wait();
+            mayEnd.get_future().wait_for(std::chrono::seconds(10));
         }
         std::promise<void> isWriting;
         std::promise<void> mayEnd;
@@ -263,9 +264,10 @@ TEST(DebugReportThreadTest, AssertionCountsUntilItsTextIsOutAlsoWhereTheFirstHas
     desktop.whileAsking = [&]
     {
         second = std::thread([] { ZeloDbgReport(reportAssertion, 0, true, "b.cpp", 2, nullptr, nullptr); });
-        debugger.isWriting.get_future().wait();
+        debugger.isWriting.get_future().wait_for(std::chrono::seconds(10));
     };
     EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "a.cpp", 1, nullptr, nullptr), 0);
+    ASSERT_TRUE(second.joinable());
     desktop.whileAsking = [] {};
     EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "c.cpp", 3, nullptr, nullptr), -1);
     debugger.mayEnd.set_value();
