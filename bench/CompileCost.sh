@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What the public headers cost a source file that includes one of them and nothing else: CompileCost.sh REPOSITORY
-# [RUNS] A line for each: its lines after preprocessing, and the processor's seconds with GCC and with Clang, of so many
-# runs the fastest.
+# What each public header costs a source file that includes nothing else: CompileCost.sh REPOSITORY [RUNS]
+# A line for each: its lines after preprocessing, and the processor's seconds with GCC and with Clang, of so many runs
+# the fastest.
 set -euo pipefail
 cd "$1"
 runs=${2:-5}

@@ -1,5 +1,5 @@
-# Installs the library, its public headers, and the package for find_package and pkg-config. Included where the library is
-# made.
+# Installs the library, its public headers, and the package for find_package and pkg-config. Included where the library
+# is made.
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 

@@ -5,8 +5,8 @@ find_program(UTILITY_RESOURCE_LINKER NAMES x86_64-w64-mingw32-ld)
 mark_as_advanced(UTILITY_WINDRES UTILITY_RESOURCE_LINKER)
 
 # utility_resource_library(FILE SOURCE [DEFINITION...] [DEPENDS FILE...]) makes FILE in the current build folder of the
-# resource script SOURCE, which may include files from the project's folder: those after DEPENDS. The caller has a target
-# depend on FILE.
+# resource script SOURCE, which may include files from the project's folder: those after DEPENDS. The caller has a
+# target depend on FILE.
 function(utility_resource_library file source)
   if(NOT UTILITY_WINDRES OR NOT UTILITY_RESOURCE_LINKER)
     message(FATAL_ERROR "No windres and ld for mingw-w64: install the package binutils-mingw-w64-x86-64, or switch the "

@@ -1,5 +1,5 @@
-# The library's strings in the languages of its table: for each a resource-only module beside the library, the same files
-# on every system. Makes the target UtilitySatellites, with their paths as its property UTILITY_FILES.
+# The library's strings in the languages of its table: for each a resource-only module beside the library, the same
+# files on every system. Makes the target UtilitySatellites, with their paths as its property UTILITY_FILES.
 include(UtilityResourceLibrary)
 
 # Where the library goes; Windows looks beside the programs.
@@ -12,7 +12,8 @@ if(NOT folder)
 endif()
 file(MAKE_DIRECTORY "${folder}")
 
-# The language's three letters, the locale identifier, a file of resources/languages. English is what the library itself has.
+# The language's three letters, the locale identifier, a file of resources/languages. English is what the library itself
+# has.
 set(satellites
     "ENG 0809"
     "CHS 0804 ChineseSimplified"

@@ -19,7 +19,8 @@ function(utility_options target)
   target_compile_options(
     ${target}
     PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${UTILITY_WERROR}>:-Werror>
-            # A contracted multiplication and addition rounds once instead of twice: results would depend on the processor.
+            # A contracted multiplication and addition rounds once instead of twice: results would depend on the
+            # processor.
             -ffp-contract=off)
   if(WIN32)
     target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
@@ -36,9 +37,9 @@ function(utility_precompile target)
   endif()
 endfunction()
 
-# Windows looks for a program's libraries beside it. Puts the C++ runtime into the current build folder and, with LIBRARY,
-# the library and its satellites too, so that the folder can be copied to another machine as it is. Makes the target `name`
-# for it.
+# Windows looks for a program's libraries beside it. Puts the C++ runtime into the current build folder and, with
+# LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. Makes the
+# target `name` for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
   if(NOT WIN32)
@@ -74,7 +75,8 @@ function(utility_stage_runtime name)
   endif()
 endfunction()
 
-# The C++ runtime of the Windows build: the library and its host share one, since failures and streams cross between them.
+# The C++ runtime of the Windows build: the library and its host share one, since failures and streams cross between
+# them.
 function(utility_runtime_files variable)
   set(files "")
   foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)

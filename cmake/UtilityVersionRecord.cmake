@@ -1,8 +1,9 @@
 # utility_version_record(TARGET PRODUCT <text> COMPANY <text> VERSION <1.2.3.4> [DESCRIPTION <text>] [COPYRIGHT <text>])
 #
-# Gives a program, or a shared or module library, a version record that CVersion reads: a version resource on Windows, and the
-# same record in the section .utility.version of an ELF file, which stripping leaves there. Texts may hold any characters. Of
-# the version up to four numbers below 65536 count, the rest are 0; it is that of the file and of the product.
+# Gives a program, or a shared or module library, a version record that CVersion reads: a version resource on Windows,
+# and the same record in the section .utility.version of an ELF file, which stripping leaves there. Texts may hold any
+# characters. Of the version up to four numbers below 65536 count, the rest are 0; it is that of the file and of the
+# product.
 function(utility_version_record target)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "PRODUCT;COMPANY;VERSION;DESCRIPTION;COPYRIGHT" "")
   foreach(required PRODUCT COMPANY VERSION)

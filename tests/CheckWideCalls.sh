@@ -1,7 +1,7 @@
 #!/bin/sh
-# Windows has most text operations twice: one ending in A, in the machine's code page, one ending in W. Only W is called,
-# by that name, but for the report of an assertion: its texts are narrow, and it is to work when little else does.
-# Lists calls of the others: CheckWideCalls.sh SYSTEM-HEADERS SOURCES (folders)
+# Windows has most text operations twice: one ending in A, in the machine's code page, one ending in W. Only W is
+# called, by that name, but for the report of an assertion: its texts are narrow, and it is to work when little else
+# does. Lists calls of the others: CheckWideCalls.sh SYSTEM-HEADERS SOURCES (folders)
 set -eu
 headers=$1
 sources=$2

@@ -1,4 +1,5 @@
-# What a user chooses holds from the next start of a program on: cmake -D PROGRAM=… -D EMULATOR=… -P DisplayLanguage.cmake
+# What a user chooses holds from the next start of a program on: cmake -D PROGRAM=… -D EMULATOR=… -P
+# DisplayLanguage.cmake
 function(run)
   execute_process(COMMAND ${EMULATOR} "${PROGRAM}" ${ARGN} OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
   set(output "${output}" PARENT_SCOPE)

@@ -1,4 +1,5 @@
-# A value's way through the program, and a whole tree's: cmake -D PROGRAM=... -D "OPTIONS=..." -D SAMPLE=... -D FOLDER=... -P Settings.cmake
+# A value's way through the program, and a whole tree's: cmake -D PROGRAM=... -D "OPTIONS=..." -D SAMPLE=... -D
+# FOLDER=... -P Settings.cmake
 #   EMULATOR  runs the program, if it is of another system
 #   OPTIONS   for each run, where the hives are
 #   SAMPLE    a registry file with all under one key
