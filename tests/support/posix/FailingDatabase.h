@@ -3,8 +3,8 @@
 namespace support
 {
 
-/// For its lifetime SQLite fails on this thread: at call number `at` (the first is 1) of those below it that can fail in
-/// this way, or at all from there on. Below it are the system's files and its allocations. Databases that are open
+/// For its lifetime SQLite fails on this thread: at call number `at` (the first is 1) of those below it that can fail
+/// in this way, or at all from there on. Below it are the system's files and its allocations. Databases that are open
 /// already fail as well. SQLite waits for nobody meanwhile: it sleeps no time.
 class FailingDatabase
 {

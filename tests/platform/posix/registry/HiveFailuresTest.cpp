@@ -14,8 +14,9 @@
 #include <tuple>
 #include <vector>
 
-// What goes wrong below a hive: every operation is done with the first of the calls below it failing, then with the second,
-// and so on until none is left to fail. Each time it has to be done or refused whole, and to leave nothing behind.
+// What goes wrong below a hive: every operation is done with the first of the calls below it failing, then with the
+// second, and so on until none is left to fail. Each time it has to be done or refused whole, and to leave nothing
+// behind.
 
 namespace
 {
