@@ -36,6 +36,7 @@ result() { printf '%-12s %s\n' "$1" "$2"; }
 # build_or_count PRESET: a build that fails counts as one failed test.
 build_or_count() {
     local start=$SECONDS
+    result "$1" "building"
     if build "$@"; then
         result "$1" "built in $((SECONDS - start)) s"
     else
@@ -57,6 +58,20 @@ compare_with_expected() {
     done < <(head -n 20 "$differences")
     [ "$count" -le 20 ] || result "$preset" "and $((count - 20)) more: $differences"
     failed=$((failed + count))
+}
+
+# build_and_test PRESET [CACHE-ENTRY...]: builds, and begins the tests, which run beside what comes next. finish waits for them.
+begun=()
+build_and_test() {
+    build_or_count "$@" || return 0
+    rm -f "$logs/$1-count"
+    result "$1" "testing"
+    (
+        passed=0 failed=0 skipped=0
+        run_tests "$1"
+        echo "$passed $failed $skipped" >"$logs/$1-count"
+    ) &
+    begun+=("$1")
 }
 
 # run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the state
@@ -123,10 +138,20 @@ run_tests() {
 
 # finish: the totals, and an exit status that says whether all is well. A run without a test is not.
 finish() {
+    local preset good bad out
+    wait
+    for preset in ${begun[@]+"${begun[@]}"}; do
+        # Without counts the tests did not come to their end.
+        read -r good bad out 2>/dev/null <"$logs/$preset-count" || good=0 bad=1 out=0
+        passed=$((passed + good))
+        failed=$((failed + bad))
+        skipped=$((skipped + out))
+    done
     if [ "$passed" = 0 ] && [ "$failed" = 0 ]; then
         echo "no test ran"
         failed=1
     fi
+    result "all of it" "$SECONDS s"
     if [ "$skipped" = 0 ]; then
         printf '%d passed, %d failed\n' "$passed" "$failed"
     else

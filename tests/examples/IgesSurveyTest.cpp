@@ -2,6 +2,7 @@
 
 #include "tests/support/IgesText.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/Thorough.h"
 
 #include <gtest/gtest.h>
 
@@ -258,7 +259,9 @@ TEST(IgesSurveyTest, TheSampleWithAnyByteReplacedIsReadToItsEnd)
     ASSERT_FALSE(sample.empty());
     const auto reals = static_cast<double>(SurveyOf(sample).reals);
     constexpr double longestRecord = 34.0;
-    for (std::size_t at = 0; at < sample.size(); ++at)
+    // A line has 81 bytes, so that every tenth byte is in every column by and by.
+    const std::size_t step = support::Thorough() ? 1 : 10;
+    for (std::size_t at = 0; at < sample.size(); at += step)
     {
         const char good = sample[at];
         // Without its end a line swallows the next one.

@@ -14,7 +14,6 @@
 #include <map>
 #include <memory>
 #include <new>
-#include <set>
 #include <thread>
 #include <type_traits>
 #include <unordered_map>
@@ -76,9 +75,7 @@ T Value(int number)
 
 using Entry = std::pair<const int, Numbers>;
 using Containers =
-    ::testing::Types<List, std::list<std::pair<int, Numbers>, CThreadNodeAllocator<std::pair<int, Numbers>>>,
-                     std::set<int, std::less<>, CThreadNodeAllocator<int>>,
-                     std::map<int, Numbers, std::less<>, CThreadNodeAllocator<Entry>>,
+    ::testing::Types<List, std::map<int, Numbers, std::less<>, CThreadNodeAllocator<Entry>>,
                      std::unordered_map<int, Numbers, std::hash<int>, std::equal_to<>, CThreadNodeAllocator<Entry>>,
                      std::deque<int, CThreadNodeAllocator<int>>, std::vector<int, CThreadNodeAllocator<int>>>;
 TYPED_TEST_SUITE(NodeContainerThreadTest, Containers);

@@ -1,5 +1,7 @@
 #include "utility/numbers/internal/FixedDigits.h"
 
+#include "tests/support/Thorough.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -91,7 +93,10 @@ void ExpectThoseOfTheStandardLibrary(int count, int mostDecimals)
     }
 }
 
-TEST(FixedDigitsTest, MillionsOfValuesAreThoseOfTheStandardLibrary) { ExpectThoseOfTheStandardLibrary(6'000'000, 19); }
+TEST(FixedDigitsTest, MillionsOfValuesAreThoseOfTheStandardLibrary)
+{
+    ExpectThoseOfTheStandardLibrary(support::Cases(6'000'000), 19);
+}
 
 TEST(FixedDigitsTest, ManyPlacesAreThoseOfTheStandardLibrary) { ExpectThoseOfTheStandardLibrary(200'000, 400); }
 

@@ -1,8 +1,10 @@
 #include "utility/numbers/FloatFormat.h"
 
+#include "tests/support/Doubles.h"
 #include "tests/support/FloatFormatModel.h"
 #include "tests/support/ForwardingLocale.h"
 #include "tests/support/KeepFloatingControl.h"
+#include "tests/support/Thorough.h"
 #include "utility/numbers/FloatParse.h"
 #include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/FloatingPoint.h"
@@ -17,7 +19,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -25,8 +26,8 @@
 namespace
 {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double quietNan = std::numeric_limits<double>::quiet_NaN();
+using support::infinity;
+using support::quietNan;
 
 // --- to_wstring
 
@@ -314,7 +315,7 @@ TEST(FloatFormatTest, RandomNumbersAreAsTheStepsGiveThem)
 {
     std::mt19937_64 random(1836);
     const std::wstring symbols[] = {L".", L",", L"::", L""};
-    for (int i = 0; i < 300'000; ++i)
+    for (int i = 0; i < support::Cases(300'000); ++i)
     {
         double value = std::bit_cast<double>(random());
         if (i % 2 == 0)

@@ -1,5 +1,6 @@
 #include "utility/numbers/FloatHygiene.h"
 
+#include "tests/support/Doubles.h"
 #include "tests/support/FloatingTrap.h"
 #include "tests/support/KeepFloatingControl.h"
 #include "utility/platform/FloatingPoint.h"
@@ -26,22 +27,13 @@ using utility::platform::FloatingControl;
 namespace
 {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double quietNan = std::numeric_limits<double>::quiet_NaN();
+using support::infinity;
+using support::quietNan;
+using support::Same;
 constexpr float floatInfinity = std::numeric_limits<float>::infinity();
 constexpr float floatNan = std::numeric_limits<float>::quiet_NaN();
 constexpr double smallestDouble = std::numeric_limits<double>::denorm_min();
 constexpr float smallestFloat = std::numeric_limits<float>::denorm_min();
-
-/// Equal in every bit, so that a zero has its sign; one NaN is as good as another.
-::testing::AssertionResult Same(double got, double expected)
-{
-    if (std::bit_cast<std::uint64_t>(got) == std::bit_cast<std::uint64_t>(expected) ||
-        (std::isnan(got) && std::isnan(expected)))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << std::hexfloat << got << " is not " << expected << std::defaultfloat << " ("
-                                         << got << ", " << expected << ")";
-}
 
 /// Numbers of all magnitudes, those of a float and those that a 32-bit integer holds more often than others.
 class RandomNumbers

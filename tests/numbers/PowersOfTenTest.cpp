@@ -1,5 +1,6 @@
 #include "utility/numbers/PowersOfTen.h"
 
+#include "tests/support/Doubles.h"
 #include "utility/platform/FloatingPoint.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,7 @@
 namespace
 {
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
+using support::infinity;
 
 /// The double nearest to a decimal power, by reading it.
 double NearestPowerOfTen(int exponent) { return std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr); }

@@ -1,17 +1,18 @@
 #include "utility/numbers/StatSeries.h"
 
+#include "tests/support/Doubles.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <new>
 #include <utility>
 
 namespace
 {
 
-constexpr double quietNan = std::numeric_limits<double>::quiet_NaN();
+using support::quietNan;
 
 StatSeries SeriesOf(const std::deque<double>& values)
 {

@@ -4,7 +4,8 @@
 #   exports   compares the names that the library in PREFIX exports with the list of them
 #   use       configures, builds and runs the project in the folder PROGRAM, if not given user/, the WAY it says; in names/ the
 #             program is to refer to every exported name
-# Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), and what the library was configured with.
+# Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS (a script
+# that names the library's objects, if there are any to take), and what the library was configured with.
 
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.
@@ -12,6 +13,9 @@ set(configure
     ${CMAKE_COMMAND} -G Ninja "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER}"
     "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DUTILITY_SHARED=${SHARED}" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -Wno-dev --no-warn-unused-cli
     --log-level=WARNING)
+if(OBJECTS AND NOT DEFINED ENV{UTILITY_TEST_LONG})
+  list(APPEND configure -C "${OBJECTS}")
+endif()
 
 function(run)
   execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)

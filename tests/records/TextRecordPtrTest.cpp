@@ -3,6 +3,7 @@
 #include "tests/support/GuardedText.h"
 #include "tests/support/LogSettings.h"
 #include "tests/support/TextRecordTrial.h"
+#include "tests/support/Thorough.h"
 #include "utility/failures/Failures.h"
 
 #include <gtest/gtest.h>
@@ -983,22 +984,15 @@ protected:
 
 const std::string alphabet = "059+-.ED ,X|";
 
-/// Fewer where everything takes many times as long.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::size_t longestOfAll = 4;
-constexpr int randomTexts = 100'000;
-#else
-constexpr std::size_t longestOfAll = 5;
-constexpr int randomTexts = 200'000;
-#endif
-
 }
 
 INSTANTIATE_TEST_SUITE_P(Cursors, AgainstTheModel, bothCalls, nameOfCalls);
 
 TEST_P(AgainstTheModel, EveryShortText)
 {
-    for (std::size_t length = 0; length <= longestOfAll; ++length)
+    // Of all with five characters and less, every twelfth has fewer than five.
+    const std::size_t longest = support::Thorough() ? 5 : 4;
+    for (std::size_t length = 0; length <= longest; ++length)
     {
         ForEachText(length, alphabet,
                     [this](const std::string& text)
@@ -1050,7 +1044,8 @@ TEST_P(AgainstTheModel, RandomTextsOfRandomLength)
     std::mt19937 random(19'990'731);
     const auto below = [&random](std::size_t limit) { return random() % limit; };
     const std::string digits = "0123456789";
-    for (int i = 0; i < randomTexts && !HasFatalFailure(); ++i)
+    const int texts = support::Cases(200'000);
+    for (int i = 0; i < texts && !HasFatalFailure(); ++i)
     {
         // Mostly numbers, of which some characters are others or missing.
         std::string text;

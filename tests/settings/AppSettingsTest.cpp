@@ -127,8 +127,9 @@ class AppSettingsNumberTest : public AppSettingsTest
 {
 };
 
-using Numbers = testing::Types<bool, int, unsigned int, DWORD, LONG, long, unsigned long, long long, unsigned long long,
-                               std::int64_t, std::uint64_t, float, double, FILETIME>;
+// All that there are: DWORD, std::int64_t and the like are names of some of these.
+using Numbers = testing::Types<bool, int, unsigned int, long, unsigned long, long long, unsigned long long, float,
+                               double, FILETIME>;
 TYPED_TEST_SUITE(AppSettingsNumberTest, Numbers);
 
 }

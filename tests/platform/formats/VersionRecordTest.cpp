@@ -22,12 +22,12 @@ const wchar_t* const namePath = L"\\StringFileInfo\\040904b0\\Name";
 const wchar_t* const otherPath = L"\\StringFileInfo\\040904b0\\Other";
 const wchar_t* const translationPath = L"\\VarFileInfo\\Translation";
 
-std::string Sample()
+std::string SampleRecord()
 {
     return BytesOf(RecordOfTexts({StoredText(u"Name", u"value"), StoredText(u"Other", u"another")}));
 }
 
-void GuardedLookups(const std::string& record)
+void LookUpGuarded(const std::string& record)
 {
     const support::GuardedText guarded(record, support::GuardedText::Touches::pageBehind);
     support::LookUpEverything({guarded.First(), record.size()});
@@ -44,7 +44,7 @@ std::string With(std::string bytes, std::size_t at, Value value)
 
 TEST(VersionRecordTest, ValuesAreFoundByTheirPath)
 {
-    const VersionBlock block(Sample());
+    const VersionBlock block(SampleRecord());
     EXPECT_EQ(block.Text(namePath), L"value");
     EXPECT_EQ(block.Text(otherPath), L"another");
     EXPECT_EQ(block.Find(translationPath), std::string_view("\x09\x04\xB0\x04", 4));
@@ -54,12 +54,12 @@ TEST(VersionRecordTest, ValuesAreFoundByTheirPath)
 
 TEST(VersionRecordTest, CaseOfKeysIsIgnored)
 {
-    EXPECT_EQ(VersionBlock(Sample()).Text(L"\\STRINGFILEINFO\\040904B0\\nAME"), L"value");
+    EXPECT_EQ(VersionBlock(SampleRecord()).Text(L"\\STRINGFILEINFO\\040904B0\\nAME"), L"value");
 }
 
 TEST(VersionRecordTest, AbsentKeysAreNotFound)
 {
-    const VersionBlock block(Sample());
+    const VersionBlock block(SampleRecord());
     for (const wchar_t* path : {L"\\Name", L"\\StringFileInfo\\Name", L"\\StringFileInfo\\040904b1\\Name",
                                 L"\\StringFileInfo\\040904b0\\Nam", L"\\StringFileInfo\\040904b0\\Names",
                                 L"\\StringFileInfo\\040904b0\\Name\\Name", L"\\VarFileInfo\\Translations"})
@@ -68,7 +68,7 @@ TEST(VersionRecordTest, AbsentKeysAreNotFound)
 
 TEST(VersionRecordTest, LengthsAreThoseThatAreStored)
 {
-    const VersionBlock block(Sample());
+    const VersionBlock block(SampleRecord());
     EXPECT_EQ(block.Find(namePath)->size(), 6u); // characters, with the null
     EXPECT_EQ(block.Find(translationPath)->size(), 4u);
     EXPECT_EQ(block.Find(L"\\StringFileInfo")->size(), 0u);
@@ -90,7 +90,7 @@ TEST_P(OddTextTest, IsReadUpToItsNull)
     const auto record = BytesOf(RecordOfTexts({GetParam().node, StoredText(u"Other", u"another")}));
     EXPECT_EQ(VersionBlock(record).Text(namePath), GetParam().text);
     EXPECT_EQ(VersionBlock(record).Text(otherPath), L"another");
-    GuardedLookups(record);
+    LookUpGuarded(record);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -115,7 +115,7 @@ TEST(VersionRecordTest, TextWithoutANullAtTheEndOfTheRecordEndsWithIt)
     const RecordNode translation{u"040904b0", true, "", {text}, {}, {}};
     const auto record = BytesOf(support::VersionRecord({{u"StringFileInfo", true, "", {translation}, {}, {}}}));
     EXPECT_EQ(VersionBlock(record).Text(namePath), L"abc");
-    GuardedLookups(record);
+    LookUpGuarded(record);
 }
 
 TEST(VersionRecordTest, FirstOfTwoNodesWithAKeyIsTaken)
@@ -156,7 +156,7 @@ TEST(VersionRecordTest, ShortTranslationIsWhatThereIsOfIt)
 
 TEST(VersionRecordTest, BytesBehindTheRecordDoNotCount)
 {
-    const VersionBlock block(Sample() + std::string(100, 'x'));
+    const VersionBlock block(SampleRecord() + std::string(100, 'x'));
     EXPECT_EQ(block.Text(otherPath), L"another");
 }
 
@@ -176,7 +176,7 @@ TEST(VersionRecordTest, WhatDoesNotBeginWithFixedInformationIsNoRecord)
 
 TEST(DamagedVersionRecordTest, CutAtEveryByteItIsNoRecord)
 {
-    const std::string whole = Sample();
+    const std::string whole = SampleRecord();
     for (std::size_t size = 0; size < whole.size(); ++size)
     {
         const support::GuardedText guarded(whole.substr(0, size), support::GuardedText::Touches::pageBehind);
@@ -186,14 +186,14 @@ TEST(DamagedVersionRecordTest, CutAtEveryByteItIsNoRecord)
 
 TEST(DamagedVersionRecordTest, WildValuesAnywhereAreHarmless)
 {
-    const std::string whole = Sample();
+    const std::string whole = SampleRecord();
     for (std::size_t at = 0; at + 2 <= whole.size(); at += 2)
     {
         for (const std::uint16_t value : {std::uint16_t{0}, std::uint16_t{1}, std::uint16_t{3}, std::uint16_t{0x7FFF},
                                           std::uint16_t{0xD83D}, std::uint16_t{0xFFFF}, static_cast<std::uint16_t>(at)})
         {
             const std::string record = With(whole, at, value);
-            GuardedLookups(record);
+            LookUpGuarded(record);
             ASSERT_LE(VersionBlock(record).Text(namePath).size(), whole.size()) << at << ": " << value;
         }
     }
@@ -201,9 +201,9 @@ TEST(DamagedVersionRecordTest, WildValuesAnywhereAreHarmless)
 
 TEST(DamagedVersionRecordTest, LongestRecordOfNodesWithoutLengthTakesNoTime)
 {
-    std::string record = Sample();
+    std::string record = SampleRecord();
     record.resize(0xFFFF);
     record = With(record, 0, std::uint16_t{0xFFFF});
-    GuardedLookups(record);
+    LookUpGuarded(record);
     EXPECT_EQ(VersionBlock(record).Text(namePath), L"value");
 }

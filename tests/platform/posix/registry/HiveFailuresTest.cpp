@@ -3,6 +3,7 @@
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/FailingDatabase.h"
 #include "tests/support/TemporaryFolder.h"
+#include "utility/platform/posix/registry/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -28,10 +29,9 @@ using support::TemporaryFolder;
 using utility::platform::Registry;
 using utility::platform::posix::Hive;
 using utility::platform::posix::HiveOwner;
+using utility::platform::posix::Status;
 using Failure = FailingDatabase::Failure;
 using Lasting = FailingDatabase::Lasting;
-
-LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
 
 const LSTATUS busy = Status(ERROR_BUSY);
 const LSTATUS full = Status(ERROR_DISK_FULL);

@@ -3,6 +3,7 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Hives.h"
+#include "utility/platform/posix/registry/Status.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -29,8 +30,7 @@ using utility::platform::HiveFile;
 using utility::platform::Registry;
 using utility::platform::SetHiveFile;
 using utility::platform::posix::Hive;
-
-LSTATUS Status(DWORD error) { return static_cast<LSTATUS>(error); }
+using utility::platform::posix::Status;
 
 const LSTATUS missing = Status(ERROR_FILE_NOT_FOUND);
 const LSTATUS damaged = Status(ERROR_BADDB);
