@@ -129,18 +129,6 @@ TEST_F(FilesTest, WriterMakesTheFileAndKeepsItsBytes)
     EXPECT_EQ(m_folder.BytesOf(m_folder / "old"), "bytes");
 }
 
-TEST_F(FilesTest, FileIsNoMappingAndAMappingNoFile)
-{
-    const HANDLE file = Files().OpenForReading(File("a", "bytes"));
-    const HANDLE mapping = Files().MapReadOnly(file);
-    ASSERT_NE(mapping, nullptr);
-    std::uint64_t length = 0;
-    ExpectFailed(Files().Length(mapping, length), 6);
-    ExpectFailed(Files().ViewAll(file, 5) != nullptr, 6);
-    EXPECT_TRUE(Files().Close(mapping));
-    EXPECT_TRUE(Files().Close(file));
-}
-
 TEST_F(FilesTest, MissingFileIsError2) { ExpectRefused(Files().OpenForReading(Path("missing")), 2); }
 
 TEST_F(FilesTest, MissingFolderIsError3)

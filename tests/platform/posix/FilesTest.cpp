@@ -21,6 +21,21 @@ using support::FailingCall;
 using utility::platform::Files;
 using utility::platform::LastError;
 
+TEST(PosixFilesTest, FileIsNoMappingAndAMappingNoFile)
+{
+    const support::TemporaryFolder folder;
+    const HANDLE file = Files().OpenForReading(folder.File("a", "bytes"));
+    const HANDLE mapping = Files().MapReadOnly(file);
+    ASSERT_NE(mapping, nullptr);
+    std::uint64_t length = 0;
+    EXPECT_FALSE(Files().Length(mapping, length));
+    EXPECT_EQ(LastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(Files().ViewAll(file, 5), nullptr);
+    EXPECT_EQ(LastError(), ERROR_INVALID_HANDLE);
+    EXPECT_TRUE(Files().Close(mapping));
+    EXPECT_TRUE(Files().Close(file));
+}
+
 TEST(PosixFilesTest, FullDiskIsToldByTheFailureOfTheWrite)
 {
     const CMemoryMappedFile file(L"/dev/full", 0);
