@@ -87,7 +87,8 @@ private:
         return 0;
     }
 
-    static int Deliver(const posix::LocaleRecord* record, std::wstring_view posix::LocaleRecord::*field, wchar_t* buffer, int size)
+    static int Deliver(const posix::LocaleRecord* record, std::wstring_view posix::LocaleRecord::*field,
+                       wchar_t* buffer, int size)
     {
         if (record == nullptr)
             return Fail(ERROR_INVALID_PARAMETER);

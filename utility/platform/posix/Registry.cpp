@@ -3,6 +3,7 @@
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Hive.h"
+#include "utility/platform/posix/registry/OpenKeys.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@
 #include <pthread.h>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace utility::platform
 {
@@ -155,13 +155,7 @@ public:
         const std::lock_guard lock(m_mutex);
         if (HiveOf(key) != nullptr)
             return success;
-        Slot* const slot = SlotOf(key);
-        if (slot == nullptr)
-            return Status(ERROR_INVALID_HANDLE);
-        slot->hive = nullptr;
-        ++slot->serial;
-        m_free.push_back(static_cast<std::size_t>(slot - m_slots.data()));
-        return success;
+        return m_keys.Remove(key) ? success : Status(ERROR_INVALID_HANDLE);
     }
 
     LSTATUS SHDeleteKeyW(HKEY parent, const wchar_t* subKey) override
@@ -203,15 +197,6 @@ public:
     }
 
 private:
-    struct Slot
-    {
-        std::unique_ptr<Hive>* hive; ///< null for one that is free
-        std::uint32_t serial;        ///< of the handle that is good for it
-        std::uint32_t generation;
-        Hive::Key key;
-        DWORD access;
-    };
-
     PosixRegistry()
         : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
           m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
@@ -239,23 +224,6 @@ private:
         return root == HKEY_CURRENT_USER ? &m_user : root == HKEY_LOCAL_MACHINE ? &m_machine : nullptr;
     }
 
-    // A handle is the number of its slot, from 1, below the slot's serial number: one that was closed is known as such.
-    static constexpr int serialShift = 32;
-
-    HKEY HandleOf(std::size_t index) const
-    {
-        return reinterpret_cast<HKEY>(std::uintptr_t{m_slots[index].serial} << serialShift | (index + 1));
-    }
-
-    Slot* SlotOf(HKEY key)
-    {
-        const auto value = reinterpret_cast<std::uintptr_t>(key);
-        const std::size_t index = (value & 0xFFFFFFFF) - 1;
-        if (index >= m_slots.size() || m_slots[index].serial != value >> serialShift || m_slots[index].hive == nullptr)
-            return nullptr;
-        return &m_slots[index];
-    }
-
     /// Runs an operation on the key behind a handle that has the right to it.
     template <class Operation>
     LSTATUS With(HKEY handle, DWORD right, Operation&& operation)
@@ -266,14 +234,14 @@ private:
             {
                 if (std::unique_ptr<Hive>* const hive = HiveOf(handle))
                     return operation(**hive, Hive::root);
-                const Slot* const slot = SlotOf(handle);
-                if (slot == nullptr)
+                const posix::OpenKeys::Entry* const entry = m_keys.Find(handle);
+                if (entry == nullptr)
                     return Status(ERROR_INVALID_HANDLE);
-                if (slot->generation != (*slot->hive)->Generation())
+                if (entry->generation != (*entry->hive)->Generation())
                     return Status(ERROR_KEY_DELETED);
-                if ((slot->access & right) != right)
+                if ((entry->access & right) != right)
                     return Status(ERROR_ACCESS_DENIED);
-                return operation(**slot->hive, slot->key);
+                return operation(**entry->hive, entry->key);
             });
     }
 
@@ -293,39 +261,24 @@ private:
     LSTATUS OpenKey(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key,
                     LSTATUS (Hive::*find)(Hive::Key, std::wstring_view, Hive::Key&))
     {
-        return With(parent, nothing,
-                    [&](Hive& hive, Hive::Key id)
-                    {
-                        Hive::Key found;
-                        LSTATUS status = (hive.*find)(id, Text(subKey), found);
-                        if (status == success && (access & KEY_WRITE & ~KEY_READ) != 0)
-                            status = hive.Writable();
-                        if (status == success)
-                            key = NewHandle(hive, found, access);
-                        return status;
-                    });
-    }
-
-    HKEY NewHandle(const Hive& hive, Hive::Key id, DWORD access)
-    {
-        if (m_free.empty())
-        {
-            m_free.reserve(m_slots.size() + 1);
-            m_slots.push_back({});
-            m_free.push_back(m_slots.size() - 1);
-        }
-        const std::size_t index = m_free.back();
-        m_free.pop_back();
-        Slot& slot = m_slots[index];
-        slot = {&hive == m_user.get() ? &m_user : &m_machine, slot.serial, hive.Generation(), id, access};
-        return HandleOf(index);
+        return With(
+            parent, nothing,
+            [&](Hive& hive, Hive::Key id)
+            {
+                Hive::Key found;
+                LSTATUS status = (hive.*find)(id, Text(subKey), found);
+                if (status == success && (access & KEY_WRITE & ~KEY_READ) != 0)
+                    status = hive.Writable();
+                if (status == success)
+                    key = m_keys.Add({&hive == m_user.get() ? &m_user : &m_machine, hive.Generation(), found, access});
+                return status;
+            });
     }
 
     std::mutex m_mutex;
     std::unique_ptr<Hive> m_user;
     std::unique_ptr<Hive> m_machine;
-    std::vector<Slot> m_slots;
-    std::vector<std::size_t> m_free; ///< has room for every slot, so that closing a key needs no memory
+    posix::OpenKeys m_keys;
 };
 
 }
