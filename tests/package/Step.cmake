@@ -10,7 +10,7 @@
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.
 set(configure
-    ${CMAKE_COMMAND} -G Ninja "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER}"
+    ${CMAKE_COMMAND} --fresh -G Ninja "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DCMAKE_CXX_COMPILER_LAUNCHER=${CXX_LAUNCHER}"
     "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DUTILITY_SHARED=${SHARED}" -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON -Wno-dev --no-warn-unused-cli
     --log-level=WARNING)
 if(OBJECTS AND NOT DEFINED ENV{UTILITY_TEST_LONG})
