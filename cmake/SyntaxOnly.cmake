@@ -1,5 +1,5 @@
-# The compiler only reads the sources, for the sake of its warnings. What would be made of them is an empty file, by which the
-# build knows that it is done.
+# The compiler only reads the sources, for the sake of its warnings. What would be made of them is an empty file, by
+# which the build knows that it is done.
 set(CMAKE_CXX_COMPILE_OBJECT "<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -fsyntax-only <SOURCE>"
                              "${CMAKE_COMMAND} -E touch <OBJECT>")
 set(CMAKE_CXX_CREATE_SHARED_LIBRARY "${CMAKE_COMMAND} -E touch <TARGET>")

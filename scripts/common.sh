@@ -16,7 +16,8 @@ quietly() {
     fi
 }
 
-# build PRESET [CACHE-ENTRY...]: configures and builds. The environment's UTILITY_WERROR and UTILITY_TEST_DATA are taken over.
+# build PRESET [CACHE-ENTRY...]: configures and builds. The environment's UTILITY_WERROR and UTILITY_TEST_DATA are taken
+# over.
 build() {
     local preset=$1
     shift
@@ -46,7 +47,8 @@ build_or_count() {
     fi
 }
 
-# compare_with_expected PRESET: what did not run as tests/expected.txt has it counts as failed, each; the first are shown.
+# compare_with_expected PRESET: what did not run as tests/expected.txt has it counts as failed, each; the first are
+# shown.
 compare_with_expected() {
     local preset=$1 data count differences=$logs/$1-differences.txt
     data=$(sed -n 's/^UTILITY_TEST_DATA:PATH=//p' "$root/build/$preset/CMakeCache.txt")
@@ -60,7 +62,8 @@ compare_with_expected() {
     failed=$((failed + count))
 }
 
-# build_and_test PRESET [CACHE-ENTRY...]: builds, and begins the tests, which run beside what comes next. finish waits for them.
+# build_and_test PRESET [CACHE-ENTRY...]: builds, and begins the tests, which run beside what comes next. finish waits
+# for them.
 begun=()
 build_and_test() {
     build_or_count "$@" || return 0
@@ -74,9 +77,9 @@ build_and_test() {
     begun+=("$1")
 }
 
-# run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the state
-# (passed, failed, skipped, or lacking: not run since the processor lacks the instructions) and the name of each. A part of the
-# tests that runs in one process counts by its results.
+# run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the
+# state (passed, failed, skipped, or lacking: not run since the processor lacks the instructions) and the name of each.
+# A part of the tests that runs in one process counts by its results.
 run_tests() {
     local preset=$1 start=$SECONDS junit=$logs/$1-tests.xml table=$logs/$1-tests.tsv log=$logs/$1-tests.log
     local results=$root/build/$1/tests/results status=0 good bad out

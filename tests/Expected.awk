@@ -1,6 +1,8 @@
-# Compares the tests that ran with those that had to: awk -v preset=… -v data=… -v ci=… -f Expected.awk expected.txt PRESET-tests.tsv
-# Says in a line each what is not as it has to be: a test that did not run, that is not listed, or, with ci, that was skipped.
-# data is the folder of real files, if there is one. ThreadSanitizer runs the tests whose names speak of threads.
+# Compares the tests that ran with those that had to:
+#   awk -v preset=… -v data=… -v ci=… -f Expected.awk expected.txt PRESET-tests.tsv
+# Says in a line each what is not as it has to be: a test that did not run, that is not listed, or,
+# with ci, that was skipped. data is the folder of real files, if there is one. ThreadSanitizer runs the tests whose
+# names speak of threads.
 BEGIN { FS = "\t" }
 FNR == NR {
     if (/^#/)

@@ -1,9 +1,10 @@
 #!/bin/sh
-# Holds the names that the shared library exports against the list of them, and the program that is to refer to each against it:
+# Holds the names that the shared library exports against the list of them, and the program that is to refer to each
+# against it:
 #   CheckNames.sh exports linux|windows LIST NM LIBRARY (on Windows its import library)
 #   CheckNames.sh referred linux|windows LIST NM OBJECT (of the program)
-# LIST has a name in a line; then, after a tab, `linux` or `windows` if it is of one system only, and `private` if no user can
-# refer to it. Names are written as on Linux, where an int has 32 bits and a long 64.
+# LIST has a name in a line; then, after a tab, `linux` or `windows` if it is of one system only, and `private` if no
+# user can refer to it. Names are written as on Linux, where an int has 32 bits and a long 64.
 set -eu
 mode=$1 system=$2 list=$3 nm=$4 file=$5
 export LC_ALL=C
@@ -24,7 +25,8 @@ esac | c++filt | {
     s/std::basic_string_view<(w?)char(_t)?, std::char_traits<w?char(_t)?> >/std::\1string_view/g
     s/std::basic_ostream<wchar_t, std::char_traits<wchar_t> >/std::wostream/g
     s/ >/>/g
-    # Not the names of other libraries, nor what the compiler makes of a class besides its type and its table of functions.
+    # Not the names of other libraries, nor what the compiler makes of a class besides its type and its table of
+    # functions.
     /^((typeinfo|vtable) for )?(std|boost|__gnu_cxx)::/d
     /^(typeinfo name for|construction vtable for|VTT for|virtual thunk to|guard variable for) /d
     /^typeinfo for .*\*$/d' | sort -u | awk -F'\t' -v mode="$mode" -v on="$system" '

@@ -2,10 +2,10 @@
 #   install   builds the library if BUILD is not given, and installs it to PREFIX
 #   headers   compares what is installed in PREFIX with what utility/Utility.h reaches
 #   exports   compares the names that the library in PREFIX exports with the list of them
-#   use       configures, builds and runs the project in the folder PROGRAM, if not given user/, the WAY it says; in names/ the
-#             program is to refer to every exported name
-# Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS (a script
-# that names the library's objects, if there are any to take), and what the library was configured with.
+#   use       configures, builds and runs the project in the folder PROGRAM, if not given user/, the WAY it says;
+#             in names/ the program is to refer to every exported name
+# Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS (a
+# script that names the library's objects, if there are any to take), and what the library was configured with.
 
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.

@@ -9,7 +9,8 @@
 namespace support
 {
 
-/// For its lifetime the version records: the system's, with a record of the queries, except where a test says otherwise.
+/// For its lifetime the version records: the system's, with a record of the queries, except where a test says
+/// otherwise.
 class ForwardingVersionInfo : public utility::platform::VersionInfoService
 {
 public:

@@ -1,6 +1,7 @@
 #pragma once
 
-// The reasons of failed operations, as Windows numbers them, on every system: those that LastError() and the registry give.
+// The reasons of failed operations, as Windows numbers them, on every system: those that LastError() and the registry
+// give.
 
 #include "utility/platform/Types.h"
 

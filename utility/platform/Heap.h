@@ -13,7 +13,8 @@ class HeapService
 public:
     virtual ~HeapService() = default;
 
-    /// Memory for an object of any ordinary type, not cleared; null if there is none left. Nobody is asked to make room.
+    /// Memory for an object of any ordinary type, not cleared; null if there is none left. Nobody is asked to make
+    /// room.
     [[nodiscard]] virtual void* Allocate(std::size_t size) = 0;
 
     /// Takes back what Allocate gave. Null is ignored.

@@ -6,8 +6,8 @@
 namespace utility::platform
 {
 
-/// What the system knows of locales, by their Windows identifiers. Any thread may call. An operation that fails leaves its
-/// reason in LastError(): an unknown locale is 87, a buffer that is too short 122.
+/// What the system knows of locales, by their Windows identifiers. Any thread may call. An operation that fails leaves
+/// its reason in LastError(): an unknown locale is 87, a buffer that is too short 122.
 ///
 /// A text goes to a buffer of `size` characters, null-terminated; the result is its length with the terminator, 0 on
 /// failure. With a `size` of 0 nothing is written and the length alone is given. Linux knows the locales in
@@ -29,8 +29,8 @@ public:
     /// The three letters of a locale's language and region: ENG, DEU, DEA.
     virtual int LanguageAbbreviation(LCID locale, wchar_t* buffer, int size) = 0;
 
-    /// The user's own locale. On Linux that of LC_ALL, LC_MESSAGES or LANG, the first that is not empty; 0x0409 where they
-    /// name no known language.
+    /// The user's own locale. On Linux that of LC_ALL, LC_MESSAGES or LANG, the first that is not empty; 0x0409 where
+    /// they name no known language.
     virtual LCID UserDefault() = 0;
 
     /// The locale of the calling thread: the user's until it is set.

@@ -25,7 +25,8 @@ public:
     virtual DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) = 0;
 
     /// Loads a module for the sake of its resources; a file that is loaded already is the same module. The path is an
-    /// absolute one. Each success is given up by a Free. Null on failure: no such file is 126, one that is no module 193.
+    /// absolute one. Each success is given up by a Free. Null on failure: no such file is 126, one that is no module
+    /// 193.
     [[nodiscard]] virtual HINSTANCE Load(const wchar_t* path) = 0;
 
     /// Gives up a reference to a module. Fails for what is not loaded (126). On Linux what the system's own loader has
@@ -40,8 +41,8 @@ public:
 ServiceSlot<ModuleService>& ModulesSlot() noexcept;
 inline ModuleService& Modules() noexcept { return ModulesSlot().Get(); }
 
-/// The path that the names of a module's satellites begin with: the module's without what the system adds to the name. On
-/// Windows that is the extension; on Linux /opt/libMilling.so.1 gives /opt/Milling and /opt/app.bin gives /opt/app.
+/// The path that the names of a module's satellites begin with: the module's without what the system adds to the name.
+/// On Windows that is the extension; on Linux /opt/libMilling.so.1 gives /opt/Milling and /opt/app.bin gives /opt/app.
 [[nodiscard]] std::wstring SatelliteStem(std::wstring_view moduleFile);
 
 }

@@ -51,9 +51,10 @@ struct RegistryKeyInfo
 /// buffer is too small 234, nothing more to enumerate 259, the key was deleted meanwhile 1018. Nothing throws.
 ///
 /// A key is named by a path with backslashes, relative to its parent: HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE or an open
-/// key; a null or empty path is the parent itself, one that begins with a backslash is refused (161). Names are found in
-/// any case and keep the case they were made with. A key's name has at most 255 characters, a value's 16383. A null or empty value name is the key's unnamed value.
-/// Text in values is stored as UTF-16, terminator included; the bytes are the caller's.
+/// key; a null or empty path is the parent itself, one that begins with a backslash is refused (161). Names are found
+/// in any case and keep the case they were made with. A key's name has at most 255 characters, a value's 16383. A null
+/// or empty value name is the key's unnamed value. Text in values is stored as UTF-16, terminator included; the bytes
+/// are the caller's.
 class RegistryService
 {
 public:

@@ -1,5 +1,5 @@
-// Refers to every function and operation that the library offers to its users, by calls that are never made: what is not
-// exported does not link, and what a user's compiler cannot make of the installed headers does not compile.
+// Refers to every function and operation that the library offers to its users, by calls that are never made: what is
+// not exported does not link, and what a user's compiler cannot make of the installed headers does not compile.
 #include <utility/Utility.h>
 
 #include <cstdarg>

@@ -9,8 +9,8 @@
 namespace utility::platform::formats
 {
 
-/// The bytes of the section of a program's own data that has this name; none if there is none, in files of other kinds and in
-/// damaged ones. Nothing is read outside the file.
+/// The bytes of the section of a program's own data that has this name; none if there is none, in files of other kinds
+/// and in damaged ones. Nothing is read outside the file.
 Bytes ElfSection(Bytes file, std::string_view name);
 
 }

@@ -10,7 +10,8 @@ namespace utility::platform::formats
 namespace
 {
 
-// Records of the file format. Addresses count from where the module would be loaded, offsets into the tree from its root.
+// Records of the file format. Addresses count from where the module would be loaded, offsets into the tree from its
+// root.
 
 struct FileHeader
 {

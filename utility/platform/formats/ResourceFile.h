@@ -1,15 +1,15 @@
 #pragma once
 
-// The resources of a PE file, the format of modules on Windows, read where they stand in its bytes. Such a file cannot be
-// loaded here, but its strings, bitmaps and version record serve every system.
+// The resources of a PE file, the format of modules on Windows, read where they stand in its bytes. Such a file cannot
+// be loaded here, but its strings, bitmaps and version record serve every system.
 //
 //     const MappedFile file("/opt/app/AppResDEU.dll");
 //     const ResourceFile resources(file.Content());
 //     const std::wstring text = resources.String(8300);
 //
-// Files of 32 and of 64 bits are read. Any thread may use an object, while the bytes are there. Bytes that are no PE file,
-// or a damaged one, have the resources that can be found whole in them, if any: whatever they say, nothing is read outside
-// them, and no search follows a circle. Nothing throws except where memory runs out.
+// Files of 32 and of 64 bits are read. Any thread may use an object, while the bytes are there. Bytes that are no PE
+// file, or a damaged one, have the resources that can be found whole in them, if any: whatever they say, nothing is
+// read outside them, and no search follows a circle. Nothing throws except where memory runs out.
 //
 // Where a resource is there in several languages the first is taken. Files have them in the order of their numbers, so
 // that is the neutral one, if there is one.

@@ -1,7 +1,7 @@
 #pragma once
 
-// Version records in their stored form, which is that of the version resource on Windows: nodes within nodes, each with a
-// key and a value, aligned to four bytes from the start of the record.
+// Version records in their stored form, which is that of the version resource on Windows: nodes within nodes, each with
+// a key and a value, aligned to four bytes from the start of the record.
 //
 // A record is read into a block: the record as it is stored, and behind it the same units widened, so that each text is
 // there as wide text too. The block is all that a look-up needs.
@@ -15,8 +15,8 @@
 namespace utility::platform::formats
 {
 
-/// The version record in a file: the resource of a PE file, or the section ".utility.version" of a 64-bit ELF file; none
-/// if it has none.
+/// The version record in a file: the resource of a PE file, or the section ".utility.version" of a 64-bit ELF file;
+/// none if it has none.
 Bytes FindVersionRecord(Bytes file);
 
 /// The size of the block that a record is read into; 0 if it is cut short or does not begin with fixed information.
