@@ -2,6 +2,8 @@
 
 #include "utility/platform/Hives.h"
 
+#include <boost/filesystem/path.hpp>
+
 #include <shlwapi.h>
 
 namespace utility::platform
