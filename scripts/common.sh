@@ -62,19 +62,26 @@ compare_with_expected() {
     failed=$((failed + count))
 }
 
-# build_and_test PRESET [CACHE-ENTRY...]: builds, and begins the tests, which run beside what comes next. finish waits
-# for them.
+# beside NAME COMMAND...: begins a command that counts, to run beside what comes next. finish waits for it and adds its
+# counts.
 begun=()
-build_and_test() {
-    build_or_count "$@" || return 0
-    rm -f "$logs/$1-count"
-    result "$1" "testing"
+beside() {
+    local name=$1
+    shift
+    rm -f "$logs/$name-count"
     (
         passed=0 failed=0 skipped=0
-        run_tests "$1"
-        echo "$passed $failed $skipped" >"$logs/$1-count"
+        "$@" || true
+        echo "$passed $failed $skipped" >"$logs/$name-count"
     ) &
-    begun+=("$1")
+    begun+=("$name")
+}
+
+# build_and_test PRESET [CACHE-ENTRY...]: builds, and begins the tests.
+build_and_test() {
+    build_or_count "$@" || return 0
+    result "$1" "testing"
+    beside "$1" run_tests "$1"
 }
 
 # run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the
@@ -141,11 +148,11 @@ run_tests() {
 
 # finish: the totals, and an exit status that says whether all is well. A run without a test is not.
 finish() {
-    local preset good bad out
+    local name good bad out
     wait
-    for preset in ${begun[@]+"${begun[@]}"}; do
-        # Without counts the tests did not come to their end.
-        read -r good bad out 2>/dev/null <"$logs/$preset-count" || good=0 bad=1 out=0
+    for name in ${begun[@]+"${begun[@]}"}; do
+        # Without counts it did not come to its end.
+        read -r good bad out 2>/dev/null <"$logs/$name-count" || good=0 bad=1 out=0
         passed=$((passed + good))
         failed=$((failed + bad))
         skipped=$((skipped + out))

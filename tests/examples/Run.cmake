@@ -7,11 +7,19 @@
 if(COPY)
   configure_file("${COPY}" "${TO}" COPYONLY)
 endif()
-execute_process(
-  COMMAND ${EMULATOR} "${PROGRAM}" ${ARGUMENTS}
-  RESULT_VARIABLE status
-  OUTPUT_VARIABLE output
-  ERROR_VARIABLE errors)
+macro(run)
+  execute_process(
+    COMMAND ${EMULATOR} "${PROGRAM}" ${ARGUMENTS}
+    RESULT_VARIABLE status
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE errors)
+endmacro()
+
+run()
+# On a busy machine Wine now and then gives up on a program before that begins: with 1, and without a word.
+if(EMULATOR AND status STREQUAL 1 AND output STREQUAL "" AND errors STREQUAL "")
+  run()
+endif()
 string(REPLACE "\r" "" output "${output}")
 string(REPLACE "\r" "" errors "${errors}")
 if(NOT status STREQUAL STATUS)
