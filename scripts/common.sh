@@ -121,6 +121,12 @@ run_tests() {
             gsub(/&quot;/, "\"", name)
             gsub(/&apos;/, "\047", name)
             gsub(/&amp;/, "\\&", name)
+            # What ctest calls Suite.Name<0> is Suite/0.Name to its program.
+            if (match(name, /<[0-9]+>$/)) {
+                instance = "/" substr(name, RSTART + 1, RLENGTH - 2) "."
+                name = substr(name, 1, RSTART - 1)
+                sub(/\./, instance, name)
+            }
             state = / result="skipped"/ ? "skipped" : / status="run"/ ? "passed" : "failed"
         }
         /<failure / { state = "failed" }
