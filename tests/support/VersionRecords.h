@@ -96,12 +96,12 @@ public:
 
     bool IsEmpty() const { return m_size == 0; }
 
-    /// What a look-up gives; nothing if it fails. It is checked that all of it is in the block.
+    /// What a look-up gives; nothing if it fails, as it does without a record. It is checked that all of it is in the block.
     std::optional<std::string_view> Find(const wchar_t* path) const
     {
         void* value = nullptr;
         UINT length = 0;
-        if (!utility::platform::formats::QueryVersionBlock(m_bytes.get(), path, value, length))
+        if (IsEmpty() || !utility::platform::formats::QueryVersionBlock(m_bytes.get(), path, value, length))
             return {};
         const auto* const first = static_cast<const char*>(value);
         const auto* const begin = reinterpret_cast<const char*>(m_bytes.get());
