@@ -2,13 +2,13 @@
 
 #include "tests/support/ForwardingLocale.h"
 #include "tests/support/ForwardingText.h"
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
 
-#include <locale>
 #include <type_traits>
 
 namespace
@@ -121,15 +121,8 @@ TEST(SourceLocationExceptionTest, PercentSignsOfFileAndMessageStand)
 
 TEST(SourceLocationExceptionTest, LineIsPlainDecimalInEveryGlobalLocale)
 {
-    struct Grouping : std::numpunct<char>
-    {
-        char do_thousands_sep() const override { return '.'; }
-        std::string do_grouping() const override { return "\3"; }
-    };
-    const std::locale earlier = std::locale::global(std::locale(std::locale(), new Grouping));
-    const std::string text = CSourceLocationException("f", 1234567, 0).what();
-    std::locale::global(earlier);
-    EXPECT_EQ(text, " [exception thrown from f, line 1234567.]");
+    const support::GlobalLocale scope(support::GroupingLocale());
+    EXPECT_STREQ(CSourceLocationException("f", 1234567, 0).what(), " [exception thrown from f, line 1234567.]");
 }
 
 TEST(SourceLocationExceptionTest, TextIsUtf8WhateverTheCodePage)

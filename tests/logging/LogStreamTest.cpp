@@ -1,5 +1,6 @@
 #include "utility/logging/LogStream.h"
 
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/LogSettings.h"
 #include "tests/support/Substitute.h"
 #include "utility/platform/Text.h"
@@ -78,28 +79,6 @@ struct Message8 : std::string
 {
     using std::string::string;
 };
-
-class Grouping : public std::numpunct<wchar_t>
-{
-    wchar_t do_thousands_sep() const override { return L'_'; }
-    std::string do_grouping() const override { return "\3"; }
-    std::wstring do_truename() const override { return L"yes"; }
-};
-
-/// Makes another locale the global one for a scope.
-class GlobalLocale
-{
-public:
-    explicit GlobalLocale(const std::locale& locale) : m_earlier(std::locale::global(locale)) {}
-    GlobalLocale(const GlobalLocale&) = delete;
-    GlobalLocale& operator=(const GlobalLocale&) = delete;
-    ~GlobalLocale() { std::locale::global(m_earlier); }
-
-private:
-    std::locale m_earlier;
-};
-
-std::locale GroupingLocale() { return std::locale(std::locale::classic(), new Grouping); }
 
 /// The system's text service with its calls recorded, which can be made to fail.
 class RecordingText : public utility::platform::TextService
@@ -327,7 +306,7 @@ TEST_F(LogStreamTest, NullWideTextSpoilsTheStreamAsAnyOther)
 
 TEST_F(LogStreamTest, NumbersFollowTheGlobalLocale)
 {
-    const GlobalLocale scope(GroupingLocale());
+    const support::GlobalLocale scope(support::GroupingLocale());
     LogFile(LogSeverityError, owner) << 1234567 << L' ' << std::boolalpha << true;
     ExpectMessage(L"1_234_567 yes\n");
 }
@@ -336,13 +315,13 @@ TEST_F(LogStreamTest, LocaleIsTheGlobalOneOfTheBeginning)
 {
     CLogStreamHelper early(owner, LogSeverityError);
     {
-        const GlobalLocale scope(GroupingLocale());
+        const support::GlobalLocale scope(support::GroupingLocale());
         early << 1234567 << L' ' << 1234.0 << L' ' << 1234567 << std::flush;
         ExpectMessage(L"1234567 1234 1234567\n");
     }
     std::optional<CLogStreamHelper> late;
     {
-        const GlobalLocale scope(GroupingLocale());
+        const support::GlobalLocale scope(support::GroupingLocale());
         late.emplace(owner, LogSeverityError);
     }
     *late << 1234567 << std::flush;
@@ -613,7 +592,7 @@ class LogStreamEquivalenceTest : public LogStreamTest, public ::testing::WithPar
 
 TEST_P(LogStreamEquivalenceTest, HelperWritesWhatAStreamWrites)
 {
-    const GlobalLocale scope(GetParam() ? GroupingLocale() : std::locale::classic());
+    const support::GlobalLocale scope(GetParam() ? support::GroupingLocale() : std::locale::classic());
     const auto plain = TextsAndIntegers();
     const auto others = Others();
     std::mt19937 random(20240229);
@@ -630,7 +609,7 @@ TEST_P(LogStreamEquivalenceTest, HelperWritesWhatAStreamWrites)
 
 TEST_P(LogStreamEquivalenceTest, EachValueAloneIsWrittenAsAStreamWritesIt)
 {
-    const GlobalLocale scope(GetParam() ? GroupingLocale() : std::locale::classic());
+    const support::GlobalLocale scope(GetParam() ? support::GroupingLocale() : std::locale::classic());
     auto all = TextsAndIntegers();
     // Only here: it widens to the mark of the end, which a stream keeps or loses as the room in its buffer happens to
     // be.

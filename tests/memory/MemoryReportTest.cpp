@@ -1,5 +1,6 @@
 #include "utility/memory/MemoryReport.h"
 
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/RecordingDebugger.h"
 #include "tests/support/TableMemory.h"
 
@@ -76,6 +77,16 @@ TEST_F(MemoryReportTest, AddressesAbove32BitsArePrintedInFull)
     WalkAddressSpace();
     EXPECT_EQ(m_debugger.narrow, (Texts{"0x00000000 0x7ffe0000abbfffff 0x7ffe0000abc00000 MEM_FREE\n",
                                         "0x7ffe0000abc00000 0x7ffe0000abc00fff 0x00001000 MEM_RESERVE\n",
+                                        "Total free memory: 0x7ffe0000abc00000 [9222809089782841344] bytes\n",
+                                        "Largest free block: 0x7ffe0000abc00000 [9222809089782841344] bytes\n"}));
+}
+
+TEST_F(MemoryReportTest, IsTheSameUnderAGlobalLocaleThatGroupsDigits)
+{
+    m_memory.Add(0x7FFE0000ABC00000, MEM_FREE);
+    const support::GlobalLocale scope(support::GroupingLocale());
+    WalkAddressSpace();
+    EXPECT_EQ(m_debugger.narrow, (Texts{"0x00000000 0x7ffe0000abbfffff 0x7ffe0000abc00000 MEM_FREE\n",
                                         "Total free memory: 0x7ffe0000abc00000 [9222809089782841344] bytes\n",
                                         "Largest free block: 0x7ffe0000abc00000 [9222809089782841344] bytes\n"}));
 }

@@ -1,5 +1,6 @@
 #include "utility/memory/NewHandler.h"
 
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/RecordingDebugger.h"
 #include "tests/support/TableMemory.h"
@@ -81,6 +82,16 @@ TEST_F(CNewHandlerTest, FailureLineIsSentOnlyIfTheStatusCannotBeTrusted)
     EXPECT_EQ(m_debugger.wide.back(),
               L"new failed trying to service request for 4711 bytes. ullTotalVirtual: 0 ullAvailVirtual: 0\n");
     EXPECT_EQ(m_debugger.wide.size(), 3u);
+}
+
+TEST_F(CNewHandlerTest, FailureLineIsTheSameUnderAGlobalLocaleThatGroupsDigits)
+{
+    const CNewHandler handler;
+    m_memory.statusFails = true;
+    const support::GlobalLocale scope(support::GroupingLocale());
+    TextFor(4711000);
+    EXPECT_EQ(m_debugger.wide.back(),
+              L"new failed trying to service request for 4711000 bytes. ullTotalVirtual: 0 ullAvailVirtual: 0\n");
 }
 
 TEST_F(CNewHandlerTest, StatusIsAskedForWithItsLengthForTheReportAndForTheLine)

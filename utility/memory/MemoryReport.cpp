@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <locale>
 #include <map>
 #include <string>
 
@@ -56,6 +57,9 @@ struct FreeMemory
     }
 };
 
+/// Whatever the host's global locale, which may group digits.
+boost::format Text(const char* format) { return boost::format(format, std::locale::classic()); }
+
 void Send(const boost::format& text) { Debugger().Output(text.str().c_str()); }
 
 }
@@ -68,15 +72,15 @@ void WalkAddressSpace()
         {MEM_COMMIT, "MEM_COMMIT"}, {MEM_RESERVE, "MEM_RESERVE"}, {MEM_FREE, "MEM_FREE"}};
     Debugger().Output(L"Start      End        Size       State\n--------------------------------------\n");
     FreeMemory free;
-    boost::format row("0x%08x 0x%08x 0x%08x %s\n");
+    boost::format row = Text("0x%08x 0x%08x 0x%08x %s\n");
     ForEachRegion(
         [&](std::uint64_t address, const MemoryRegion& region)
         {
             Send(row % address % (address + region.size - 1) % region.size % names[region.state]);
             free.Add(region);
         });
-    Send(boost::format("Total free memory: 0x%x [%u] bytes\n") % free.total % free.total);
-    Send(boost::format("Largest free block: 0x%x [%u] bytes\n") % free.largest % free.largest);
+    Send(Text("Total free memory: 0x%x [%u] bytes\n") % free.total % free.total);
+    Send(Text("Largest free block: 0x%x [%u] bytes\n") % free.largest % free.largest);
 }
 
 void GetVirtualAddressSpaceInformation(std::size_t& committed, std::size_t& reserved, std::size_t& free,

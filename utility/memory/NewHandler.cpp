@@ -8,6 +8,8 @@
 
 #include <boost/format.hpp>
 
+#include <locale>
+
 using utility::platform::Debugger;
 
 namespace
@@ -63,7 +65,8 @@ int CNewHandler::NewHandler(std::size_t size)
     {
         boost::wformat text(
             L"new failed trying to service request for %1% bytes. ullTotalVirtual: %2% ullAvailVirtual: "
-            L"%3%\n");
+            L"%3%\n",
+            std::locale::classic());
         Debugger().Output((text % size % status.ullTotalVirtual % status.ullAvailVirtual).str().c_str());
     }
     utility::platform::ThrowBadAllocation();

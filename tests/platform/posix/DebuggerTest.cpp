@@ -1,5 +1,6 @@
 #include "utility/platform/Debugger.h"
 
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 
@@ -49,6 +50,17 @@ TEST(PosixDebuggerTest, TextThatNobodyTakesIsLost)
 TEST(PosixDebuggerTest, IsThereForAProcessThatIsTraced)
 {
     Child traced([] { return ::ptrace(PTRACE_TRACEME) == 0 && Debugger().IsPresent() ? 1 : 0; });
+    EXPECT_EQ(traced.ExitCode(), 1);
+}
+
+TEST(PosixDebuggerTest, IsThereWhateverTheGlobalLocaleTakesForAGroupOfDigits)
+{
+    Child traced(
+        []
+        {
+            const support::GlobalLocale scope(support::GroupingLocale('\n'));
+            return ::ptrace(PTRACE_TRACEME) == 0 && Debugger().IsPresent() ? 1 : 0;
+        });
     EXPECT_EQ(traced.ExitCode(), 1);
 }
 

@@ -1,5 +1,6 @@
 #include "utility/memory/MemoryReport.h"
 
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
@@ -108,6 +109,15 @@ TEST(PosixMemoryTest, AddressesThatMayNotBeTouchedAreReservedAndNoLongerAvailabl
     EXPECT_NEAR(static_cast<double>(Reserved()), static_cast<double>(before), others);
 }
 
+TEST(PosixMemoryTest, FiguresAreTheSameUnderAGlobalLocaleThatGroupsDigitsByBlanks)
+{
+    const std::uint64_t inUse = AddressSpaceInUse();
+    const std::size_t reserved = Reserved();
+    const support::GlobalLocale scope(support::GroupingLocale(' '));
+    EXPECT_NEAR(static_cast<double>(AddressSpaceInUse()), static_cast<double>(inUse), 4 * mebibyte);
+    EXPECT_NEAR(static_cast<double>(Reserved()), static_cast<double>(reserved), 4 * mebibyte);
+}
+
 TEST(PosixMemoryTest, ThereIsNoHeapThatFragmentsLittle)
 {
     EXPECT_FALSE(UseLowFragmentationHeap(nullptr));
@@ -136,6 +146,15 @@ TEST(PosixMemoryTest, LimitOnTheAddressSpaceLimitsEverythingButItsRange)
 }
 
 TEST_F(MachineMemoryTest, IsTheMachinesWithoutGroups) { EXPECT_EQ(Read(), m_machine); }
+
+TEST_F(MachineMemoryTest, IsTheSameUnderAGlobalLocaleThatGroupsDigitsByBlanks)
+{
+    Write("proc/self/cgroup", "0::/\n");
+    Write("sys/fs/cgroup/memory.max", std::to_string(2048 * mebibyte) + " \n");
+    Write("sys/fs/cgroup/memory.current", std::to_string(1500 * mebibyte) + " \n");
+    const support::GlobalLocale scope(support::GroupingLocale(' '));
+    EXPECT_EQ(Read(), (std::vector<std::uint64_t>{2048, 548, 4096, 3072}));
+}
 
 TEST_F(MachineMemoryTest, GroupsWithoutLimitsChangeNothing)
 {

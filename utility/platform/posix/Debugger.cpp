@@ -2,8 +2,8 @@
 
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/KernelFile.h"
 
-#include <fstream>
 #include <string_view>
 #include <unistd.h>
 
@@ -24,7 +24,7 @@ class PosixDebugger final : public DebuggerService
 public:
     bool IsPresent() override
     {
-        std::ifstream status("/proc/self/status");
+        posix::KernelFile status("/proc/self/status");
         std::string word;
         while (status >> word && word != "TracerPid:")
             continue;

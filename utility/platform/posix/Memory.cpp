@@ -1,10 +1,10 @@
 #include "utility/platform/Memory.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/posix/memory/MemoryFigures.h"
 
 #include <algorithm>
-#include <fstream>
 #include <new>
 #include <string>
 #include <sys/resource.h>
@@ -22,7 +22,7 @@ constexpr std::uint64_t addressEnd = (std::uint64_t{1} << 47) - 4096;
 std::uint64_t AddressesInUse()
 {
     std::uint64_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
+    posix::KernelFile("/proc/self/statm") >> pages;
     return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
@@ -59,7 +59,7 @@ private:
         m_isReserved = access.starts_with("---");
     }
 
-    std::ifstream m_mappings{"/proc/self/maps"};
+    posix::KernelFile m_mappings{"/proc/self/maps"};
     std::uint64_t m_begin = 0;
     std::uint64_t m_end = 0;
     bool m_isReserved = false;

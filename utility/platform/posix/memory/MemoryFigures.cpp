@@ -1,7 +1,9 @@
 #include "utility/platform/posix/memory/MemoryFigures.h"
 
+#include "utility/platform/posix/files/KernelFile.h"
+
 #include <algorithm>
-#include <fstream>
+#include <locale>
 #include <map>
 #include <sstream>
 
@@ -35,19 +37,21 @@ constexpr GroupFiles version2{"/sys/fs/cgroup", "/memory.max",      "/memory.cur
 std::map<std::string, std::uint64_t> ReadTable(const std::string& path)
 {
     std::map<std::string, std::uint64_t> table;
-    std::ifstream file(path);
+    KernelFile file(path);
     for (std::string line; std::getline(file, line);)
     {
         std::string name;
         std::uint64_t number = 0;
-        if (std::istringstream(line) >> name >> number)
+        std::istringstream fields(line);
+        fields.imbue(std::locale::classic());
+        if (fields >> name >> number)
             table[name] = number;
     }
     return table;
 }
 
 /// False if the file is not there, or holds no number, which is how "max" is read.
-bool ReadNumber(const std::string& path, std::uint64_t& number) { return bool(std::ifstream(path) >> number); }
+bool ReadNumber(const std::string& path, std::uint64_t& number) { return bool(KernelFile(path) >> number); }
 
 void Limit(MemoryFigures& figures, const std::string& limitPath, const std::string& usagePath,
            std::uint64_t reclaimable)
@@ -90,7 +94,7 @@ MachineMemory ReadMachineMemory(const std::string& root)
     auto table = ReadTable(root + "/proc/meminfo");
     MachineMemory memory{{table["MemTotal:"] * kibibyte, table["MemAvailable:"] * kibibyte},
                          {table["SwapTotal:"] * kibibyte, table["SwapFree:"] * kibibyte}};
-    std::ifstream groups(root + "/proc/self/cgroup");
+    KernelFile groups(root + "/proc/self/cgroup");
     for (std::string line; std::getline(groups, line);)
     {
         // number:controllers:group, of which the second version has no controllers.
