@@ -182,6 +182,21 @@ TEST_F(RegistryTest, TextOfASubKeyIsItsUnnamedValue)
     Registry().RegCloseKey(key);
 }
 
+TEST_F(RegistryTest, TextOfAKeyItselfAsksForTheRightToSetIt)
+{
+    HKEY reader = Create(m_top, L"", KEY_READ);
+    for (const wchar_t* const itself : {L"", static_cast<const wchar_t*>(nullptr)})
+    {
+        EXPECT_EQ(Registry().RegSetValueW(reader, itself, L"text"), Status(ERROR_ACCESS_DENIED));
+        EXPECT_EQ(Registry().RegQueryValueExW(m_top, nullptr, nullptr, nullptr, nullptr), missing);
+        EXPECT_EQ(Registry().RegSetValueW(m_top, itself, L"text"), 0);
+        EXPECT_EQ(Registry().RegDeleteValueW(m_top, nullptr), 0);
+    }
+    // A subkey of its own is another matter.
+    EXPECT_EQ(Registry().RegSetValueW(reader, L"Sub", L"text"), 0);
+    Registry().RegCloseKey(reader);
+}
+
 TEST_F(RegistryTest, OpeningCreatesNothing)
 {
     EXPECT_EQ(Opening(m_top, L"Sub"), missing);
@@ -246,9 +261,13 @@ TEST_F(RegistryTest, SlashIsPartOfAName)
 
 TEST_F(RegistryTest, LongestNamesAreAccepted)
 {
-    Registry().RegCloseKey(Create(m_top, std::wstring(255, L'k').c_str()));
-    EXPECT_EQ(Opening(m_top, std::wstring(255, L'K').c_str()), 0);
-    EXPECT_EQ(Opening(m_top, std::wstring(256, L'k').c_str()), missing);
+    Registry().RegCloseKey(Create(m_top, std::wstring(256, L'k').c_str()));
+    EXPECT_EQ(Opening(m_top, std::wstring(256, L'K').c_str()), 0);
+    EXPECT_EQ(Opening(m_top, std::wstring(255, L'K').c_str()), missing);
+    HKEY key = nullptr;
+    EXPECT_EQ(Opening(m_top, std::wstring(257, L'k').c_str()), Status(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(Registry().RegCreateKeyExW(m_top, std::wstring(257, L'k').c_str(), KEY_READ, key),
+              Status(ERROR_INVALID_PARAMETER));
     SetNumber(m_top, std::wstring(16383, L'v').c_str(), 6);
     EXPECT_EQ(Number(m_top, std::wstring(16383, L'V').c_str()), 6u);
     const std::wstring tooLong(16384, L'v');
@@ -281,12 +300,15 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(CaseOfName{L"tool Diameter 2", L"TOOL dIAMETER 2", true}, CaseOfName{L"[a_", L"{A_", false},
                       CaseOfName{L"\u00e4\u00f6\u00e9", L"\u00c4\u00d6\u00c9", true}, // Latin
                       CaseOfName{L"x\u00ff", L"X\u0178", true},
-                      CaseOfName{L"\u03b1\u03c9", L"\u0391\u03a9", true},                           // Greek
-                      CaseOfName{L"\u0434", L"\u0414", true},                                       // Cyrillic
-                      CaseOfName{L"\uff41", L"\uff21", true},                                       // full width
-                      CaseOfName{L"\u0131", L"I", false},                                           // dotless i
-                      CaseOfName{L"\u017f", L"S", false},                                           // long s
-                      CaseOfName{L"\u00df", L"SS", false}, CaseOfName{L"\u00b5", L"\u039c", false}, // micro
+                      CaseOfName{L"\u03b1\u03c9", L"\u0391\u03a9", true},                              // Greek
+                      CaseOfName{L"\u0434", L"\u0414", true},                                          // Cyrillic
+                      CaseOfName{L"\uff41", L"\uff21", true},                                          // full width
+                      CaseOfName{L"\u0131", L"I", false},                                              // dotless i
+                      CaseOfName{L"\u017f", L"S", false},                                              // long s
+                      CaseOfName{L"\u00df", L"SS", false}, CaseOfName{L"\u00b5", L"\u039c", false},    // micro
+                      CaseOfName{L"\u03c3", L"\u03a3", true}, CaseOfName{L"\u03c2", L"\u03a3", false}, // final sigma
+                      CaseOfName{L"\u01c6", L"\u01c4", true}, CaseOfName{L"\u01c5", L"\u01c4", false}, // d with z
+                      CaseOfName{L"\u1e9b", L"\u1e60", false}, CaseOfName{L"\u0345", L"\u0399", false},
                       CaseOfName{L"\u65e5\u672c", L"\u65e5\u672c", true}, CaseOfName{L"a", L"\u00e1", false}));
 
 TEST_F(RegistryTest, NamesKeepTheCaseTheyWereMadeWith)
@@ -304,6 +326,40 @@ TEST_F(RegistryTest, NamesKeepTheCaseTheyWereMadeWith)
     EXPECT_EQ(Registry().RegEnumValueW(m_top, 0, name, length, nullptr, nullptr, nullptr), 0);
     EXPECT_STREQ(name, L"FirstName");
     EXPECT_EQ(length, 9u);
+}
+
+TEST_F(RegistryTest, LoneSurrogatesInNamesAreKeptApart)
+{
+    // As from a file whose name is no UTF-8.
+    const std::set<std::wstring> names{L"part\xDCE9", L"part\xDCFC",   L"part\xD800",
+                                       L"part\xFFFD", L"\xDCC3\xDCA9", L"\u00E9"};
+    DWORD count = 0;
+    for (const auto& each : names)
+    {
+        SetNumber(m_top, each.c_str(), count);
+        HKEY key = Create(m_top, each.c_str());
+        SetNumber(key, L"Value", count++);
+        Registry().RegCloseKey(key);
+    }
+    std::set<std::wstring> keys;
+    std::set<std::wstring> values;
+    wchar_t name[40];
+    DWORD length = 40;
+    for (DWORD i = 0; Registry().RegEnumKeyExW(m_top, i, name, length) == 0; ++i, length = 40)
+        keys.emplace(name, length);
+    for (DWORD i = 0; Registry().RegEnumValueW(m_top, i, name, length, nullptr, nullptr, nullptr) == 0;
+         ++i, length = 40)
+        values.emplace(name, length);
+    EXPECT_EQ(keys, names);
+    EXPECT_EQ(values, names);
+    count = 0;
+    for (const auto& each : names)
+    {
+        EXPECT_EQ(Number(m_top, each.c_str()), count);
+        HKEY key = Create(m_top, each.c_str());
+        EXPECT_EQ(Number(key, L"Value"), count++);
+        Registry().RegCloseKey(key);
+    }
 }
 
 TEST_F(RegistryTest, EveryKeyAndValueIsEnumerated)

@@ -52,9 +52,10 @@ struct RegistryKeyInfo
 ///
 /// A key is named by a path with backslashes, relative to its parent: HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE or an open
 /// key; a null or empty path is the parent itself, one that begins with a backslash is refused (161). Names are found
-/// in any case and keep the case they were made with. A key's name has at most 255 characters, a value's 16383. A null
-/// or empty value name is the key's unnamed value. Text in values is stored as UTF-16, terminator included; the bytes
-/// are the caller's.
+/// in any case and keep the case they were made with. A key's name has at most 256 characters, a value's 16383; a
+/// longer one is an invalid parameter (87). A null or empty value name is the key's unnamed value. Text in values is
+/// stored as UTF-16, terminator included; the bytes are the caller's. Windows alone looks behind the bytes of a text
+/// without a terminator, and stores one that it finds there as well.
 class RegistryService
 {
 public:
@@ -77,13 +78,14 @@ public:
     virtual LSTATUS RegSetValueExW(HKEY key, const wchar_t* name, DWORD type, const void* data, DWORD size) = 0;
 
     /// Sets the unnamed value of a subkey, which is created where it is absent, to a null-terminated text, as REG_SZ.
+    /// Only that of the parent itself asks for the right to set values.
     virtual LSTATUS RegSetValueW(HKEY key, const wchar_t* subKey, const wchar_t* text) = 0;
 
     virtual LSTATUS RegDeleteValueW(HKEY key, const wchar_t* name) = 0;
 
     virtual LSTATUS RegCloseKey(HKEY key) = 0;
 
-    /// Deletes a key with all that lies under it.
+    /// Deletes a key with all that lies under it; of a hive as a whole, all but its root.
     virtual LSTATUS SHDeleteKeyW(HKEY parent, const wchar_t* subKey) = 0;
 
     /// The name of the subkey at a position, counted from 0. `length` has the room at `name` in characters, terminator

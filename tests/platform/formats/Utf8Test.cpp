@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <set>
 
 using namespace utility::platform::formats;
 
@@ -63,6 +64,23 @@ TEST(Utf8Test, EscapedBytesSurviveWhateverTheyAre)
             byte = static_cast<char>(0x60 + random() % 0xA0);
         ASSERT_EQ(Utf8FromWide(WideFromUtf8(bytes, Malformed::escaped), Malformed::escaped), bytes) << round;
     }
+}
+
+TEST(Utf8Test, KeptSurrogatesAreToldFromEachOtherAndFromWhatReplacesThem)
+{
+    std::set<std::string> stored{Utf8FromWide(L"\uFFFD", Malformed::kept)};
+    for (wchar_t each = 0xD800; each <= 0xDFFF; ++each)
+    {
+        const std::wstring text = {L'a', each, L'b'};
+        const std::string bytes = Utf8FromWide(text, Malformed::kept);
+        ASSERT_EQ(bytes.size(), 5u);
+        EXPECT_EQ(WideFromUtf8(bytes, Malformed::kept), text);
+        stored.insert(bytes);
+    }
+    EXPECT_EQ(stored.size(), 1u + 0x800);
+    EXPECT_EQ(WideFromUtf8("\xED\xA0", Malformed::kept), L"\uFFFD");
+    EXPECT_EQ(WideFromUtf8("\xF0\x9F\x98\x80", Malformed::kept), L"\U0001F600");
+    EXPECT_EQ(Utf8FromWide(L"\U0001F600", Malformed::kept), "\xF0\x9F\x98\x80");
 }
 
 TEST(Utf8Test, EachMalformedSequenceIsReplacedOnce)

@@ -19,14 +19,14 @@ struct Lead
     unsigned char secondHigh;
 };
 
-Lead LeadOf(unsigned char byte)
+Lead LeadOf(unsigned char byte, Malformed malformed)
 {
     if (byte >= 0xC2 && byte <= 0xDF)
         return {2, 0x80, 0xBF};
     if (byte == 0xE0)
         return {3, 0xA0, 0xBF};
     if (byte == 0xED)
-        return {3, 0x80, 0x9F};
+        return {3, 0x80, static_cast<unsigned char>(malformed == Malformed::kept ? 0xBF : 0x9F)};
     if (byte >= 0xE1 && byte <= 0xEF)
         return {3, 0x80, 0xBF};
     if (byte == 0xF0)
@@ -54,7 +54,7 @@ std::wstring WideFromUtf8(std::string_view text, Malformed malformed)
             ++i;
             continue;
         }
-        const Lead lead = LeadOf(first);
+        const Lead lead = LeadOf(first, malformed);
         char32_t code = first & (0x7Fu >> lead.length);
         std::size_t good = 1;
         while (good < static_cast<std::size_t>(lead.length) && i + good < text.size())
@@ -67,13 +67,13 @@ std::wstring WideFromUtf8(std::string_view text, Malformed malformed)
         }
         if (good == static_cast<std::size_t>(lead.length))
             AppendCodePoint(wide, code);
-        else if (malformed == Malformed::replaced)
-            wide += replacement;
-        else
+        else if (malformed == Malformed::escaped)
         {
             for (std::size_t k = 0; k < good; ++k)
                 wide += static_cast<wchar_t>(0xDC00 + static_cast<unsigned char>(text[i + k]));
         }
+        else
+            wide += replacement;
         i += good;
     }
     return wide;
@@ -96,7 +96,7 @@ std::string Utf8FromWide(std::wstring_view text, Malformed malformed)
         if (sizeof(wchar_t) == sizeof(char16_t) && IsHighSurrogate(code) && i + 1 < text.size() &&
             IsLowSurrogate(static_cast<char32_t>(text[i + 1])))
             code = CodePointOf(code, static_cast<char32_t>(text[++i]));
-        else if (code > 0x10FFFF || IsHighSurrogate(code) || IsLowSurrogate(code))
+        else if (code > 0x10FFFF || (malformed != Malformed::kept && (IsHighSurrogate(code) || IsLowSurrogate(code))))
             code = replacement;
         if (code < 0x80)
         {

@@ -11,6 +11,7 @@ enum class Malformed
 {
     replaced, ///< by U+FFFD
     escaped,  ///< a byte by U+DC00 plus its value, and such a character by its byte
+    kept,     ///< a surrogate has the three bytes that it would have as a code point; the rest is replaced
 };
 
 [[nodiscard]] std::wstring WideFromUtf8(std::string_view text, Malformed malformed = Malformed::replaced);

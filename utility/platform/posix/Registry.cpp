@@ -134,12 +134,18 @@ public:
             [&]
             {
                 const std::u16string stored = formats::Utf16FromWide(Text(text));
+                const auto set = [&](HKEY target)
+                {
+                    return RegSetValueExW(target, nullptr, REG_SZ, stored.c_str(),
+                                          static_cast<DWORD>((stored.size() + 1) * sizeof(char16_t)));
+                };
+                if (Text(subKey).empty())
+                    return set(key); // by the right that this handle has
                 HKEY target = nullptr;
                 LSTATUS status = RegCreateKeyExW(key, subKey, KEY_WRITE, target);
                 if (status != success)
                     return status;
-                status = RegSetValueExW(target, nullptr, REG_SZ, stored.c_str(),
-                                        static_cast<DWORD>((stored.size() + 1) * sizeof(char16_t)));
+                status = set(target);
                 RegCloseKey(target);
                 return status;
             });
@@ -292,7 +298,9 @@ ServiceSlot<RegistryService>& RegistrySlot() noexcept
 bool SetHiveFile(HKEY hive, const path& file)
 {
     // Wherever the program goes later.
-    return PosixRegistry::The().SetFile(hive, file.empty() ? file : boost::filesystem::absolute(file));
+    boost::system::error_code failure;
+    const path folder = file.empty() || file.is_absolute() ? path() : boost::filesystem::current_path(failure);
+    return !failure && PosixRegistry::The().SetFile(hive, folder / file);
 }
 
 path HiveFile(HKEY hive) { return PosixRegistry::The().FileOf(hive); }

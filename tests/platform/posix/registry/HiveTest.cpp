@@ -7,9 +7,11 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <random>
+#include <set>
 #include <sqlite3.h>
 #include <string>
 #include <sys/mman.h>
@@ -158,9 +160,118 @@ TEST_F(HiveTest, KeyWithATooLongNameIsNotMade)
 {
     Hive hive(m_file, Hive::Owner::user);
     Hive::Key key = 0;
-    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Top\\" + std::wstring(256, L'k'), key), Status(ERROR_INVALID_PARAMETER));
+    EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Top\\" + std::wstring(257, L'k'), key), Status(ERROR_INVALID_PARAMETER));
     // Nor is what would be on the way to it.
     EXPECT_EQ(hive.Find(Hive::root, L"Top", key), missing);
+}
+
+TEST_F(HiveTest, DeletedAsAWholeIsEmptyAndTakesKeysAndValuesAgain)
+{
+    Hive hive(m_file, Hive::Owner::user);
+    const Hive::Key key = MakeKey(hive, L"A\\B");
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "old"), 0);
+    EXPECT_EQ(hive.Set(Hive::root, L"Name", REG_SZ, "old"), 0);
+    EXPECT_EQ(hive.DeleteTree(Hive::root, L""), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "<1018>");
+    EXPECT_EQ(Text(hive, Hive::root, L"Name"), "<2>");
+    std::wstring name;
+    EXPECT_EQ(hive.SubKeyAt(Hive::root, 0, name), Status(ERROR_NO_MORE_ITEMS));
+    EXPECT_EQ(hive.Set(Hive::root, L"Name", REG_SZ, "new"), 0);
+    EXPECT_EQ(Text(hive, Hive::root, L"Name"), "new");
+    EXPECT_EQ(hive.Set(MakeKey(hive, L"A"), L"Name", REG_SZ, "new"), 0);
+    // Its own key is no other key's child that could be deleted in a round.
+    EXPECT_EQ(hive.DeleteTree(Hive::root, L"A"), 0);
+    EXPECT_EQ(Text(hive, Hive::root, L"Name"), "new");
+}
+
+TEST_F(HiveTest, IsMadeAlsoByAValueOfItsRoot)
+{
+    Hive hive(m_file, Hive::Owner::user);
+    EXPECT_EQ(hive.Set(Hive::root, L"Name", REG_SZ, "text"), 0);
+    EXPECT_EQ(Text(hive, Hive::root, L"Name"), "text");
+}
+
+TEST_F(HiveTest, EnumerationGoesOnWhereTheNamesAreNow)
+{
+    Hive hive(m_file, Hive::Owner::user);
+    Hive other(m_file, Hive::Owner::user);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    for (const wchar_t* const each : {L"", L"b", L"d", L"f", L"h"})
+    {
+        EXPECT_EQ(hive.Set(key, each, REG_SZ, "x"), 0);
+        if (*each != L'\0')
+            MakeKey(hive, L"Key\\" + std::wstring(each));
+    }
+    const auto valueAt = [&](DWORD index)
+    {
+        std::wstring name = L"none";
+        Hive::Value value{};
+        hive.ValueAt(key, index, name, value);
+        return name;
+    };
+    const auto keyAt = [&](DWORD index)
+    {
+        std::wstring name = L"none";
+        hive.SubKeyAt(key, index, name);
+        return name;
+    };
+    EXPECT_EQ(valueAt(0), L"");
+    EXPECT_EQ(valueAt(1), L"b");
+    EXPECT_EQ(valueAt(1), L"b");
+    EXPECT_EQ(keyAt(1), L"d");
+    EXPECT_EQ(valueAt(3), L"f");
+    EXPECT_EQ(valueAt(2), L"d");
+    EXPECT_EQ(valueAt(5), L"none");
+    EXPECT_EQ(keyAt(2), L"f");
+    EXPECT_EQ(keyAt(4), L"none");
+    // What is deleted or comes between moves the rest, whoever does it.
+    EXPECT_EQ(valueAt(2), L"d");
+    EXPECT_EQ(hive.DeleteValue(key, L"d"), 0);
+    EXPECT_EQ(valueAt(2), L"f");
+    EXPECT_EQ(other.Set(key, L"a", REG_SZ, "x"), 0);
+    EXPECT_EQ(valueAt(2), L"b");
+    EXPECT_EQ(valueAt(3), L"f");
+    EXPECT_EQ(other.DeleteTree(key, L"b"), 0);
+    EXPECT_EQ(keyAt(1), L"f");
+}
+
+/// The processor's time that the enumeration of a key with so many values and subkeys takes, each of these looked into
+/// on the way.
+double TimeToEnumerate(Hive& hive, std::uint32_t count)
+{
+    const std::wstring name = std::to_wstring(count);
+    const Hive::Key key = MakeKey(hive, name);
+    for (std::uint32_t i = 0; i < count; ++i)
+    {
+        const std::wstring each = std::to_wstring(i);
+        EXPECT_EQ(SetNumber(hive, MakeKey(hive, name + L'\\' + each), L"Value", i), 0);
+        EXPECT_EQ(SetNumber(hive, key, each, i), 0);
+    }
+    std::set<std::wstring> found;
+    const std::clock_t begin = std::clock();
+    std::wstring at;
+    Hive::Value value{};
+    for (DWORD i = 0; hive.ValueAt(key, i, at, value) == 0; ++i)
+        found.insert(L'v' + at);
+    for (DWORD i = 0; hive.SubKeyAt(key, i, at) == 0; ++i)
+    {
+        found.insert(L'k' + at);
+        Hive::Key below = 0;
+        EXPECT_EQ(hive.Find(key, at, below), 0);
+        EXPECT_EQ(hive.ValueAt(below, 0, at, value), 0);
+        EXPECT_EQ(hive.SubKeyAt(below, 0, at), Status(ERROR_NO_MORE_ITEMS));
+    }
+    const std::clock_t end = std::clock();
+    EXPECT_EQ(found.size(), 2 * count);
+    return static_cast<double>(end - begin);
+}
+
+TEST_F(HiveTest, TenTimesAsManyNamesTakeAboutTenTimesAsLongToEnumerate)
+{
+    Hive hive(m_file, Hive::Owner::user);
+    const double few = TimeToEnumerate(hive, 400);
+    // Were each looked for from the start, it would be a hundred times as long.
+    EXPECT_LT(TimeToEnumerate(hive, 4000), 40 * few);
 }
 
 TEST_F(HiveTest, LargeValuesAreReadEachTime)
@@ -803,6 +914,24 @@ TEST_F(HiveFilesTest, MayBeNamedFromTheCurrentFolder)
     EXPECT_EQ(HiveFile(HKEY_CURRENT_USER), m_folder / "near.db");
     Registry().RegCloseKey(Create(HKEY_CURRENT_USER, L"Key"));
     EXPECT_TRUE(exists(m_folder / "near.db"));
+}
+
+TEST_F(HiveFilesTest, AreNamedInFullWhereThereIsNoCurrentFolder)
+{
+    Child child(
+        [this]
+        {
+            create_directory(m_folder / "gone");
+            boost::filesystem::current_path(m_folder / "gone");
+            boost::filesystem::remove(m_folder / "gone");
+            if (!SetHiveFile(HKEY_CURRENT_USER, m_folder / "full.db") ||
+                HiveFile(HKEY_CURRENT_USER) != m_folder / "full.db")
+                return 1;
+            if (SetHiveFile(HKEY_CURRENT_USER, "near.db") || HiveFile(HKEY_CURRENT_USER) != m_folder / "full.db")
+                return 2;
+            return SetHiveFile(HKEY_CURRENT_USER, "") && HiveFile(HKEY_CURRENT_USER).empty() ? 0 : 3;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
 }
 
 TEST_F(HiveFilesTest, OfOtherKeysDoNotExist)

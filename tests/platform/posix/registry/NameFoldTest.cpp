@@ -19,6 +19,12 @@ TEST(NameFoldTest, NothingBeyondAsciiIsTheSameAsAnythingWithinIt)
 
 TEST(NameFoldTest, MicroSignIsNoGreekLetter) { EXPECT_EQ(Folded(L"\u00B5m"), "\u00B5M"); }
 
+TEST(NameFoldTest, LetterThatIsNotTheLowerCaseOfItsUpperCaseStaysAsItIs)
+{
+    EXPECT_EQ(Folded(L"\u03C3\u01C6"), "\u03A3\u01C4");
+    EXPECT_EQ(Folded(L"\u03C2\u01C5"), "\u03C2\u01C5");
+}
+
 TEST(NameFoldTest, LettersBeyondSixteenBitsStayAsTheyAre) { EXPECT_EQ(Folded(L"\U00010428"), "\U00010428"); }
 
 TEST(NameFoldTest, FoldIsAppendedToWhatThereIs)

@@ -21,11 +21,15 @@ using boost::filesystem::path;
 
 constexpr Hive::Key absent = 0;
 
-constexpr std::size_t longestKeyName = 255;
+constexpr std::size_t longestKeyName = 256;
 constexpr std::size_t longestValueName = 16383;
 
 // Milliseconds until an operation gives up on another process that writes.
 constexpr int longestWait = 5000;
+
+// Names have surrogates that belong to no pair where a file's name was no UTF-8.
+std::string Stored(std::wstring_view name) { return formats::Utf8FromWide(name, formats::Malformed::kept); }
+std::wstring NameOf(std::string_view stored) { return formats::WideFromUtf8(stored, formats::Malformed::kept); }
 
 std::string ImmutableUri(const path& file)
 {
@@ -144,6 +148,18 @@ LSTATUS Hive::OpenForWriting(Key used)
     return Open(used);
 }
 
+LSTATUS Hive::OpenOrMake(Key used)
+{
+    LSTATUS status = OpenForWriting(used);
+    if (status == missing)
+    {
+        status = MakeHiveFile(m_file, m_owner);
+        if (status == success)
+            status = Open(used);
+    }
+    return status;
+}
+
 LSTATUS Hive::Writable()
 {
     const LSTATUS status = Open(root);
@@ -184,6 +200,8 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
         path.remove_prefix(std::min(path.size(), name.size() + 1));
         if (name.empty()) // several backslashes are as good as one
             continue;
+        if (name.size() > longestKeyName)
+            return Status(ERROR_INVALID_PARAMETER);
         const std::string fold = Folded(name);
         Run find = Use(m_statements.findKey);
         if (find.Bind(at).Bind(fold).Next())
@@ -194,9 +212,7 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
         LSTATUS status = NothingAt(at, find.Status(), missing);
         if (status != missing || then == Missing::fails)
             return status;
-        if (name.size() > longestKeyName)
-            return Status(ERROR_INVALID_PARAMETER);
-        status = Use(m_statements.insertKey).Bind(at).Bind(fold).Bind(formats::Utf8FromWide(name)).ToTheEnd();
+        status = Use(m_statements.insertKey).Bind(at).Bind(fold).Bind(Stored(name)).ToTheEnd();
         if (status != success)
             return status;
         at = sqlite3_last_insert_rowid(m_database.get());
@@ -233,13 +249,7 @@ LSTATUS Hive::FindOrCreate(Key parent, std::wstring_view path, Key& key)
     LSTATUS status = Find(parent, path, key);
     if (status != missing)
         return status;
-    status = OpenForWriting(parent);
-    if (status == missing)
-    {
-        status = MakeHiveFile(m_file, m_owner);
-        if (status == success)
-            status = Open(parent);
-    }
+    status = OpenOrMake(parent);
     if (status != success)
         return status;
     Transaction transaction(m_database.get(), m_statements);
@@ -297,11 +307,11 @@ LSTATUS Hive::Set(Key key, std::wstring_view name, DWORD type, std::string_view 
 {
     if (name.size() > longestValueName)
         return Status(ERROR_INVALID_PARAMETER);
-    LSTATUS status = OpenForWriting(key);
+    LSTATUS status = OpenOrMake(key);
     if (status != success)
         return status;
     const std::string fold = Folded(name);
-    const std::string given = formats::Utf8FromWide(name);
+    const std::string given = Stored(name);
     status = Use(m_statements.setValue).Bind(key).Bind(fold).Bind(given).Bind(type).BindBytes(data).ToTheEnd();
     return status == success && sqlite3_changes(m_database.get()) == 0 ? deleted : status;
 }
@@ -316,15 +326,24 @@ LSTATUS Hive::DeleteValue(Key key, std::wstring_view name)
     return status == success && sqlite3_changes(m_database.get()) == 0 ? NothingAt(key, status, missing) : status;
 }
 
+bool Hive::Reach(Run& run, Remembered::Names names, Key key, DWORD index)
+{
+    const Remembered::Place from = m_remembered.PlaceUpTo(names, key, index);
+    if (!run.Bind(key).Bind(from.fold).Bind(index - from.index).Next())
+        return false;
+    m_remembered.KeepPlace(names, key, {index, std::string(run.Bytes(0))});
+    return true;
+}
+
 LSTATUS Hive::SubKeyAt(Key key, DWORD index, std::wstring& name)
 {
     const LSTATUS status = Open(key);
     if (status != success)
         return status;
     Run run = Use(m_statements.keyAtIndex);
-    if (!run.Bind(key).Bind(index).Next())
+    if (!Reach(run, Remembered::Names::ofKeys, key, index))
         return NothingAt(key, run.Status(), Status(ERROR_NO_MORE_ITEMS));
-    name = formats::WideFromUtf8(run.Bytes(0));
+    name = NameOf(run.Bytes(1));
     return success;
 }
 
@@ -334,11 +353,11 @@ LSTATUS Hive::ValueAt(Key key, DWORD index, std::wstring& name, Value& value)
     if (status != success)
         return status;
     Run run = Use(m_statements.valueAtIndex);
-    if (!run.Bind(key).Bind(index).Next())
+    if (!Reach(run, Remembered::Names::ofValues, key, index))
         return NothingAt(key, run.Status(), Status(ERROR_NO_MORE_ITEMS));
-    m_data = run.Bytes(1);
-    value = {static_cast<DWORD>(run.Integer(0)), m_data};
-    name = formats::WideFromUtf8(run.Bytes(2));
+    name = NameOf(run.Bytes(1));
+    m_data = run.Bytes(3);
+    value = {static_cast<DWORD>(run.Integer(2)), m_data};
     return success;
 }
 

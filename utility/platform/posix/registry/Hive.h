@@ -45,6 +45,7 @@ public:
 
     LSTATUS Find(Key parent, std::wstring_view path, Key& key);
     LSTATUS FindOrCreate(Key parent, std::wstring_view path, Key& key);
+    /// Of the root's tree all but the root.
     LSTATUS DeleteTree(Key parent, std::wstring_view path);
     /// Whether values can be set and keys made.
     LSTATUS Writable();
@@ -71,6 +72,7 @@ private:
     LSTATUS Open(Key used);
     LSTATUS OpenFile(bool immutable, std::uint64_t& lot);
     LSTATUS OpenForWriting(Key used);
+    LSTATUS OpenOrMake(Key used);
     std::string Log() const { return m_file.native() + "-wal"; }
 
     Run Use(Statement& statement) { return {m_database.get(), statement}; }
@@ -83,6 +85,7 @@ private:
     LSTATUS Walk(Key parent, std::wstring_view path, Missing then, Key& key);
     LSTATUS Existing(Key key);
     LSTATUS NothingAt(Key key, LSTATUS status, LSTATUS otherwise);
+    bool Reach(Run& run, Remembered::Names names, Key key, DWORD index);
 
     boost::filesystem::path m_file;
     Owner m_owner;

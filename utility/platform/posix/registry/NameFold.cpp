@@ -15,11 +15,13 @@ namespace
 wchar_t UpperCase(wchar_t character)
 {
     static const locale_t everyScript = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    constexpr wchar_t microSign = 0xB5; // no Greek letter to the registry
-    if (character > 0xFFFF || character == microSign || everyScript == nullptr)
+    if (character > 0xFFFF || everyScript == nullptr)
         return character;
-    const auto upper = static_cast<wchar_t>(::towupper_l(static_cast<std::wint_t>(character), everyScript));
-    return upper < 0x80 ? character : upper;
+    const auto lower = static_cast<std::wint_t>(character);
+    const std::wint_t upper = ::towupper_l(lower, everyScript);
+    // To the registry only the two forms of a letter that lead to each other are one: not a final sigma, a title case,
+    // a long s or the micro sign.
+    return ::towlower_l(upper, everyScript) == lower ? static_cast<wchar_t>(upper) : character;
 }
 
 }
@@ -43,7 +45,7 @@ void AppendFolded(std::string& text, std::wstring_view name)
     std::ranges::transform(upper, upper.begin(),
                            [](wchar_t each)
                            { return each >= L'a' && each <= L'z' ? each - L'a' + L'A' : UpperCase(each); });
-    text += formats::Utf8FromWide(upper);
+    text += formats::Utf8FromWide(upper, formats::Malformed::kept);
 }
 
 }

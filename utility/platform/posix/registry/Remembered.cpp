@@ -2,8 +2,10 @@
 
 #include "utility/platform/posix/registry/NameFold.h"
 
+#include <algorithm>
 #include <atomic>
 #include <sqlite3.h>
+#include <utility>
 
 namespace utility::platform::posix
 {
@@ -31,8 +33,7 @@ void Remembered::Follow(sqlite3* database)
 void Remembered::Clear()
 {
     m_sharedHeader = nullptr;
-    m_keys.clear();
-    m_values.clear();
+    Forget();
 }
 
 const std::int64_t* Remembered::FindKey(std::int64_t parent, std::wstring_view path)
@@ -49,6 +50,20 @@ const Remembered::Value* Remembered::FindValue(std::int64_t key, std::wstring_vi
     return found != m_values.end() ? &found->second : nullptr;
 }
 
+Remembered::Place Remembered::PlaceUpTo(Names names, std::int64_t key, DWORD index)
+{
+    ForgetWhatMayHaveChanged();
+    const auto& places = m_places[static_cast<std::size_t>(names)];
+    const auto found = places.find(key);
+    return found != places.end() && found->second.index <= index ? found->second : Place();
+}
+
+void Remembered::KeepPlace(Names names, std::int64_t key, Place place)
+{
+    if (IsUnchanged())
+        m_places[static_cast<std::size_t>(names)][key] = std::move(place);
+}
+
 void Remembered::KeepKey(std::int64_t key)
 {
     if (IsUnchanged())
@@ -61,15 +76,28 @@ void Remembered::KeepValue(LSTATUS status, DWORD type, std::string_view data)
         m_values[m_wanted] = {status, type, std::string(data)};
 }
 
-void Remembered::Want(std::int64_t key, std::wstring_view name)
+void Remembered::Forget()
+{
+    m_keys.clear();
+    m_values.clear();
+    for (auto& each : m_places)
+        each.clear();
+}
+
+void Remembered::ForgetWhatMayHaveChanged()
 {
     Header now = {};
-    if (!ReadHeader(now) || now != m_header || m_keys.size() >= mostRemembered || m_values.size() >= mostRemembered)
+    if (!ReadHeader(now) || now != m_header || m_keys.size() >= mostRemembered || m_values.size() >= mostRemembered ||
+        std::ranges::any_of(m_places, [](const auto& each) { return each.size() >= mostRemembered; }))
     {
         m_header = now;
-        m_keys.clear();
-        m_values.clear();
+        Forget();
     }
+}
+
+void Remembered::Want(std::int64_t key, std::wstring_view name)
+{
+    ForgetWhatMayHaveChanged();
     m_wanted.assign(reinterpret_cast<const char*>(&key), sizeof(key));
     AppendFolded(m_wanted, name);
 }

@@ -41,12 +41,28 @@ public:
     const std::int64_t* FindKey(std::int64_t parent, std::wstring_view path);
     const Value* FindValue(std::int64_t key, std::wstring_view name);
 
+    enum class Names
+    {
+        ofKeys,
+        ofValues
+    };
+    /// A position among the names below a key, in the order of the names as they are looked up.
+    struct Place
+    {
+        DWORD index = 0;
+        std::string fold;
+    };
+
+    /// The place last kept for the key, unless that is beyond a position; then, and without any, the start.
+    Place PlaceUpTo(Names names, std::int64_t key, DWORD index);
+
     /// The name last looked for, as it is looked up in the database.
     std::string_view Fold() const { return std::string_view(m_wanted).substr(sizeof(std::int64_t)); }
 
     /// Keeps what was read since that under the name, unless the database has changed meanwhile.
     void KeepKey(std::int64_t key);
     void KeepValue(LSTATUS status, DWORD type, std::string_view data);
+    void KeepPlace(Names names, std::int64_t key, Place place);
 
 private:
     /// The header of the log's index: two copies of 48 bytes.
@@ -55,12 +71,15 @@ private:
     void Want(std::int64_t key, std::wstring_view name);
     bool ReadHeader(Header& header) const;
     bool IsUnchanged() const;
+    void Forget();
+    void ForgetWhatMayHaveChanged();
 
     std::uint64_t* m_sharedHeader = nullptr;
-    Header m_header{};                                    ///< when what is remembered was read
-    std::unordered_map<std::string, std::int64_t> m_keys; ///< by parent and path
-    std::unordered_map<std::string, Value> m_values;      ///< by key and name
-    std::string m_wanted;                                 ///< what was last looked for in one of the two
+    Header m_header{};                                               ///< when what is remembered was read
+    std::unordered_map<std::string, std::int64_t> m_keys;            ///< by parent and path
+    std::unordered_map<std::string, Value> m_values;                 ///< by key and name
+    std::array<std::unordered_map<std::int64_t, Place>, 2> m_places; ///< by what is enumerated, and key
+    std::string m_wanted;                                            ///< what was last looked for in one of the two
 };
 
 }

@@ -48,14 +48,17 @@ struct Statements
         "delete from \"values\" where key in tree"};
     Statement deleteKeysOfTree{
         "with recursive tree (id) as (select ?1 union select keys.id from keys join tree on keys.parent = tree.id) "
-        "delete from keys where id in tree"};
+        "delete from keys where id in tree and id <> 1"}; // the root stays
     Statement queryValue{"select type, data from \"values\" where key = ?1 and fold = ?2"};
     Statement setValue{"insert into \"values\" (key, fold, name, type, data) "
                        "select ?1, ?2, ?3, ?4, ?5 where exists (select 1 from keys where id = ?1) "
                        "on conflict (key, fold) do update set type = excluded.type, data = excluded.data"};
     Statement removeValue{"delete from \"values\" where key = ?1 and fold = ?2"};
-    Statement keyAtIndex{"select name from keys where parent = ?1 order by fold limit 1 offset ?2"};
-    Statement valueAtIndex{"select type, data, name from \"values\" where key = ?1 order by fold limit 1 offset ?2"};
+    // So many names behind another.
+    Statement keyAtIndex{
+        "select fold, name from keys where parent = ?1 and fold >= ?2 order by fold limit 1 offset ?3"};
+    Statement valueAtIndex{"select fold, name, type, data from \"values\" where key = ?1 and fold >= ?2 "
+                           "order by fold limit 1 offset ?3"};
     Statement countKeys{"select count(*), max(length(name)) from keys where parent = ?1"};
     Statement countValues{"select count(*), max(length(name)), max(length(data)) from \"values\" where key = ?1"};
 };
