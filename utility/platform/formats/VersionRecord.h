@@ -7,13 +7,17 @@
 // there as wide text too. The block is all that a look-up needs.
 //
 // Whatever a record says, nothing is read outside it, and no look-up takes longer than one pass over it for each key of
-// the path. A node that says it is longer than the one that holds it ends there.
+// the path. A node that says it is longer than the one that holds it ends there. A record must not change between its
+// size and its reading: one in a file that others may write is copied first.
 
 #include "utility/platform/formats/Bytes.h"
 #include "utility/platform/Types.h"
 
 namespace utility::platform::formats
 {
+
+/// A record tells its length in 16 bits.
+inline constexpr std::size_t longestVersionRecord = 0xFFFF;
 
 /// The version record in a file: the resource of a PE file, or the section ".utility.version" of a 64-bit ELF file;
 /// none if it has none.

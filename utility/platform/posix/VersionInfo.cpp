@@ -5,22 +5,28 @@
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/files/MappedFile.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
 namespace utility::platform
 {
 
 namespace
 {
 
-/// The record of a file, while that is mapped; its size is 0, with the reason in LastError(), if there is none.
+/// The record of a file; its size is 0, with the reason in LastError(), if there is none. It is copied before it is
+/// looked at: a program that upgrades the module in place changes the mapped bytes from one look to the next.
 class RecordOfFile
 {
 public:
     explicit RecordOfFile(const wchar_t* path)
-        : m_file(PathFromWide(path)),
-          m_record(formats::FindVersionRecord(m_file.Content())),
-          m_size(formats::VersionBlockSize(m_record))
     {
-        if (m_size == 0 && !m_file.Content().empty())
+        const posix::MappedFile file(PathFromWide(path));
+        const formats::Bytes stored = formats::FindVersionRecord(file.Content());
+        m_record.assign(stored.begin(), stored.begin() + std::min(stored.size(), formats::longestVersionRecord));
+        m_size = formats::VersionBlockSize(m_record);
+        if (m_size == 0 && !file.Content().empty())
             SetLastError(ERROR_RESOURCE_TYPE_NOT_FOUND);
     }
 
@@ -28,8 +34,7 @@ public:
     void Read(void* block) const { formats::WriteVersionBlock(m_record, block); }
 
 private:
-    posix::MappedFile m_file;
-    formats::Bytes m_record;
+    std::vector<std::byte> m_record;
     DWORD m_size;
 };
 
