@@ -71,16 +71,15 @@ public:
 
     HINSTANCE Module() { return m_module.Handle(); }
 
-    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
+    std::wstring FileName(HINSTANCE module) override
     {
-        EXPECT_EQ(size, 260u);
         m_events.push_back(L"file of " + NameOf(module));
-        buffer[m_moduleFile.copy(buffer, size - 1)] = L'\0';
-        return static_cast<DWORD>(m_moduleFile.size());
+        return m_moduleFile;
     }
     HINSTANCE Load(const wchar_t* path) override
     {
         m_events.push_back(L"load " + FileOf(path));
+        loadedLast = path;
         const HINSTANCE loaded = instead != 0 ? reinterpret_cast<HINSTANCE>(instead) : TableModules::Load(path);
         if (loaded != nullptr)
             m_names[loaded] = FileOf(path);
@@ -92,6 +91,7 @@ public:
         return module == Module() || instead != 0 || TableModules::Free(module);
     }
 
+    std::wstring loadedLast;
     std::intptr_t instead = 0; ///< what a load gives instead of a module, unless 0
 
 private:
@@ -290,6 +290,18 @@ TEST_F(ResourceCounterTest, ModuleWithoutAFileNameHasNoSatellite)
     const RecordingLocale locale(0x0407, m_events);
     const CResourceCounter counter(modules.Module());
     EXPECT_EQ(counter.GetResourceDLL(), modules.Module());
+}
+
+TEST_F(ResourceCounterTest, PathMayHaveAnyLength)
+{
+    for (const std::size_t length : {258u, 259u, 260u, 261u, 300u, 1000u, 4000u, 40000u})
+    {
+        const boost::filesystem::path folder = m_folder.Path() / std::string(length - m_folder.Path().size() - 5, 'x');
+        RecordingModules modules(folder / "M.dll", m_events);
+        const RecordingLocale locale(0x0407, m_events);
+        const CResourceCounter counter(modules.Module());
+        EXPECT_EQ(modules.loadedLast, WideFromPath(folder / "MResDEU.dll")) << length;
+    }
 }
 
 TEST_F(ResourceCounterTest, FolderMayLookLikeAFormat)

@@ -63,12 +63,7 @@ protected:
 
     struct LibraryModules : support::TableModules
     {
-        DWORD FileName(HINSTANCE, wchar_t* buffer, DWORD size) override
-        {
-            const std::wstring name = L"" UTILITY_SATELLITES_FOLDER "/Utility.dll";
-            buffer[name.copy(buffer, size - 1)] = L'\0';
-            return static_cast<DWORD>(name.size());
-        }
+        std::wstring FileName(HINSTANCE) override { return L"" UTILITY_SATELLITES_FOLDER "/Utility.dll"; }
     };
 
     std::wstring Text(UINT id) const { return resource_string(m_counter.GetResourceDLL(), id); }

@@ -230,11 +230,7 @@ TEST(VersionTest, CurrentModuleWithoutANameGivesFalse)
 {
     struct Nameless : support::TableModules
     {
-        DWORD FileName(HINSTANCE, wchar_t*, DWORD size) override
-        {
-            EXPECT_EQ(size, 260u);
-            return 0;
-        }
+        std::wstring FileName(HINSTANCE) override { return {}; }
     } modules;
     const support::Substitute<platform::ModuleService> scope(platform::ModulesSlot(), modules);
     EXPECT_FALSE(CVersion().Initialise(nullptr));

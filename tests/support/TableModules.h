@@ -27,10 +27,7 @@ public:
 
     HINSTANCE ModuleAt(const void* address) override { return m_system.ModuleAt(address); }
 
-    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
-    {
-        return m_system.FileName(module, buffer, size);
-    }
+    std::wstring FileName(HINSTANCE module) override { return m_system.FileName(module); }
 
     HINSTANCE Load(const wchar_t* path) override { return m_system.Load(path); }
 

@@ -19,10 +19,10 @@ public:
     /// The module that holds this address; null if none does. The module is not held: it may be unloaded.
     virtual HINSTANCE ModuleAt(const void* address) = 0;
 
-    /// The absolute path of a module's file, null-terminated; a null module stands for the program itself. Gives the
-    /// length without the terminator. 0 on failure, which a module that is not loaded is (126). Where there is no room
-    /// for all of it the result is `size` (122) and what was written may lack a terminator.
-    virtual DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) = 0;
+    /// The absolute path of a module's file; a null module stands for the program itself. Empty on failure, which a
+    /// module that is not loaded is (126). On Windows a path is cut to 259 characters; on Linux it is where the file was
+    /// when it was loaded, however the module was found and whatever became of the file.
+    virtual std::wstring FileName(HINSTANCE module) = 0;
 
     /// Loads a module for the sake of its resources; a file that is loaded already is the same module. The path is an
     /// absolute one. Each success is given up by a Free. Null on failure: no such file is 126, one that is no module

@@ -31,10 +31,10 @@ std::wstring AbbreviationOf(LCID lcid)
 
 CResourceCounter::CResourceCounter(HINSTANCE hModule) : m_hDLL(hModule)
 {
-    wchar_t moduleFile[260] = L"";
-    Modules().FileName(hModule, moduleFile, static_cast<DWORD>(std::size(moduleFile)));
-    const std::wstring filePattern =
-        utility::platform::SatelliteStem(moduleFile).append(L"Res").append(placeholder).append(L".dll");
+    const std::wstring filePattern = utility::platform::SatelliteStem(Modules().FileName(hModule))
+                                         .append(L"Res")
+                                         .append(placeholder)
+                                         .append(L".dll");
     if (!LoadLanguageResourceDLL(filePattern.c_str(), Lang::GetLanguage()))
         m_hResourceDLL.reset(hModule);
 }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <cwchar>
 #include <iterator>
+#include <string>
 
 using utility::platform::MovableMemory;
 using utility::platform::VersionInfo;
@@ -55,14 +56,13 @@ bool CVersion::Initialise(const wchar_t* fileName)
     // Callers go by the result.
     if (m_hData != nullptr)
         FreeBlock();
-    wchar_t currentModule[260];
+    std::wstring currentModule;
     if (fileName == nullptr)
     {
-        const HINSTANCE module = utility::framework::CurrentModuleState().currentInstance;
-        const auto size = static_cast<DWORD>(std::size(currentModule));
-        if (utility::platform::Modules().FileName(module, currentModule, size) == 0)
+        currentModule = utility::platform::Modules().FileName(utility::framework::CurrentModuleState().currentInstance);
+        if (currentModule.empty())
             return false;
-        fileName = currentModule;
+        fileName = currentModule.c_str();
     }
     const DWORD size = VersionInfo().GetFileVersionInfoSizeW(fileName);
     if (size == 0)

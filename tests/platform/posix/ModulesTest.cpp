@@ -8,8 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <dlfcn.h>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -57,21 +59,76 @@ TEST(PosixModulesTest, FileThatCannotBeReadSaysWhyAndMayBeLoadedLater)
     EXPECT_FALSE(Modules().Free(module));
 }
 
-TEST(PosixModulesTest, FileNameFromAFolderThatIsGoneSaysWhy)
+namespace
 {
-    const support::TemporaryFolder folder;
+
+/// The file name of a library that a child process loads by its bare name from this folder, which is the child's own
+/// from then on and becomes another one by `change`.
+bool IsToldItsFileName(const boost::filesystem::path& folder, const std::function<void()>& change)
+{
     boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, folder / "near.so");
     support::Child child(
         [&]
         {
-            boost::filesystem::current_path(folder.Path());
+            boost::filesystem::current_path(folder);
             void* const library = ::dlopen("./near.so", RTLD_NOW);
             if (library == nullptr)
                 return 1;
-            boost::filesystem::remove_all(folder.Path());
-            wchar_t name[260];
-            const HINSTANCE module = Modules().ModuleAt(::dlsym(library, "main"));
-            return Modules().FileName(module, name, 260) == 0 && LastError() == ERROR_FILE_NOT_FOUND ? 0 : 2;
+            change();
+            const std::wstring name = Modules().FileName(Modules().ModuleAt(::dlsym(library, "main")));
+            return name == utility::platform::WideFromPath(folder / "near.so") ? 0 : 2;
+        });
+    return child.ExitCode() == 0;
+}
+
+}
+
+TEST(PosixModulesTest, FileNameIsThatOfTheFolderItWasLoadedFromWhicheverIsTheCurrentOne)
+{
+    const support::TemporaryFolder folder;
+    EXPECT_TRUE(IsToldItsFileName(folder.Path(), [] { boost::filesystem::current_path("/"); }));
+}
+
+TEST(PosixModulesTest, FileNameFromAFolderThatIsGoneIsWhereItWas)
+{
+    const support::TemporaryFolder folder;
+    EXPECT_TRUE(IsToldItsFileName(folder.Path(), [&] { boost::filesystem::remove_all(folder.Path()); }));
+}
+
+TEST(PosixModulesTest, FileNameMayEndLikeTheMarkOfOneThatIsGone)
+{
+    const support::TemporaryFolder folder;
+    const auto path = folder / "near.so (deleted)";
+    boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, path);
+    support::Child child(
+        [&]
+        {
+            boost::filesystem::current_path(folder.Path());
+            void* const library = ::dlopen("./near.so (deleted)", RTLD_NOW);
+            const std::wstring name = Modules().FileName(Modules().ModuleAt(::dlsym(library, "main")));
+            return name == utility::platform::WideFromPath(path) ? 0 : 2;
         });
     EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST(PosixModulesTest, PathsMayHaveAnyLengthThatTheSystemHas)
+{
+    const support::TemporaryFolder temporary;
+    for (const std::size_t length : {255u, 260u, 300u, 1000u, 4000u})
+    {
+        boost::filesystem::path folder = temporary.Path() / std::to_string(length);
+        while (folder.size() + 8 < length)
+            folder /= std::string(std::min<std::size_t>(200, length - folder.size() - 8), 'x');
+        boost::filesystem::create_directories(folder);
+        boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, folder / "far.so");
+        boost::filesystem::copy_file(UTILITY_TEST_MODULES "/Resources.dll", folder / "far.dll");
+        void* const library = ::dlopen((folder / "far.so").c_str(), RTLD_NOW);
+        ASSERT_NE(library, nullptr) << ::dlerror();
+        EXPECT_EQ(Modules().FileName(Modules().ModuleAt(::dlsym(library, "main"))),
+                  utility::platform::WideFromPath(folder / "far.so"));
+        ::dlclose(library);
+        const HINSTANCE module = Modules().Load(utility::platform::WideFromPath(folder / "far.dll").c_str());
+        EXPECT_EQ(Modules().FileName(module), utility::platform::WideFromPath(folder / "far.dll"));
+        EXPECT_TRUE(Modules().Free(module));
+    }
 }

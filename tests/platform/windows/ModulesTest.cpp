@@ -1,5 +1,7 @@
 #include "utility/platform/Modules.h"
 
+#include "tests/support/windows/ImportedCall.h"
+
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
@@ -12,6 +14,27 @@ TEST(SatelliteStemTest, IsThePathWithoutItsExtension)
     EXPECT_EQ(SatelliteStem(L"C:\\App.d\\Utility"), L"C:\\App.d\\Utility");
     EXPECT_EQ(SatelliteStem(L"C:\\App\\libMilling.1.dll"), L"C:\\App\\libMilling.1");
     EXPECT_EQ(SatelliteStem(L""), L"");
+}
+
+extern "C" decltype(&::GetModuleFileNameW) __imp_GetModuleFileNameW;
+
+TEST(WindowsModulesTest, FileNameThatIsTooLongIsCutAndNothingBehindItIsRead)
+{
+    // As the system does it, and as earlier ones did, which ended it with no null.
+    static wchar_t last;
+    for (const wchar_t each : {L'\0', L'x'})
+    {
+        last = each;
+        const support::ImportedCall call(__imp_GetModuleFileNameW,
+                                         [](HMODULE, wchar_t* buffer, DWORD size) -> DWORD
+                                         {
+                                             EXPECT_EQ(size, 260u);
+                                             std::fill_n(buffer, size - 1, L'x');
+                                             buffer[size - 1] = last;
+                                             return size;
+                                         });
+        EXPECT_EQ(Modules().FileName(nullptr), std::wstring(259, L'x'));
+    }
 }
 
 TEST(WindowsModulesTest, ModuleFindsWhatItNeedsBesideIt)

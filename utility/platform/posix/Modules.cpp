@@ -7,9 +7,12 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <fstream>
 #include <iterator>
 #include <link.h>
+#include <string>
 
 namespace utility::platform
 {
@@ -29,10 +32,33 @@ constexpr NumberedString ownStrings[] = {
 #undef UTILITY_STRING
 };
 
-/// The path of the file of a module that the system's loader has loaded, the program's for null; empty on failure.
-std::wstring PathOf(HINSTANCE module)
+/// What the system says of the place of a file that a program runs from, without the mark that it is no longer there.
+boost::filesystem::path PlaceOf(const boost::filesystem::path& told)
 {
-    boost::system::error_code error;
+    constexpr std::string_view mark = " (deleted)";
+    boost::system::error_code ignored;
+    std::string text = told.native();
+    if (text.ends_with(mark) && !boost::filesystem::exists(told, ignored))
+        text.resize(text.size() - mark.size());
+    return text;
+}
+
+/// The path of the file that is mapped from this address on; empty if there is none.
+boost::filesystem::path MappedFileAt(const void* address)
+{
+    // Each line has the first address, in hexadecimal, and at its end the path.
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+    {
+        if (std::strtoull(line.c_str(), nullptr, 16) == reinterpret_cast<std::uintptr_t>(address))
+            return PlaceOf(line.substr(std::min(line.find('/'), line.size())));
+    }
+    return {};
+}
+
+/// The path of the file of a module that the system's loader has loaded, the program's for null; empty on failure.
+boost::filesystem::path PathOf(HINSTANCE module)
+{
     boost::filesystem::path path;
     Dl_info info;
     link_map* map = nullptr;
@@ -44,15 +70,18 @@ std::wstring PathOf(HINSTANCE module)
             return {};
         }
         path = map->l_name;
+        // It was found from the folder that was the current one then.
+        if (!path.empty() && path.is_relative())
+            return MappedFileAt(module);
     }
+    if (!path.empty())
+        return path;
     // The program has no name in the list of modules.
-    if (path.empty())
-        path = boost::filesystem::read_symlink("/proc/self/exe", error);
-    else
-        path = boost::filesystem::absolute(path, error);
+    boost::system::error_code error;
+    path = boost::filesystem::read_symlink("/proc/self/exe", error);
     if (error)
         SetLastError(posix::ErrorOfErrno(error.value()));
-    return WideFromPath(path);
+    return PlaceOf(path);
 }
 
 class PosixModules final : public ModuleService
@@ -64,21 +93,10 @@ public:
         return ::dladdr(address, &info) != 0 ? static_cast<HINSTANCE>(info.dli_fbase) : nullptr;
     }
 
-    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
+    std::wstring FileName(HINSTANCE module) override
     {
         std::wstring path = m_files.PathOf(module);
-        if (path.empty())
-            path = PathOf(module);
-        if (path.empty())
-            return 0;
-        const std::size_t length = path.copy(buffer, size);
-        if (length < size)
-        {
-            buffer[length] = L'\0';
-            return static_cast<DWORD>(length);
-        }
-        SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return size;
+        return path.empty() ? WideFromPath(PathOf(module)) : path;
     }
 
     HINSTANCE Load(const wchar_t* path) override { return m_files.Load(path); }

@@ -2,6 +2,9 @@
 
 #include <boost/filesystem/path.hpp>
 
+#include <algorithm>
+#include <iterator>
+
 namespace utility::platform
 {
 
@@ -22,9 +25,12 @@ public:
         return module;
     }
 
-    DWORD FileName(HINSTANCE module, wchar_t* buffer, DWORD size) override
+    std::wstring FileName(HINSTANCE module) override
     {
-        return ::GetModuleFileNameW(module, buffer, size);
+        wchar_t path[260];
+        const DWORD length = ::GetModuleFileNameW(module, path, static_cast<DWORD>(std::size(path)));
+        // One that was cut has a null in the last place, or, from earlier systems, another character.
+        return {path, std::min<std::size_t>(length, std::size(path) - 1)};
     }
 
     HINSTANCE Load(const wchar_t* path) override
