@@ -443,6 +443,32 @@ TEST_P(CTextRecordPtrTest, StepsVisitTheLastCharacterOfEachLineAndGoOnInTheNext)
          });
 }
 
+TEST_P(CTextRecordPtrTest, LinesWithoutACharacterArePassed)
+{
+    With({"", "a", "", "", "bc", ""},
+         [](auto& cursor)
+         {
+             EXPECT_EQ(cursor.Lines().size(), 6u);
+             std::string visited;
+             for (; !cursor.IsEndOfRecord(); cursor.AdvancePtr())
+                 visited += *cursor;
+             EXPECT_EQ(visited, "abc");
+         });
+}
+
+TEST_P(CTextRecordPtrTest, RecordOfNothingButLinesWithoutACharacterIsAtItsEnd)
+{
+    With({"", ""}, [](auto& cursor) { EXPECT_TRUE(cursor.IsEndOfRecord()); });
+    // The whole of a file that is closed or empty.
+    With({},
+         [](auto& cursor)
+         {
+             const char* const none = nullptr;
+             cursor.Add(none, reinterpret_cast<const char*>(std::uintptr_t{0} - 1));
+             EXPECT_TRUE(cursor.IsEndOfRecord());
+         });
+}
+
 TEST_P(CTextRecordPtrTest, ZeroByteInTheTextIsNoEndOfTheRecord)
 {
     With({std::string("a\0b", 3)},
@@ -561,6 +587,18 @@ TEST_P(CTextRecordPtrTest, PlaceServesAFailureOfTheCallersOwn)
              const char* const place = cursor;
              EXPECT_EQ(*place, 'X');
          });
+}
+
+TEST(CTextRecordPtrContract, WithoutAFileBadInputIsNotReported)
+{
+    const std::string text = "x,y";
+    VirtualCursor cursor(nullptr, {text}, {});
+    double real = 0.0;
+    EXPECT_FALSE(cursor.ReadReal(real));
+    EXPECT_EQ(cursor.GetCurrentChar(), 'x');
+    int integer = 0;
+    EXPECT_FALSE(cursor.ReadInt(integer));
+    EXPECT_EQ(cursor.GetCurrentChar(), ',');
 }
 
 TEST(CTextRecordPtrContract, IsAbstractAndCannotBeCopied)

@@ -38,6 +38,15 @@ std::string BytesOfText(std::wstring_view text)
 
 std::wstring OwnKey() { return L"SOFTWARE\\Selvane\\" + boost::filesystem::unique_path("%%%%%%%%%%%%").wstring(); }
 
+template <class T>
+concept CanBeRead = requires(HKEY key, T& value)
+{
+    CQLMAppSettings::ReadValue(key, L"", DWORD{}, value);
+};
+
+// There is nothing to link with for another type, so a program does not compile.
+static_assert(CanBeRead<std::wstring> && !CanBeRead<int> && !CanBeRead<double> && !CanBeRead<std::string>);
+
 /// The settings of one application key.
 class Settings : public CQLMAppSettings
 {

@@ -13,6 +13,8 @@
 //
 // A copy of an object is an alias of the same open file: only one of the two may be closed while it is valid.
 //
+// The class has no virtual operations, though others derive from it: delete an object as what it was made.
+//
 // What cannot be opened or written throws a CFileException (as a pointer, see framework/Exception.h) with the path.
 // What can be opened but not mapped, which an empty file is too, gives false.
 

@@ -6,7 +6,8 @@
 //     text.Format(L"%d entities in %s", 3, L"part.igs");
 //     assert(text == L"3 entities in part.igs");
 //
-// A string belongs to one thread at a time. What cannot be loaded is the empty string.
+// A string belongs to one thread at a time. What cannot be loaded is the empty string. The class has no virtual
+// operations, though others derive from it: delete an object as what it was made.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"

@@ -43,7 +43,7 @@ enum MantissaState : std::uint8_t
     mantissaStart = mayBeDigit | mayBePoint | mayBeSign | isPositive,
 };
 
-constexpr auto mantissaCharacters = []
+inline constexpr auto mantissaCharacters = []
 {
     std::array<MantissaCharacter, 256> table{};
     // Deliberately as if a leading zero were not there: a sign may follow it.
@@ -59,7 +59,7 @@ constexpr auto mantissaCharacters = []
 inline const MantissaCharacter& ToMantissa(char c) { return mantissaCharacters[static_cast<unsigned char>(c)]; }
 
 /// More characters would not fit into the sum.
-constexpr int longestMantissa = 19;
+inline constexpr int longestMantissa = 19;
 static_assert(longestMantissa < integerPowers.size());
 
 // What rounds is compiled with the library: a user may let a compiler make one operation, which rounds once, of a

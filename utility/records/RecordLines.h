@@ -11,7 +11,8 @@
 // past its last byte.
 //
 // A record belongs to one thread and owns its list, never the bytes: the file must stay open while it is used, which
-// nothing checks. Add may throw std::bad_alloc.
+// nothing checks. Add may throw std::bad_alloc. None of these has virtual operations: a cursor is not to be deleted
+// through a pointer to its record.
 
 #include <list>
 

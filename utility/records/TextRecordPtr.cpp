@@ -9,6 +9,14 @@ static_assert(int{utility::detail::endOfFileInReal} == int{utility::resources::E
 static_assert(int{utility::detail::badCharacterInInteger} == int{utility::resources::BadCharacterInInteger});
 static_assert(int{utility::detail::badCharacterInReal} == int{utility::resources::BadCharacterInReal});
 
+namespace
+{
+
+/// The text of a file without a view has no first character either.
+bool HasNoCharacter(const TextLine& line) { return line.First() == nullptr || line.Last() < line.First(); }
+
+}
+
 const char CTextRecordPtr::m_cNULL = '\0';
 
 CTextRecordPtr::CTextRecordPtr(CTextInputOutputFile* file) : m_pFile(file), m_pCurrent(&m_cNULL), m_pLast(&m_cNULL) {}
@@ -24,8 +32,7 @@ void CTextRecordPtr::Add(const char* first, const char* last)
 void CTextRecordPtr::Reset()
 {
     m_itLine = Lines().begin();
-    m_pCurrent = Lines().empty() ? &m_cNULL : m_itLine->First();
-    m_pLast = Lines().empty() ? &m_cNULL : m_itLine->Last();
+    EnterLine();
 }
 
 bool CTextRecordPtr::ReadChar(char& c)
@@ -52,6 +59,13 @@ void CTextRecordPtr::NextLine()
     if (IsEndOfRecord())
         return;
     ++m_itLine;
+    EnterLine();
+}
+
+void CTextRecordPtr::EnterLine()
+{
+    while (m_itLine != Lines().end() && HasNoCharacter(*m_itLine))
+        ++m_itLine;
     const bool atEnd = m_itLine == Lines().end();
     m_pCurrent = atEnd ? &m_cNULL : m_itLine->First();
     m_pLast = atEnd ? &m_cNULL : m_itLine->Last();
@@ -59,6 +73,8 @@ void CTextRecordPtr::NextLine()
 
 void CTextRecordPtr::IssueAtCursor(int messageId) const
 {
+    if (m_pFile == nullptr)
+        return;
     // From a signed char, so that characters above 127 are negative.
     m_pFile->IssueError(m_pCurrent, messageId, static_cast<int>(static_cast<signed char>(*m_pCurrent)));
 }

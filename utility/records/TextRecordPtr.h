@@ -57,7 +57,7 @@ enum ReaderMessage : int
 class UTILITY_API CTextRecordPtr : public CTextRecord
 {
 public:
-    /// An empty record: Add or Reset comes before the first read. Messages go to `file`.
+    /// An empty record: Add or Reset comes before the first read. Messages go to `file`; with null there are none.
     explicit CTextRecordPtr(CTextInputOutputFile* file);
     virtual ~CTextRecordPtr();
 
@@ -78,7 +78,8 @@ public:
 
     CTextInputOutputFile* InputFile() const { return m_pFile; }
 
-    /// Appends a line, `last` being its last character, and moves to the start of the record.
+    /// Appends a line, `last` being its last character, and moves to the start of the record. A line without a
+    /// character, `last` being in front of `first`, is passed like one that is not there.
     void Add(const char* first, const char* last);
 
     /// Moves to the first character of the first line.
@@ -139,6 +140,7 @@ private:
         return m_pCurrent;
     }
     void NextLine();
+    void EnterLine();
     void IssueAtCursor(int messageId) const;
 
     CTextInputOutputFile* m_pFile;

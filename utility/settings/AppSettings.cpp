@@ -38,6 +38,22 @@ private:
     std::u16string m_units;
 };
 
+/// A value of the type's own tag. Of a number that is shorter than its type the rest stays.
+template <class T>
+bool ReadStored(HKEY key, const wchar_t* name, T& value)
+{
+    if constexpr (std::is_same_v<T, std::wstring>)
+    {
+        return CQLMAppSettings::ReadValue(key, name, storedType<T>, value);
+    }
+    else
+    {
+        DWORD type = REG_NONE;
+        DWORD size = sizeof value;
+        return Registry().RegQueryValueExW(key, name, &type, &value, &size) == ERROR_SUCCESS && type == storedType<T>;
+    }
+}
+
 std::wstring productName;
 
 }
@@ -130,14 +146,6 @@ bool CQLMAppSettings::DeleteKey(const wchar_t* subKey) const
     return DeleteKey(m_data.m_hUserKey.get(), subKey) && DeleteKey(m_data.m_hMachineKey.get(), subKey);
 }
 
-template <class T>
-bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, T& value)
-{
-    DWORD foundType = REG_NONE;
-    DWORD size = sizeof value;
-    return Registry().RegQueryValueExW(key, name, &foundType, &value, &size) == ERROR_SUCCESS && foundType == type;
-}
-
 template <>
 bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, std::wstring& value)
 {
@@ -174,7 +182,7 @@ T CQLMAppSettings::Read(const wchar_t* subKey, const wchar_t* name, const T& def
     for (const HKEY key : {user.get(), machine.get()})
     {
         // A number that is shorter than its type is deliberately taken, completed by the bytes of the default.
-        if (key != nullptr && ReadValue(key, name, storedType<T>, value))
+        if (key != nullptr && ReadStored(key, name, value))
             break;
         value = defaultValue;
     }

@@ -112,9 +112,9 @@ public:
     bool DeleteKey(const wchar_t* subKey) const;
 
     /// A value of this type tag: true if there is one, and `value` gets it; one of size 0 leaves `value` as it was.
-    /// There is one for std::wstring: the text up to its first null.
+    /// There is one for std::wstring and no other: the text up to its first null.
     template <class T>
-    static bool ReadValue(HKEY key, const wchar_t* name, DWORD type, T& value);
+    static bool ReadValue(HKEY key, const wchar_t* name, DWORD type, T& value) = delete;
 
 protected:
     /// For a key relative to the root of each hive, which is created in both if absent. Objects for one key share what
