@@ -7,7 +7,9 @@
 //
 // Unless moved, the user's is selvane/settings.db under the user's configuration home ($XDG_CONFIG_HOME, else
 // ~/.config), the machine's selvane/settings.db under the system's configuration (the first of $XDG_CONFIG_DIRS, else
-// /etc/xdg). A hive is made, with the folders on the way to it, when the first key in it is. Any thread may call.
+// /etc/xdg). A hive is made, with the folders on the way to it, when the first key in it is. One that is found empty or
+// damaged when it is opened, and that nobody else uses, is set aside as settings.db.damaged-20260131-235959.123456 (the
+// universal time), together with its log; a new one takes its place. Any thread may call.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Registry.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <pthread.h>
@@ -10,6 +11,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace support
 {
@@ -75,11 +77,13 @@ FAILING_CALL(int, errno, posix_spawnp,
 FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destroy)(void*)), key, destroy)
 FAILING_CALL(ssize_t, -1, read, (int file, void* bytes, std::size_t size), file, bytes, size)
 FAILING_CALL(ssize_t, -1, readlink, (const char* link, char* text, std::size_t size), link, text, size)
+FAILING_CALL(int, -1, rename, (const char* from, const char* to), from, to)
 FAILING_CALL(int, -1, renameat2, (int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags),
              fromFolder, from, toFolder, to, flags)
 FAILING_CALL(int, -1, stat, (const char* path, struct stat* status), path, status)
 FAILING_CALL(int, -1, statx, (int folder, const char* path, int flags, unsigned int fields, struct statx* status),
              folder, path, flags, fields, status)
+FAILING_CALL(int, -1, unlink, (const char* path), path)
 FAILING_CALL(pid_t, -1, waitpid, (pid_t process, int* status, int options), process, status, options)
 
 #undef FAILING_CALL

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <set>
@@ -406,6 +407,113 @@ TEST_F(HiveWithoutTest, PatienceIsMadeAllTheSame)
     EXPECT_EQ(Make(), 0);
     EXPECT_TRUE(opening.HasFailed());
     EXPECT_TRUE(flushing.HasFailed());
+}
+
+TEST_F(HiveWithoutTest, FlushOfItsFolderIsMadeAllTheSame)
+{
+    const FailingCall failing("fsync", EINVAL, 2);
+    EXPECT_EQ(Make(), 0);
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(HiveWithoutTest, WayToMoveTheLogOfAnEarlierOneIsNotMade)
+{
+    const path log = m_folder.File("settings.db-wal", "log");
+    {
+        const FailingCall failing("rename", EIO, 2);
+        Hive hive(m_file, HiveOwner::user);
+        Hive::Key made = 0;
+        EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", made), Status(ERROR_GEN_FAILURE));
+        EXPECT_TRUE(failing.HasFailed());
+    }
+    EXPECT_EQ(TemporaryFolder::BytesOf(log), "log");
+    EXPECT_EQ(std::distance(boost::filesystem::directory_iterator(m_folder.Path()), {}), 1);
+}
+
+// What is set aside
+
+class HiveToSetAsideTest : public ::testing::Test
+{
+protected:
+    /// Opens a damaged hive, with a log beside it, while something fails: that what was there is there, whole, and that
+    /// the next opens well. Whether it came to the failure.
+    template <class Failing, class... Arguments>
+    bool KeepsAll(Arguments... arguments)
+    {
+        for (const auto& each : boost::filesystem::directory_iterator(m_folder.Path()))
+            remove(each.path());
+        m_folder.File("settings.db", m_bytes);
+        m_folder.File("settings.db-wal", m_log);
+        const std::ptrdiff_t descriptors = support::OpenDescriptors();
+        bool hasFailed = false;
+        {
+            Hive hive(m_file, HiveOwner::user);
+            Hive::Key made = 0;
+            const Failing failing(arguments...);
+            try
+            {
+                m_status = hive.FindOrCreate(Hive::root, L"Key", made);
+            }
+            catch (const std::bad_alloc&)
+            {
+                m_status = memory;
+            }
+            hasFailed = failing.HasFailed();
+        }
+        EXPECT_EQ(support::OpenDescriptors(), descriptors);
+        m_isWhereItWas = exists(m_file) && TemporaryFolder::BytesOf(m_file) == m_bytes;
+        EXPECT_TRUE(Holds(m_bytes));
+        EXPECT_TRUE(Holds(m_log));
+        Hive next(m_file, HiveOwner::user);
+        Hive::Key made = 0;
+        EXPECT_EQ(next.FindOrCreate(Hive::root, L"Key", made), 0);
+        EXPECT_TRUE(Holds(m_bytes));
+        EXPECT_TRUE(Holds(m_log));
+        return hasFailed;
+    }
+
+    bool Holds(const std::string& bytes) const
+    {
+        return std::ranges::any_of(boost::filesystem::directory_iterator(m_folder.Path()),
+                                   boost::filesystem::directory_iterator(),
+                                   [&](const auto& each) { return TemporaryFolder::BytesOf(each.path()) == bytes; });
+    }
+
+    const TemporaryFolder m_folder;
+    const path m_file = m_folder / "settings.db";
+    const std::string m_bytes = std::string(4096, 'x');
+    const std::string m_log = "log";
+    LSTATUS m_status = 0;
+    bool m_isWhereItWas = false;
+};
+
+TEST_F(HiveToSetAsideTest, IsWhereItWasOrAsideWhicheverCallFails)
+{
+    for (const Failure failure : {Failure::busy, Failure::inputOutput, Failure::memory})
+    {
+        // All that is asked of it before it is set aside; its making has tests of its own.
+        int at = 1;
+        for (; at <= 60 && KeepsAll<FailingDatabase>(failure, Lasting::once, at) && !HasFailure(); ++at)
+            ;
+        EXPECT_FALSE(HasFailure()) << static_cast<int>(failure) << " at " << at;
+    }
+    for (int at = 1; KeepsAll<FailingCall>("operator new", ENOMEM, at) && !HasFailure(); ++at)
+        ;
+    for (const char* const call : {"link", "rename", "unlink", "renameat2"})
+    {
+        for (int at = 1; at < 5; ++at)
+            KeepsAll<FailingCall>(call, EACCES, at);
+    }
+}
+
+TEST_F(HiveToSetAsideTest, StaysWhereTheDiskTheMemoryOrAnotherFails)
+{
+    for (const Failure failure : {Failure::busy, Failure::inputOutput, Failure::memory})
+    {
+        EXPECT_TRUE(KeepsAll<FailingDatabase>(failure, Lasting::forGood, 1));
+        EXPECT_TRUE(m_isWhereItWas) << static_cast<int>(failure);
+        EXPECT_NE(m_status, 0);
+    }
 }
 
 TEST_F(HiveWithoutTest, AnswerOfTheSystemIsNoMissingOne)

@@ -5,16 +5,21 @@
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Status.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <random>
+#include <regex>
+#include <sched.h>
 #include <set>
 #include <sqlite3.h>
 #include <string>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -390,27 +395,103 @@ void UseAll(const path& file)
     hive.DeleteTree(Hive::root, L"Key");
 }
 
-TEST_F(HiveTest, CutAnywhereIsDamagedAndStaysAsItIs)
+/// Runs work as a user without rights, who may look into the folder.
+int AsNobody(const TemporaryFolder& folder, const std::function<int()>& work)
+{
+    ::chmod(folder.Path().c_str(), 0755);
+    Child child(
+        [&]
+        {
+            constexpr uid_t nobody = 65534;
+            if (::geteuid() == 0 && ::setresuid(nobody, nobody, nobody) != 0)
+                return 99;
+            if (::geteuid() != nobody)
+                ::chmod(folder.Path().c_str(), 0555);
+            return work();
+        });
+    const int code = child.ExitCode();
+    ::chmod(folder.Path().c_str(), 0755);
+    return code;
+}
+
+/// What stands in a folder, by name.
+std::map<std::string, std::string> FilesIn(const path& folder)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& each : boost::filesystem::directory_iterator(folder))
+        files[each.path().filename().native()] = TemporaryFolder::BytesOf(each.path());
+    return files;
+}
+
+class DamagedHiveTest : public HiveTest
+{
+protected:
+    /// Puts bytes into the hive's place, and expects that they are found set aside, under the date, with a new hive in
+    /// their place.
+    void ExpectSetAside(const std::string& bytes)
+    {
+        boost::filesystem::remove_all(m_home);
+        create_directory(m_home);
+        m_folder.File("home/settings.db", bytes);
+        {
+            Hive hive(m_file, Hive::Owner::user);
+            Hive::Key key = 0;
+            ASSERT_EQ(hive.Find(Hive::root, L"Key", key), missing);
+            ExpectAside({{"", bytes}});
+            EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "new"), 0);
+            EXPECT_EQ(Text(hive, MakeKey(hive, L"Key"), L"Name"), "new");
+        }
+        EXPECT_TRUE(exists(m_file));
+        ExpectAside({{"", bytes}});
+    }
+
+    /// Expects that but for the hive's own files just these stand there: suffixes and bytes. SQLite may have made a log
+    /// without anything in it.
+    void ExpectAside(const std::map<std::string, std::string>& expected)
+    {
+        const std::regex form(R"(settings\.db\.damaged-20\d{6}-\d{6}\.\d{6}(|-wal|-shm|-journal))");
+        std::map<std::string, std::string> aside;
+        for (const auto& [name, bytes] : FilesIn(m_home))
+        {
+            std::smatch parts;
+            if (!std::regex_match(name, parts, form))
+                EXPECT_TRUE(std::regex_match(name, std::regex(R"(settings\.db(|-wal|-shm))"))) << name;
+            else if (parts[1] != "-shm" && (parts[1] != "-wal" || !bytes.empty()))
+                aside[parts[1]] = bytes;
+        }
+        EXPECT_TRUE(aside == expected) << aside.size();
+    }
+
+    /// Expects that a hive that is damaged is refused and stays as it is, with what stands beside it.
+    void ExpectRefused(LSTATUS status = damaged)
+    {
+        const auto before = FilesIn(m_home);
+        Hive hive(m_file, Hive::Owner::user);
+        Hive::Key key = 0;
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), status);
+        EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), status);
+        hive.Close();
+        EXPECT_TRUE(FilesIn(m_home) == before);
+    }
+
+    DamagedHiveTest() { create_directory(m_home); }
+
+    const path m_home = m_folder / "home";
+    const path m_file = m_home / "settings.db";
+};
+
+TEST_F(DamagedHiveTest, CutAnywhereIsSetAsideAtStart)
 {
     const std::string whole = SampleHive(m_folder);
-    for (std::size_t size = 0; size < whole.size(); size += size < 200 ? 1 : 511)
+    // Within its last page SQLite takes no notice.
+    for (std::size_t size = 0; size <= whole.size() - 4096; size += size < 200 ? 1 : 511)
     {
-        const path file = m_folder.File("cut.db", whole.substr(0, size));
-        UseAll(file);
-        if (size < 4096)
-        {
-            Hive hive(file, Hive::Owner::user);
-            Hive::Key key = 0;
-            ASSERT_EQ(hive.Find(Hive::root, L"Key", key), damaged) << size;
-            ASSERT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged) << size;
-            ASSERT_EQ(TemporaryFolder::BytesOf(file).size(), size);
-        }
-        for (const char* const suffix : {"-wal", "-shm", "-journal"})
-            boost::filesystem::remove(file.native() + suffix);
+        ExpectSetAside(whole.substr(0, size));
+        ASSERT_FALSE(HasFailure()) << size;
     }
 }
 
-TEST_F(HiveTest, RandomBytesAreDamaged)
+TEST_F(DamagedHiveTest, OfRandomBytesIsSetAsideAtStart)
 {
     std::mt19937 random(1);
     for (const std::size_t size : {1u, 100u, 512u, 4096u, 20000u})
@@ -418,12 +499,200 @@ TEST_F(HiveTest, RandomBytesAreDamaged)
         std::string bytes(size, '\0');
         for (char& each : bytes)
             each = static_cast<char>(random());
-        const path file = m_folder.File("random.db", bytes);
-        Hive hive(file, Hive::Owner::user);
+        ExpectSetAside(bytes);
+    }
+}
+
+TEST_F(DamagedHiveTest, WhoseTableOfKeysIsOverwrittenIsSetAsideAtStart)
+{
+    std::string bytes = SampleHive(m_folder);
+    bytes.replace(4096, 4096, 4096, 'x');
+    ExpectSetAside(bytes);
+}
+
+TEST_F(DamagedHiveTest, GoesAsideWithItsLogAsItIs)
+{
+    const std::string log(5000, '\x37');
+    for (const std::string& bytes : {std::string(), std::string(4096, 'x'), SampleHive(m_folder).substr(0, 6000)})
+    {
+        boost::filesystem::remove_all(m_home);
+        create_directory(m_home);
+        m_folder.File("home/settings.db", bytes);
+        m_folder.File("home/settings.db-wal", log);
+        m_folder.File("home/settings.db-journal", "journal");
+        Hive hive(m_file, Hive::Owner::user);
         Hive::Key key = 0;
-        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), damaged);
-        EXPECT_EQ(hive.FindOrCreate(Hive::root, L"Key", key), damaged);
-        EXPECT_EQ(TemporaryFolder::BytesOf(file), bytes);
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), missing);
+        const auto files = FilesIn(m_home);
+        EXPECT_EQ(std::ranges::count_if(files, [&](const auto& each) { return each.second == log; }), 1);
+        for (const char* const suffix : {"", "-wal", "-shm", "-journal"})
+            EXPECT_FALSE(files.contains(std::string("settings.db") + suffix)) << suffix;
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "new"), 0);
+        hive.Close();
+        EXPECT_EQ(FilesIn(m_home).size(), files.size() + 1);
+    }
+}
+
+TEST_F(DamagedHiveTest, ThatAnotherProcessUsesStaysWhereItIs)
+{
+    m_folder.File("home/settings.db", std::string(4096, 'x'));
+    int ready[2];
+    int done[2];
+    ASSERT_EQ(::pipe(ready), 0);
+    ASSERT_EQ(::pipe(done), 0);
+    Child user(
+        [&]
+        {
+            const int file = ::open(m_file.c_str(), O_RDWR);
+            // As SQLite locks what is read.
+            flock lock{F_RDLCK, SEEK_SET, 0x40000002, 510, 0};
+            char byte = 0;
+            const bool isLocked = ::fcntl(file, F_SETLK, &lock) == 0;
+            ::close(done[1]);
+            return isLocked && ::write(ready[1], "x", 1) == 1 && ::read(done[0], &byte, 1) == 0 ? 0 : 1;
+        });
+    char byte = 0;
+    ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+    ExpectRefused();
+    for (const int each : {ready[0], ready[1], done[0], done[1]})
+        ::close(each);
+    EXPECT_EQ(user.ExitCode(), 0);
+    Hive hive(m_file, Hive::Owner::user);
+    MakeKey(hive, L"Key");
+    ExpectAside({{"", std::string(4096, 'x')}});
+}
+
+TEST_F(DamagedHiveTest, ThatMayNotBeWrittenStaysWhereItIs)
+{
+    m_folder.File("home/settings.db", std::string(4096, 'x'));
+    for (const auto& [file, folder] : {std::pair(0444, 0777), std::pair(0666, 0555)})
+    {
+        ::chmod(m_file.c_str(), file);
+        ::chmod(m_home.c_str(), folder);
+        EXPECT_EQ(AsNobody(m_folder,
+                           [&]
+                           {
+                               ExpectRefused();
+                               return HasFailure() ? 1 : 0;
+                           }),
+                  0);
+    }
+    ::chmod(m_home.c_str(), 0777);
+}
+
+TEST_F(DamagedHiveTest, IsSetAsideOnceByProcessesThatStartAtOnce)
+{
+    for (int round = 0; round < 5; ++round)
+    {
+        boost::filesystem::remove_all(m_home);
+        create_directory(m_home);
+        m_folder.File("home/settings.db", std::string(4096, 'x'));
+        std::vector<std::unique_ptr<Child>> children;
+        for (std::uint32_t i = 0; i < 8; ++i)
+            children.push_back(std::make_unique<Child>(
+                [this, i]
+                {
+                    Hive hive(m_file, Hive::Owner::user);
+                    // One that looks while another sets it aside is refused, and comes again.
+                    Hive::Key key = 0;
+                    while (hive.FindOrCreate(Hive::root, L"Shared", key) == damaged)
+                        ;
+                    return static_cast<int>(SetNumber(hive, key, L"Value" + std::to_wstring(i), i));
+                }));
+        for (const auto& each : children)
+            EXPECT_EQ(each->ExitCode(), 0);
+        Hive hive(m_file, Hive::Owner::user);
+        utility::platform::RegistryKeyInfo info;
+        ASSERT_EQ(hive.Info(MakeKey(hive, L"Shared"), info), 0);
+        EXPECT_EQ(info.values, 8u);
+        ExpectAside({{"", std::string(4096, 'x')}});
+    }
+}
+
+TEST_F(HiveTest, LogOfAHiveThatIsGoneIsNotThatOfTheNext)
+{
+    {
+        Hive hive(m_file, Hive::Owner::user);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"Old"), L"Name", REG_SZ, "old"), 0);
+        copy_file(m_file.native() + "-wal", m_folder / "log");
+    }
+    boost::filesystem::remove(m_file);
+    rename(m_folder / "log", m_file.native() + "-wal");
+    const std::string log = TemporaryFolder::BytesOf(m_file.native() + "-wal");
+    {
+        Hive hive(m_file, Hive::Owner::user);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"New"), L"Name", REG_SZ, "new"), 0);
+        Hive::Key key = 0;
+        EXPECT_EQ(hive.Find(Hive::root, L"Old", key), missing);
+        EXPECT_EQ(Text(hive, MakeKey(hive, L"New"), L"Name"), "new");
+    }
+    const auto files = FilesIn(m_folder.Path());
+    EXPECT_EQ(files.size(), 2u);
+    EXPECT_TRUE(files.rbegin()->second == log) << files.rbegin()->first;
+}
+
+// Hives for which the process has no room
+
+TEST_F(HiveTest, ThatIsMadeShortOfDescriptorsIsMadeWholeOrNotAtAll)
+{
+    int refused = 0;
+    for (int left = 0; left < 8; ++left)
+    {
+        const path file = m_folder / std::to_string(left).c_str() / "settings.db";
+        create_directory(file.parent_path());
+        Child child(
+            [&]
+            {
+                const int first = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+                ::close(first);
+                const rlimit limit{static_cast<rlim_t>(first + left), 1024};
+                if (::setrlimit(RLIMIT_NOFILE, &limit) != 0)
+                    return 99;
+                Hive hive(file, Hive::Owner::user);
+                Hive::Key key = 0;
+                const LSTATUS status = hive.FindOrCreate(Hive::root, L"Key", key);
+                return status == 0 ? 0 : status == Status(ERROR_TOO_MANY_OPEN_FILES) ? 1 : 2;
+            });
+        const int code = child.ExitCode();
+        EXPECT_TRUE(code == 0 || code == 1) << code << " with " << left;
+        EXPECT_EQ(is_empty(file.parent_path()), !exists(file)) << left;
+        EXPECT_TRUE(code == 1 || exists(file)) << left;
+        refused += code;
+        // It works in the next process.
+        Hive hive(file, Hive::Owner::user);
+        EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "text"), 0) << left;
+    }
+    EXPECT_GE(refused, 3);
+    EXPECT_LT(refused, 8);
+}
+
+TEST_F(HiveTest, ThatIsMadeOnAFullFileSystemIsMadeWholeOrNotAtAll)
+{
+    for (const char* const limit : {"nr_inodes=2", "nr_inodes=3", "nr_inodes=4", "nr_inodes=5", "size=4k", "size=16k",
+                                    "size=32k", "size=64k", "size=128k"})
+    {
+        Child child(
+            [&]
+            {
+                if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                    ::mount("none", m_folder.Path().c_str(), "tmpfs", 0, limit) != 0)
+                    return 99;
+                Hive::Key key = 0;
+                const LSTATUS status =
+                    std::make_unique<Hive>(m_file, Hive::Owner::user)->FindOrCreate(Hive::root, L"Key", key);
+                if (status == 0 ? !exists(m_file) : !exists(m_file) && !is_empty(m_folder.Path()))
+                    return 1;
+                if (::mount("none", m_folder.Path().c_str(), nullptr, MS_REMOUNT, "nr_inodes=0,size=1m") != 0)
+                    return 2;
+                Hive hive(m_file, Hive::Owner::user);
+                return hive.FindOrCreate(Hive::root, L"Key", key) == 0 && hive.Set(key, L"Name", REG_SZ, "text") == 0
+                           ? 0
+                           : 3;
+            });
+        const int code = child.ExitCode();
+        if (code == 99)
+            GTEST_SKIP() << "is for who may mount file systems";
+        EXPECT_EQ(code, 0) << limit;
     }
 }
 
@@ -576,25 +845,6 @@ TEST_F(HiveTest, FullDiskWhileItIsMadeLeavesNothing)
 }
 
 // Hives that belong to somebody else
-
-/// Runs work as a user without rights, who may look into the folder.
-int AsNobody(const TemporaryFolder& folder, const std::function<int()>& work)
-{
-    ::chmod(folder.Path().c_str(), 0755);
-    Child child(
-        [&]
-        {
-            constexpr uid_t nobody = 65534;
-            if (::geteuid() == 0 && ::setresuid(nobody, nobody, nobody) != 0)
-                return 99;
-            if (::geteuid() != nobody)
-                ::chmod(folder.Path().c_str(), 0555);
-            return work();
-        });
-    const int code = child.ExitCode();
-    ::chmod(folder.Path().c_str(), 0755);
-    return code;
-}
 
 class ForeignHiveTest : public HiveTest
 {

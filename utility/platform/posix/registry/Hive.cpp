@@ -47,8 +47,6 @@ std::string ImmutableUri(const path& file)
 
 }
 
-void Hive::DatabaseCloser::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
-
 Hive::Hive(path file, Owner owner, std::uint32_t generation)
     : m_file(std::move(file)), m_owner(owner), m_generation(generation)
 {
@@ -63,6 +61,13 @@ void Hive::Close()
     m_database.reset();
 }
 
+void Hive::CloseAsItIs()
+{
+    // Its log is not brought into it.
+    sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    Close();
+}
+
 LSTATUS Hive::Open(Key used)
 {
     // What cannot be locked is read as if it could not change; a log beside it says that it does.
@@ -71,13 +76,14 @@ LSTATUS Hive::Open(Key used)
     if (m_database)
         return success;
 
+    const LSTATUS gone = used == root ? missing : deleted;
     struct stat state = {};
     if (m_file.empty())
         return Status(ERROR_PATH_NOT_FOUND);
     if (::stat(m_file.c_str(), &state) != 0)
     {
         const bool isGone = errno == ENOENT || errno == ENOTDIR;
-        return !isGone ? Status(ErrorOfErrno(errno)) : used == root ? missing : deleted;
+        return isGone ? gone : Status(ErrorOfErrno(errno));
     }
     std::uint64_t lot = 0;
     LSTATUS status = OpenFile(false, lot);
@@ -87,11 +93,16 @@ LSTATUS Hive::Open(Key used)
         Close();
         status = OpenFile(true, lot);
     }
-    if (status != success)
+    if (status != success && m_database)
     {
-        Close();
-        return status;
+        const auto close = [](Hive* hive) { hive->CloseAsItIs(); };
+        const std::unique_ptr<Hive, decltype(close)> closing(this, close);
+        // One that nothing can be read from is out of the way, whole, rather than refused for ever.
+        if (SetHiveAside(m_database.get(), m_file))
+            status = gone;
     }
+    if (status != success)
+        return status;
     // The keys of one file are not those of another that has come into its place.
     const Identity identity = {state.st_dev, state.st_ino, lot};
     const bool replaced = m_identity.has_value() && m_identity != identity;
@@ -114,6 +125,8 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
     m_database.reset(database);
     if (result != SQLITE_OK)
         return StatusOf(result, database);
+    if (IsEmpty(database))
+        return Status(ERROR_BADDB);
     sqlite3_busy_timeout(database, longestWait);
     if (m_owner == Owner::machine)
     {
@@ -124,15 +137,18 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
     result = sqlite3_exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr);
     if (result != SQLITE_OK)
         return StatusOf(result, database);
-    Run id = Use(m_statements.applicationId);
-    if (!id.Next())
-        return id.Status();
-    if (id.Integer(0) != hiveApplicationId)
-        return Status(ERROR_BADDB);
-    Run version = Use(m_statements.userVersion);
-    if (!version.Next())
-        return version.Status();
-    lot = static_cast<std::uint64_t>(version.Integer(0));
+    std::int64_t id = 0;
+    std::int64_t version = 0;
+    LSTATUS status = Number(m_statements.applicationId, id);
+    if (status == success && id != hiveApplicationId)
+        status = Status(ERROR_BADDB);
+    if (status == success)
+        status = Number(m_statements.userVersion, version);
+    if (status == success)
+        status = Existing(root); // for the tables, without which there is no use of it
+    if (status != success && status != deleted)
+        return status;
+    lot = static_cast<std::uint64_t>(version);
     Run mode = Use(m_statements.journalMode);
     if (mode.Next() && mode.Bytes(0) == "wal" && !immutable)
         m_remembered.Follow(database);
@@ -141,9 +157,7 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
 
 LSTATUS Hive::OpenForWriting(Key used)
 {
-    int moved = 0;
-    if (m_database && sqlite3_file_control(m_database.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK &&
-        moved != 0)
+    if (m_database && HasMoved(m_database.get()))
         Close();
     return Open(used);
 }
@@ -166,6 +180,15 @@ LSTATUS Hive::Writable()
     if (status != success)
         return status;
     return sqlite3_db_readonly(m_database.get(), "main") == 0 ? success : Status(ERROR_ACCESS_DENIED);
+}
+
+LSTATUS Hive::Number(Statement& statement, std::int64_t& number)
+{
+    Run run = Use(statement);
+    if (!run.Next())
+        return run.Status();
+    number = run.Integer(0);
+    return success;
 }
 
 LSTATUS Hive::Existing(Key key)

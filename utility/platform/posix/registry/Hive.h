@@ -64,13 +64,9 @@ public:
     LSTATUS Info(Key key, RegistryKeyInfo& info);
 
 private:
-    struct DatabaseCloser
-    {
-        void operator()(sqlite3* database) const;
-    };
-
     LSTATUS Open(Key used);
     LSTATUS OpenFile(bool immutable, std::uint64_t& lot);
+    void CloseAsItIs();
     LSTATUS OpenForWriting(Key used);
     LSTATUS OpenOrMake(Key used);
     std::string Log() const { return m_file.native() + "-wal"; }
@@ -83,13 +79,14 @@ private:
         isMade
     };
     LSTATUS Walk(Key parent, std::wstring_view path, Missing then, Key& key);
+    LSTATUS Number(Statement& statement, std::int64_t& number);
     LSTATUS Existing(Key key);
     LSTATUS NothingAt(Key key, LSTATUS status, LSTATUS otherwise);
     bool Reach(Run& run, Remembered::Names names, Key key, DWORD index);
 
     boost::filesystem::path m_file;
     Owner m_owner;
-    std::unique_ptr<sqlite3, DatabaseCloser> m_database;
+    Database m_database;
     Statements m_statements;
     bool m_immutable = false;
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sqlite3.h>
@@ -72,6 +73,14 @@ path SystemConfiguration()
     return std::string(folders.substr(0, folders.find(':')));
 }
 
+/// A database, and behind it what SQLite keeps beside it.
+using Names = std::array<std::string, 4>;
+
+Names NamesOf(const std::string& database)
+{
+    return {database, database + "-journal", database + "-wal", database + "-shm"};
+}
+
 /// Puts a file into a place that is free; false and errno EEXIST where it is taken.
 bool LinkInto(const std::string& file, const std::string& place)
 {
@@ -81,13 +90,80 @@ bool LinkInto(const std::string& file, const std::string& place)
     return errno != EEXIST && ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, place.c_str(), RENAME_NOREPLACE) == 0;
 }
 
+/// Moves what SQLite keeps beside a database.
+bool MoveCompanions(const Names& from, const Names& to)
+{
+    for (std::size_t i = 1; i < from.size(); ++i)
+    {
+        if (::rename(from[i].c_str(), to[i].c_str()) != 0 && errno != ENOENT)
+            return false;
+    }
+    return true;
+}
+
+/// Where a hive goes that is set aside now.
+Names NamesAside(const std::string& hive)
+{
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    tm parts{};
+    char date[32];
+    char fraction[32];
+    std::strftime(date, sizeof(date), "%Y%m%d-%H%M%S", ::gmtime_r(&now.tv_sec, &parts));
+    std::snprintf(fraction, sizeof(fraction), ".%06ld", now.tv_nsec / 1000);
+    return NamesOf(hive + ".damaged-" + date + fraction);
+}
+
+/// Brings the names in a folder to the disk. Where the system cannot, they come there later.
+void FlushFolder(const path& folder)
+{
+    const int opened = Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (opened < 0)
+        return;
+    Uninterrupted([&] { return ::fsync(opened); });
+    ::close(opened);
+}
+
+/// Opens a file that exists. Nothing is read yet.
+int OpenDatabase(const std::string& file, Database& database)
+{
+    sqlite3* opened = nullptr;
+    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
+    const int result = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    database.reset(opened);
+    return result;
+}
+
+/// Keeps everybody else, in this process too, from reading a database, unless somebody has it open and has read it. It
+/// is not read itself meanwhile.
+class SoleUse
+{
+public:
+    explicit SoleUse(sqlite3* database) : m_file(FileOf(database))
+    {
+        m_result = m_file->pMethods->xLock(m_file, SQLITE_LOCK_SHARED);
+        if (m_result == SQLITE_OK)
+            m_result = m_file->pMethods->xLock(m_file, SQLITE_LOCK_EXCLUSIVE);
+    }
+    SoleUse(const SoleUse&) = delete;
+    SoleUse& operator=(const SoleUse&) = delete;
+    ~SoleUse() { m_file->pMethods->xUnlock(m_file, SQLITE_LOCK_NONE); }
+
+    /// SQLITE_OK if it is so.
+    int Result() const { return m_result; }
+
+private:
+    sqlite3_file* m_file;
+    int m_result;
+};
+
 /// A new file beside the place that it is to come into. What is left of it, and of what SQLite puts beside it, goes at
 /// the end.
 class Draft
 {
 public:
     Draft(const std::string& name, mode_t mode)
-        : m_names{name, name + "-journal", name + "-wal", name + "-shm"},
+        : m_names(NamesOf(name)),
           m_file(Uninterrupted([&] { return ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); }))
     {
     }
@@ -105,13 +181,34 @@ public:
     bool IsOpen() const { return m_file >= 0; }
 
     /// Puts it into its place, whole. One that is there already, made by another process meanwhile, is as good.
-    bool Publish(const std::string& place) const
+    LSTATUS Publish(const std::string& place) const
     {
-        return Uninterrupted([&] { return ::fsync(m_file); }) == 0 && (LinkInto(m_names[0], place) || errno == EEXIST);
+        if (Uninterrupted([&] { return ::fsync(m_file); }) != 0)
+            return Status(ErrorOfErrno(errno));
+        // Named before the hive is there: nothing may come between that and the move.
+        const Names names = NamesOf(place);
+        const Names aside = NamesAside(place);
+        Database database;
+        if (const int result = OpenDatabase(m_names[0], database); result != SQLITE_OK)
+            return StatusOf(result, database.get());
+        // Nobody reads it before the log of one that stood there earlier is gone: it would be taken for this one's.
+        const SoleUse use(database.get());
+        if (use.Result() != SQLITE_OK)
+            return StatusOf(use.Result(), database.get());
+        if (!LinkInto(m_names[0], place))
+            return errno == EEXIST ? success : Status(ErrorOfErrno(errno));
+        if (!MoveCompanions(names, aside))
+        {
+            const LSTATUS status = Status(ErrorOfErrno(errno));
+            ::unlink(place.c_str());
+            return status;
+        }
+        FlushFolder(path(place).parent_path());
+        return success;
     }
 
 private:
-    std::array<std::string, 4> m_names;
+    Names m_names;
     int m_file;
 };
 
@@ -120,16 +217,35 @@ LSTATUS Fill(const std::string& file, std::int32_t lot)
 {
     const std::string text = schema + ("pragma application_id = " + std::to_string(hiveApplicationId)) +
                              ";pragma user_version = " + std::to_string(lot) + schemaEnd;
-    sqlite3* database = nullptr;
-    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
-    int result = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+    Database database;
+    int result = OpenDatabase(file, database);
     if (result == SQLITE_OK)
-        result = sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr);
-    const LSTATUS status = StatusOf(result, database);
-    sqlite3_close(database);
-    return status;
+        result = sqlite3_exec(database.get(), text.c_str(), nullptr, nullptr, nullptr);
+    return StatusOf(result, database.get());
 }
 
+}
+
+void DatabaseCloser::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+
+sqlite3_file* FileOf(sqlite3* database)
+{
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    return file;
+}
+
+bool HasMoved(sqlite3* database)
+{
+    int moved = 0;
+    return sqlite3_file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+}
+
+bool IsEmpty(sqlite3* database)
+{
+    sqlite3_file* const file = FileOf(database);
+    sqlite3_int64 size = 0;
+    return file->pMethods->xFileSize(file, &size) == SQLITE_OK && size == 0;
 }
 
 path UsualHiveFile(HiveOwner owner)
@@ -154,7 +270,23 @@ LSTATUS MakeHiveFile(const path& file, HiveOwner owner)
     if (!draft.IsOpen())
         return Status(ErrorOfErrno(errno));
     const LSTATUS status = Fill(name, static_cast<std::int32_t>(lot));
-    return status != success || draft.Publish(file.native()) ? status : Status(ErrorOfErrno(errno));
+    return status == success ? draft.Publish(file.native()) : status;
+}
+
+bool SetHiveAside(sqlite3* database, const path& file)
+{
+    const int told = sqlite3_errcode(database);
+    const bool isDamaged = told == SQLITE_CORRUPT || told == SQLITE_NOTADB || (told == SQLITE_OK && IsEmpty(database));
+    if (!isDamaged || sqlite3_db_readonly(database, "main") != 0)
+        return false;
+    const SoleUse use(database);
+    if (use.Result() != SQLITE_OK || HasMoved(database))
+        return false;
+    const Names names = NamesOf(file.native());
+    const Names aside = NamesAside(file.native());
+    // What ends half-way leaves the file where it was, and the next start goes on with it.
+    return LinkInto(names[0], aside[0]) && MoveCompanions(names, aside) &&
+           (::unlink(names[0].c_str()) == 0 || errno == ENOENT);
 }
 
 }

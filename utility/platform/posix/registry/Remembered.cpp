@@ -1,5 +1,6 @@
 #include "utility/platform/posix/registry/Remembered.h"
 
+#include "utility/platform/posix/registry/HiveFile.h"
 #include "utility/platform/posix/registry/NameFold.h"
 
 #include <algorithm>
@@ -21,8 +22,7 @@ constexpr std::size_t largestRemembered = 4096;
 
 void Remembered::Follow(sqlite3* database)
 {
-    sqlite3_file* file = nullptr;
-    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite3_file* const file = FileOf(database);
     void volatile* index = nullptr;
     constexpr int regionSize = 32768;
     const int result = file->pMethods->xShmMap(file, 0, regionSize, 0, &index);
