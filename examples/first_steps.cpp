@@ -1,13 +1,24 @@
 #include "utility/Utility.h"
 
 #include <iostream>
+#include <string>
 
 class CommaCursor final : public CInlineTextRecordPtr<CommaCursor>
 {
 public:
     using CInlineTextRecordPtr::CInlineTextRecordPtr;
-    bool IsTerminator(char c) override { return c == ',' || c == '\n' || c == '\0'; }
+    bool IsTerminator(char c) override { return c == ',' || c == '\r' || c == '\n' || c == '\0'; }
 };
+
+std::string NewMessages()
+{
+    boost::circular_buffer_space_optimized<CLogMessage> messages;
+    CLogMessages::instance(nullptr).pop(messages);
+    std::string text;
+    for (const CLogMessage& message : messages)
+        text += from_utf(message.m_strMessage, 65001);
+    return text;
+}
 
 int main(int argumentCount, char** arguments)
 try
@@ -20,14 +31,21 @@ try
     CommaCursor cursor(&file);
     cursor.Add(file.DataPtr(), file.DataPtr() + file.GetFileSize() - 1);
     double sum = 0.0;
+    bool isGood = true;
     for (double value; !cursor.IsEndOfRecord(); cursor.AdvancePtr())
-        sum += cursor.ReadReal(value) ? value : 0.0;
+    {
+        if (cursor.ReadReal(value))
+        {
+            sum += value;
+            continue;
+        }
+        const TextPosition place = cursor.Position();
+        std::cout << "line " << place.line << ", column " << place.column << ": " << NewMessages();
+        cursor.SkipField(); // the rest of a bad field is no number
+        isGood = false;
+    }
     std::cout << "sum " << sum << '\n';
-    boost::circular_buffer_space_optimized<CLogMessage> messages;
-    CLogMessages::instance(nullptr).pop(messages);
-    for (const CLogMessage& message : messages)
-        std::cout << from_utf(message.m_strMessage, 65001);
-    return messages.empty() ? 0 : 1;
+    return isGood ? 0 : 1;
 }
 catch (CFileException* failure)
 {

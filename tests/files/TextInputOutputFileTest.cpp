@@ -52,6 +52,31 @@ TEST_F(CTextInputOutputFileTest, DataOfAClosedFileIsNull)
     EXPECT_EQ(file.DataPtr(), nullptr);
 }
 
+TEST_F(CTextInputOutputFileTest, PlacesAreCountedInLinesAndColumnsFromOne)
+{
+    ASSERT_TRUE(file.Open(folder.File("a", "ab\ncd\r\ne\r\rf\n\n")));
+    const std::vector<TextPosition> expected{{1, 1}, {1, 2}, {1, 3}, {2, 1}, {2, 2}, {2, 3}, {2, 4},
+                                             {3, 1}, {3, 2}, {4, 1}, {5, 1}, {5, 2}, {6, 1}, {7, 1}};
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(file.PositionOf(file.DataPtr() + i), expected[i]) << i;
+}
+
+TEST_F(CTextInputOutputFileTest, PlaceBehindACarriageReturnThatEndsTheFileIsInANewLine)
+{
+    ASSERT_TRUE(file.Open(folder.File("a", "ab\r")));
+    EXPECT_EQ(file.PositionOf(file.DataPtr() + 3), (TextPosition{2, 1}));
+}
+
+TEST_F(CTextInputOutputFileTest, PlaceOutsideTheViewHasNoPosition)
+{
+    EXPECT_EQ(file.PositionOf(nullptr), TextPosition());
+    EXPECT_EQ(file.PositionOf("elsewhere"), TextPosition());
+    ASSERT_TRUE(file.Open(folder.File("a", "ab")));
+    EXPECT_EQ(file.PositionOf(nullptr), TextPosition());
+    EXPECT_EQ(file.PositionOf(file.DataPtr() - 1), TextPosition());
+    EXPECT_EQ(file.PositionOf(file.DataPtr() + 3), TextPosition());
+}
+
 TEST_F(CTextInputOutputFileTest, DataOfAWrittenFileIsNull)
 {
     ASSERT_TRUE(file.Open(folder / "a", 0));

@@ -2,6 +2,7 @@
 
 #include "tests/support/GuardedText.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/TextRecordTrial.h"
 #include "tests/support/Thorough.h"
 #include "utility/failures/Failures.h"
@@ -549,6 +550,72 @@ TEST_P(CTextRecordPtrTest, DAndEOfEitherCaseAreTheExponentLetters)
              }
              EXPECT_EQ(letters, "DEde");
          });
+}
+
+TEST_P(CTextRecordPtrTest, SkipFieldPassesTheRestOfABadFieldAndNothingBehindIt)
+{
+    With({"1,x2", "4,3"},
+         [](auto& cursor)
+         {
+             double sum = 0.0;
+             for (double value = 0.0; !cursor.IsEndOfRecord(); cursor.AdvancePtr())
+             {
+                 if (cursor.ReadReal(value))
+                     sum += value;
+                 else
+                     cursor.SkipField();
+             }
+             EXPECT_EQ(sum, 4.0);
+         });
+}
+
+TEST_P(CTextRecordPtrTest, SkipFieldStaysOnATerminatorAndStopsAtTheEnd)
+{
+    With({",,abc"},
+         [](auto& cursor)
+         {
+             cursor.SkipField();
+             EXPECT_EQ(cursor.Place(), 0u);
+             cursor.AdvancePtr();
+             cursor.AdvancePtr();
+             cursor.SkipField();
+             EXPECT_TRUE(cursor.IsEndOfRecord());
+             cursor.SkipField();
+             EXPECT_TRUE(cursor.IsEndOfRecord());
+         });
+    Readers::With(GetParam(), {"abc"}, zeroIsNoTerminator,
+                  [](auto& cursor)
+                  {
+                      cursor.SkipField();
+                      EXPECT_TRUE(cursor.IsEndOfRecord());
+                  });
+}
+
+TEST(CTextRecordPtrContract, TellsLineAndColumnInTheFile)
+{
+    const support::TemporaryFolder folder;
+    CTextInputOutputFile file;
+    ASSERT_TRUE(file.Open(folder.File("part", "1,2\n3,4x,5\n6\n")));
+    VirtualCursor cursor(&file, {}, {});
+    EXPECT_EQ(cursor.Position(), TextPosition());
+    cursor.Add(file.DataPtr() + 4, file.DataPtr() + 8);
+    EXPECT_EQ(cursor.Position(), (TextPosition{2, 1}));
+    cursor.AdvancePtr();
+    cursor.AdvancePtr();
+    double value = 0.0;
+    EXPECT_FALSE(cursor.ReadReal(value));
+    EXPECT_EQ(cursor.Position(), (TextPosition{2, 4}));
+    cursor.AdvancePtr();
+    cursor.AdvancePtr();
+    EXPECT_TRUE(cursor.IsEndOfRecord());
+    EXPECT_EQ(cursor.Position(), (TextPosition{2, 6}));
+}
+
+TEST(CTextRecordPtrContract, HasNoLineAndColumnInTextThatIsNotTheFiles)
+{
+    CTextInputOutputFile file;
+    EXPECT_EQ(VirtualCursor(&file, {"abc"}, {}).Position(), TextPosition());
+    EXPECT_EQ(VirtualCursor(nullptr, {"abc"}, {}).Position(), TextPosition());
 }
 
 TEST_P(CTextRecordPtrTest, SkipLinePassesARunOfLineEndsBlankLinesIncluded)

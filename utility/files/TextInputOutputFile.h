@@ -4,6 +4,17 @@
 
 #include "utility/files/InputOutputFile.h"
 
+#include <cstdint>
+
+/// A place in a text, both counted from 1; 0 and 0 is none.
+struct TextPosition
+{
+    std::uint64_t line = 0;
+    std::uint64_t column = 0; ///< in bytes
+
+    bool operator==(const TextPosition&) const = default;
+};
+
 class UTILITY_API CTextInputOutputFile : public CInputOutputFile
 {
 public:
@@ -17,6 +28,10 @@ public:
 
     /// The first character of the view, null when closed.
     const char* DataPtr() const;
+
+    /// Where a pointer into the view is, or one just behind it; none for any other. Lines end in LF, CR or CR LF. They
+    /// are counted from the start of the view on each call: this is for messages.
+    TextPosition PositionOf(const char* place) const;
 
     /// Issues the message with this number, filled with the arguments as LoadMessage does. A warning needs verbose
     /// messages too. `place` is deliberately ignored: a message tells no position.

@@ -45,6 +45,19 @@ bool CTextRecordPtr::ReadChar(char& c)
     return true;
 }
 
+void CTextRecordPtr::SkipField()
+{
+    while (!IsEndOfRecord() && !IsTerminator(*m_pCurrent))
+        AdvancePtr();
+}
+
+TextPosition CTextRecordPtr::Position() const
+{
+    if (m_pFile == nullptr || Lines().empty())
+        return {};
+    return m_pFile->PositionOf(m_pCurrent == &m_cNULL ? Lines().back().Last() + 1 : m_pCurrent);
+}
+
 void CTextRecordPtr::SkipLine()
 {
     // Deliberately without a test for the end of the record: a caller knows that a line end follows.

@@ -14,7 +14,7 @@
 //     cursor.Add(line, line + length - 1); // the last character is part of the line
 //     double x;
 //     if (!cursor.ReadReal(x))
-//         throw CTextRecordException(__FILE__, __LINE__, 0, cursor);
+//         cursor.SkipField(); // or a number within the bad field would be the next
 //     cursor.AdvancePtr(); // a read never passes the terminator
 //
 // A number is: blanks, a sign, digits, a point and digits, an exponent letter (D or E of either case, as FORTRAN writes
@@ -39,6 +39,7 @@
 #include <list>
 
 class CTextInputOutputFile;
+struct TextPosition;
 
 namespace utility::detail
 {
@@ -106,9 +107,17 @@ public:
     /// behind the bad character.
     bool ReadInt(int& value);
 
-    /// A real. On false the cursor is on the bad character, and `value` is what was read so far, or unchanged if the
+    /// A real. On false the cursor is on the bad character, or behind it if that stands in the exponent; and `value` is what was read so far, or unchanged if the
     /// bad character stands ahead of point and exponent.
     bool ReadReal(double& value);
+
+    /// Moves to what ends the field, by IsTerminator, or to the end of the record. Behind a read that failed the rest of
+    /// a bad field is passed this way.
+    void SkipField();
+
+    /// Line and column of the cursor in the file, and behind the last line at the end of the record. None if that is
+    /// not a place in the file (files/TextInputOutputFile.h).
+    TextPosition Position() const;
 
     /// Moves behind the next run of line ends (CR and LF). One must follow: without it this never returns.
     void SkipLine();

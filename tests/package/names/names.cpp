@@ -150,6 +150,7 @@ void Files()
     CTextInputOutputFile{};
     CTextInputOutputFile text(path);
     text.DataPtr();
+    text.PositionOf("");
     text.IssueWarning("", 0, 0);
     text.IssueError("", 0, 0);
     Copy<CTextInputOutputFile>();
@@ -403,6 +404,8 @@ void TextCursor()
     cursor.ReadChar(Any<char>());
     cursor.ReadInt(Any<int>());
     cursor.ReadReal(Any<double>());
+    cursor.SkipField();
+    cursor.Position();
     cursor.SkipLine();
 }
 
