@@ -3,6 +3,7 @@
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
 #include "utility/platform/formats/Utf16.h"
+#include "utility/platform/UntilUnload.h"
 #include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
@@ -767,7 +768,7 @@ TEST_F(AppSettingsInstanceTest, WithoutAProductNameTheKeyIsNamedAfterTheTitle)
     EXPECT_EXIT(std::exit(instanceHasTheTitle() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
-TEST_F(AppSettingsInstanceTest, AtTheEndTheUsersKeyIsClosedAheadOfTheMachines)
+TEST_F(AppSettingsInstanceTest, AtUnloadTheUsersKeyIsClosedAheadOfTheMachines)
 {
     const auto endWatched = []
     {
@@ -789,7 +790,8 @@ TEST_F(AppSettingsInstanceTest, AtTheEndTheUsersKeyIsClosedAheadOfTheMachines)
         };
         static_cast<void>(new LastCalls); // until the process ends
         const Settings settings(OwnKey());
-        std::exit(0);
+        utility::platform::RunTearDowns();
+        std::_Exit(9);
     };
     EXPECT_EXIT(endWatched(), testing::ExitedWithCode(7), "");
 }

@@ -1,6 +1,7 @@
 #include "utility/logging/LogMessages.h"
 
 #include "utility/guards/internal/LockGuard.h"
+#include "utility/platform/UntilUnload.h"
 
 #include <map>
 #include <memory>
@@ -11,6 +12,18 @@ namespace
 
 /// How much longer than its text the memory of a message may be.
 constexpr std::size_t spareLength = 128;
+
+struct Stores
+{
+    CCriticalSectionSpinCount lock;
+    std::map<const void*, std::unique_ptr<CLogMessages>> stores;
+};
+
+Stores& AllStores()
+{
+    static utility::platform::UntilUnload<Stores> stores;
+    return *stores;
+}
 
 }
 
@@ -23,14 +36,13 @@ constinit std::atomic<std::uint64_t> CLogMessages::m_nDefaultLogCapacity = 500;
 
 CLogMessages& CLogMessages::instance(const void* owner)
 {
-    static CCriticalSectionSpinCount lock;
-    static std::map<const void*, std::unique_ptr<CLogMessages>> stores;
-    const utility::LockGuard guard(lock);
-    auto place = stores.lower_bound(owner);
-    if (place == stores.end() || place->first != owner)
+    Stores& all = AllStores();
+    const utility::LockGuard guard(all.lock);
+    auto place = all.stores.lower_bound(owner);
+    if (place == all.stores.end() || place->first != owner)
     {
         std::unique_ptr<CLogMessages> store(new CLogMessages(m_nDefaultLogCapacity.load(std::memory_order_relaxed)));
-        place = stores.emplace_hint(place, owner, std::move(store));
+        place = all.stores.emplace_hint(place, owner, std::move(store));
     }
     return *place->second;
 }

@@ -1,6 +1,7 @@
 #include "utility/logging/ThreadDatabase.h"
 
 #include "utility/platform/ThreadSlot.h"
+#include "utility/platform/UntilUnload.h"
 
 namespace utility::detail
 {
@@ -13,13 +14,18 @@ constinit platform::ThreadSlot threadDatabaseSlot;
 namespace
 {
 
-const utility::platform::ThreadSlot::Lifetime slotLifetime(utility::detail::threadDatabaseSlot);
-
-}
-
-void SetThreadDatabase(CEntityDatabase* database) noexcept { utility::detail::threadDatabaseSlot.SetValue(database); }
-
-CEntityDatabase* GetThreadDatabase() noexcept
+/// The slot is taken when the library is loaded, or by a static object of the host that comes first.
+utility::platform::ThreadSlot& Slot()
 {
-    return static_cast<CEntityDatabase*>(utility::detail::threadDatabaseSlot.Value());
+    static utility::platform::UntilUnload<utility::platform::ThreadSlot::Lifetime> lifetime(
+        utility::detail::threadDatabaseSlot);
+    return utility::detail::threadDatabaseSlot;
 }
+
+[[gnu::constructor(103)]] void TakeSlot() { Slot(); }
+
+}
+
+void SetThreadDatabase(CEntityDatabase* database) noexcept { Slot().SetValue(database); }
+
+CEntityDatabase* GetThreadDatabase() noexcept { return static_cast<CEntityDatabase*>(Slot().Value()); }

@@ -5,6 +5,7 @@
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Heap.h"
 #include "utility/platform/ThreadSlot.h"
+#include "utility/platform/UntilUnload.h"
 
 #include <boost/format.hpp>
 
@@ -16,7 +17,6 @@ namespace
 {
 
 constinit utility::platform::ThreadSlot reportingSlot;
-const utility::platform::ThreadSlot::Lifetime slotLifetime(reportingSlot);
 
 /// Marks the thread as one that is reporting.
 class Reporting
@@ -34,6 +34,7 @@ public:
 
 CNewHandler::CNewHandler() : m_debuggerPresent(Debugger().IsPresent())
 {
+    static utility::platform::UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(reportingSlot);
     // Asked each time: a debugger may come at any moment.
     if (!Debugger().IsPresent())
         m_previousHandler = utility::platform::SetNewHandler(&NewHandler);

@@ -3,6 +3,7 @@
 #include "utility/diagnostics/Assertions.h"
 #include "utility/platform/Debugger.h"
 #include "utility/platform/ThreadSlot.h"
+#include "utility/platform/UntilUnload.h"
 
 #include <atomic>
 
@@ -23,9 +24,13 @@ using utility::detail::threadAllocatorSlot;
 namespace
 {
 
-// Before the initialisers of all other sources, of the library and of hosts that link it statically, and in this order.
-[[gnu::init_priority(101)]] const utility::platform::ThreadSlot::Lifetime slotLifetime(threadAllocatorSlot);
-[[gnu::init_priority(101)]] const CThreadAllocatorManager loadingThread;
+/// Comes ahead of the initialisers of all other sources, of the library and of hosts that link it statically.
+[[gnu::constructor(101)]] void GiveLoadingThreadAnAllocator()
+{
+    using utility::platform::UntilUnload;
+    static UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(threadAllocatorSlot);
+    static UntilUnload<CThreadAllocatorManager> loadingThread;
+}
 
 CQLMNodeAllocator* Allocator() { return static_cast<CQLMNodeAllocator*>(threadAllocatorSlot.Value()); }
 

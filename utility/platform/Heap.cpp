@@ -1,5 +1,7 @@
 #include "utility/platform/Heap.h"
 
+#include "utility/platform/SystemService.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -42,12 +44,7 @@ int CallStandardHandler(std::size_t)
 
 }
 
-ServiceSlot<HeapService>& HeapSlot() noexcept
-{
-    static StandardHeap system;
-    static ServiceSlot<HeapService> slot(system);
-    return slot;
-}
+ServiceSlot<HeapService>& HeapSlot() noexcept { return SystemService<HeapService, StandardHeap>::Slot(); }
 
 NewHandler SetNewHandler(NewHandler handler) noexcept
 {

@@ -4,9 +4,12 @@
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/Registry.h"
+#include "utility/platform/UntilUnload.h"
 #include "utility/text/ResourceString.h"
 
 #include <algorithm>
+#include <map>
+#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -54,7 +57,11 @@ bool ReadStored(HKEY key, const wchar_t* name, T& value)
     }
 }
 
-std::wstring productName;
+std::wstring& ProductName()
+{
+    static utility::platform::UntilUnload<std::wstring> name;
+    return *name;
+}
 
 }
 
@@ -65,30 +72,30 @@ struct CQLMAppSettings::Data
     resource_ptr<HKEY> m_hUserKey;
 };
 
-// The store comes first, so that it outlives the open keys.
-std::map<std::wstring, std::unique_ptr<CQLMAppSettings::Data>> CQLMAppSettings::m_mapData =
-    (static_cast<void>(Registry()), decltype(m_mapData)());
-
 CQLMAppSettings& CQLMAppSettings::instance()
 {
     static CQLMAppSettings settings(CompanyKeyName() +
-                                    (productName.empty() ? resource_string(applicationTitle) : productName));
+                                    (ProductName().empty() ? resource_string(applicationTitle) : ProductName()));
     return settings;
 }
 
 const std::wstring& CQLMAppSettings::CompanyKeyName()
 {
-    static const std::wstring name = std::wstring(L"SOFTWARE\\") + RegistryString::m_szRegistryKey + L'\\';
-    return name;
+    static utility::platform::UntilUnload<const std::wstring> name(std::wstring(L"SOFTWARE\\") +
+                                                                   RegistryString::m_szRegistryKey + L'\\');
+    return *name;
 }
 
-void CQLMAppSettings::SetProductName(const std::wstring& name) { productName = name; }
+void CQLMAppSettings::SetProductName(const std::wstring& name) { ProductName() = name; }
 
 CQLMAppSettings::CQLMAppSettings(const std::wstring& appKey) : m_data(DataOf(appKey)) {}
 
 CQLMAppSettings::Data& CQLMAppSettings::DataOf(const std::wstring& appKey)
 {
-    std::unique_ptr<Data>& entry = m_mapData[appKey];
+    // The store comes first, so that it outlives the open keys.
+    static_cast<void>(Registry());
+    static utility::platform::UntilUnload<std::map<std::wstring, std::unique_ptr<Data>>> all;
+    std::unique_ptr<Data>& entry = (*all)[appKey];
     if (entry == nullptr)
     {
         entry = std::make_unique<Data>();

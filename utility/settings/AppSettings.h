@@ -30,8 +30,6 @@
 #include "utility/platform/Types.h"
 #include "utility/settings/RegistryString.h"
 
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -172,8 +170,6 @@ private:
     bool WriteText(const wchar_t* subKey, const wchar_t* name, std::wstring_view value) const;
     bool WriteValue(const wchar_t* subKey, const wchar_t* name, DWORD type, const unsigned char* data,
                     DWORD size) const;
-
-    static std::map<std::wstring, std::unique_ptr<Data>> m_mapData;
 
     Data& m_data;
 };

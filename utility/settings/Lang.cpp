@@ -2,6 +2,7 @@
 
 #include "utility/platform/Locale.h"
 #include "utility/platform/Registry.h"
+#include "utility/platform/UntilUnload.h"
 #include "utility/settings/RegistryString.h"
 
 #include <boost/format.hpp>
@@ -18,20 +19,7 @@ namespace
 
 constexpr const wchar_t* choiceName = L"DisplayLanguage";
 
-const std::array<std::pair<LCID, std::wstring>, 12> translations{{
-    {0x0000, L"Use Windows Display Language"},
-    {0x0809, L"English"},
-    {0x0804, L"Chinese Simplified"},
-    {0x0404, L"Chinese Traditional"},
-    {0x0407, L"German"},
-    {0x0C0A, L"Spanish"},
-    {0x040C, L"French"},
-    {0x0410, L"Italian"},
-    {0x0411, L"Japanese"},
-    {0x0412, L"Korean"},
-    {0x0416, L"Brazillian Portugese"}, // deliberately so spelt: hosts know it by this name
-    {0x041F, L"Turkish"},
-}};
+using Translations = std::array<std::pair<LCID, std::wstring>, 12>;
 
 std::wstring ChoiceKey()
 {
@@ -85,7 +73,24 @@ int SetLanguage(LCID lcid)
 
 int IsWindowsDefaultLanguage(LCID lcid) { return lcid == Locale().UserDefault() ? 1 : 0; }
 
-const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations() { return translations; }
+const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations()
+{
+    static utility::platform::UntilUnload<Translations> translations(Translations{{
+        {0x0000, L"Use Windows Display Language"},
+        {0x0809, L"English"},
+        {0x0804, L"Chinese Simplified"},
+        {0x0404, L"Chinese Traditional"},
+        {0x0407, L"German"},
+        {0x0C0A, L"Spanish"},
+        {0x040C, L"French"},
+        {0x0410, L"Italian"},
+        {0x0411, L"Japanese"},
+        {0x0412, L"Korean"},
+        {0x0416, L"Brazillian Portugese"}, // deliberately so spelt: hosts know it by this name
+        {0x041F, L"Turkish"},
+    }});
+    return *translations;
+}
 
 int GetLanguageCodes(const std::wstring& text, std::vector<std::wstring>& codes)
 {

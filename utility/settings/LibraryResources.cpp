@@ -1,6 +1,7 @@
 #include "utility/settings/internal/LibraryResources.h"
 
 #include "utility/platform/Modules.h"
+#include "utility/platform/UntilUnload.h"
 #include "utility/text/ResourceString.h"
 
 namespace
@@ -8,17 +9,20 @@ namespace
 
 const char addressInThisModule = 0;
 
-// Right behind the allocator of the loading thread, before the initialisers of all other sources.
-[[gnu::init_priority(102)]] const CResourceCounter
-    resources(utility::platform::Modules().ModuleAt(&addressInThisModule));
+/// Comes right behind the allocator of the loading thread, ahead of the initialisers of all other sources.
+[[gnu::constructor(102)]] void LoadResources() { utility::detail::LibraryResources(); }
 
 }
 
 namespace utility::detail
 {
 
-const CResourceCounter& LibraryResources() { return resources; }
+const CResourceCounter& LibraryResources()
+{
+    static platform::UntilUnload<CResourceCounter> resources(platform::Modules().ModuleAt(&addressInThisModule));
+    return *resources;
+}
 
-std::wstring LibraryString(UINT id) { return resource_string(resources.GetResourceDLL(), id); }
+std::wstring LibraryString(UINT id) { return resource_string(LibraryResources().GetResourceDLL(), id); }
 
 }

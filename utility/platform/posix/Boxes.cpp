@@ -3,6 +3,7 @@
 #include "utility/platform/posix/boxes/DialogPrograms.h"
 #include "utility/platform/posix/boxes/Terminal.h"
 #include "utility/platform/posix/keys/ControlKey.h"
+#include "utility/platform/SystemService.h"
 
 namespace utility::platform
 {
@@ -25,11 +26,6 @@ public:
 
 }
 
-ServiceSlot<BoxService>& BoxesSlot() noexcept
-{
-    static PosixBoxes system;
-    static ServiceSlot<BoxService> slot(system);
-    return slot;
-}
+ServiceSlot<BoxService>& BoxesSlot() noexcept { return SystemService<BoxService, PosixBoxes>::Slot(); }
 
 }

@@ -3,6 +3,7 @@
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/KernelFile.h"
+#include "utility/platform/SystemService.h"
 
 #include <string_view>
 #include <unistd.h>
@@ -50,11 +51,6 @@ public:
 
 }
 
-ServiceSlot<DebuggerService>& DebuggerSlot() noexcept
-{
-    static PosixDebugger system;
-    static ServiceSlot<DebuggerService> slot(system);
-    return slot;
-}
+ServiceSlot<DebuggerService>& DebuggerSlot() noexcept { return SystemService<DebuggerService, PosixDebugger>::Slot(); }
 
 }

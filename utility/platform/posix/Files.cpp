@@ -5,6 +5,7 @@
 #include "utility/platform/posix/files/FileTimes.h"
 #include "utility/platform/posix/files/Views.h"
 #include "utility/platform/posix/handles/Handle.h"
+#include "utility/platform/SystemService.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -100,13 +101,13 @@ public:
 
     void* ViewAll(HANDLE mapping, std::uint64_t length) override
     {
-        return posix::MapView(posix::NumberOf(posix::HandleKind::mapping, mapping), length);
+        return m_views.Map(posix::NumberOf(posix::HandleKind::mapping, mapping), length);
     }
 
     /// Views are read-only here: there is nothing of theirs to write.
     bool FlushView(const void* /*view*/) override { return true; }
 
-    bool UnmapView(const void* view) override { return posix::UnmapView(view); }
+    bool UnmapView(const void* view) override { return m_views.Unmap(view); }
 
     DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
     {
@@ -183,15 +184,13 @@ public:
     }
 
     bool Close(HANDLE handle) override { return posix::CloseHandle(handle); }
+
+private:
+    posix::Views m_views;
 };
 
 }
 
-ServiceSlot<FileService>& FilesSlot() noexcept
-{
-    static PosixFiles system;
-    static ServiceSlot<FileService> slot(system);
-    return slot;
-}
+ServiceSlot<FileService>& FilesSlot() noexcept { return SystemService<FileService, PosixFiles>::Slot(); }
 
 }

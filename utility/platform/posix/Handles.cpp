@@ -2,6 +2,7 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/handles/Handle.h"
+#include "utility/platform/SystemService.h"
 
 namespace utility::platform
 {
@@ -28,11 +29,6 @@ private:
 
 }
 
-ServiceSlot<HandleService>& HandlesSlot() noexcept
-{
-    static PosixHandles system;
-    static ServiceSlot<HandleService> slot(system);
-    return slot;
-}
+ServiceSlot<HandleService>& HandlesSlot() noexcept { return SystemService<HandleService, PosixHandles>::Slot(); }
 
 }

@@ -1,6 +1,7 @@
 #include "utility/platform/Keys.h"
 
 #include "utility/platform/posix/keys/ControlKey.h"
+#include "utility/platform/SystemService.h"
 
 namespace utility::platform
 {
@@ -16,11 +17,6 @@ public:
 
 }
 
-ServiceSlot<KeyService>& KeysSlot() noexcept
-{
-    static PosixKeys system;
-    static ServiceSlot<KeyService> slot(system);
-    return slot;
-}
+ServiceSlot<KeyService>& KeysSlot() noexcept { return SystemService<KeyService, PosixKeys>::Slot(); }
 
 }

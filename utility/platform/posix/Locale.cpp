@@ -2,6 +2,7 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/locale/Locales.h"
+#include "utility/platform/SystemService.h"
 
 #include <clocale>
 #include <cstdlib>
@@ -105,11 +106,6 @@ private:
 
 }
 
-ServiceSlot<LocaleService>& LocaleSlot() noexcept
-{
-    static PosixLocale system;
-    static ServiceSlot<LocaleService> slot(system);
-    return slot;
-}
+ServiceSlot<LocaleService>& LocaleSlot() noexcept { return SystemService<LocaleService, PosixLocale>::Slot(); }
 
 }

@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/posix/memory/MemoryFigures.h"
+#include "utility/platform/SystemService.h"
 
 #include <algorithm>
 #include <new>
@@ -118,11 +119,6 @@ private:
 
 }
 
-ServiceSlot<MemoryService>& MemorySlot() noexcept
-{
-    static PosixMemory system;
-    static ServiceSlot<MemoryService> slot(system);
-    return slot;
-}
+ServiceSlot<MemoryService>& MemorySlot() noexcept { return SystemService<MemoryService, PosixMemory>::Slot(); }
 
 }

@@ -3,6 +3,7 @@
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/modules/LoadedFiles.h"
+#include "utility/platform/SystemService.h"
 
 #include <boost/filesystem/operations.hpp>
 
@@ -124,12 +125,7 @@ private:
 
 }
 
-ServiceSlot<ModuleService>& ModulesSlot() noexcept
-{
-    static PosixModules system;
-    static ServiceSlot<ModuleService> slot(system);
-    return slot;
-}
+ServiceSlot<ModuleService>& ModulesSlot() noexcept { return SystemService<ModuleService, PosixModules>::Slot(); }
 
 std::wstring SatelliteStem(std::wstring_view moduleFile)
 {

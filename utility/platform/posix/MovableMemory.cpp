@@ -2,6 +2,7 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/Heap.h"
+#include "utility/platform/SystemService.h"
 
 namespace utility::platform
 {
@@ -30,9 +31,7 @@ public:
 
 ServiceSlot<MovableMemoryService>& MovableMemorySlot() noexcept
 {
-    static PosixMovableMemory system;
-    static ServiceSlot<MovableMemoryService> slot(system);
-    return slot;
+    return SystemService<MovableMemoryService, PosixMovableMemory>::Slot();
 }
 
 }

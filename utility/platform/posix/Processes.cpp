@@ -1,5 +1,7 @@
 #include "utility/platform/Processes.h"
 
+#include "utility/platform/SystemService.h"
+
 #include <unistd.h>
 
 namespace utility::platform
@@ -27,11 +29,6 @@ public:
 
 }
 
-ServiceSlot<ProcessService>& ProcessesSlot() noexcept
-{
-    static PosixProcesses system;
-    static ServiceSlot<ProcessService> slot(system);
-    return slot;
-}
+ServiceSlot<ProcessService>& ProcessesSlot() noexcept { return SystemService<ProcessService, PosixProcesses>::Slot(); }
 
 }

@@ -5,6 +5,7 @@
 #include "utility/platform/posix/registry/Hive.h"
 #include "utility/platform/posix/registry/OpenKeys.h"
 #include "utility/platform/posix/registry/Status.h"
+#include "utility/platform/UntilUnload.h"
 
 #include <algorithm>
 #include <boost/filesystem/operations.hpp>
@@ -64,13 +65,21 @@ LSTATUS GiveValue(const Hive::Value& value, DWORD* type, void* data, DWORD* size
 class PosixRegistry final : public RegistryService
 {
 public:
-    /// It outlives all static objects, some of which hold keys; what it has open is closed with the first to go.
+    /// At the end of the process it lets go of what it has open, so that no log of a database is left, and stays.
     static PosixRegistry& The()
     {
-        static PosixRegistry& registry = *new PosixRegistry;
-        static const std::unique_ptr<PosixRegistry, void (*)(PosixRegistry*)> closing(&registry, [](PosixRegistry* each)
-                                                                                      { each->Close(); });
-        return registry;
+        static UntilUnload<PosixRegistry> registry;
+        static const std::unique_ptr<PosixRegistry, void (*)(PosixRegistry*)> closing(
+            &*registry, [](PosixRegistry* each) { each->Close(); });
+        return *registry;
+    }
+
+    PosixRegistry()
+        : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
+          m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
+    {
+        // A database must not be open across a fork: its locks are the parent's alone.
+        ::pthread_atfork([] { The().CloseAndLock(); }, [] { The().m_mutex.unlock(); }, [] { The().m_mutex.unlock(); });
     }
 
     bool SetFile(HKEY root, const path& file)
@@ -203,14 +212,6 @@ public:
     }
 
 private:
-    PosixRegistry()
-        : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
-          m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
-    {
-        // A database must not be open across a fork: its locks are the parent's alone.
-        ::pthread_atfork([] { The().CloseAndLock(); }, [] { The().m_mutex.unlock(); }, [] { The().m_mutex.unlock(); });
-    }
-
     /// Leaves the registry locked.
     void CloseAndLock()
     {

@@ -4,6 +4,7 @@
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/text/CodePages.h"
+#include "utility/platform/SystemService.h"
 
 #include <algorithm>
 #include <cstring>
@@ -96,11 +97,6 @@ public:
 
 }
 
-ServiceSlot<TextService>& TextSlot() noexcept
-{
-    static PosixText system;
-    static ServiceSlot<TextService> slot(system);
-    return slot;
-}
+ServiceSlot<TextService>& TextSlot() noexcept { return SystemService<TextService, PosixText>::Slot(); }
 
 }

@@ -16,6 +16,8 @@ constexpr int stateAwaited = 2; // held, and whoever leaves has somebody to wake
 std::atomic_ref<int> StateOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.state); }
 std::atomic_ref<pthread_t> OwnerOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.owner); }
 
+const bool canSpin = ::sysconf(_SC_NPROCESSORS_ONLN) > 1;
+
 bool Take(_RTL_CRITICAL_SECTION& section) noexcept
 {
     int expected = stateFree;
@@ -25,7 +27,7 @@ bool Take(_RTL_CRITICAL_SECTION& section) noexcept
 
 void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
 {
-    for (std::uint32_t tries = section.spinCount; tries != 0; --tries)
+    for (std::uint32_t tries = canSpin ? section.spinCount : 0; tries != 0; --tries)
     {
         __builtin_ia32_pause();
         if (StateOf(section).load(std::memory_order_relaxed) == stateFree && Take(section))
@@ -51,8 +53,7 @@ void SetThreadSlotValue(DWORD slot, void* value) noexcept { ::pthread_setspecifi
 
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept
 {
-    static const bool canSpin = ::sysconf(_SC_NPROCESSORS_ONLN) > 1;
-    section.spinCount = canSpin ? spinCount : 0;
+    section.spinCount = spinCount;
 }
 
 void DeleteCriticalSection(_RTL_CRITICAL_SECTION&) noexcept {}

@@ -4,6 +4,7 @@
 #include "utility/platform/formats/VersionRecord.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/files/MappedFile.h"
+#include "utility/platform/SystemService.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -67,9 +68,7 @@ public:
 
 ServiceSlot<VersionInfoService>& VersionInfoSlot() noexcept
 {
-    static PosixVersionInfo system;
-    static ServiceSlot<VersionInfoService> slot(system);
-    return slot;
+    return SystemService<VersionInfoService, PosixVersionInfo>::Slot();
 }
 
 }

@@ -1,5 +1,6 @@
 #include "utility/platform/Boxes.h"
 
+#include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
 namespace utility::platform
@@ -31,11 +32,6 @@ public:
 
 }
 
-ServiceSlot<BoxService>& BoxesSlot() noexcept
-{
-    static WindowsBoxes system;
-    static ServiceSlot<BoxService> slot(system);
-    return slot;
-}
+ServiceSlot<BoxService>& BoxesSlot() noexcept { return SystemService<BoxService, WindowsBoxes>::Slot(); }
 
 }

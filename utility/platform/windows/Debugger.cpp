@@ -1,5 +1,6 @@
 #include "utility/platform/Debugger.h"
 
+#include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
 namespace utility::platform
@@ -32,9 +33,7 @@ public:
 
 ServiceSlot<DebuggerService>& DebuggerSlot() noexcept
 {
-    static WindowsDebugger system;
-    static ServiceSlot<DebuggerService> slot(system);
-    return slot;
+    return SystemService<DebuggerService, WindowsDebugger>::Slot();
 }
 
 }

@@ -1,5 +1,6 @@
 #include "utility/platform/Files.h"
 
+#include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
 #include <cstring>
@@ -105,11 +106,6 @@ public:
 
 }
 
-ServiceSlot<FileService>& FilesSlot() noexcept
-{
-    static WindowsFiles system;
-    static ServiceSlot<FileService> slot(system);
-    return slot;
-}
+ServiceSlot<FileService>& FilesSlot() noexcept { return SystemService<FileService, WindowsFiles>::Slot(); }
 
 }

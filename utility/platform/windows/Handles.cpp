@@ -1,5 +1,6 @@
 #include "utility/platform/Handles.h"
 
+#include "utility/platform/SystemService.h"
 namespace utility::platform
 {
 
@@ -18,11 +19,6 @@ public:
 
 }
 
-ServiceSlot<HandleService>& HandlesSlot() noexcept
-{
-    static WindowsHandles system;
-    static ServiceSlot<HandleService> slot(system);
-    return slot;
-}
+ServiceSlot<HandleService>& HandlesSlot() noexcept { return SystemService<HandleService, WindowsHandles>::Slot(); }
 
 }

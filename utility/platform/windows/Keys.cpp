@@ -1,5 +1,6 @@
 #include "utility/platform/Keys.h"
 
+#include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
 namespace utility::platform
@@ -16,11 +17,6 @@ public:
 
 }
 
-ServiceSlot<KeyService>& KeysSlot() noexcept
-{
-    static WindowsKeys system;
-    static ServiceSlot<KeyService> slot(system);
-    return slot;
-}
+ServiceSlot<KeyService>& KeysSlot() noexcept { return SystemService<KeyService, WindowsKeys>::Slot(); }
 
 }

@@ -1,5 +1,7 @@
 #include "utility/platform/Locale.h"
 
+#include "utility/platform/SystemService.h"
+
 #include <clocale>
 
 namespace utility::platform
@@ -47,11 +49,6 @@ public:
 
 }
 
-ServiceSlot<LocaleService>& LocaleSlot() noexcept
-{
-    static WindowsLocale system;
-    static ServiceSlot<LocaleService> slot(system);
-    return slot;
-}
+ServiceSlot<LocaleService>& LocaleSlot() noexcept { return SystemService<LocaleService, WindowsLocale>::Slot(); }
 
 }

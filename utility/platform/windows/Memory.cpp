@@ -1,5 +1,6 @@
 #include "utility/platform/Memory.h"
 
+#include "utility/platform/SystemService.h"
 namespace utility::platform
 {
 
@@ -36,11 +37,6 @@ public:
 
 }
 
-ServiceSlot<MemoryService>& MemorySlot() noexcept
-{
-    static WindowsMemory system;
-    static ServiceSlot<MemoryService> slot(system);
-    return slot;
-}
+ServiceSlot<MemoryService>& MemorySlot() noexcept { return SystemService<MemoryService, WindowsMemory>::Slot(); }
 
 }

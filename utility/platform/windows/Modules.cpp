@@ -1,5 +1,7 @@
 #include "utility/platform/Modules.h"
 
+#include "utility/platform/SystemService.h"
+
 #include <boost/filesystem/path.hpp>
 
 #include <algorithm>
@@ -54,12 +56,7 @@ public:
 
 }
 
-ServiceSlot<ModuleService>& ModulesSlot() noexcept
-{
-    static WindowsModules system;
-    static ServiceSlot<ModuleService> slot(system);
-    return slot;
-}
+ServiceSlot<ModuleService>& ModulesSlot() noexcept { return SystemService<ModuleService, WindowsModules>::Slot(); }
 
 std::wstring SatelliteStem(std::wstring_view moduleFile)
 {

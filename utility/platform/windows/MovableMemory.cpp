@@ -1,5 +1,6 @@
 #include "utility/platform/MovableMemory.h"
 
+#include "utility/platform/SystemService.h"
 namespace utility::platform
 {
 
@@ -19,9 +20,7 @@ public:
 
 ServiceSlot<MovableMemoryService>& MovableMemorySlot() noexcept
 {
-    static WindowsMovableMemory system;
-    static ServiceSlot<MovableMemoryService> slot(system);
-    return slot;
+    return SystemService<MovableMemoryService, WindowsMovableMemory>::Slot();
 }
 
 }

@@ -1,5 +1,6 @@
 #include "utility/platform/Processes.h"
 
+#include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
 namespace utility::platform
@@ -28,9 +29,7 @@ public:
 
 ServiceSlot<ProcessService>& ProcessesSlot() noexcept
 {
-    static WindowsProcesses system;
-    static ServiceSlot<ProcessService> slot(system);
-    return slot;
+    return SystemService<ProcessService, WindowsProcesses>::Slot();
 }
 
 }

@@ -1,6 +1,7 @@
 #include "utility/platform/Registry.h"
 
 #include "utility/platform/Hives.h"
+#include "utility/platform/SystemService.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -79,9 +80,7 @@ public:
 
 ServiceSlot<RegistryService>& RegistrySlot() noexcept
 {
-    static WindowsRegistry system;
-    static ServiceSlot<RegistryService> slot(system);
-    return slot;
+    return SystemService<RegistryService, WindowsRegistry>::Slot();
 }
 
 bool SetHiveFile(HKEY /*hive*/, const boost::filesystem::path& /*file*/) { return false; }

@@ -1,5 +1,6 @@
 #include "utility/platform/Text.h"
 
+#include "utility/platform/SystemService.h"
 namespace utility::platform
 {
 
@@ -28,11 +29,6 @@ public:
 
 }
 
-ServiceSlot<TextService>& TextSlot() noexcept
-{
-    static WindowsText system;
-    static ServiceSlot<TextService> slot(system);
-    return slot;
-}
+ServiceSlot<TextService>& TextSlot() noexcept { return SystemService<TextService, WindowsText>::Slot(); }
 
 }

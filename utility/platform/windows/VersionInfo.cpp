@@ -1,5 +1,6 @@
 #include "utility/platform/VersionInfo.h"
 
+#include "utility/platform/SystemService.h"
 namespace utility::platform
 {
 
@@ -30,9 +31,7 @@ public:
 
 ServiceSlot<VersionInfoService>& VersionInfoSlot() noexcept
 {
-    static WindowsVersionInfo system;
-    static ServiceSlot<VersionInfoService> slot(system);
-    return slot;
+    return SystemService<VersionInfoService, WindowsVersionInfo>::Slot();
 }
 
 }

@@ -19,6 +19,8 @@ namespace utility::platform::posix
 class LoadedFiles
 {
 public:
+    LoadedFiles();
+
     HINSTANCE Load(const wchar_t* path);
 
     /// False if it is none of these.
