@@ -2,6 +2,7 @@
 
 #include "tests/support/ForwardingFiles.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
@@ -61,6 +62,14 @@ TEST_F(CInputOutputFileTest, ConstructorOpensToReadAndSetsBothFlags)
     EXPECT_EQ(std::string(static_cast<const char*>(opened.GetBase()), opened.GetFileSize()), "twelve bytes");
     EXPECT_TRUE(opened.IssueMessages());
     EXPECT_TRUE(opened.VerboseMessages());
+}
+
+TEST_F(CInputOutputFileTest, WideTextNamesAFileWhateverTheLocale)
+{
+    const std::wstring path = folder.File("a", "twelve bytes").wstring();
+    const support::PathsWithoutLocale unconverted;
+    EXPECT_EQ(CInputOutputFile(path).GetFileSize(), 12u);
+    EXPECT_EQ(CInputOutputFile(path.c_str()).GetFileSize(), 12u);
 }
 
 TEST_F(CInputOutputFileTest, FileThatCannotBeMappedIsNotValidAndNothingIsThrown)

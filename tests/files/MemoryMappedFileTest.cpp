@@ -1,6 +1,7 @@
 #include "utility/files/MemoryMappedFile.h"
 
 #include "tests/support/ForwardingFiles.h"
+#include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/framework/FileException.h"
@@ -163,6 +164,21 @@ TEST_F(MemoryMappedFileTest, NamesBeyondAsciiWorkInBothForms)
     const CMemoryMappedFile reader(writer.path());
     EXPECT_EQ(BytesOf(reader), "bytes");
     EXPECT_EQ(utility::platform::WideFromPath(reader.path()), path);
+}
+
+TEST_F(MemoryMappedFileTest, WideTextNamesAFileWhateverTheLocale)
+{
+    const std::wstring path = (m_folder / "a").wstring();
+    const support::PathsWithoutLocale unconverted;
+    EXPECT_TRUE(CMemoryMappedFile(path, 7).Close(7));
+    EXPECT_TRUE(CMemoryMappedFile(path.c_str(), 7).Close(7));
+    EXPECT_EQ(CMemoryMappedFile(path).GetFileSize(), 7u);
+    EXPECT_EQ(CMemoryMappedFile(path.c_str()).GetFileSize(), 7u);
+    CMemoryMappedFile file;
+    EXPECT_TRUE(file.Open(path, 8));
+    EXPECT_TRUE(file.Close(8));
+    EXPECT_TRUE(file.Open(path));
+    EXPECT_EQ(file.GetFileSize(), 8u);
 }
 
 TEST_F(MemoryMappedFileTest, CloseOfANeverOpenedObjectIsTrueAndChangesNothing)

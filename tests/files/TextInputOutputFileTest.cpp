@@ -2,6 +2,7 @@
 
 #include "tests/support/ForwardingFiles.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
@@ -91,6 +92,14 @@ TEST_F(CTextInputOutputFileTest, ConstructorOpensToReadAndSetsBothFlags)
     EXPECT_EQ(opened.DataPtr(), opened.GetBase());
     EXPECT_TRUE(opened.IssueMessages());
     EXPECT_TRUE(opened.VerboseMessages());
+}
+
+TEST_F(CTextInputOutputFileTest, WideTextNamesAFileWhateverTheLocale)
+{
+    const std::wstring path = folder.File("a", "twelve bytes").wstring();
+    const support::PathsWithoutLocale unconverted;
+    EXPECT_EQ(CTextInputOutputFile(path).GetFileSize(), 12u);
+    EXPECT_EQ(CTextInputOutputFile(path.c_str()).GetFileSize(), 12u);
 }
 
 TEST_F(CTextInputOutputFileTest, FileThatCannotBeMappedIsNotValidAndNothingIsThrown)

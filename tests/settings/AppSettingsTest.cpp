@@ -1,7 +1,9 @@
 #include "utility/settings/AppSettings.h"
 
+#include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TableModules.h"
+#include "utility/framework/String.h"
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/UntilUnload.h"
 #include "utility/startup/LibraryFrame.h"
@@ -619,6 +621,58 @@ TEST_F(AppSettingsKeysTest, CreateKeyMakesASubkeyOfTheUsersAndClosesIt)
     EXPECT_TRUE(settings.CreateKey(folder));
     EXPECT_NE(Settings::OpenKey(HKEY_CURRENT_USER, settings.AppSubKey() / folder, KEY_READ), nullptr);
     EXPECT_EQ(Settings::OpenKey(HKEY_LOCAL_MACHINE, settings.AppSubKey() / folder, KEY_READ), nullptr);
+}
+
+TEST_F(AppSettingsTest, PartsOfAPathAreKeysInEveryCall)
+{
+    const boost::filesystem::path path = boost::filesystem::path("Options") / "General";
+    EXPECT_TRUE(settings.SetValue(path, name, 7));
+    EXPECT_EQ(settings.GetValue(folder, name, 1), 7);
+    EXPECT_EQ(settings.GetValue(path, name, 1), 7);
+    EXPECT_TRUE(settings.SetValue(path, L"Bytes", "abc", 3));
+    EXPECT_EQ(Found(HKEY_CURRENT_USER, folder, L"Bytes").bytes, "abc");
+    EXPECT_TRUE(settings.CreateKey(path / "Below"));
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, L"Options\\General\\Below"));
+    const boost::filesystem::path full = settings.AppSubKey() / path;
+    EXPECT_NE(Settings::CreateKey(HKEY_LOCAL_MACHINE, full, KEY_READ), nullptr);
+    EXPECT_TRUE(KeyExists(HKEY_LOCAL_MACHINE, folder));
+    EXPECT_NE(Settings::OpenKey(HKEY_LOCAL_MACHINE, full, KEY_READ), nullptr);
+    EXPECT_TRUE(settings.DeleteKey(path));
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, folder));
+    EXPECT_FALSE(KeyExists(HKEY_LOCAL_MACHINE, folder));
+    resource_ptr<HKEY> top = Settings::CreateKey(HKEY_CURRENT_USER, settings.AppSubKey(), KEY_READ | KEY_WRITE);
+    EXPECT_TRUE(CreateRegValue(top.get(), path, L"text"));
+    EXPECT_EQ(Found(HKEY_CURRENT_USER, folder, L"").type, DWORD{REG_SZ});
+    EXPECT_TRUE(CreateRegSubKeyAndValue(top.release(), path / "Below", name, L"text"));
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, L"Options\\General\\Below"));
+    EXPECT_TRUE(Settings::DeleteKey(HKEY_CURRENT_USER, full));
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, folder));
+    EXPECT_TRUE(KeyExists(HKEY_CURRENT_USER, L"Options"));
+}
+
+TEST_F(AppSettingsTest, SlashInWideTextIsPartOfAName)
+{
+    const std::wstring text = L"Options/General";
+    EXPECT_TRUE(settings.SetValue(text, name, 7));
+    EXPECT_EQ(settings.GetValue(text, name, 1), 7);
+    EXPECT_EQ(settings.GetValue(text.c_str(), name, 1), 7);
+    EXPECT_EQ(settings.GetValue(folder, name, 1), 1);
+    EXPECT_FALSE(KeyExists(HKEY_CURRENT_USER, L"Options"));
+    EXPECT_NE(Settings::OpenKey(HKEY_CURRENT_USER, PathOf(text.c_str()), KEY_READ), nullptr);
+}
+
+TEST_F(AppSettingsTest, NoFormOfAKeyAsksTheLocale)
+{
+    const CStringW string(L"\u00D6ptions");
+    const std::wstring text = string.GetString();
+    const boost::filesystem::path path = settings.AppSubKey();
+    const support::PathsWithoutLocale unconverted;
+    EXPECT_TRUE(settings.SetValue(string, name, 7));
+    EXPECT_EQ(settings.GetValue(text, name, 1), 7);
+    EXPECT_EQ(settings.GetValue(L"\u00D6ptions", name, 1), 7);
+    EXPECT_NE(Settings::OpenKey(HKEY_CURRENT_USER, path, KEY_READ), nullptr);
+    EXPECT_NE(Settings::OpenKey(HKEY_CURRENT_USER, PathOf(text.c_str()), KEY_READ), nullptr);
+    EXPECT_NE(Settings::OpenKey(HKEY_CURRENT_USER, nullptr, KEY_READ), nullptr);
 }
 
 TEST_F(AppSettingsTest, DeleteKeyTakesAKeyFromBothHivesWithAllUnderIt)

@@ -6,6 +6,10 @@
 
 CInputOutputFile::CInputOutputFile() = default;
 
+CInputOutputFile::CInputOutputFile(const wchar_t* path) : CMemoryMappedFile(path) {}
+
+CInputOutputFile::CInputOutputFile(const std::wstring& path) : CMemoryMappedFile(path) {}
+
 CInputOutputFile::CInputOutputFile(const boost::filesystem::path& path) : CMemoryMappedFile(path) {}
 
 CInputOutputFile::~CInputOutputFile() = default;

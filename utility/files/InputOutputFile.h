@@ -23,6 +23,8 @@ public:
     /// Closed.
     CInputOutputFile();
     /// Open to read; test IsValid afterwards.
+    explicit CInputOutputFile(const wchar_t* path);
+    explicit CInputOutputFile(const std::wstring& path);
     explicit CInputOutputFile(const boost::filesystem::path& path);
     /// An alias of the same open file, like every copy of a file object.
     CInputOutputFile(const CInputOutputFile&) = default;

@@ -15,6 +15,8 @@
 //
 // The class has no virtual operations, though others derive from it: delete an object as what it was made.
 //
+// A file is named by wide text or by a path, whatever the locale.
+//
 // What cannot be opened or written throws a CFileException (as a pointer, see framework/Exception.h) with the path.
 // What can be opened but not mapped, which an empty file is too, gives false.
 
@@ -24,6 +26,7 @@
 #include <boost/filesystem/path.hpp>
 
 #include <cstdint>
+#include <string>
 
 class UTILITY_API CMemoryMappedFile
 {
@@ -31,9 +34,11 @@ public:
     CMemoryMappedFile();
     /// Open to read; test IsValid afterwards.
     explicit CMemoryMappedFile(const wchar_t* path);
+    explicit CMemoryMappedFile(const std::wstring& path);
     explicit CMemoryMappedFile(const boost::filesystem::path& path);
     /// Open to write.
     CMemoryMappedFile(const wchar_t* path, DWORD size);
+    CMemoryMappedFile(const std::wstring& path, DWORD size);
     CMemoryMappedFile(const boost::filesystem::path& path, DWORD size);
     CMemoryMappedFile(const CMemoryMappedFile& other);
     CMemoryMappedFile& operator=(const CMemoryMappedFile& other);
@@ -43,11 +48,13 @@ public:
     /// Maps an existing file. An object that is open already loses what it held: close it first. Throws
     /// CFileException if the file cannot be opened; false if it cannot be mapped. Closed in both cases.
     bool Open(const wchar_t* path);
+    bool Open(const std::wstring& path);
     bool Open(const boost::filesystem::path& path);
 
     /// Opens a file to write, created if absent, its bytes kept until the close. A `size` other than 0 is made its
     /// length in bytes at once. The file position is at the start. Throws CFileException; otherwise true.
     bool Open(const wchar_t* path, DWORD size);
+    bool Open(const std::wstring& path, DWORD size);
     bool Open(const boost::filesystem::path& path, DWORD size);
 
     /// Ends a file that was written after `finalSize` bytes, or where the file position is if that is 0; then closes.

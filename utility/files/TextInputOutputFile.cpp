@@ -2,6 +2,10 @@
 
 CTextInputOutputFile::CTextInputOutputFile() = default;
 
+CTextInputOutputFile::CTextInputOutputFile(const wchar_t* path) : CInputOutputFile(path) {}
+
+CTextInputOutputFile::CTextInputOutputFile(const std::wstring& path) : CInputOutputFile(path) {}
+
 CTextInputOutputFile::CTextInputOutputFile(const boost::filesystem::path& path) : CInputOutputFile(path) {}
 
 CTextInputOutputFile::~CTextInputOutputFile() = default;

@@ -21,6 +21,8 @@ public:
     /// Closed.
     CTextInputOutputFile();
     /// Open to read; test IsValid afterwards.
+    explicit CTextInputOutputFile(const wchar_t* path);
+    explicit CTextInputOutputFile(const std::wstring& path);
     explicit CTextInputOutputFile(const boost::filesystem::path& path);
     CTextInputOutputFile(const CTextInputOutputFile&) = default;
     CTextInputOutputFile& operator=(const CTextInputOutputFile&) = default;

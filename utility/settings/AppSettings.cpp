@@ -65,6 +65,13 @@ std::wstring& ProductName()
 
 }
 
+// A slash separates the parts of a path on every system.
+utility::KeyName::KeyName(const boost::filesystem::path& path) : m_joined(platform::WideFromPath(path))
+{
+    std::ranges::replace(m_joined, L'/', L'\\');
+    m_text = m_joined.c_str();
+}
+
 struct CQLMAppSettings::Data
 {
     boost::filesystem::path m_pathAppSubKey;
@@ -117,38 +124,31 @@ std::wstring CQLMAppSettings::GetCaptionBarString() const
            std::to_wstring(UTILITY_RELEASE_MINOR) + L'.' + std::to_wstring(UTILITY_RELEASE_BUILD) + L')';
 }
 
-resource_ptr<HKEY> CQLMAppSettings::OpenKey(HKEY parent, const wchar_t* subKey, DWORD access)
+resource_ptr<HKEY> CQLMAppSettings::OpenKey(HKEY parent, const utility::KeyName& subKey, DWORD access)
 {
     HKEY key = nullptr;
-    Registry().RegOpenKeyExW(parent, subKey, access, key);
+    Registry().RegOpenKeyExW(parent, subKey.Text(), access, key);
     return resource_ptr<HKEY>(key);
 }
 
-resource_ptr<HKEY> CQLMAppSettings::OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access)
-{
-    std::wstring text = utility::platform::WideFromPath(subKey);
-    std::ranges::replace(text, static_cast<wchar_t>(boost::filesystem::path::preferred_separator), L'\\');
-    return OpenKey(parent, text.c_str(), access);
-}
-
-resource_ptr<HKEY> CQLMAppSettings::CreateKey(HKEY parent, const wchar_t* subKey, DWORD access)
+resource_ptr<HKEY> CQLMAppSettings::CreateKey(HKEY parent, const utility::KeyName& subKey, DWORD access)
 {
     HKEY key = nullptr;
-    const bool created = Registry().RegCreateKeyExW(parent, subKey, access, key) == ERROR_SUCCESS;
+    const bool created = Registry().RegCreateKeyExW(parent, subKey.Text(), access, key) == ERROR_SUCCESS;
     return resource_ptr<HKEY>(created ? key : nullptr);
 }
 
-bool CQLMAppSettings::DeleteKey(HKEY parent, const wchar_t* subKey)
+bool CQLMAppSettings::DeleteKey(HKEY parent, const utility::KeyName& subKey)
 {
-    return Registry().SHDeleteKeyW(parent, subKey) == ERROR_SUCCESS;
+    return Registry().SHDeleteKeyW(parent, subKey.Text()) == ERROR_SUCCESS;
 }
 
-bool CQLMAppSettings::CreateKey(const wchar_t* subKey) const
+bool CQLMAppSettings::CreateKey(const utility::KeyName& subKey) const
 {
     return CreateKey(m_data.m_hUserKey.get(), subKey, readAndWrite) != nullptr;
 }
 
-bool CQLMAppSettings::DeleteKey(const wchar_t* subKey) const
+bool CQLMAppSettings::DeleteKey(const utility::KeyName& subKey) const
 {
     return DeleteKey(m_data.m_hUserKey.get(), subKey) && DeleteKey(m_data.m_hMachineKey.get(), subKey);
 }
@@ -351,10 +351,11 @@ bool CQLMAppSettings::DoSetValue(const wchar_t* subKey, const wchar_t* name, con
     return WriteValue(subKey, name, REG_BINARY, static_cast<const unsigned char*>(data), size);
 }
 
-bool CreateRegSubKeyAndValue(HKEY key, const std::wstring& subKey, const std::wstring& name, const std::wstring& value)
+bool CreateRegSubKeyAndValue(HKEY key, const utility::KeyName& subKey, const std::wstring& name,
+                             const std::wstring& value)
 {
     HKEY created = nullptr;
-    if (Registry().RegCreateKeyW(key, subKey.c_str(), created) != ERROR_SUCCESS)
+    if (Registry().RegCreateKeyW(key, subKey.Text(), created) != ERROR_SUCCESS)
         return false;
     // Deliberately the value of the key and not of the subkey, and it is the key that is closed.
     const StoredText text(value);
@@ -363,7 +364,7 @@ bool CreateRegSubKeyAndValue(HKEY key, const std::wstring& subKey, const std::ws
     return stored && closed;
 }
 
-bool CreateRegValue(HKEY key, const std::wstring& subKey, const std::wstring& value)
+bool CreateRegValue(HKEY key, const utility::KeyName& subKey, const std::wstring& value)
 {
-    return Registry().RegSetValueW(key, subKey.c_str(), value.c_str()) == ERROR_SUCCESS;
+    return Registry().RegSetValueW(key, subKey.Text(), value.c_str()) == ERROR_SUCCESS;
 }

@@ -23,19 +23,46 @@
 // Any thread may call, once the objects are made; SetProductName and the making of objects are not guarded. Nothing is
 // reported and a store that fails throws nothing: a failed read gives the default, a failed write false.
 //
-// Keys are named by paths with backslashes on every system.
+// A key is named by wide text, in which the backslash alone separates and a slash is part of a name, or by a path, whose
+// parts are the keys on the way: AppSubKey() / "Options" is the same key on every system.
 
 #include "utility/guards/ResourcePtr.h"
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"
 #include "utility/settings/RegistryString.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
 
 namespace boost::filesystem
 {
 class path;
+}
+
+namespace utility
+{
+
+/// The name of a key as a caller has it: anything that is null-terminated wide text, or a path. Made where it is passed.
+class KeyName
+{
+public:
+    template <std::convertible_to<const wchar_t*> Text>
+    KeyName(const Text& text) : m_text(text)
+    {
+    }
+    KeyName(const std::wstring& text) : m_text(text.c_str()) {}
+    UTILITY_API KeyName(const boost::filesystem::path& path);
+    KeyName(const KeyName&) = delete;
+    KeyName& operator=(const KeyName&) = delete;
+
+    const wchar_t* Text() const { return m_text; }
+
+private:
+    std::wstring m_joined; ///< the parts of a path
+    const wchar_t* m_text;
+};
+
 }
 
 class UTILITY_API CQLMAppSettings
@@ -72,42 +99,42 @@ public:
     /// machine's hive alone is looked at: what SetValue wrote is not seen. Gives the type of the default; for a wide
     /// text, which may not be null, a std::wstring.
     template <class T>
-    auto GetValue(const wchar_t* subKey, const wchar_t* name, const T& defaultValue, bool useUserHive = true) const
+    auto GetValue(const utility::KeyName& subKey, const wchar_t* name, const T& defaultValue,
+                  bool useUserHive = true) const
     {
-        return DoGetValue(subKey, name, defaultValue, useUserHive);
+        return DoGetValue(subKey.Text(), name, defaultValue, useUserHive);
     }
 
     /// Stores a value in the user's hive; the subkey is created if absent. True on success. A null text and an empty
     /// std::wstring are stored as nothing at all, which reads as the default; an empty text by its pointer is stored as
     /// an empty text.
     template <class T>
-    bool SetValue(const wchar_t* subKey, const wchar_t* name, const T& value) const
+    bool SetValue(const utility::KeyName& subKey, const wchar_t* name, const T& value) const
     {
-        return DoSetValue(subKey, name, value);
+        return DoSetValue(subKey.Text(), name, value);
     }
 
     /// Stores a block of `size` bytes.
-    bool SetValue(const wchar_t* subKey, const wchar_t* name, const void* data, DWORD size) const
+    bool SetValue(const utility::KeyName& subKey, const wchar_t* name, const void* data, DWORD size) const
     {
-        return DoSetValue(subKey, name, data, size);
+        return DoSetValue(subKey.Text(), name, data, size);
     }
 
-    /// A key that exists; null on failure. The separators of a path stand for backslashes.
-    [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const wchar_t* subKey, DWORD access);
-    [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const boost::filesystem::path& subKey, DWORD access);
+    /// A key that exists; null on failure.
+    [[nodiscard]] static resource_ptr<HKEY> OpenKey(HKEY parent, const utility::KeyName& subKey, DWORD access);
 
     /// Opens a key, which is created if absent; null on failure.
-    static resource_ptr<HKEY> CreateKey(HKEY parent, const wchar_t* subKey, DWORD access);
+    static resource_ptr<HKEY> CreateKey(HKEY parent, const utility::KeyName& subKey, DWORD access);
 
     /// Deletes a key with all that lies under it.
-    static bool DeleteKey(HKEY parent, const wchar_t* subKey);
+    static bool DeleteKey(HKEY parent, const utility::KeyName& subKey);
 
     /// Creates a subkey of the application key in the user's hive. True if it is there.
-    bool CreateKey(const wchar_t* subKey) const;
+    bool CreateKey(const utility::KeyName& subKey) const;
 
     /// Deletes a subkey of the application key in the user's hive, and then in the machine's. True if both succeed; a
     /// failure in the user's hive, where it may just be absent, deliberately leaves the machine's untouched.
-    bool DeleteKey(const wchar_t* subKey) const;
+    bool DeleteKey(const utility::KeyName& subKey) const;
 
     /// A value of this type tag: true if there is one, and `value` gets it; one of size 0 leaves `value` as it was.
     /// There is one for std::wstring and no other: the text up to its first null.
@@ -180,8 +207,8 @@ UTILITY_API bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD
 /// Opens or creates a subkey of `key`; then stores a text under a name in `key` itself, deliberately not in the subkey,
 /// and closes `key`: the call consumes the caller's handle unless there is no subkey to be had, and the subkey stays
 /// open. True if the text was stored and the handle closed.
-UTILITY_API bool CreateRegSubKeyAndValue(HKEY key, const std::wstring& subKey, const std::wstring& name,
+UTILITY_API bool CreateRegSubKeyAndValue(HKEY key, const utility::KeyName& subKey, const std::wstring& name,
                                          const std::wstring& value);
 
 /// Stores a text as the unnamed value of a subkey of `key`, which is created if absent. A null character ends the text.
-UTILITY_API bool CreateRegValue(HKEY key, const std::wstring& subKey, const std::wstring& value);
+UTILITY_API bool CreateRegValue(HKEY key, const utility::KeyName& subKey, const std::wstring& value);

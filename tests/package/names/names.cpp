@@ -113,15 +113,20 @@ struct OutputFile : CInputOutputFile
 void Files()
 {
     const boost::filesystem::path path;
+    const std::wstring wide;
     CMemoryMappedFile{};
     CMemoryMappedFile(L"");
     CMemoryMappedFile(L"", 0);
     CMemoryMappedFile{path};
+    CMemoryMappedFile{wide};
+    CMemoryMappedFile(wide, 0);
     CMemoryMappedFile file(path, 0);
     file.Open(L"");
     file.Open(L"", 0);
     file.Open(path);
     file.Open(path, 0);
+    file.Open(wide);
+    file.Open(wide, 0);
     file.GetBase();
     std::as_const(file).GetBase();
     file.GetFileSize();
@@ -137,6 +142,8 @@ void Files()
     MappedFile().Protected();
 
     CInputOutputFile{};
+    CInputOutputFile{L""};
+    CInputOutputFile{wide};
     CInputOutputFile binary(path);
     binary.SetIssueMessages(true);
     binary.IssueMessages();
@@ -148,6 +155,8 @@ void Files()
     OutputFile().Protected();
 
     CTextInputOutputFile{};
+    CTextInputOutputFile{L""};
+    CTextInputOutputFile{wide};
     CTextInputOutputFile text(path);
     text.DataPtr();
     text.PositionOf("");

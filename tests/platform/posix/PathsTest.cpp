@@ -1,32 +1,13 @@
 #include "utility/platform/Paths.h"
 
+#include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/files/MemoryMappedFile.h"
 
 #include <gtest/gtest.h>
 
-#include <locale>
-
 using utility::platform::PathFromWide;
 using utility::platform::WideFromPath;
-
-namespace
-{
-
-/// A conversion that knows no character.
-struct Refusing : std::codecvt<wchar_t, char, std::mbstate_t>
-{
-    result do_in(state_type&, const char*, const char*, const char*&, wchar_t*, wchar_t*, wchar_t*&) const override
-    {
-        return error;
-    }
-    result do_out(state_type&, const wchar_t*, const wchar_t*, const wchar_t*&, char*, char*, char*&) const override
-    {
-        return error;
-    }
-};
-
-}
 
 TEST(PosixPathsTest, BytesThatAreNoUtf8BecomeLoneSurrogates)
 {
@@ -50,10 +31,9 @@ TEST(PosixPathsTest, FileWithSuchANameIsOpenedInBothForms)
 
 TEST(PosixPathsTest, LocaleOfThePathsDoesNotMatter)
 {
-    const std::locale earlier = boost::filesystem::path::imbue(std::locale(std::locale(), new Refusing));
+    const support::PathsWithoutLocale unconverted;
     const boost::filesystem::path path = PathFromWide(L"\u00E4\u65E5");
     const std::wstring wide = WideFromPath(path);
-    boost::filesystem::path::imbue(earlier);
     EXPECT_EQ(path.native(), "\xC3\xA4\xE6\x97\xA5");
     EXPECT_EQ(wide, L"\u00E4\u65E5");
 }
