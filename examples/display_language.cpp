@@ -15,9 +15,7 @@ bool Choose(LCID language)
 {
     // An application makes this key when it first stores its options.
     constexpr const wchar_t* options = L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General";
-    HKEY key = nullptr;
-    if (utility::platform::Registry().RegCreateKeyExW(HKEY_CURRENT_USER, options, KEY_READ | KEY_WRITE, key) == 0)
-        utility::platform::Registry().RegCloseKey(key);
+    CQLMAppSettings::CreateKey(HKEY_CURRENT_USER, options, KEY_READ);
     return Lang::SetLanguage(language) != 0;
 }
 

@@ -314,9 +314,6 @@ TEST_F(HeaderExampleTest, InlineTextRecordPtr)
 TEST_F(HeaderExampleTest, Lang)
 {
     const support::ScratchHives hives;
-    HKEY settings = nullptr;
-    Registry().RegCreateKeyW(HKEY_CURRENT_USER, L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General", settings);
-    Registry().RegCloseKey(settings);
 #include "settings/Lang.example"
 }
 

@@ -3,15 +3,18 @@
 // The language in which the application shows itself: the translations there are, the user's choice, and what is known
 // of a language by its locale identifier.
 //
+//     const wchar_t* const key = L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General";
+//     CQLMAppSettings::CreateKey(HKEY_CURRENT_USER, key, KEY_READ);
 //     Lang::SetLanguage(1031); // German, from the next start on
 //     std::wstring name;
 //     Lang::GetLanguageName(Lang::GetLanguage(), name);
 //     assert(name == L"Deutsch");
 //
 // A language is a Windows locale identifier on every system; 0 stands for no choice, which is the system's language.
-// The choice is the value DisplayLanguage in the user's hive. Nothing of it is kept in memory: what is asked for is
-// read, and what is set takes effect where a CResourceCounter is made (settings/ResourceCounter.h), at the start of a
-// process.
+// The choice is the value DisplayLanguage of the key SOFTWARE\Selvane\TOLVERAN\2022.0\Options\General in the user's
+// hive. That key is for the application to make: until it is there, no choice can be stored. Nothing of it is kept in
+// memory: what is asked for is read, and what is set takes effect where a CResourceCounter is made
+// (settings/ResourceCounter.h), at the start of a process.
 //
 // Any thread may call. Nothing throws but for lack of memory. Functions that return an int return 1 for success and 0
 // for failure, and then leave what they should have given as it was.
@@ -32,7 +35,7 @@ namespace Lang
 /// The user's choice, whatever number it is, or else the system's language.
 UTILITY_API LCID GetLanguage();
 
-/// Stores the choice, any number; 0 clears it. Fails where the settings have no key for it yet.
+/// Stores the choice, any number; 0 clears it. Fails while its key is not there.
 UTILITY_API int SetLanguage(LCID lcid);
 
 /// Whether this is the system's language.
