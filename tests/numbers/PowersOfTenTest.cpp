@@ -1,12 +1,11 @@
 #include "utility/numbers/PowersOfTen.h"
 
 #include "tests/support/Doubles.h"
+#include "tests/support/KeepFloatingControl.h"
 #include "utility/platform/FloatingPoint.h"
 
 #include <gtest/gtest.h>
 
-#include <bit>
-#include <cstdint>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
@@ -38,30 +37,31 @@ TEST(Pow10Test, TableIsUsedFromMinus10To20)
         EXPECT_EQ(pow10(i - 10), tabledPowers[i]);
 }
 
-TEST(Pow10Test, IsTheSystemsPowBeyondTheTable)
+TEST(Pow10Test, IsTheNearestDoubleButForTwoOnEverySystem)
 {
     for (int exponent = -330; exponent <= 330; ++exponent)
     {
-        if (exponent >= -10 && exponent <= 20)
-            continue;
-        EXPECT_EQ(pow10(exponent), utility::platform::PowerOfTen(exponent)) << exponent;
+        if (exponent != 23 && exponent != 210)
+        {
+            EXPECT_EQ(pow10(exponent), NearestPowerOfTen(exponent)) << exponent;
+        }
     }
-}
-
-TEST(Pow10Test, SystemsPowIsAtMostOneUnitInTheLastPlaceOff)
-{
-    for (int exponent = -330; exponent <= 330; ++exponent)
-    {
-        const double nearest = NearestPowerOfTen(exponent);
-        const auto got = std::bit_cast<std::int64_t>(pow10(exponent));
-        EXPECT_LE(std::abs(got - std::bit_cast<std::int64_t>(nearest)), 1) << exponent;
-    }
-}
-
-TEST(Pow10Test, NotEveryPowerBeyondTheTableIsTheNearest)
-{
     EXPECT_EQ(pow10(23), 1.0000000000000001e+23);
     EXPECT_NE(pow10(23), 1e23);
+    EXPECT_EQ(pow10(210), 1.0000000000000001e+210);
+    EXPECT_NE(pow10(210), 1e210);
+}
+
+TEST(Pow10Test, IsTheSameInEveryRoundingDirection)
+{
+    const support::KeepFloatingControl keep;
+    for (const unsigned int direction : {_RC_UP, _RC_DOWN, _RC_CHOP})
+    {
+        utility::platform::FloatingControl(direction, _MCW_RC);
+        EXPECT_EQ(pow10(-29), 1e-29);
+        EXPECT_EQ(pow10(21), 1e21);
+        EXPECT_EQ(pow10(300), 1e300);
+    }
 }
 
 TEST(Pow10Test, GoesToInfinityAndToZero)

@@ -4,16 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include <charconv>
-#include <cmath>
-#include <limits>
-#include <string>
 #include <thread>
 #include <xmmintrin.h>
 
 using utility::platform::ClearFloatingStatus;
 using utility::platform::FloatingControl;
-using utility::platform::PowerOfTen;
 
 namespace
 {
@@ -170,36 +165,4 @@ TEST(FloatingControlThreadTest, ThreadsHaveEachTheirOwn)
 {
     std::thread([] { FloatingControl(_RC_UP, _MCW_RC); }).join();
     EXPECT_EQ(FloatingControl(0, 0), initial);
-}
-
-TEST(PowerOfTenTest, IsNotTheNearestNumberFor23) { EXPECT_EQ(PowerOfTen(23), 1.0000000000000001e+23); }
-
-TEST(PowerOfTenTest, LeavesTheRangeAsNumbersDo)
-{
-    EXPECT_EQ(PowerOfTen(0), 1.0);
-    EXPECT_EQ(PowerOfTen(308), 1e308);
-    EXPECT_EQ(PowerOfTen(309), std::numeric_limits<double>::infinity());
-    EXPECT_EQ(PowerOfTen(-400), 0.0);
-    EXPECT_GT(PowerOfTen(-323), 0.0);
-}
-
-TEST(PowerOfTenTest, IsTheNearestNumberButForThree)
-{
-    for (int exponent = -323; exponent <= 308; ++exponent)
-    {
-        const std::string text = "1e" + std::to_string(exponent);
-        double nearest = 0.0;
-        std::from_chars(text.data(), text.data() + text.size(), nearest);
-        const double power = PowerOfTen(exponent);
-        // Of these, 126 depends on the processor: with fused multiplication it is the nearest.
-        if (exponent == 23 || exponent == 126 || exponent == 210)
-        {
-            EXPECT_GE(power, nearest) << exponent;
-            EXPECT_LE(power, std::nextafter(nearest, std::numeric_limits<double>::infinity())) << exponent;
-        }
-        else
-        {
-            EXPECT_EQ(power, nearest) << exponent;
-        }
-    }
 }

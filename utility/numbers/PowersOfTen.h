@@ -31,12 +31,13 @@ inline constexpr double tabledPowers[] = {
     1e6,   1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20,
 };
 
-/// The system's own pow, computed when called. errno stays.
+/// The same on every system, to the bit.
 UTILITY_API double PowerBeyondTable(int exponent);
 
 }
 
-/// 10 to the power `exponent`: the nearest double from -10 to 20, what the system's pow gives beyond.
+/// 10 to the power `exponent`: the nearest double, but for 23 and 210, where it is the one that the C library of Linux
+/// has for pow.
 [[nodiscard]] inline double pow10(int exponent)
 {
     const auto index =

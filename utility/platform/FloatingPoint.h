@@ -13,7 +13,4 @@ unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept;
 /// Discards the calling thread's pending floating-point status flags.
 void ClearFloatingStatus() noexcept;
 
-/// 10 to the power `exponent` by the system's own pow, computed when called.
-[[nodiscard]] double PowerOfTen(int exponent) noexcept;
-
 }

@@ -107,12 +107,12 @@ public:
     /// behind the bad character.
     bool ReadInt(int& value);
 
-    /// A real. On false the cursor is on the bad character, or behind it if that stands in the exponent; and `value` is what was read so far, or unchanged if the
-    /// bad character stands ahead of point and exponent.
+    /// A real. On false the cursor is on the bad character, or behind it if that stands in the exponent, and `value` is
+    /// what was read so far, or unchanged if the bad character stands ahead of point and exponent.
     bool ReadReal(double& value);
 
-    /// Moves to what ends the field, by IsTerminator, or to the end of the record. Behind a read that failed the rest of
-    /// a bad field is passed this way.
+    /// Moves to what ends the field, by IsTerminator, or to the end of the record. This passes the rest of a bad field
+    /// behind a read that failed.
     void SkipField();
 
     /// Line and column of the cursor in the file, and behind the last line at the end of the record. None if that is

@@ -1,9 +1,11 @@
 #include "utility/platform/FloatingPoint.h"
 
+#include "utility/numbers/PowersOfTen.h"
 #include "utility/platform/Types.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 
 using utility::platform::ClearFloatingStatus;
@@ -68,4 +70,17 @@ TEST(X87StatusTest, IsClearedToo)
     EXPECT_NE(X87Status() & 0x3F, 0u);
     ClearFloatingStatus();
     EXPECT_EQ(X87Status() & 0x3F, 0u);
+}
+
+TEST(PosixFloatingPointTest, PowersOfTenAreWhatTheCLibraryGives)
+{
+    for (int exponent = -330; exponent <= 330; ++exponent)
+    {
+        volatile double base = 10.0; // so that the library is called
+        // Of this one, what it gives depends on the processor.
+        if (exponent != 126)
+        {
+            EXPECT_EQ(pow10(exponent), std::pow(base, exponent)) << exponent;
+        }
+    }
 }

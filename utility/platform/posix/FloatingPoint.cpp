@@ -1,6 +1,5 @@
 #include "utility/platform/FloatingPoint.h"
 
-#include <cmath>
 #include <cstdint>
 #include <xmmintrin.h>
 
@@ -74,13 +73,6 @@ void ClearFloatingStatus() noexcept
 {
     ClearX87Status();
     _mm_setcsr(_mm_getcsr() & ~sseStatus);
-}
-
-double PowerOfTen(int exponent) noexcept
-{
-    // A compiler that folds the call would round some powers otherwise than the library at run time does.
-    volatile double base = 10.0;
-    return std::pow(base, exponent);
 }
 
 }
