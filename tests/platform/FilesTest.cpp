@@ -151,6 +151,16 @@ TEST_F(FilesTest, EmptyPathIsError3)
     ExpectRefused(Files().OpenForWriting(L""), 3);
 }
 
+TEST_F(FilesTest, PathWithANullCharacterIsError123AndNotTheFileOfItsBeginning)
+{
+    boost::filesystem::path::string_type path = File("a", "bytes").native();
+    path += boost::filesystem::path::value_type();
+    path += boost::filesystem::path("b").native();
+    ExpectRefused(Files().OpenForReading(path), ERROR_INVALID_NAME);
+    platform::SetLastError(0);
+    ExpectRefused(Files().OpenForWriting(path), ERROR_INVALID_NAME);
+}
+
 TEST_F(FilesTest, FolderIsError5)
 {
     boost::filesystem::create_directory(m_folder / "folder");

@@ -15,11 +15,14 @@ namespace utility::platform
 ///
 /// Who may open a file that is open already: several readers may share it, a reader and a writer or two writers may
 /// not (32, sharing violation). Windows holds everybody to this. On Linux an open file carries an advisory lock, so it
-/// holds among the users of this library, in all processes, on file systems that know locks.
+/// holds among the users of this library, in all processes, on file systems that know locks, for files as such and not
+/// for devices and pipes. It ends when the process that opened the file closes it, whoever was forked meanwhile.
 class FileService
 {
 public:
     virtual ~FileService() = default;
+
+    // A path with a null character in it is refused with 123.
 
     /// An existing file, to be read from start to end. Others may read, rename and delete it meanwhile.
     /// INVALID_HANDLE_VALUE on failure; a directory is refused with 5.
@@ -32,7 +35,8 @@ public:
     /// The length in bytes.
     virtual bool Length(HANDLE file, std::uint64_t& length) = 0;
 
-    /// A mapping of the whole file, read-only. Null on failure, which an empty file is too.
+    /// A mapping of the whole file, read-only. Null on failure, which an empty file is too. It is used and closed while
+    /// the file is open.
     [[nodiscard]] virtual HANDLE MapReadOnly(HANDLE file) = 0;
 
     /// The bytes of a whole mapping, whose file has this length. They stay readable until UnmapView, also when both

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <sys/prctl.h>
 #include <sys/ptrace.h>
 
 using support::Child;
@@ -67,6 +68,12 @@ TEST(PosixDebuggerTest, IsThereWhateverTheGlobalLocaleTakesForAGroupOfDigits)
 TEST(PosixDebuggerTest, IsNotThereForANewProcess)
 {
     Child untraced([] { return Debugger().IsPresent() ? 1 : 0; });
+    EXPECT_EQ(untraced.ExitCode(), 0);
+}
+
+TEST(PosixDebuggerTest, IsNotThereForAProcessWithTheNameOfWhatTellsIt)
+{
+    Child untraced([] { return ::prctl(PR_SET_NAME, "TracerPid: 7") != 0 || Debugger().IsPresent() ? 1 : 0; });
     EXPECT_EQ(untraced.ExitCode(), 0);
 }
 

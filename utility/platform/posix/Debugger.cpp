@@ -5,6 +5,8 @@
 #include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/SystemService.h"
 
+#include <cstdlib>
+#include <string>
 #include <string_view>
 #include <unistd.h>
 
@@ -26,11 +28,14 @@ public:
     bool IsPresent() override
     {
         posix::KernelFile status("/proc/self/status");
-        std::string word;
-        while (status >> word && word != "TracerPid:")
-            continue;
-        int tracer = 0;
-        return status >> tracer && tracer != 0;
+        constexpr std::string_view tracer = "TracerPid:";
+        // By whole lines, since the first has the name of the process, which may be any text.
+        for (std::string line; std::getline(status, line);)
+        {
+            if (line.starts_with(tracer))
+                return std::atoi(line.c_str() + tracer.size()) != 0;
+        }
+        return false;
     }
 
     /// Right here, where a signal raised by a call would stop within that call.

@@ -3,6 +3,7 @@
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/FileTimes.h"
+#include "utility/platform/posix/files/Lock.h"
 #include "utility/platform/posix/files/Views.h"
 #include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/SystemService.h"
@@ -19,12 +20,26 @@ namespace
 
 int DescriptorOf(HANDLE file) { return posix::NumberOf(posix::HandleKind::file, file); }
 
+/// Opens a file as it is, or makes it. -1 on failure.
+int OpenAny(const boost::filesystem::path& path, int flags)
+{
+    const auto open = [&](int more)
+    { return posix::Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | more, 0666); }); };
+    // A pipe without a writer would hold up the caller. Only a file that another program holds a lease on is not to be
+    // had at once: that one is waited for, until the other has let go.
+    const int descriptor = open(O_NONBLOCK);
+    return descriptor < 0 && errno == EAGAIN ? open(0) : descriptor;
+}
+
 /// Opens a file and takes the advisory lock of its kind on the whole of it.
 HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType)
 {
-    // Without O_NONBLOCK a pipe without a writer would hold up the caller; for files it has no effect.
-    const int descriptor =
-        posix::Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666); });
+    if (path.native().find('\0') != std::string::npos)
+    {
+        SetLastError(ERROR_INVALID_NAME);
+        return INVALID_HANDLE_VALUE;
+    }
+    const int descriptor = OpenAny(path, flags);
     if (descriptor < 0)
     {
         posix::FailOn(path.native());
@@ -41,13 +56,13 @@ HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType
         return refuse(posix::ErrorOfErrno(errno));
     if (S_ISDIR(status.st_mode))
         return refuse(ERROR_ACCESS_DENIED);
-    struct flock lock = {};
-    lock.l_type = lockType;
-    lock.l_whence = SEEK_SET;
-    // A file system without locks lets everybody in; only a lock held by another turns the caller away.
-    const int locked = posix::Uninterrupted([&] { return ::fcntl(descriptor, F_OFD_SETLK, &lock); });
-    if (locked != 0 && (errno == EAGAIN || errno == EACCES))
+    // A file system without locks lets everybody in; only a lock held by another turns the caller away. Devices and
+    // pipes are there for several at once.
+    if (S_ISREG(status.st_mode) && !posix::Lock(descriptor, lockType) && (errno == EAGAIN || errno == EACCES))
         return refuse(ERROR_SHARING_VIOLATION);
+    // From here on a pipe that is full makes its writer wait.
+    if (::fcntl(descriptor, F_SETFL, 0) != 0)
+        return refuse(posix::ErrorOfErrno(errno));
     return posix::MakeHandle(posix::HandleKind::file, descriptor);
 }
 
@@ -90,13 +105,7 @@ public:
             SetLastError(ERROR_INVALID_PARAMETER);
             return nullptr;
         }
-        const int descriptor = ::fcntl(DescriptorOf(file), F_DUPFD_CLOEXEC, 0);
-        if (descriptor < 0)
-        {
-            posix::Fail();
-            return nullptr;
-        }
-        return posix::MakeHandle(posix::HandleKind::mapping, descriptor);
+        return posix::MakeHandle(posix::HandleKind::mapping, DescriptorOf(file));
     }
 
     void* ViewAll(HANDLE mapping, std::uint64_t length) override
@@ -183,7 +192,15 @@ public:
         return true;
     }
 
-    bool Close(HANDLE handle) override { return posix::CloseHandle(handle); }
+    bool Close(HANDLE handle) override
+    {
+        // The lock would last until the last process that was forked meanwhile closes the file too. A process that only
+        // inherited the file leaves the lock alone; and while there is a view the file is in use.
+        if (posix::NumberOf(posix::HandleKind::file, handle) >= 0 && posix::IsOwn(handle) &&
+            !m_views.IsViewed(DescriptorOf(handle)))
+            posix::Lock(DescriptorOf(handle), F_UNLCK);
+        return posix::CloseHandle(handle);
+    }
 
 private:
     posix::Views m_views;

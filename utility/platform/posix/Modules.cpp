@@ -2,6 +2,7 @@
 
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/posix/modules/LoadedFiles.h"
 #include "utility/platform/SystemService.h"
 
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
-#include <fstream>
 #include <iterator>
 #include <link.h>
 #include <string>
@@ -48,7 +48,7 @@ boost::filesystem::path PlaceOf(const boost::filesystem::path& told)
 boost::filesystem::path MappedFileAt(const void* address)
 {
     // Each line has the first address, in hexadecimal, and at its end the path.
-    std::ifstream maps("/proc/self/maps");
+    posix::KernelFile maps("/proc/self/maps");
     for (std::string line; std::getline(maps, line);)
     {
         if (std::strtoull(line.c_str(), nullptr, 16) == reinterpret_cast<std::uintptr_t>(address))

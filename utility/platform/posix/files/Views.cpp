@@ -2,8 +2,10 @@
 
 #include "utility/platform/posix/error/Errno.h"
 
+#include <algorithm>
 #include <new>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -26,9 +28,9 @@ void* Views::Map(int descriptor, std::uint64_t length)
     }
     void* const base =
         ::mmap(reserved, length, PROT_READ, MAP_SHARED | (needsPageBehind ? MAP_FIXED : 0), descriptor, 0);
-    const DWORD reason = base == MAP_FAILED  ? ErrorOfErrno(errno)
-                         : !Add(base, total) ? ERROR_NOT_ENOUGH_MEMORY
-                                             : ERROR_SUCCESS;
+    const DWORD reason = base == MAP_FAILED                            ? ErrorOfErrno(errno)
+                         : !Add(base, {total, IdentityOf(descriptor)}) ? ERROR_NOT_ENOUGH_MEMORY
+                                                                       : ERROR_SUCCESS;
     if (reason != ERROR_SUCCESS)
     {
         if (void* const mapped = base != MAP_FAILED ? base : reserved)
@@ -42,26 +44,39 @@ void* Views::Map(int descriptor, std::uint64_t length)
 
 bool Views::Unmap(const void* view)
 {
-    Lengths::node_type taken = Take(view);
+    ByBase::node_type taken = Take(view);
     if (!taken)
     {
         SetLastError(ERROR_INVALID_ADDRESS);
         return false;
     }
-    if (::munmap(const_cast<void*>(view), taken.mapped()) == 0)
+    if (::munmap(const_cast<void*>(view), taken.mapped().length) == 0)
         return true;
     Fail();
     PutBack(std::move(taken));
     return false;
 }
 
+bool Views::IsViewed(int descriptor)
+{
+    const Identity file = IdentityOf(descriptor);
+    const std::lock_guard lock(m_mutex);
+    return std::ranges::any_of(m_views, [&](const auto& each) { return each.second.file == file; });
+}
+
+Views::Identity Views::IdentityOf(int descriptor)
+{
+    struct stat status;
+    return ::fstat(descriptor, &status) == 0 ? Identity(status.st_dev, status.st_ino) : Identity();
+}
+
 /// False where memory is short.
-bool Views::Add(const void* base, std::size_t length)
+bool Views::Add(const void* base, const View& view)
 {
     const std::lock_guard lock(m_mutex);
     try
     {
-        m_lengths[base] = length;
+        m_views.insert_or_assign(base, view);
         return true;
     }
     catch (const std::bad_alloc&)
@@ -71,16 +86,16 @@ bool Views::Add(const void* base, std::size_t length)
 }
 
 /// Forgets a view; empty if there is none at this address.
-Views::Lengths::node_type Views::Take(const void* base)
+Views::ByBase::node_type Views::Take(const void* base)
 {
     const std::lock_guard lock(m_mutex);
-    return m_lengths.extract(base);
+    return m_views.extract(base);
 }
 
-void Views::PutBack(Lengths::node_type view)
+void Views::PutBack(ByBase::node_type view)
 {
     const std::lock_guard lock(m_mutex);
-    m_lengths.insert(std::move(view));
+    m_views.insert(std::move(view));
 }
 
 }

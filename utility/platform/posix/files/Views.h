@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <sys/types.h>
+#include <utility>
 
 namespace utility::platform::posix
 {
@@ -19,16 +21,28 @@ public:
     /// Ends what Map gave. False, with the reason in LastError(), on failure, and for anything else.
     bool Unmap(const void* view);
 
-private:
-    /// The mapped length of each view: the system wants it back, and the interface does not carry it.
-    using Lengths = std::map<const void*, std::size_t>;
+    /// Whether there is a view of the file that is open by this descriptor.
+    bool IsViewed(int descriptor);
 
-    bool Add(const void* base, std::size_t length);
-    Lengths::node_type Take(const void* base);
-    void PutBack(Lengths::node_type view);
+private:
+    /// What tells a file from every other: its device, and its number there, which is 0 where nothing is told of it.
+    using Identity = std::pair<dev_t, ino_t>;
+
+    /// The system wants the length back, and the interface does not carry it.
+    struct View
+    {
+        std::size_t length;
+        Identity file;
+    };
+    using ByBase = std::map<const void*, View>;
+
+    static Identity IdentityOf(int descriptor);
+    bool Add(const void* base, const View& view);
+    ByBase::node_type Take(const void* base);
+    void PutBack(ByBase::node_type view);
 
     std::mutex m_mutex;
-    Lengths m_lengths;
+    ByBase m_views;
 };
 
 }

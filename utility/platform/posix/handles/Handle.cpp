@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 
 #include <cstdint>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace utility::platform::posix
@@ -11,31 +12,42 @@ namespace utility::platform::posix
 namespace
 {
 
-// The kind stands in the lowest bits, which are 0 in null and none of the kinds in the invalid handle.
+// The kind stands in the lowest bits, which are 0 in null and none of the kinds in the invalid handle; behind it the
+// number, of 31 bits, and uppermost the process that made the handle.
 constexpr int kindBits = 4;
+constexpr int numberBits = 31;
 constexpr std::intptr_t kindMask = (1 << kindBits) - 1;
+constexpr std::intptr_t numberMask = (std::intptr_t{1} << numberBits) - 1;
+constexpr int processAt = kindBits + numberBits;
+constexpr std::intptr_t processMask = -(std::intptr_t{1} << processAt);
 
 constexpr std::intptr_t CodeOf(HandleKind kind) { return static_cast<std::intptr_t>(kind) + 1; }
+
+/// What stands uppermost in the handles that this process makes.
+std::intptr_t OwnPlace() noexcept { return std::intptr_t{::getpid()} << processAt; }
 
 }
 
 HANDLE MakeHandle(HandleKind kind, int number) noexcept
 {
-    return reinterpret_cast<HANDLE>(std::intptr_t{number} << kindBits | CodeOf(kind));
+    return reinterpret_cast<HANDLE>(OwnPlace() | std::intptr_t{number} << kindBits | CodeOf(kind));
 }
 
 int NumberOf(HandleKind kind, HANDLE handle) noexcept
 {
     const auto value = reinterpret_cast<std::intptr_t>(handle);
-    return (value & kindMask) == CodeOf(kind) ? static_cast<int>(value >> kindBits) : -1;
+    return (value & kindMask) == CodeOf(kind) ? static_cast<int>(value >> kindBits & numberMask) : -1;
 }
+
+bool IsOwn(HANDLE handle) noexcept { return (reinterpret_cast<std::intptr_t>(handle) & processMask) == OwnPlace(); }
 
 bool CloseHandle(HANDLE handle) noexcept
 {
-    const int file = NumberOf(HandleKind::file, handle);
-    const int descriptor = file >= 0 ? file : NumberOf(HandleKind::mapping, handle);
+    // A mapping stands on its file's descriptor.
+    if (const int mapping = NumberOf(HandleKind::mapping, handle); mapping >= 0)
+        return ::fcntl(mapping, F_GETFD) >= 0 || Fail();
     // A descriptor is gone when the call is interrupted as well: made anew it would close that of somebody else.
-    return ::close(descriptor) == 0 || errno == EINTR || Fail();
+    return ::close(NumberOf(HandleKind::file, handle)) == 0 || errno == EINTR || Fail();
 }
 
 }

@@ -19,6 +19,9 @@ HANDLE MakeHandle(HandleKind kind, int number) noexcept;
 /// The number of a thing of this kind, -1 for any other handle and for what is none.
 int NumberOf(HandleKind kind, HANDLE handle) noexcept;
 
+/// Whether this process made the handle, or else inherited it when it was forked.
+bool IsOwn(HANDLE handle) noexcept;
+
 /// Ends what a handle stands for, whatever it is. What is no handle is refused with 6.
 bool CloseHandle(HANDLE handle) noexcept;
 
