@@ -629,6 +629,7 @@ TEST_F(AppSettingsTest, PartsOfAPathAreKeysInEveryCall)
     EXPECT_TRUE(settings.SetValue(path, name, 7));
     EXPECT_EQ(settings.GetValue(folder, name, 1), 7);
     EXPECT_EQ(settings.GetValue(path, name, 1), 7);
+    EXPECT_EQ(settings.GetValue(boost::filesystem::path("Options/General"), name, 1), 7);
     EXPECT_TRUE(settings.SetValue(path, L"Bytes", "abc", 3));
     EXPECT_EQ(Found(HKEY_CURRENT_USER, folder, L"Bytes").bytes, "abc");
     EXPECT_TRUE(settings.CreateKey(path / "Below"));

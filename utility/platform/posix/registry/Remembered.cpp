@@ -60,8 +60,7 @@ Remembered::Place Remembered::PlaceUpTo(Names names, std::int64_t key, DWORD ind
 
 void Remembered::KeepPlace(Names names, std::int64_t key, Place place)
 {
-    if (IsUnchanged())
-        m_places[static_cast<std::size_t>(names)][key] = std::move(place);
+    m_places[static_cast<std::size_t>(names)][key] = std::move(place);
 }
 
 void Remembered::KeepKey(std::int64_t key)

@@ -62,6 +62,7 @@ public:
     /// Keeps what was read since that under the name, unless the database has changed meanwhile.
     void KeepKey(std::int64_t key);
     void KeepValue(LSTATUS status, DWORD type, std::string_view data);
+    /// Keeps where an enumeration came to since PlaceUpTo.
     void KeepPlace(Names names, std::int64_t key, Place place);
 
 private:
