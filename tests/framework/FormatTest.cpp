@@ -1,10 +1,12 @@
 #include "utility/framework/internal/Format.h"
 
+#include "tests/support/DecimalComma.h"
 #include "utility/text/ResourceString.h"
 
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdio>
 #include <limits>
 #include <ostream>
 
@@ -64,41 +66,48 @@ INSTANTIATE_TEST_SUITE_P(
                       FormatCase{Format(L"%.*d|%.*d", 3, 7, -3, 7), L"007|7"},
                       FormatCase{Format(L"%08x", 0xBEEF), L"0000beef"}));
 
-INSTANTIATE_TEST_SUITE_P(Reals, FormatTest,
-                         ::testing::Values(FormatCase{Format(L"%f|%.2f|%.0f", 1.5, 2.345678, 2.5), L"1.500000|2.35|2"},
-                                           FormatCase{Format(L"%8.3f|%-8.3f|%08.3f", 3.14159, 3.14159, -3.14159),
-                                                      L"   3.142|3.142   |-003.142"},
-                                           FormatCase{Format(L"%e|%E", 12345.678, 1e-10), L"1.234568e+04|1.000000E-10"},
-                                           FormatCase{Format(L"%.3e", 1e100), L"1.000e+100"},
-                                           FormatCase{Format(L"%g|%G|%g|%#g", 0.0001, 1e-5, 1e20, 1.0),
-                                                      L"0.0001|1E-05|1e+20|1.00000"},
-                                           FormatCase{Format(L"%.17g", 0.1), L"0.10000000000000001"},
-                                           FormatCase{Format(L"%lf|%Lf|%d", 1.5, 2.5, 3), L"1.500000|2.500000|3"},
-                                           FormatCase{Format(L"%+.1f|% .1f|%.1f", 1.0, 1.0, -0.0), L"+1.0| 1.0|-0.0"},
-                                           FormatCase{Format(L"%f|%F|%g", std::numeric_limits<double>::infinity(),
-                                                             -std::numeric_limits<double>::infinity(),
-                                                             std::numeric_limits<double>::infinity()),
-                                                      L"inf|-INF|inf"},
-                                           FormatCase{Format(L"%a|%A", 1.0, 0.5), L"0x1p+0|0X1P-1"},
-                                           FormatCase{Format(L"%.1f", 1e22), L"10000000000000000000000.0"}));
+INSTANTIATE_TEST_SUITE_P(
+    Reals, FormatTest,
+    ::testing::Values(
+        FormatCase{Format(L"%f|%.2f|%.0f", 1.5, 2.345678, 2.5), L"1.500000|2.35|2"},
+        FormatCase{Format(L"%8.3f|%-8.3f|%08.3f", 3.14159, 3.14159, -3.14159), L"   3.142|3.142   |-003.142"},
+        FormatCase{Format(L"%e|%E", 12345.678, 1e-10), L"1.234568e+04|1.000000E-10"},
+        FormatCase{Format(L"%.3e", 1e100), L"1.000e+100"},
+        FormatCase{Format(L"%g|%G|%g|%#g", 0.0001, 1e-5, 1e20, 1.0), L"0.0001|1E-05|1e+20|1.00000"},
+        FormatCase{Format(L"%.17g", 0.1), L"0.10000000000000001"},
+        FormatCase{Format(L"%lf|%Lf|%d", 1.5, 2.5L, 3), L"1.500000|2.500000|3"},
+        FormatCase{Format(L"%+.1f|% .1f|%.1f", 1.0, 1.0, -0.0), L"+1.0| 1.0|-0.0"},
+        FormatCase{Format(L"%.20Lf|%Lg|%d", 0.1L, 1.5L, 3), L"0.10000000000000000555|1.5|3"},
+        FormatCase{Format(L"%08.1f|%-8.1f|%+08.1f|%08.1f|% 08.1f", -2.5, 2.5, 2.5,
+                          std::numeric_limits<double>::infinity(), 2.5),
+                   L"-00002.5|2.5     |+00002.5|     inf| 00002.5"},
+        FormatCase{Format(L"%012a|%-08.1f|", 1.0, 2.5), L"0x0000001p+0|2.5     |"},
+        FormatCase{Format(L"%f|%F|%g", std::numeric_limits<double>::infinity(),
+                          -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()),
+                   L"inf|-INF|inf"},
+        FormatCase{Format(L"%a|%A", 1.0, 0.5), L"0x1p+0|0X1P-1"},
+        FormatCase{Format(L"%.1f", 1e22), L"10000000000000000000000.0"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Texts, FormatTest,
-    ::testing::Values(FormatCase{Format(L"%s|%ls|%ws", L"a", L"b", L"c"), L"a|b|c"},
-                      FormatCase{Format(L"%S|%hs|%hS", "a", "b", "c"), L"a|b|c"},
-                      FormatCase{Format(L"%lS", L"wide"), L"wide"},
-                      FormatCase{Format(L"%s", L"\u00B0\u65E5"), L"\u00B0\u65E5"},
-                      FormatCase{Format(L"%5s|%-5s|%.2s|%5.1s|", L"abc", L"abc", L"abc", L"abc"),
-                                 L"  abc|abc  |ab|    a|"},
-                      FormatCase{Format(L"%5S|%-5S|%.2S|%5.1S|", "abc", "abc", "abc", "abc"), L"  abc|abc  |ab|    a|"},
-                      FormatCase{Format(L"%*s|%.*s|%.*s", 4, L"ab", 1, L"ab", -1, L"ab"), L"  ab|a|ab"},
-                      FormatCase{Format(L"%.0s|", L"abc"), L"|"}, FormatCase{Format(L"%s|%S", L"", ""), L"|"},
-                      FormatCase{Format(L"%s|%S|%.3s", static_cast<const wchar_t*>(nullptr),
-                                        static_cast<const char*>(nullptr), static_cast<const wchar_t*>(nullptr)),
-                                 L"(null)|(null)|(nu"},
-                      FormatCase{Format(L"%c%C%hc%lc", L'a', 'b', 'c', L'd'), L"abcd"},
-                      FormatCase{Format(L"%3c|%-3c|", L'a', L'b'), L"  a|b  |"},
-                      FormatCase{Format(L"%c", L'\u65E5'), L"\u65E5"}, FormatCase{Format(L"%c", -61), L"\xFFC3"}));
+    ::testing::Values(
+        FormatCase{Format(L"%s|%ls|%ws", L"a", L"b", L"c"), L"a|b|c"},
+        FormatCase{Format(L"%S|%hs|%hS", "a", "b", "c"), L"a|b|c"}, FormatCase{Format(L"%lS", L"wide"), L"wide"},
+        FormatCase{Format(L"%s", L"\u00B0\u65E5"), L"\u00B0\u65E5"},
+        FormatCase{Format(L"%5s|%-5s|%.2s|%5.1s|", L"abc", L"abc", L"abc", L"abc"), L"  abc|abc  |ab|    a|"},
+        FormatCase{Format(L"%5S|%-5S|%.2S|%5.1S|", "abc", "abc", "abc", "abc"), L"  abc|abc  |ab|    a|"},
+        FormatCase{Format(L"%*s|%.*s|%.*s", 4, L"ab", 1, L"ab", -1, L"ab"), L"  ab|a|ab"},
+        FormatCase{Format(L"%.0s|", L"abc"), L"|"}, FormatCase{Format(L"%s|%S", L"", ""), L"|"},
+        FormatCase{Format(L"%s|%S|%.3s", static_cast<const wchar_t*>(nullptr), static_cast<const char*>(nullptr),
+                          static_cast<const wchar_t*>(nullptr)),
+                   L"(null)|(null)|(nu"},
+        FormatCase{Format(L"%c%C%hc%lc", L'a', 'b', 'c', L'd'), L"abcd"},
+        FormatCase{Format(L"%3c|%-3c|", L'a', L'b'), L"  a|b  |"}, FormatCase{Format(L"%c", L'\u65E5'), L"\u65E5"},
+        FormatCase{Format(L"%c", -61), L"\xFFC3"},
+        FormatCase{Format(L"%c|%3c|", 0x1F600, 0x1F600), L"\U0001F600| \U0001F600|"},
+        FormatCase{Format(L"%c", 0x110041), L"A"},
+        FormatCase{Format(L"%3s|%.1s|%.2s|%.3s", L"\U0001F600", L"\U0001F600", L"\U0001F600", L"a\U0001F600b"),
+                   L" \U0001F600||\U0001F600|a\U0001F600"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Others, FormatTest,
@@ -128,6 +137,17 @@ TEST(FormatTextTest, NarrowTextIsInTheSystemsNarrowEncoding)
 {
     const std::string narrow = from_utf(L"\u00E4b", 0);
     EXPECT_EQ(Format(L"%S|%4S", narrow.c_str(), narrow.c_str()), L"\u00E4b|  \u00E4b");
+}
+
+TEST(FormatRuntimeLocaleTest, DecimalSymbolIsThePointInEveryLocale)
+{
+    const support::DecimalComma scope;
+    char text[8];
+    std::snprintf(text, sizeof text, "%.1f", 2.5);
+    ASSERT_STREQ(text, "2,5");
+    EXPECT_EQ(Format(L"%.2f|%8.2f|%e|%#g|%a|%#.0f", 2.5, -2.5, 1.5, 1.0, 1.5, 2.0),
+              L"2.50|   -2.50|1.500000e+00|1.00000|0x1.8p+0|2.");
+    EXPECT_EQ(Format(L"%f", std::numeric_limits<double>::infinity()), L"inf");
 }
 
 TEST(FormatStoreTest, NothingIsStored)

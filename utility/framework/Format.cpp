@@ -1,8 +1,10 @@
 #include "utility/framework/internal/Format.h"
 
+#include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Text.h"
 #include "utility/platform/Types.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -18,10 +20,11 @@ namespace
 enum class Width
 {
     standard,
-    byte,      // hh
-    narrow,    // h
-    wide,      // l, w
-    sixtyFour, // ll, I64, j, z, t, I
+    byte,       // hh
+    narrow,     // h
+    wide,       // l, w
+    sixtyFour,  // ll, I64, j, z, t, I
+    longDouble, // L
 };
 
 struct Directive
@@ -31,6 +34,8 @@ struct Directive
     int precision = -1;
     Width size = Width::standard;
     wchar_t type = L'\0';
+
+    bool Has(char flag) const { return flags.find(flag) != std::string::npos; }
 };
 
 /// Walks a format and takes the arguments that its directives ask for.
@@ -104,7 +109,7 @@ private:
         constexpr Name names[] = {
             {L"hh", Width::byte},     {L"h", Width::narrow},      {L"ll", Width::sixtyFour}, {L"l", Width::wide},
             {L"w", Width::wide},      {L"I64", Width::sixtyFour}, {L"I32", Width::standard}, {L"I", Width::sixtyFour},
-            {L"j", Width::sixtyFour}, {L"z", Width::sixtyFour},   {L"t", Width::sixtyFour},  {L"L", Width::standard},
+            {L"j", Width::sixtyFour}, {L"z", Width::sixtyFour},   {L"t", Width::sixtyFour},  {L"L", Width::longDouble},
         };
         for (const Name& name : names)
         {
@@ -134,13 +139,13 @@ private:
             return true;
         case L'd':
         case L'i':
-            PutNumber(directive, "ll", Signed(directive.size));
+            PutInteger(directive, Signed(directive.size));
             return true;
         case L'o':
         case L'u':
         case L'x':
         case L'X':
-            PutNumber(directive, "ll", Unsigned(directive.size));
+            PutInteger(directive, Unsigned(directive.size));
             return true;
         case L'e':
         case L'E':
@@ -150,15 +155,17 @@ private:
         case L'G':
         case L'a':
         case L'A':
-            PutNumber(directive, "", va_arg(m_arguments, double));
+            PutReal(directive, directive.size == Width::longDouble
+                                   ? static_cast<double>(va_arg(m_arguments, long double))
+                                   : va_arg(m_arguments, double));
             return true;
         case L'p':
         {
             Directive digits = directive;
             digits.precision = 16;
             digits.type = L'X';
-            PutNumber(digits, "ll",
-                      static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*))));
+            PutInteger(digits,
+                       static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(va_arg(m_arguments, void*))));
             return true;
         }
         case L'n':
@@ -189,23 +196,40 @@ private:
                                        : value;
     }
 
+    /// What the runtime's printf makes of a number.
     template <class Value>
-    void PutNumber(const Directive& directive, const char* length, Value value)
+    static std::string Printed(const std::string& format, int width, int precision, Value value)
     {
-        std::string format = "%" + directive.flags + "*.*" + length;
-        format += static_cast<char>(directive.type);
-        char small[128];
-        const int size =
-            std::snprintf(small, sizeof(small), format.c_str(), directive.width, directive.precision, value);
-        if (size < 0)
-            return;
-        std::string text(small, std::min(static_cast<std::size_t>(size), sizeof(small) - 1));
-        if (static_cast<std::size_t>(size) > text.size())
+        const int size = std::snprintf(nullptr, 0, format.c_str(), width, precision, value);
+        std::string text(size < 0 ? 0 : static_cast<std::size_t>(size), '\0');
+        std::snprintf(text.data(), text.size() + 1, format.c_str(), width, precision, value);
+        return text;
+    }
+
+    template <class Value>
+    void PutInteger(const Directive& directive, Value value)
+    {
+        const std::string text = Printed("%" + directive.flags + "*.*ll" + static_cast<char>(directive.type),
+                                         directive.width, directive.precision, value);
+        m_result.append(text.begin(), text.end());
+    }
+
+    void PutReal(const Directive& directive, double value)
+    {
+        std::string text =
+            Printed("%" + directive.flags + "*.*" + static_cast<char>(directive.type), 0, directive.precision, value);
+        // The symbol of the runtime's locale has any number of bytes; nothing else of a number is beyond these.
+        constexpr const char* others = "+- 0123456789ABCDEFINPXabcdefinpx";
+        const std::size_t symbol = text.find_first_not_of(others);
+        if (symbol != std::string::npos)
+            text.replace(symbol, text.find_first_of(others, symbol) - symbol, ".");
+        const auto width = static_cast<std::size_t>(directive.width);
+        if (directive.Has('0') && !directive.Has('-') && std::isfinite(value) && width > text.size())
         {
-            text.resize(static_cast<std::size_t>(size));
-            std::snprintf(text.data(), text.size() + 1, format.c_str(), directive.width, directive.precision, value);
+            const bool isHexadecimal = directive.type == L'a' || directive.type == L'A';
+            text.insert(text.find_first_of("0123456789") + (isHexadecimal ? 2 : 0), width - text.size(), '0');
         }
-        m_result += platform::WideFromCodePage(CP_ACP, text);
+        Pad(directive, std::wstring(text.begin(), text.end()));
     }
 
     static bool IsNarrow(const Directive& directive)
@@ -217,10 +241,14 @@ private:
     void PutCharacter(const Directive& directive)
     {
         const int value = va_arg(m_arguments, int);
+        std::wstring text;
         if (IsNarrow(directive))
-            Pad(directive, platform::WideFromCodePage(CP_ACP, std::string(1, static_cast<char>(value))));
+            text = platform::WideFromCodePage(CP_ACP, std::string(1, static_cast<char>(value)));
         else
-            Pad(directive, std::wstring(1, static_cast<wchar_t>(static_cast<char16_t>(value))));
+            platform::formats::AppendCodePoint(text, static_cast<char32_t>(value) < 0x110000
+                                                         ? static_cast<char32_t>(value)
+                                                         : static_cast<char16_t>(value));
+        Pad(directive, text);
     }
 
     void PutText(const Directive& directive)
@@ -229,23 +257,35 @@ private:
         if (IsNarrow(directive))
         {
             const char* const text = va_arg(m_arguments, const char*);
-            Pad(directive, platform::WideFromCodePage(
-                               CP_ACP, text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit)))
-                               .substr(0, limit));
+            Pad(directive, Cut(platform::WideFromCodePage(
+                                   CP_ACP, text == nullptr ? "(null)" : std::string(text, ::strnlen(text, limit))),
+                               limit));
         }
         else
         {
             const wchar_t* const text = va_arg(m_arguments, const wchar_t*);
-            Pad(directive, text == nullptr ? std::wstring(L"(null)").substr(0, limit)
-                                           : std::wstring(text, ::wcsnlen(text, limit)));
+            Pad(directive, Cut(text == nullptr ? L"(null)" : std::wstring(text, ::wcsnlen(text, limit)), limit));
         }
+    }
+
+    /// As many units of UTF-16 as the limit allows, without half a character at the end.
+    static std::wstring Cut(const std::wstring& text, std::size_t limit)
+    {
+        std::u16string units = platform::formats::Utf16FromWide(text);
+        if (units.size() < limit)
+            return text;
+        units.resize(limit);
+        if (!units.empty() && platform::formats::IsHighSurrogate(units.back()))
+            units.pop_back();
+        return platform::formats::WideFromUtf16(units.data(), units.size());
     }
 
     void Pad(const Directive& directive, const std::wstring& text)
     {
         const auto width = static_cast<std::size_t>(directive.width);
-        const std::size_t blanks = width > text.size() ? width - text.size() : 0;
-        const bool left = directive.flags.find('-') != std::string::npos;
+        const std::size_t size = width == 0 ? 0 : platform::formats::Utf16FromWide(text).size();
+        const std::size_t blanks = width > size ? width - size : 0;
+        const bool left = directive.Has('-');
         m_result.append(left ? 0 : blanks, L' ').append(text).append(left ? blanks : 0, L' ');
     }
 

@@ -28,7 +28,8 @@ public:
     void Empty();
     CStringW& operator+=(const CStringW& text);
 
-    /// Replaces the text by a printf-style one; the directives have the Windows meaning on every system.
+    /// Replaces the text by a printf-style one; the directives have the Windows meaning on every system. The decimal
+    /// symbol is the point in every locale, `%c` takes any character, and `%Lf` a long double.
     void Format(const wchar_t* format, ...);
 
     /// Replaces the text by a numbered string, found along the chain of resource modules or in one module. False, and
