@@ -4,6 +4,7 @@
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/RecordingDebugger.h"
 #include "tests/support/TableMemory.h"
+#include "tests/support/WithoutThreadSlot.h"
 #include "utility/framework/internal/NewHandler.h"
 
 #include <gtest/gtest.h>
@@ -169,6 +170,15 @@ TEST_F(CNewHandlerTest, WithADebuggerHandlersOfOthersAreRemovedAtTheEnd)
     }
     EXPECT_EQ(QueryNewHandler(), nullptr);
     EXPECT_EQ(FrameworkHandler(), nullptr);
+}
+
+TEST_F(CNewHandlerTest, ThreadThatCannotBeMarkedAsReportingHasTheFailureWithoutAReport)
+{
+    const CNewHandler handler;
+    const support::WithoutThreadSlot scope(utility::detail::reportingSlot);
+    EXPECT_EQ(TextFor(24), "bad allocation");
+    EXPECT_EQ(m_debugger.wide.size(), 0u);
+    EXPECT_EQ(m_memory.statusQueries, 0);
 }
 
 // The sanitizers' own `new` ends the process instead.

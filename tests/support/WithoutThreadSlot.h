@@ -6,6 +6,7 @@
 
 namespace utility::detail
 {
+extern platform::ThreadSlot reportingSlot;
 extern platform::ThreadSlot threadAllocatorSlot;
 extern platform::ThreadSlot threadDatabaseSlot;
 }

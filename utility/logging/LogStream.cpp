@@ -3,8 +3,11 @@
 #include "utility/logging/LogMessages.h"
 #include "utility/platform/Text.h"
 
+#include <exception>
 #include <iterator>
 #include <locale>
+#include <new>
+#include <utility>
 
 namespace utility::detail
 {
@@ -29,10 +32,11 @@ int CLogStream::CLogStreamBuffer::sync()
 {
     if (pbase() == pptr())
         return 0;
-    if (pptr()[-1] != L'\n')
-        sputc(L'\n');
-    utility::detail::DeliverLogText(m_pOwner, m_eSeverity, view());
-    str(std::wstring());
+    // Nothing is left to whoever tries again where this fails.
+    std::wstring text = std::move(*this).str();
+    if (text.back() != L'\n')
+        text += L'\n';
+    utility::detail::DeliverLogText(m_pOwner, m_eSeverity, text);
     return 0;
 }
 
@@ -42,7 +46,17 @@ CLogStream::CLogStream(const void* owner, LogSeverity severity)
     rdbuf(&m_buffer);
 }
 
-CLogStream::~CLogStream() { m_buffer.pubsync(); }
+CLogStream::~CLogStream()
+{
+    try
+    {
+        m_buffer.pubsync();
+    }
+    catch (const std::exception&)
+    {
+        // The destructor of any stream is one that does not throw.
+    }
+}
 
 CLogStreamHelper::CLogStreamHelper(const void* owner, LogSeverity severity)
     : m_pOwner(owner), m_eSeverity(severity), m_bEnabled(severity >= GetLogLevel()), m_nLength(0)
@@ -52,10 +66,20 @@ CLogStreamHelper::CLogStreamHelper(const void* owner, LogSeverity severity)
         m_stream.emplace(m_pOwner, m_eSeverity);
 }
 
-CLogStreamHelper::~CLogStreamHelper()
+CLogStreamHelper::~CLogStreamHelper() noexcept(false)
 {
-    if (m_bEnabled && !m_stream)
-        Deliver();
+    try
+    {
+        if (m_stream)
+            m_stream->rdbuf()->pubsync();
+        else
+            Deliver();
+    }
+    catch (const std::exception&)
+    {
+        if (std::uncaught_exceptions() == 0)
+            throw;
+    }
 }
 
 CLogStreamHelper&
@@ -65,9 +89,18 @@ CLogStreamHelper::operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::ba
     constexpr auto flush = &std::flush<wchar_t, std::char_traits<wchar_t>>;
     if (!m_bEnabled)
         return *this;
-    if (m_stream || (manipulator != endl && manipulator != flush))
+    if (manipulator != endl && manipulator != flush)
     {
         Stream() << manipulator;
+        return *this;
+    }
+    if (m_stream)
+    {
+        // As the manipulators do it, but that a failure to deliver is not kept from the caller.
+        if (manipulator == endl)
+            m_stream->put(L'\n');
+        if (m_stream->good())
+            m_stream->rdbuf()->pubsync();
         return *this;
     }
     if (manipulator == endl)
@@ -150,11 +183,19 @@ void CLogStreamHelper::Deliver()
 {
     if (Text().empty())
         return;
+    // Nothing is left to whoever tries again where this fails.
+    struct Emptying
+    {
+        CLogStreamHelper& helper;
+        ~Emptying()
+        {
+            helper.m_nLength = 0;
+            helper.m_strLong.clear();
+        }
+    } const emptying{*this};
     if (Text().back() != L'\n')
         AppendText(L"\n");
     utility::detail::DeliverLogText(m_pOwner, m_eSeverity, Text());
-    m_nLength = 0;
-    m_strLong.clear();
 }
 
 CLogStreamHelper& operator<<(CLogStreamHelper& helper, const char* const text)

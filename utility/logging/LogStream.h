@@ -9,7 +9,8 @@
 // std::flush or std::endl. A line feed is added where it does not end in one. The text ends at its first null
 // character. A message below the level of SetLogLevel is not formatted at all.
 //
-// One stream, one thread; any number of streams may write for one owner. Only a failed allocation throws.
+// One stream, one thread; any number of streams may write for one owner. Only a failed allocation throws, out of the
+// statement: the message is lost then, and nothing else.
 
 #include "utility/logging/LogSeverity.h"
 #include "utility/platform/Export.h"
@@ -60,7 +61,7 @@ public:
     };
 
     CLogStream(const void* owner, LogSeverity severity);
-    /// Stores what is left.
+    /// Stores what is left, or drops it where memory is short: the destructor of a stream cannot throw.
     ~CLogStream() override;
 
 private:
@@ -76,8 +77,8 @@ public:
     CLogStreamHelper(const void* owner, LogSeverity severity);
     CLogStreamHelper(const CLogStreamHelper&) = delete;
     CLogStreamHelper& operator=(const CLogStreamHelper&) = delete;
-    /// Stores what is left.
-    ~CLogStreamHelper();
+    /// Stores what is left. A failed allocation is thrown from here, unless another exception is on its way.
+    ~CLogStreamHelper() noexcept(false);
 
     CLogStreamHelper& operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&));
 

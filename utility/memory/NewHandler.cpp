@@ -13,10 +13,18 @@
 
 using utility::platform::Debugger;
 
-namespace
+namespace utility::detail
 {
 
-constinit utility::platform::ThreadSlot reportingSlot;
+extern platform::ThreadSlot reportingSlot;
+constinit platform::ThreadSlot reportingSlot;
+
+}
+
+using utility::detail::reportingSlot;
+
+namespace
+{
 
 /// Marks the thread as one that is reporting.
 class Reporting
@@ -58,6 +66,9 @@ int CNewHandler::NewHandler(std::size_t size)
     if (Reporting::IsUnderWay())
         utility::platform::ThrowBadAllocation();
     const Reporting reporting;
+    // To mark the thread may take memory as well; a report that does not know itself would go round for ever.
+    if (!Reporting::IsUnderWay())
+        utility::platform::ThrowBadAllocation();
     WalkAddressSpace();
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof(status);

@@ -12,7 +12,8 @@
 #include <cstddef>
 
 /// While no debugger is attached, memory that `new` or a node allocator cannot have ends in a std::bad_alloc with the
-/// text "bad allocation", behind a report of WalkAddressSpace, or as much of it as there is memory for.
+/// text "bad allocation", behind a report of WalkAddressSpace, or as much of it as there is memory for: what the report
+/// itself cannot have throws at once.
 class UTILITY_API CNewHandler
 {
 public:
