@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "utility/files/MemoryMappedFile.h"
 #include "utility/framework/FileException.h"
+#include "utility/platform/Debugger.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/MappedFile.h"
@@ -205,24 +206,24 @@ TEST(PosixFilesTest, MappedFileTakesOneDescriptor)
     EXPECT_EQ(support::OpenDescriptors(), descriptors + 1);
 }
 
-TEST(PosixFilesTest, DescriptorZeroIsAHandleLikeAnyOther)
+TEST(PosixFilesTest, WhatIsWrittenToAStreamThatTheHostClosedReachesNoFile)
 {
     const support::TemporaryFolder folder;
-    const auto path = folder.File("a", "bytes");
-    const int input = ::dup(STDIN_FILENO);
-    ::close(STDIN_FILENO);
-    {
-        const CMemoryMappedFile file(path);
-        EXPECT_TRUE(file.IsValid());
-        struct stat status;
-        EXPECT_EQ(::fstat(STDIN_FILENO, &status), 0);
-        EXPECT_EQ(status.st_size, 5);
-    }
-    if (input >= 0)
-    {
-        ::dup2(input, STDIN_FILENO);
-        ::close(input);
-    }
+    const auto read = folder.File("a", "bytes");
+    support::Child child(
+        [&]
+        {
+            for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+                ::close(standard);
+            const CMemoryMappedFile reader(read);
+            CMemoryMappedFile writer(folder / "b", 0);
+            const bool isWritten = writer.WriteFile("part", 4);
+            utility::platform::Debugger().Output("debug");
+            const bool isAlone = ::fcntl(STDIN_FILENO, F_GETFD) < 0 && ::write(STDOUT_FILENO, "debug", 5) < 0;
+            return reader.IsValid() && isWritten && isAlone && writer.Close(0) ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(folder / "b"), "part");
 }
 
 TEST(PosixFilesTest, HandlesAreNotInheritedByProgramsStarted)

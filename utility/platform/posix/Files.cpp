@@ -5,6 +5,7 @@
 #include "utility/platform/posix/files/FileTimes.h"
 #include "utility/platform/posix/files/Lock.h"
 #include "utility/platform/posix/files/Views.h"
+#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/SystemService.h"
 
@@ -28,7 +29,7 @@ int OpenAny(const boost::filesystem::path& path, int flags)
     // A pipe without a writer would hold up the caller. Only a file that another program holds a lease on is not to be
     // had at once: that one is waited for, until the other has let go.
     const int descriptor = open(O_NONBLOCK);
-    return descriptor < 0 && errno == EAGAIN ? open(0) : descriptor;
+    return posix::AboveStandardStreams(descriptor < 0 && errno == EAGAIN ? open(0) : descriptor);
 }
 
 /// Opens a file and takes the advisory lock of its kind on the whole of it.

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/boxes/DialogPrograms.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -30,6 +31,8 @@ std::optional<Finished> Run(const char* const* arguments)
     int pipe[2];
     if (::pipe2(pipe, O_CLOEXEC) != 0)
         return std::nullopt;
+    for (int& end : pipe)
+        end = AboveStandardStreams(end);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     pid_t process = 0;

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/boxes/Terminal.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/keys/ControlKey.h"
 
 #include <fcntl.h>
@@ -31,7 +32,10 @@ bool Write(int file, std::string_view text)
 
 }
 
-Terminal::Terminal() : m_file(Uninterrupted([] { return ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); })) {}
+Terminal::Terminal()
+    : m_file(AboveStandardStreams(Uninterrupted([] { return ::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC); })))
+{
+}
 
 Terminal::~Terminal()
 {

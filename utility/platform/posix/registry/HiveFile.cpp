@@ -1,6 +1,7 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <array>
@@ -117,7 +118,8 @@ Names NamesAside(const std::string& hive)
 /// Brings the names in a folder to the disk. Where the system cannot, they come there later.
 void FlushFolder(const path& folder)
 {
-    const int opened = Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    const int opened =
+        AboveStandardStreams(Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (opened < 0)
         return;
     Uninterrupted([&] { return ::fsync(opened); });
@@ -164,7 +166,8 @@ class Draft
 public:
     Draft(const std::string& name, mode_t mode)
         : m_names(NamesOf(name)),
-          m_file(Uninterrupted([&] { return ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); }))
+          m_file(AboveStandardStreams(
+              Uninterrupted([&] { return ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); })))
     {
     }
     Draft(const Draft&) = delete;
