@@ -1,6 +1,7 @@
 #include "utility/logging/LogMessages.h"
 
 #include "utility/guards/internal/LockGuard.h"
+#include "utility/platform/AtFork.h"
 #include "utility/platform/UntilUnload.h"
 
 #include <map>
@@ -13,17 +14,60 @@ namespace
 /// How much longer than its text the memory of a message may be.
 constexpr std::size_t spareLength = 128;
 
-struct Stores
+}
+
+namespace utility::detail
 {
-    CCriticalSectionSpinCount lock;
-    std::map<const void*, std::unique_ptr<CLogMessages>> stores;
+
+/// A store for each owner.
+class LogStores final : platform::HeldAtFork
+{
+public:
+    static LogStores& The()
+    {
+        static platform::UntilUnload<LogStores> stores;
+        return *stores;
+    }
+
+    CLogMessages& Of(const void* owner)
+    {
+        const LockGuard guard(m_lock);
+        auto place = m_stores.lower_bound(owner);
+        if (place == m_stores.end() || place->first != owner)
+        {
+            const std::uint64_t capacity = CLogMessages::m_nDefaultLogCapacity.load(std::memory_order_relaxed);
+            std::unique_ptr<CLogMessages> store(new CLogMessages(capacity));
+            place = m_stores.emplace_hint(place, owner, std::move(store));
+        }
+        return *place->second;
+    }
+
+private:
+    void Hold() override
+    {
+        m_lock.Lock();
+        for (const auto& [owner, store] : m_stores)
+            store->m_lock.Lock();
+    }
+
+    void Release() override
+    {
+        for (const auto& [owner, store] : m_stores)
+            store->m_lock.Unlock();
+        m_lock.Unlock();
+    }
+
+    CCriticalSectionSpinCount m_lock;
+    std::map<const void*, std::unique_ptr<CLogMessages>> m_stores;
 };
 
-Stores& AllStores()
-{
-    static utility::platform::UntilUnload<Stores> stores;
-    return *stores;
 }
+
+namespace
+{
+
+/// When the library is loaded: no fork finds another thread making them.
+[[gnu::constructor(104)]] void MakeLogStores() { utility::detail::LogStores::The(); }
 
 }
 
@@ -34,18 +78,7 @@ CLogMessage::CLogMessage(LogSeverity severity, const std::wstring& message)
 
 constinit std::atomic<std::uint64_t> CLogMessages::m_nDefaultLogCapacity = 500;
 
-CLogMessages& CLogMessages::instance(const void* owner)
-{
-    Stores& all = AllStores();
-    const utility::LockGuard guard(all.lock);
-    auto place = all.stores.lower_bound(owner);
-    if (place == all.stores.end() || place->first != owner)
-    {
-        std::unique_ptr<CLogMessages> store(new CLogMessages(m_nDefaultLogCapacity.load(std::memory_order_relaxed)));
-        place = all.stores.emplace_hint(place, owner, std::move(store));
-    }
-    return *place->second;
-}
+CLogMessages& CLogMessages::instance(const void* owner) { return utility::detail::LogStores::The().Of(owner); }
 
 void CLogMessages::SetDefaultLogCapacity(std::uint64_t capacity)
 {

@@ -8,7 +8,7 @@
 //     for (const CLogMessage& message : messages)
 //         Show(message.m_eSeverity, message.m_strMessage);
 //
-// Any thread may call anything. Only a failed allocation throws.
+// Any thread may call anything, and so may the child of a fork. Only a failed allocation throws.
 
 #include "utility/guards/Locks.h"
 #include "utility/logging/LogSeverity.h"
@@ -23,6 +23,7 @@
 
 namespace utility::detail
 {
+class LogStores;
 void DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text);
 }
 
@@ -71,6 +72,7 @@ protected:
 
 private:
     using Ring = boost::circular_buffer_space_optimized<CLogMessage>;
+    friend class utility::detail::LogStores;
     friend void utility::detail::DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text);
 
     void Store(LogSeverity severity, std::wstring_view message);

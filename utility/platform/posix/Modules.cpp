@@ -1,5 +1,6 @@
 #include "utility/platform/Modules.h"
 
+#include "utility/platform/Files.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/KernelFile.h"
@@ -120,7 +121,8 @@ public:
     }
 
 private:
-    posix::LoadedFiles m_files;
+    /// What is loaded is mapped by the service for files. That is made first: it outlives this, and a fork holds it later.
+    posix::LoadedFiles m_files = (static_cast<void>(Files()), posix::LoadedFiles());
 };
 
 }

@@ -1,5 +1,6 @@
 #include "utility/platform/Registry.h"
 
+#include "utility/platform/AtFork.h"
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Hive.h"
@@ -12,7 +13,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <pthread.h>
 #include <string>
 #include <string_view>
 
@@ -62,7 +62,7 @@ LSTATUS GiveValue(const Hive::Value& value, DWORD* type, void* data, DWORD* size
     return success;
 }
 
-class PosixRegistry final : public RegistryService
+class PosixRegistry final : public RegistryService, HeldAtFork
 {
 public:
     /// At the end of the process it lets go of what it has open, so that no log of a database is left, and stays.
@@ -78,8 +78,6 @@ public:
         : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
           m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
     {
-        // A database must not be open across a fork: its locks are the parent's alone.
-        ::pthread_atfork([] { The().CloseAndLock(); }, [] { The().m_mutex.unlock(); }, [] { The().m_mutex.unlock(); });
     }
 
     bool SetFile(HKEY root, const path& file)
@@ -212,18 +210,20 @@ public:
     }
 
 private:
-    /// Leaves the registry locked.
-    void CloseAndLock()
+    /// A database must not be open across a fork: its locks are the parent's alone.
+    void Hold() override
     {
         m_mutex.lock();
         m_user->Close();
         m_machine->Close();
     }
 
+    void Release() override { m_mutex.unlock(); }
+
     void Close()
     {
-        CloseAndLock();
-        m_mutex.unlock();
+        Hold();
+        Release();
     }
 
     std::unique_ptr<Hive>* HiveOf(HKEY root)

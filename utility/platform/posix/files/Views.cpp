@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 
 #include <algorithm>
+#include <mutex>
 #include <new>
 #include <sys/mman.h>
 #include <sys/stat.h>

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "utility/platform/AtFork.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <sys/types.h>
 #include <utility>
 
@@ -41,7 +42,7 @@ private:
     ByBase::node_type Take(const void* base);
     void PutBack(ByBase::node_type view);
 
-    std::mutex m_mutex;
+    ForkSafeMutex m_mutex;
     ByBase m_views;
 };
 

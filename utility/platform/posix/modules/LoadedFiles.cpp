@@ -1,19 +1,16 @@
 #include "utility/platform/posix/modules/LoadedFiles.h"
 
 #include "utility/platform/Error.h"
-#include "utility/platform/Files.h"
 #include "utility/platform/Paths.h"
 
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <mutex>
 #include <utility>
 
 namespace utility::platform::posix
 {
-
-// What is loaded is mapped by the service for files, which is there first and so outlives it.
-LoadedFiles::LoadedFiles() { static_cast<void>(Files()); }
 
 HINSTANCE LoadedFiles::Load(const wchar_t* path)
 {

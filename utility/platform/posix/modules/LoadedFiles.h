@@ -1,5 +1,6 @@
 #pragma once
 
+#include "utility/platform/AtFork.h"
 #include "utility/platform/formats/ResourceFile.h"
 #include "utility/platform/posix/files/MappedFile.h"
 #include "utility/platform/Types.h"
@@ -8,7 +9,6 @@
 
 #include <list>
 #include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -19,8 +19,6 @@ namespace utility::platform::posix
 class LoadedFiles
 {
 public:
-    LoadedFiles();
-
     HINSTANCE Load(const wchar_t* path);
 
     /// False if it is none of these.
@@ -47,7 +45,7 @@ private:
 
     std::list<File>::iterator Find(HINSTANCE module);
 
-    std::mutex m_lock;
+    ForkSafeMutex m_lock;
     std::list<File> m_files;
 };
 

@@ -1,0 +1,82 @@
+#include "utility/platform/AtFork.h"
+
+#include "tests/support/posix/Child.h"
+#include "tests/support/posix/Threads.h"
+#include "tests/support/TemporaryFolder.h"
+#include "utility/files/MemoryMappedFile.h"
+#include "utility/platform/Modules.h"
+#include "utility/platform/Paths.h"
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <string>
+
+using utility::platform::ForkSafeMutex;
+using utility::platform::HeldAtFork;
+using utility::platform::Modules;
+
+namespace
+{
+
+std::string* called = nullptr;
+
+struct Told final : HeldAtFork
+{
+    explicit Told(char name) : m_name(name) {}
+
+    void Hold() override { Tell('+'); }
+    void Release() override { Tell('-'); }
+
+    void Tell(char what) const
+    {
+        if (called != nullptr)
+            *called += {what, m_name};
+    }
+
+    char m_name;
+};
+
+}
+
+TEST(AtForkTest, EachIsHeldTheLatestFirstAndReleasedInBothProcesses)
+{
+    static Told first('1');
+    static Told second('2');
+    std::string calls;
+    called = &calls;
+    support::Child child([&] { return calls == "+2+1-2-1" ? 0 : 1; });
+    EXPECT_EQ(calls, "+2+1-2-1");
+    EXPECT_EQ(child.ExitCode(), 0);
+    called = nullptr;
+}
+
+TEST(AtForkThreadTest, ChildTakesAMutexThatAThreadKeepsTaking)
+{
+    static ForkSafeMutex mutex;
+    const auto take = []
+    {
+        const std::lock_guard lock(mutex);
+        return true;
+    };
+    support::ExpectChildrenOfThreadsToWork(take, take);
+}
+
+TEST(AtForkThreadTest, ChildMapsFilesWhileThreadsDo)
+{
+    const support::TemporaryFolder folder;
+    const auto path = folder.File("a", "bytes");
+    const auto map = [&path] { return CMemoryMappedFile(path).IsValid(); };
+    support::ExpectChildrenOfThreadsToWork(map, map);
+}
+
+TEST(AtForkThreadTest, ChildLoadsResourcesWhileThreadsDo)
+{
+    const std::wstring path = utility::platform::WideFromPath(UTILITY_TEST_MODULES "/Resources.dll");
+    const auto load = [&path]
+    {
+        const HINSTANCE module = Modules().Load(path.c_str());
+        return module != nullptr && Modules().Free(module);
+    };
+    support::ExpectChildrenOfThreadsToWork(load, load);
+}
