@@ -32,9 +32,10 @@ TEST(Utf8Test, WhatIsNoCodePointBecomesTheReplacementCharacter)
         if (code > 0xFFFF && sizeof(wchar_t) == sizeof(char16_t))
             continue;
         EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code))), "\xEF\xBF\xBD") << code;
-        if (code != 0xDC80)
+        if (code > 0xFFFF)
         {
             EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::escaped), "\xEF\xBF\xBD");
+            EXPECT_EQ(Utf8FromWide(std::wstring(1, static_cast<wchar_t>(code)), Malformed::kept), "\xEF\xBF\xBD");
         }
     }
 }
@@ -75,6 +76,8 @@ TEST(Utf8Test, KeptSurrogatesAreToldFromEachOtherAndFromWhatReplacesThem)
         const std::string bytes = Utf8FromWide(text, Malformed::kept);
         ASSERT_EQ(bytes.size(), 5u);
         EXPECT_EQ(WideFromUtf8(bytes, Malformed::kept), text);
+        const bool isEscape = each >= 0xDC80 && each <= 0xDCFF;
+        EXPECT_EQ(Utf8FromWide(text, Malformed::escaped) == bytes, !isEscape);
         stored.insert(bytes);
     }
     EXPECT_EQ(stored.size(), 1u + 0x800);

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 using utility::platform::PathFromWide;
 using utility::platform::WideFromPath;
 
@@ -15,6 +17,18 @@ TEST(PosixPathsTest, BytesThatAreNoUtf8BecomeLoneSurrogates)
     const std::wstring wide = {L'a', static_cast<wchar_t>(0xDCE4), static_cast<wchar_t>(0xDCFF), L'z'};
     EXPECT_EQ(WideFromPath(path), wide);
     EXPECT_EQ(PathFromWide(wide.c_str()).native(), path.native());
+}
+
+TEST(PosixPathsTest, OtherLoneSurrogatesNameFilesOfTheirOwn)
+{
+    std::set<boost::filesystem::path> paths{PathFromWide(L"a\uFFFD")};
+    for (wchar_t each = 0xD800; each <= 0xDFFF; ++each)
+    {
+        const boost::filesystem::path path = PathFromWide(std::wstring({L'a', each}).c_str());
+        EXPECT_EQ(PathFromWide(WideFromPath(path).c_str()), path);
+        paths.insert(path);
+    }
+    EXPECT_EQ(paths.size(), 1u + 0x800);
 }
 
 TEST(PosixPathsTest, FileWithSuchANameIsOpenedInBothForms)

@@ -96,7 +96,8 @@ std::string Utf8FromWide(std::wstring_view text, Malformed malformed)
         if (sizeof(wchar_t) == sizeof(char16_t) && IsHighSurrogate(code) && i + 1 < text.size() &&
             IsLowSurrogate(static_cast<char32_t>(text[i + 1])))
             code = CodePointOf(code, static_cast<char32_t>(text[++i]));
-        else if (code > 0x10FFFF || (malformed != Malformed::kept && (IsHighSurrogate(code) || IsLowSurrogate(code))))
+        else if (code > 0x10FFFF ||
+                 (malformed == Malformed::replaced && (IsHighSurrogate(code) || IsLowSurrogate(code))))
             code = replacement;
         if (code < 0x80)
         {

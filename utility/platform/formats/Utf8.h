@@ -10,7 +10,7 @@ namespace utility::platform::formats
 enum class Malformed
 {
     replaced, ///< by U+FFFD
-    escaped,  ///< a byte by U+DC00 plus its value, and such a character by its byte
+    escaped,  ///< a byte by U+DC00 plus its value, and such a character by its byte; other surrogates as if kept
     kept,     ///< a surrogate has the three bytes that it would have as a code point; the rest is replaced
 };
 

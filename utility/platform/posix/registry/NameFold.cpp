@@ -17,11 +17,11 @@ wchar_t UpperCase(wchar_t character)
     static const locale_t everyScript = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     if (character > 0xFFFF || everyScript == nullptr)
         return character;
-    const auto lower = static_cast<std::wint_t>(character);
-    const std::wint_t upper = ::towupper_l(lower, everyScript);
+    const std::wint_t upper = ::towupper_l(static_cast<std::wint_t>(character), everyScript);
     // To the registry only the two forms of a letter that lead to each other are one: not a final sigma, a title case,
     // a long s or the micro sign.
-    return ::towlower_l(upper, everyScript) == lower ? static_cast<wchar_t>(upper) : character;
+    const auto lower = static_cast<wchar_t>(::towlower_l(upper, everyScript));
+    return lower == character ? static_cast<wchar_t>(upper) : character;
 }
 
 }
