@@ -50,6 +50,7 @@ public:
     {
         return m_system.RegQueryInfoKeyW(key, info);
     }
+    void Rest() override { m_system.Rest(); }
 
 protected:
     utility::platform::RegistryService& m_system = utility::platform::Registry();

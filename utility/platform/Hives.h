@@ -10,6 +10,12 @@
 // /etc/xdg). A hive is made, with the folders on the way to it, when the first key in it is. One that is found empty or
 // damaged when it is opened, and that nobody else uses, is set aside as settings.db.damaged-20260131-235959.123456 (the
 // universal time), together with its log; a new one takes its place. Any thread may call.
+//
+// On file systems that are known to be this machine's own a hive has SQLite's write-ahead log, and reading waits for
+// nobody. On others, such as a home on a network, where that log may lose what was written, it has a rollback journal,
+// and a log that it comes with goes: reading then gives up after a tenth of a second while another process commits.
+// Writing waits for 5 seconds on both. A log may stay beside a hive at rest (settings.db-wal): who copies one copies
+// both.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Registry.h"

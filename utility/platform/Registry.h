@@ -97,6 +97,9 @@ public:
                                   DWORD* size) = 0;
 
     virtual LSTATUS RegQueryInfoKeyW(HKEY key, RegistryKeyInfo& info) = 0;
+
+    /// Closes the files that it keeps open, if it has any, until it is used again. Keys stay good.
+    virtual void Rest() {}
 };
 
 UTILITY_API ServiceSlot<RegistryService>& RegistrySlot() noexcept;

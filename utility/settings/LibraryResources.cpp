@@ -1,6 +1,7 @@
 #include "utility/settings/internal/LibraryResources.h"
 
 #include "utility/platform/Modules.h"
+#include "utility/platform/Registry.h"
 #include "utility/platform/UntilUnload.h"
 #include "utility/text/ResourceString.h"
 
@@ -10,7 +11,12 @@ namespace
 const char addressInThisModule = 0;
 
 /// Comes right behind the allocator of the loading thread, ahead of the initialisers of all other sources.
-[[gnu::constructor(102)]] void LoadResources() { utility::detail::LibraryResources(); }
+[[gnu::constructor(102)]] void LoadResources()
+{
+    utility::detail::LibraryResources();
+    // The language was looked for in the settings. A host that has not begun yet may count on its descriptors.
+    utility::platform::Registry().Rest();
+}
 
 }
 

@@ -10,6 +10,7 @@
 #include <spawn.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -99,6 +100,15 @@ extern "C" ssize_t __real_write(int file, const void* bytes, std::size_t size);
 extern "C" ssize_t __wrap_write(int file, const void* bytes, std::size_t size)
 {
     return FailingCall::Fails("write") ? -1 : __real_write(file, bytes, std::min(size, support::ShortWrites::Most()));
+}
+
+extern "C" int __real_statfs(const char* path, struct statfs* system);
+extern "C" int __wrap_statfs(const char* path, struct statfs* system)
+{
+    const int result = FailingCall::Fails("statfs") ? -1 : __real_statfs(path, system);
+    if (const std::optional<long> kind = support::FileSystemOfKind::Kind())
+        system->f_type = *kind;
+    return result;
 }
 
 // Each of these has one argument more, or none, which as a word is handed on alike.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <string_view>
 
 namespace support
@@ -60,6 +61,21 @@ public:
 private:
     static constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
     static inline thread_local std::size_t s_most = unlimited;
+};
+
+/// For its lifetime every file is on a file system of this kind, as statfs tells it to this thread.
+class FileSystemOfKind
+{
+public:
+    explicit FileSystemOfKind(long kind) noexcept { s_kind = kind; }
+    FileSystemOfKind(const FileSystemOfKind&) = delete;
+    FileSystemOfKind& operator=(const FileSystemOfKind&) = delete;
+    ~FileSystemOfKind() { s_kind.reset(); }
+
+    static std::optional<long> Kind() noexcept { return s_kind; }
+
+private:
+    static inline thread_local std::optional<long> s_kind;
 };
 
 /// How many descriptors the process has open.

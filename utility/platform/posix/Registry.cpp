@@ -70,7 +70,7 @@ public:
     {
         static UntilUnload<PosixRegistry> registry;
         static const std::unique_ptr<PosixRegistry, void (*)(PosixRegistry*)> closing(
-            &*registry, [](PosixRegistry* each) { each->Close(); });
+            &*registry, [](PosixRegistry* each) { each->Rest(); });
         return *registry;
     }
 
@@ -209,22 +209,23 @@ public:
         return With(key, queryValues, [&](Hive& hive, Hive::Key id) { return hive.Info(id, info); });
     }
 
+    void Rest() override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_user->Close();
+        m_machine->Close();
+    }
+
 private:
     /// A database must not be open across a fork: its locks are the parent's alone.
     void Hold() override
     {
         m_mutex.lock();
-        m_user->Close();
-        m_machine->Close();
+        m_user->CloseAtOnce();
+        m_machine->CloseAtOnce();
     }
 
     void Release() override { m_mutex.unlock(); }
-
-    void Close()
-    {
-        Hold();
-        Release();
-    }
 
     std::unique_ptr<Hive>* HiveOf(HKEY root)
     {

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/registry/Hive.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Status.h"
@@ -8,11 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <poll.h>
 #include <random>
 #include <regex>
 #include <sched.h>
@@ -637,6 +640,209 @@ TEST_F(HiveTest, LogOfAHiveThatIsGoneIsNotThatOfTheNext)
     EXPECT_TRUE(files.rbegin()->second == log) << files.rbegin()->first;
 }
 
+// Others who write, or do not let go
+
+/// Another process that begins something with a database and stays in the midst of it, for a time or to the end of this
+/// object.
+class OtherUser
+{
+public:
+    OtherUser(const path& file, const char* statements, int milliseconds = -1)
+    {
+        EXPECT_EQ(::pipe(m_begun), 0);
+        EXPECT_EQ(::pipe(m_end), 0);
+        m_child = std::make_unique<Child>(
+            [&]
+            {
+                ::close(m_end[1]);
+                sqlite3* database = nullptr;
+                if (sqlite3_open(file.c_str(), &database) != SQLITE_OK ||
+                    sqlite3_exec(database, statements, nullptr, nullptr, nullptr) != SQLITE_OK ||
+                    ::write(m_begun[1], "x", 1) != 1)
+                    return 1;
+                pollfd end{m_end[0], POLLIN, 0};
+                ::poll(&end, 1, milliseconds);
+                return 0; // and nothing of it has happened
+            });
+        ::close(m_begun[1]);
+        char byte = 0;
+        EXPECT_EQ(::read(m_begun[0], &byte, 1), 1);
+    }
+    OtherUser(const OtherUser&) = delete;
+    OtherUser& operator=(const OtherUser&) = delete;
+    ~OtherUser()
+    {
+        ::close(m_end[1]);
+        EXPECT_EQ(m_child->ExitCode(), 0);
+        ::close(m_end[0]);
+        ::close(m_begun[0]);
+    }
+
+private:
+    int m_begun[2]{};
+    int m_end[2]{};
+    std::unique_ptr<Child> m_child;
+};
+
+void Execute(const path& file, const char* statements)
+{
+    sqlite3* database = nullptr;
+    EXPECT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, statements, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(database);
+    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
+}
+
+constexpr char writing[] = "begin immediate; update \"values\" set data = x'6E6577'";
+constexpr char withoutALog[] = "pragma journal_mode = delete";
+
+class HiveOfOthersTest : public HiveTest
+{
+protected:
+    HiveOfOthersTest()
+    {
+        Hive hive(m_file, Hive::Owner::user);
+        m_key = MakeKey(hive, L"Key");
+        EXPECT_EQ(hive.Set(m_key, L"Name", REG_SZ, "old"), 0);
+    }
+
+    Hive::Key m_key = 0;
+};
+
+TEST_F(HiveOfOthersTest, IsReadWhileAnotherProcessIsWriting)
+{
+    Hive open(m_file, Hive::Owner::user);
+    EXPECT_EQ(open.Writable(), 0);
+    const OtherUser other(m_file, writing);
+    EXPECT_EQ(Text(open, m_key, L"Name"), "old");
+    Hive closed(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    EXPECT_EQ(closed.Find(Hive::root, L"Key", key), 0);
+    EXPECT_EQ(Text(closed, key, L"Name"), "old");
+}
+
+TEST_F(HiveOfOthersTest, ThatHasNoLogIsRefusedSoonToWhoReadsAndLateToWhoWrites)
+{
+    using Clock = std::chrono::steady_clock;
+    constexpr auto betweenBoth = std::chrono::milliseconds(2500);
+    Execute(m_file, withoutALog);
+    Hive open(m_file, Hive::Owner::user);
+    EXPECT_EQ(open.Writable(), 0);
+    Hive closed(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    {
+        const OtherUser other(m_file, "begin exclusive");
+        const auto start = Clock::now();
+        EXPECT_EQ(closed.Find(Hive::root, L"Key", key), Status(ERROR_BUSY));
+        EXPECT_EQ(Text(open, m_key, L"Name"), "<170>");
+        EXPECT_LT(Clock::now() - start, betweenBoth);
+        EXPECT_EQ(open.Set(m_key, L"Name", REG_SZ, "new"), Status(ERROR_BUSY));
+        EXPECT_GT(Clock::now() - start, betweenBoth);
+    }
+    {
+        const OtherUser other(m_file, "begin exclusive", 1000);
+        EXPECT_EQ(closed.FindOrCreate(Hive::root, L"Key", key), 0);
+    }
+    EXPECT_EQ(closed.Set(key, L"Name", REG_SZ, "new"), 0);
+    EXPECT_EQ(Text(open, m_key, L"Name"), "new");
+}
+
+// Hives on a network
+
+class HiveOnANetworkTest : public HiveTest, public ::testing::WithParamInterface<long>
+{
+protected:
+    /// The first of the file's two marks of a database with a log is 2.
+    static bool HasLog(const path& file) { return TemporaryFolder::BytesOf(file).at(18) == 2; }
+
+    static bool Stands(const path& file, const char* suffix) { return exists(path(file.native() + suffix)); }
+};
+
+TEST_P(HiveOnANetworkTest, IsMadeWithoutALogInSharedMemory)
+{
+    const support::FileSystemOfKind network(GetParam());
+    Hive hive(m_file, Hive::Owner::user);
+    const Hive::Key key = MakeKey(hive, L"Key");
+    EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "text"), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "text");
+    EXPECT_FALSE(HasLog(m_file));
+    EXPECT_FALSE(Stands(m_file, "-wal") || Stands(m_file, "-shm"));
+    Hive other(m_file, Hive::Owner::user);
+    EXPECT_EQ(other.Set(key, L"Name", REG_SZ, "later"), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "later");
+}
+
+TEST_P(HiveOnANetworkTest, LosesTheLogItCameWithAndKeepsWhatIsInIt)
+{
+    m_folder.File("settings.db", SampleHive(m_folder));
+    {
+        Child killed(
+            [&]
+            {
+                Hive hive(m_file, Hive::Owner::user);
+                if (hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "in the log") != 0)
+                    return 1;
+                ::_exit(0);
+            });
+        EXPECT_EQ(killed.ExitCode(), 0);
+    }
+    ASSERT_TRUE(HasLog(m_file));
+    ASSERT_TRUE(Stands(m_file, "-wal"));
+    const support::FileSystemOfKind network(GetParam());
+    Hive hive(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "in the log");
+    EXPECT_FALSE(HasLog(m_file));
+    EXPECT_FALSE(Stands(m_file, "-wal"));
+    // And nothing keeps others out.
+    Hive other(m_file, Hive::Owner::user);
+    EXPECT_EQ(other.Set(key, L"Name", REG_SZ, "later"), 0);
+    EXPECT_EQ(Text(hive, key, L"Name"), "later");
+}
+
+TEST_P(HiveOnANetworkTest, IsRefusedWhileOthersUseTheLogItCameWith)
+{
+    m_folder.File("settings.db", SampleHive(m_folder));
+    Hive hive(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    {
+        const OtherUser other(m_file, "select * from keys");
+        const support::FileSystemOfKind network(GetParam());
+        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), Status(ERROR_BUSY));
+    }
+    const support::FileSystemOfKind network(GetParam());
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    EXPECT_FALSE(HasLog(m_file));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, HiveOnANetworkTest,
+                         ::testing::Values(0x6969, 0x517B, 0xFF534D42, 0xFE534D42, 0x65735546, 0x01021997, 0x12345678));
+
+TEST_F(HiveTest, OnADiskHasALogAndStaysWithoutOneThatSomebodyTookAway)
+{
+    for (const long kind : {0xEF53L, 0x58465342L, 0x9123683EL, 0x01021994L, 0x794C7630L})
+    {
+        const support::FileSystemOfKind disk(kind);
+        boost::filesystem::remove(m_file);
+        Hive hive(m_file, Hive::Owner::user);
+        MakeKey(hive, L"Key");
+        EXPECT_TRUE(exists(path(m_file.native() + "-wal"))) << kind;
+        hive.Close();
+        Execute(m_file, withoutALog);
+        MakeKey(hive, L"Other");
+        EXPECT_FALSE(exists(path(m_file.native() + "-wal"))) << kind;
+    }
+}
+
+TEST_F(HiveTest, OnAFileSystemThatSaysNothingIsMadeWithoutALog)
+{
+    const support::FailingCall failing("statfs", EIO, support::FailingCall::always);
+    Hive hive(m_file, Hive::Owner::user);
+    MakeKey(hive, L"Key");
+    EXPECT_TRUE(failing.HasFailed());
+    EXPECT_FALSE(exists(path(m_file.native() + "-wal")));
+}
+
 // Hives for which the process has no room
 
 TEST_F(HiveTest, ThatIsMadeShortOfDescriptorsIsMadeWholeOrNotAtAll)
@@ -946,6 +1152,41 @@ TEST_F(ForeignHiveTest, ThatWasAtRestIsReadAnewOnceItsOwnerWrites)
             Protect();
             ::seteuid(nobody);
             return Text(reader, key, L"Name") == "later" ? 0 : 3;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(ForeignHiveTest, ThatAToolChangedAndTidiedUpIsReadAnew)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "is for two users";
+    for (const char* const suffix : {"-wal", "-shm"})
+        boost::filesystem::remove(m_file.native() + suffix);
+    ::chmod(m_folder.Path().c_str(), 0755);
+    // It was changed long ago.
+    boost::filesystem::last_write_time(m_file, std::time(nullptr) - 3600);
+    Child child(
+        [&]
+        {
+            constexpr uid_t nobody = 65534;
+            Hive reader(m_file, Hive::Owner::machine);
+            Hive::Key key = 0;
+            ::seteuid(nobody);
+            if (reader.Find(Hive::root, L"Key", key) != 0 || Text(reader, key, L"Name") != "machine")
+                return 1;
+            for (int i = 0; i < 300; ++i)
+            {
+                const std::string text = std::to_string(100 + i);
+                ::seteuid(0);
+                Execute(m_file, ("update \"values\" set data = cast('" + text + "' as blob)").c_str());
+                if (HasFailure() || exists(path(m_file.native() + "-wal")))
+                    return 2;
+                ::seteuid(nobody);
+                if (Text(reader, key, L"Name") != text)
+                    return 3;
+            }
+            // Nothing but another look makes it as new as this one.
+            return reader.Find(Hive::root, L"Key", key) == 0 && Text(reader, key, L"Name") == "399" ? 0 : 4;
         });
     EXPECT_EQ(child.ExitCode(), 0);
 }
@@ -1262,6 +1503,24 @@ TEST_F(HiveFilesTest, KeysAreGoodOnBothSidesOfAFork)
         EXPECT_EQ(Registry().RegQueryValueExW(key, L"Child", nullptr, nullptr, nullptr), 0);
     }
     Registry().RegCloseKey(key);
+}
+
+TEST_F(HiveFilesTest, DoNotKeepAForkWaitingForTheDisk)
+{
+    HKEY key = Create(HKEY_CURRENT_USER, L"Key");
+    EXPECT_EQ(Registry().RegSetValueExW(key, L"Name", REG_SZ, "x", 1), 0);
+    const std::string before = TemporaryFolder::BytesOf(m_folder / "user.db");
+    Child child([&] { return static_cast<int>(Registry().RegQueryValueExW(key, L"Name", nullptr, nullptr, nullptr)); });
+    EXPECT_EQ(child.ExitCode(), 0);
+    // What is in the log stays there.
+    EXPECT_TRUE(TemporaryFolder::BytesOf(m_folder / "user.db") == before);
+    EXPECT_TRUE(exists(m_folder / "user.db-wal"));
+    EXPECT_EQ(Registry().RegQueryValueExW(key, L"Name", nullptr, nullptr, nullptr), 0);
+    Registry().RegCloseKey(key);
+    // Later it comes into the file as ever.
+    SetHiveFile(HKEY_CURRENT_USER, m_folder / "other.db");
+    EXPECT_FALSE(exists(m_folder / "user.db-wal"));
+    EXPECT_FALSE(TemporaryFolder::BytesOf(m_folder / "user.db") == before);
 }
 
 TEST_F(HiveFilesTest, AreNotOpenInAChild)

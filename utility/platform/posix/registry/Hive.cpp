@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,7 +26,11 @@ constexpr std::size_t longestKeyName = 256;
 constexpr std::size_t longestValueName = 16383;
 
 // Milliseconds until an operation gives up on another process that writes.
-constexpr int longestWait = 5000;
+constexpr int longestWaitOfReaders = 100;
+constexpr int longestWaitOfWriters = 5000;
+
+// Seconds within which a file system may give two changes the same time.
+constexpr std::int64_t coarsestTime = 2;
 
 // Names have surrogates that belong to no pair where a file's name was no UTF-8.
 std::string Stored(std::wstring_view name) { return formats::Utf8FromWide(name, formats::Malformed::kept); }
@@ -45,6 +50,12 @@ std::string ImmutableUri(const path& file)
     return uri + "?immutable=1";
 }
 
+std::array<std::int64_t, 5> StampOf(const struct stat& state)
+{
+    return {static_cast<std::int64_t>(state.st_dev), static_cast<std::int64_t>(state.st_ino), state.st_size,
+            state.st_mtim.tv_sec, state.st_mtim.tv_nsec};
+}
+
 }
 
 Hive::Hive(path file, Owner owner, std::uint32_t generation)
@@ -61,20 +72,34 @@ void Hive::Close()
     m_database.reset();
 }
 
-void Hive::CloseAsItIs()
+void Hive::CloseAtOnce()
 {
-    // Its log is not brought into it.
-    sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    if (m_database)
+        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     Close();
 }
 
-LSTATUS Hive::Open(Key used)
+void Hive::WaitFor(Purpose purpose)
 {
-    // What cannot be locked is read as if it could not change; a log beside it says that it does.
-    if (m_immutable && ::access(Log().c_str(), F_OK) == 0)
+    sqlite3_busy_timeout(m_database.get(), purpose == Purpose::reading ? longestWaitOfReaders : longestWaitOfWriters);
+}
+
+bool Hive::HasChanged() const
+{
+    struct stat state = {};
+    return ::access(Log().c_str(), F_OK) == 0 || ::stat(m_file.c_str(), &state) != 0 || StampOf(state) != m_stamp;
+}
+
+LSTATUS Hive::Open(Key used, Purpose purpose)
+{
+    // What cannot be locked is read as if it could not change, for as long as it has not.
+    if (m_immutable && HasChanged())
         Close();
     if (m_database)
+    {
+        WaitFor(purpose);
         return success;
+    }
 
     const LSTATUS gone = used == root ? missing : deleted;
     struct stat state = {};
@@ -86,16 +111,16 @@ LSTATUS Hive::Open(Key used)
         return isGone ? gone : Status(ErrorOfErrno(errno));
     }
     std::uint64_t lot = 0;
-    LSTATUS status = OpenFile(false, lot);
+    LSTATUS status = OpenFile(false, purpose, lot);
     if (status != success && m_database && sqlite3_db_readonly(m_database.get(), "main") == 1 &&
         ::access(Log().c_str(), F_OK) != 0)
     {
         Close();
-        status = OpenFile(true, lot);
+        status = OpenFile(true, purpose, lot);
     }
     if (status != success && m_database)
     {
-        const auto close = [](Hive* hive) { hive->CloseAsItIs(); };
+        const auto close = [](Hive* hive) { hive->CloseAtOnce(); };
         const std::unique_ptr<Hive, decltype(close)> closing(this, close);
         // One that nothing can be read from is out of the way, whole, rather than refused for ever.
         if (SetHiveAside(m_database.get(), m_file))
@@ -103,6 +128,10 @@ LSTATUS Hive::Open(Key used)
     }
     if (status != success)
         return status;
+    if (state.st_mtim.tv_sec + coarsestTime < std::time(nullptr))
+        m_stamp = StampOf(state);
+    else
+        m_stamp.reset();
     // The keys of one file are not those of another that has come into its place.
     const Identity identity = {state.st_dev, state.st_ino, lot};
     const bool replaced = m_identity.has_value() && m_identity != identity;
@@ -113,7 +142,7 @@ LSTATUS Hive::Open(Key used)
     return used == root ? success : deleted;
 }
 
-LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
+LSTATUS Hive::OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot)
 {
     m_immutable = immutable;
     sqlite3* database = nullptr;
@@ -127,39 +156,47 @@ LSTATUS Hive::OpenFile(bool immutable, std::uint64_t& lot)
         return StatusOf(result, database);
     if (IsEmpty(database))
         return Status(ERROR_BADDB);
-    sqlite3_busy_timeout(database, longestWait);
+    WaitFor(purpose);
     if (m_owner == Owner::machine)
     {
         // Who may only read it cannot make the files that go with it.
         int keep = 1;
         sqlite3_file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
     }
-    result = sqlite3_exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr);
-    if (result != SQLITE_OK)
-        return StatusOf(result, database);
+    // Used by one alone, a log has no index in shared memory; in the end there is none.
+    if (!immutable && !MayHaveLog(m_file) && sqlite3_db_readonly(database, "main") == 0)
+    {
+        result = sqlite3_exec(database,
+                              "pragma locking_mode = exclusive; pragma journal_mode = delete;"
+                              "pragma locking_mode = normal",
+                              nullptr, nullptr, nullptr);
+        if (result != SQLITE_OK)
+            return StatusOf(result, database);
+    }
     std::int64_t id = 0;
     std::int64_t version = 0;
-    LSTATUS status = Number(m_statements.applicationId, id);
+    LSTATUS status = Existing(root); // looks at the tables as well, without which there is no use of it
+    if (status == success || status == deleted)
+        status = Number(m_statements.applicationId, id);
     if (status == success && id != hiveApplicationId)
         status = Status(ERROR_BADDB);
     if (status == success)
         status = Number(m_statements.userVersion, version);
-    if (status == success)
-        status = Existing(root); // for the tables, without which there is no use of it
-    if (status != success && status != deleted)
+    if (status != success)
         return status;
     lot = static_cast<std::uint64_t>(version);
     Run mode = Use(m_statements.journalMode);
-    if (mode.Next() && mode.Bytes(0) == "wal" && !immutable)
-        m_remembered.Follow(database);
-    return success;
+    if (!mode.Next() || mode.Bytes(0) != "wal" || immutable)
+        return success;
+    m_remembered.Follow(database);
+    return StatusOf(sqlite3_exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr), database);
 }
 
 LSTATUS Hive::OpenForWriting(Key used)
 {
     if (m_database && HasMoved(m_database.get()))
         Close();
-    return Open(used);
+    return Open(used, Purpose::writing);
 }
 
 LSTATUS Hive::OpenOrMake(Key used)
@@ -169,14 +206,14 @@ LSTATUS Hive::OpenOrMake(Key used)
     {
         status = MakeHiveFile(m_file, m_owner);
         if (status == success)
-            status = Open(used);
+            status = Open(used, Purpose::writing);
     }
     return status;
 }
 
 LSTATUS Hive::Writable()
 {
-    const LSTATUS status = Open(root);
+    const LSTATUS status = Open(root, Purpose::writing);
     if (status != success)
         return status;
     return sqlite3_db_readonly(m_database.get(), "main") == 0 ? success : Status(ERROR_ACCESS_DENIED);
@@ -246,9 +283,12 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
 
 LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key)
 {
-    LSTATUS status = Open(parent);
-    if (status != success)
-        return status;
+    const LSTATUS status = Open(parent);
+    return status == success ? LookUp(parent, path, key) : status;
+}
+
+LSTATUS Hive::LookUp(Key parent, std::wstring_view path, Key& key)
+{
     Key found = absent;
     if (const Key* const remembered = m_remembered.FindKey(parent, path))
     {
@@ -256,7 +296,7 @@ LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key)
     }
     else
     {
-        status = Walk(parent, path, Missing::fails, found);
+        const LSTATUS status = Walk(parent, path, Missing::fails, found);
         if (status != success && status != missing)
             return status;
         m_remembered.KeepKey(found);
@@ -269,7 +309,9 @@ LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key)
 
 LSTATUS Hive::FindOrCreate(Key parent, std::wstring_view path, Key& key)
 {
-    LSTATUS status = Find(parent, path, key);
+    LSTATUS status = Open(parent, Purpose::writing);
+    if (status == success)
+        status = LookUp(parent, path, key);
     if (status != missing)
         return status;
     status = OpenOrMake(parent);

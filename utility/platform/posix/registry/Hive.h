@@ -19,6 +19,8 @@ namespace utility::platform::posix
 /// A tree of keys with named values, kept in a SQLite database that several processes may use at once. A value that
 /// was acknowledged survives the death of its writer; what a crash of the whole machine may take is the last few.
 ///
+/// Who reads waits for nobody where there is a log, and elsewhere a moment; who writes waits for some seconds.
+///
 /// Operations give the registry's status numbers. One thread at a time. What was read is remembered for as long as the
 /// database is as it was.
 class Hive
@@ -43,6 +45,9 @@ public:
     /// Lets go of the database, which the next operation opens again. Keys stay good.
     void Close();
 
+    /// The same for who cannot wait for the disk: what is in the log stays there until a later use.
+    void CloseAtOnce();
+
     LSTATUS Find(Key parent, std::wstring_view path, Key& key);
     LSTATUS FindOrCreate(Key parent, std::wstring_view path, Key& key);
     /// Of the root's tree all but the root.
@@ -64,10 +69,16 @@ public:
     LSTATUS Info(Key key, RegistryKeyInfo& info);
 
 private:
-    LSTATUS Open(Key used);
-    LSTATUS OpenFile(bool immutable, std::uint64_t& lot);
-    void CloseAsItIs();
+    enum class Purpose
+    {
+        reading,
+        writing
+    };
+    LSTATUS Open(Key used, Purpose purpose = Purpose::reading);
+    LSTATUS OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot);
     LSTATUS OpenForWriting(Key used);
+    void WaitFor(Purpose purpose);
+    bool HasChanged() const;
     LSTATUS OpenOrMake(Key used);
     std::string Log() const { return m_file.native() + "-wal"; }
 
@@ -78,6 +89,7 @@ private:
         fails,
         isMade
     };
+    LSTATUS LookUp(Key parent, std::wstring_view path, Key& key);
     LSTATUS Walk(Key parent, std::wstring_view path, Missing then, Key& key);
     LSTATUS Number(Statement& statement, std::int64_t& number);
     LSTATUS Existing(Key key);
@@ -88,7 +100,10 @@ private:
     Owner m_owner;
     Database m_database;
     Statements m_statements;
+    /// Of a file that is read as if it could not change: device, number, size, and the time of the last change.
+    using Stamp = std::array<std::int64_t, 5>;
     bool m_immutable = false;
+    std::optional<Stamp> m_stamp; ///< when it was opened, unless another change could have left it the same
 
     /// Of a file: its device, its number there, and the lot that was drawn when it was made.
     using Identity = std::array<std::uint64_t, 3>;

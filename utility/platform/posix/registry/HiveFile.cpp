@@ -4,6 +4,7 @@
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/registry/Status.h"
 
+#include <algorithm>
 #include <array>
 #include <boost/filesystem/operations.hpp>
 #include <cerrno>
@@ -12,10 +13,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <pwd.h>
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
+#include <sys/statfs.h>
 #include <unistd.h>
 
 namespace utility::platform::posix
@@ -46,10 +49,16 @@ constexpr char schema[] = R"(
 
 // Comes last: up to here all went into the one file, and a statement told of each failure. What is written to a log is
 // brought into the file when that is closed, which fails without a word.
-constexpr char schemaEnd[] = R"(;
-    commit;
-    pragma journal_mode = wal;
-)";
+constexpr char beginLog[] = "pragma journal_mode = wal";
+
+/// File systems of this machine alone. What is not known as such is taken for one of a network.
+constexpr unsigned long localFileSystems[] = {
+    EXT4_SUPER_MAGIC, // and those before it
+    XFS_SUPER_MAGIC,  BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC, TMPFS_MAGIC, OVERLAYFS_SUPER_MAGIC,
+    0x2FC12FC1, // ZFS
+    0xCA451A4E, // bcachefs
+    0x3153464A, // JFS
+};
 
 path UserConfiguration()
 {
@@ -219,7 +228,8 @@ private:
 LSTATUS Fill(const std::string& file, std::int32_t lot)
 {
     const std::string text = schema + ("pragma application_id = " + std::to_string(hiveApplicationId)) +
-                             ";pragma user_version = " + std::to_string(lot) + schemaEnd;
+                             ";pragma user_version = " + std::to_string(lot) + ";commit;" +
+                             (MayHaveLog(file) ? beginLog : "");
     Database database;
     int result = OpenDatabase(file, database);
     if (result == SQLITE_OK)
@@ -255,6 +265,13 @@ path UsualHiveFile(HiveOwner owner)
 {
     const path folder = owner == HiveOwner::user ? UserConfiguration() : SystemConfiguration();
     return folder.empty() ? path() : folder / "selvane" / "settings.db";
+}
+
+bool MayHaveLog(const path& file)
+{
+    struct statfs system = {};
+    return ::statfs(file.c_str(), &system) == 0 &&
+           std::ranges::count(localFileSystems, static_cast<unsigned long>(system.f_type)) != 0;
 }
 
 LSTATUS MakeHiveFile(const path& file, HiveOwner owner)

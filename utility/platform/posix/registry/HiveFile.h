@@ -38,12 +38,17 @@ bool HasMoved(sqlite3* database);
 /// Whether the file of an open database has no bytes, which nothing may be read of: SQLite would take it for a new one.
 bool IsEmpty(sqlite3* database);
 
+/// Whether a database may keep a write-ahead log: the index of that is in memory which all its users share, as those on
+/// several machines do not.
+bool MayHaveLog(const boost::filesystem::path& file);
+
 /// Makes an empty hive, with the folders on the way to it, unless one has come there meanwhile.
 LSTATUS MakeHiveFile(const boost::filesystem::path& file, HiveOwner owner);
 
 /// Renames a hive that has no bytes, or that SQLite just told to be damaged or no database, together with what SQLite
 /// keeps beside it, so that a new one can be made: settings.db to settings.db.damaged-20260131-235959.123456, by the
-/// universal time. False, with the file where it was, if it is not damaged, somebody else uses it or it may not be written.
+/// universal time. False, with the file where it was, if it is not damaged, somebody else uses it or it may not be
+/// written.
 bool SetHiveAside(sqlite3* database, const boost::filesystem::path& file);
 
 }
