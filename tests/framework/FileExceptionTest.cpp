@@ -1,5 +1,9 @@
 #include "utility/framework/FileException.h"
 
+#include "resources/StringIds.h"
+#include "tests/support/ForwardingText.h"
+#include "tests/support/Substitute.h"
+#include "tests/support/TableModules.h"
 #include "utility/platform/ErrorCodes.h"
 #include "utility/platform/Text.h"
 
@@ -95,9 +99,29 @@ TEST(FileExceptionTest, MessageHasTheSystemsWordsWithoutTheirFullStop)
     EXPECT_TRUE(std::iswalpha(static_cast<std::wint_t>(text[text.size() - 2])));
 
     wchar_t system[256];
-    const DWORD length = utility::platform::Text().SystemMessage(ERROR_FILE_NOT_FOUND, 0, system, 256);
+    const DWORD length = utility::platform::Text().SystemMessage(ERROR_FILE_NOT_FOUND, 0x0409, system, 256);
     const std::wstring words = text.substr(begin.size(), text.size() - begin.size() - 1);
     EXPECT_EQ(std::wstring(system, length).substr(0, words.size()), words);
+}
+
+TEST(FileExceptionTest, MessageIsInOneLanguage)
+{
+    struct : support::TableModules
+    {
+        std::wstring_view StringOf(HINSTANCE, UINT id) override
+        {
+            return id == utility::resources::LanguageOfTexts ? L"0407"
+                   : id == utility::resources::FileInUse     ? L"Die Datei wird gerade verwendet"
+                                                             : L"";
+        }
+    } german;
+    support::ForwardingText texts;
+    const support::Substitute<utility::platform::ModuleService> scope(utility::platform::ModulesSlot(), german);
+    const support::Substitute<utility::platform::TextService> alsoScope(utility::platform::TextSlot(), texts);
+    CFileException failure(CFileException::sharingViolation, ERROR_SHARING_VIOLATION, L"p");
+    const std::wstring begin = L"Die Datei wird gerade verwendet: p";
+    EXPECT_EQ(MessageOf(failure).substr(0, begin.size()), begin);
+    EXPECT_EQ(texts.askedLanguage, 0x0407u);
 }
 
 TEST(FileExceptionTest, ErrorUnknownToTheSystemAddsNothing)

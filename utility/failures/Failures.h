@@ -112,8 +112,9 @@ private:
 class UTILITY_API COSException : public CException
 {
 public:
-    /// Records the calling thread's latest error, or a given one (a Windows error number on every system).
-    explicit COSException(DWORD error = utility::platform::LastError());
+    /// Records the calling thread's latest error, be it the library's or that of a call of the host's own, or a given one
+    /// (a Windows error number on every system).
+    explicit COSException(DWORD error = utility::platform::LatestError());
     ~COSException() override;
 
     /// The system's message for the error, in the language of the calling thread. 0 if there is none, or if it does

@@ -1,58 +1,48 @@
 #include "utility/framework/FileException.h"
 
+#include "resources/StringIds.h"
+#include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/ErrorCodes.h"
+#include "utility/platform/Modules.h"
 #include "utility/platform/Text.h"
 
 #include <algorithm>
+#include <cwchar>
+#include <iterator>
 #include <string_view>
+
+namespace resources = utility::resources;
+using utility::platform::Modules;
 
 namespace
 {
 
-std::wstring_view WordsFor(int cause)
+const char addressInThisModule = 0;
+
+/// The library's text with this number in the display language, or, before the chain of modules is made, its own.
+std::wstring_view Words(UINT id)
 {
-    switch (cause)
-    {
-    case CFileException::none:
-        return L"No error occurred";
-    case CFileException::fileNotFound:
-        return L"The file was not found";
-    case CFileException::badPath:
-        return L"The path is not valid";
-    case CFileException::tooManyOpenFiles:
-        return L"Too many files are open";
-    case CFileException::accessDenied:
-        return L"Access was denied";
-    case CFileException::invalidFile:
-        return L"The file is not open";
-    case CFileException::removeCurrentDir:
-        return L"The current folder cannot be removed";
-    case CFileException::directoryFull:
-        return L"The folder is full";
-    case CFileException::badSeek:
-        return L"The position in the file is not valid";
-    case CFileException::hardIO:
-        return L"The device reported an error";
-    case CFileException::sharingViolation:
-        return L"The file is in use";
-    case CFileException::lockViolation:
-        return L"A part of the file is locked";
-    case CFileException::diskFull:
-        return L"The disk is full";
-    case CFileException::endOfFile:
-        return L"The end of the file was reached";
-    default:
-        return L"The file operation failed";
-    }
+    const std::wstring_view inChain = utility::framework::StringOfChain(id);
+    return !inChain.empty() ? inChain : Modules().StringOf(Modules().ModuleAt(&addressInThisModule), id);
 }
 
-/// The system's message without the line end and full stop that some end with.
+std::wstring_view WordsFor(int cause)
+{
+    static_assert(resources::EndOfFile - resources::NoFileFailure == CFileException::endOfFile);
+    const bool isKnown = cause >= CFileException::none && cause <= CFileException::endOfFile;
+    return Words(resources::NoFileFailure + static_cast<UINT>(isKnown ? cause : CFileException::genericException));
+}
+
+/// The system's message in the language of the words, without the line end and full stop that some end with.
 std::wstring SystemWords(LONG osError)
 {
     wchar_t text[512];
-    const DWORD length = utility::platform::Text().SystemMessage(static_cast<DWORD>(osError), 0, text, 512);
+    const std::wstring language(Words(resources::LanguageOfTexts));
+    const DWORD length = utility::platform::Text().SystemMessage(
+        static_cast<DWORD>(osError), static_cast<DWORD>(std::wcstoul(language.c_str(), nullptr, 16)), text,
+        static_cast<DWORD>(std::size(text)));
     std::wstring words(text, length);
-    words.erase(std::min(words.find_last_not_of(L"\r\n .") + 1, words.size()));
+    words.erase(std::min(words.find_last_not_of(L"\r\n .\u3002") + 1, words.size()));
     return words;
 }
 

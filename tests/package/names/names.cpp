@@ -361,6 +361,7 @@ void Platform()
 
     platform::SetDebuggerSink(nullptr);
     platform::SetLastError(platform::LastError());
+    platform::SetLastError(platform::LatestError());
     platform::SetHiveFile(HKEY_CURRENT_USER, platform::HiveFile(HKEY_CURRENT_USER));
     platform::formats::Utf16FromWide(L"");
     platform::formats::WideFromUtf16("", 0);

@@ -1,9 +1,12 @@
 #include "utility/platform/posix/error/Errno.h"
 
 #include "tests/support/TemporaryFolder.h"
+#include "utility/failures/Failures.h"
 #include "utility/platform/Types.h"
 
 #include <gtest/gtest.h>
+
+#include <unistd.h>
 
 using namespace utility::platform;
 
@@ -36,14 +39,34 @@ INSTANTIATE_TEST_SUITE_P(
                       ErrnoCase{EBUSY, 170}, ErrnoCase{ENAMETOOLONG, 206}, ErrnoCase{EFBIG, 223},
                       ErrnoCase{EFAULT, 487}, ErrnoCase{ELOOP, 1921}, ErrnoCase{ENOTTY, 31}, ErrnoCase{-1, 31}));
 
-TEST(ErrnoOfErrorTest, GoesBackToTheValueWithTheMessage)
+TEST(LatestErrorTest, IsThatOfTheCallThatFailedLastWhoeverMadeIt)
 {
-    EXPECT_EQ(posix::ErrnoOfError(ERROR_SUCCESS), 0);
-    EXPECT_EQ(posix::ErrnoOfError(ERROR_FILE_NOT_FOUND), ENOENT);
-    EXPECT_EQ(posix::ErrnoOfError(ERROR_ACCESS_DENIED), EACCES);
-    EXPECT_EQ(posix::ErrnoOfError(ERROR_DISK_FULL), ENOSPC);
-    EXPECT_EQ(posix::ErrnoOfError(ERROR_GEN_FAILURE), EIO);
-    EXPECT_EQ(posix::ErrnoOfError(0x2FFFFFFF), -1);
+    SetLastError(ERROR_ACCESS_DENIED);
+    EXPECT_EQ(LatestError(), ERROR_ACCESS_DENIED);
+    errno = 0;
+    SetLastError(ERROR_BAD_EXE_FORMAT);
+    EXPECT_EQ(::access("/missing", F_OK), -1);
+    EXPECT_EQ(LatestError(), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(LastError(), ERROR_BAD_EXE_FORMAT);
+    SetLastError(ERROR_BAD_EXE_FORMAT);
+    EXPECT_EQ(LatestError(), ERROR_BAD_EXE_FORMAT);
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(::access("/missing", F_OK), -1);
+    EXPECT_EQ(LatestError(), ERROR_FILE_NOT_FOUND);
+    errno = 0;
+    EXPECT_EQ(LatestError(), ERROR_SUCCESS);
+}
+
+TEST(LatestErrorTest, IsWhatAFailureOfTheHostsOwnCallSays)
+{
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(::access("/missing", F_OK), -1);
+    COSException failure;
+    wchar_t text[256];
+    wchar_t expected[256];
+    ASSERT_EQ(failure.GetErrorMessage(text, 256, nullptr), 1);
+    ASSERT_EQ(COSException(ERROR_FILE_NOT_FOUND).GetErrorMessage(expected, 256, nullptr), 1);
+    EXPECT_STREQ(text, expected);
 }
 
 TEST(FailOnTest, TellsAMissingFolderFromAMissingFile)

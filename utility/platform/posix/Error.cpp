@@ -1,5 +1,7 @@
 #include "utility/platform/Error.h"
 
+#include "utility/platform/posix/error/Errno.h"
+
 namespace utility::platform
 {
 
@@ -7,11 +9,22 @@ namespace
 {
 
 thread_local DWORD lastError = ERROR_SUCCESS;
+thread_local int errnoThen = 0; // when that was set
 
 }
 
 DWORD LastError() noexcept { return lastError; }
 
-void SetLastError(DWORD error) noexcept { lastError = error; }
+DWORD LatestError() noexcept
+{
+    const bool isOfAnother = errno != 0 && (errno != errnoThen || lastError == ERROR_SUCCESS);
+    return isOfAnother ? posix::ErrorOfErrno(errno) : lastError;
+}
+
+void SetLastError(DWORD error) noexcept
+{
+    lastError = error;
+    errnoThen = errno;
+}
 
 }

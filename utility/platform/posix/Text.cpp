@@ -2,12 +2,13 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/Utf8.h"
-#include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/Locale.h"
 #include "utility/platform/posix/text/CodePages.h"
+#include "utility/platform/posix/text/ErrorTexts.h"
 #include "utility/platform/SystemService.h"
 
 #include <algorithm>
-#include <cstring>
+#include <iterator>
 #include <limits>
 
 namespace utility::platform
@@ -43,6 +44,13 @@ std::size_t LengthOf(const Char* text, int length)
     return length < 0 ? std::char_traits<Char>::length(text) + 1 : static_cast<std::size_t>(length);
 }
 
+/// The system's narrow encoding is UTF-8 under each of its names: ANSI (0), OEM (1), that of the thread (3).
+bool IsUtf8(UINT codePage)
+{
+    constexpr UINT names[] = {CP_ACP, 1, 3, CP_UTF8};
+    return std::ranges::find(names, codePage) != std::end(names);
+}
+
 int Refuse()
 {
     SetLastError(ERROR_INVALID_PARAMETER);
@@ -57,7 +65,7 @@ public:
         if (length == 0)
             return Refuse();
         const std::wstring_view wide(text, LengthOf(text, length));
-        if (codePage == CP_ACP || codePage == CP_UTF8)
+        if (IsUtf8(codePage))
             return Deliver(formats::Utf8FromWide(wide), out, capacity);
         const auto converted = posix::Encode(codePage, wide);
         return converted ? Deliver(*converted, out, capacity) : Refuse();
@@ -68,7 +76,7 @@ public:
         if (length == 0)
             return Refuse();
         const std::string_view narrow(text, LengthOf(text, length));
-        if (codePage == CP_ACP || codePage == CP_UTF8)
+        if (IsUtf8(codePage))
         {
             // Nearly every text is, and needs no text in between.
             const bool isAscii = std::ranges::all_of(narrow, [](char c) { return (c & 0x80) == 0; });
@@ -78,13 +86,10 @@ public:
         return converted ? Deliver(*converted, out, capacity) : Refuse();
     }
 
-    DWORD SystemMessage(DWORD error, DWORD /*languageId: the messages are in the locale's language*/, wchar_t* buffer,
-                        DWORD size) override
+    DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) override
     {
-        const int value = posix::ErrnoOfError(error);
-        char text[256];
-        const std::wstring message =
-            value < 0 ? std::wstring() : formats::WideFromUtf8(::strerror_r(value, text, sizeof(text)));
+        const char* const text = posix::ErrorText(error, languageId != 0 ? languageId : Locale().ThreadLocale());
+        const std::wstring message = text != nullptr ? formats::WideFromUtf8(text) : std::wstring();
         if (message.empty() || message.size() >= size)
         {
             SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);

@@ -14,7 +14,6 @@ struct Translation
     DWORD error;
 };
 
-// The first row with an error number is the one whose message stands for it.
 constexpr Translation translations[] = {
     {0, ERROR_SUCCESS},
     {ENOENT, ERROR_FILE_NOT_FOUND},
@@ -64,16 +63,6 @@ DWORD ErrorOfErrno(int value) noexcept
             return translation.error;
     }
     return ERROR_GEN_FAILURE;
-}
-
-int ErrnoOfError(DWORD error) noexcept
-{
-    for (const Translation& translation : translations)
-    {
-        if (translation.error == error)
-            return translation.errnoValue;
-    }
-    return -1;
 }
 
 bool FailOn(const std::string& path)

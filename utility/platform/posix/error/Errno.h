@@ -11,9 +11,6 @@ namespace utility::platform::posix
 /// The Windows number for an errno value; 31 (general failure) for one that has none.
 DWORD ErrorOfErrno(int value) noexcept;
 
-/// The errno value whose message says what a Windows error number means; -1 where there is none.
-int ErrnoOfError(DWORD error) noexcept;
-
 /// The result of a call that is made anew for as long as signals interrupt it.
 template <class Call>
 auto Uninterrupted(Call&& call)
