@@ -26,7 +26,8 @@ class UTILITY_API CResourceCounter
 {
 public:
     /// Takes over one reference to the module. With a null module the satellites are those of the program. The calling
-    /// thread's locale and the C library's are deliberately those of the language from then on, satellite or not.
+    /// thread's locale and the C library's, that of the whole process, are deliberately those of the language from then
+    /// on, satellite or not: printf may write a decimal comma (see startup/LibraryFrame.h).
     explicit CResourceCounter(HINSTANCE hModule);
     CResourceCounter(const CResourceCounter&) = delete;
     CResourceCounter& operator=(const CResourceCounter&) = delete;
