@@ -25,5 +25,6 @@
 /// memory.
 ///
 /// On Linux the box is a question on the terminal, or a dialog of `zenity` or `kdialog`; with no terminal and no
-/// display it is answered by Ignore. Control held is Ctrl+I as the terminal's answer.
+/// display it is answered by Ignore, and its text goes to the debugger's output. Control held is Ctrl+I as the
+/// terminal's answer.
 UTILITY_API bool ZeloAssertFailed(char const* file, int line, int severity, bool& ignored);

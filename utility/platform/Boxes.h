@@ -15,7 +15,8 @@ enum class BoxAnswer
 /// Questions to the user. Any thread may call.
 ///
 /// On Linux a question is asked on the process's terminal if it is in its foreground; otherwise, with a display, by
-/// `zenity` or `kdialog`; and where there is none of all these the answer is Ignore.
+/// `zenity` or `kdialog`; and where there is none of all these the answer is Ignore, and the text goes to the
+/// debugger's output, which is the error stream unless the host takes it.
 class BoxService
 {
 public:

@@ -10,9 +10,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
+#include <functional>
 #include <poll.h>
 #include <string>
 #include <string_view>
+#include <sys/time.h>
 #include <unistd.h>
 
 using support::Child;
@@ -208,6 +211,78 @@ TEST_F(BoxDialogTest, NoDisplayIsIgnore)
 }
 
 TEST_F(BoxDialogTest, NoDialogProgramIsIgnore) { EXPECT_EQ(Answer(), CodeOf(BoxAnswer::ignore)); }
+
+/// Does some work in another process, and gives what comes onto its error stream.
+std::string ErrorsOf(const support::TemporaryFolder& folder, const std::function<int()>& work)
+{
+    const auto errors = folder.File("errors", "");
+    Child child(
+        [&]
+        {
+            ::dup2(::open(errors.c_str(), O_WRONLY), STDERR_FILENO);
+            return work();
+        });
+    EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::ignore));
+    return support::TemporaryFolder::BytesOf(errors);
+}
+
+TEST_F(BoxDialogTest, QuestionThatNobodyCanAnswerIsOnTheErrorStream)
+{
+    EXPECT_EQ(ErrorsOf(m_folder, [] { return AskWithDisplay(nullptr); }), "What\nnow?\n");
+    const auto ask = [&]
+    {
+        ::setenv("PATH", (m_folder / ".").c_str(), 1);
+        return AskWithDisplay("DISPLAY");
+    };
+    EXPECT_NE(ErrorsOf(m_folder, ask).find("What\nnow?\n"), std::string::npos);
+    Program("kdialog", "kill -9 $$\n");
+    EXPECT_NE(ErrorsOf(m_folder, ask).find("What\nnow?\n"), std::string::npos);
+    Program("zenity", "exit 1\n");
+    EXPECT_EQ(ErrorsOf(m_folder, ask), "What\nnow?\n");
+    // And what was asked is not.
+    Program("zenity", "echo Ignore; exit 1\n");
+    EXPECT_EQ(ErrorsOf(m_folder, ask), "");
+}
+
+TEST_F(BoxDialogTest, AnswerIsTheSameWhereTheHostIgnoresTheEndOfItsChildren)
+{
+    Program("kdialog", "exit 1\n");
+    const auto answer = [&]
+    {
+        Child child(
+            [&]
+            {
+                ::signal(SIGCHLD, SIG_IGN);
+                ::setenv("PATH", (m_folder / ".").c_str(), 1);
+                return AskWithDisplay("DISPLAY");
+            });
+        return child.ExitCode();
+    };
+    EXPECT_EQ(answer(), CodeOf(BoxAnswer::retry));
+    Program("zenity", "echo Abort; exit 1\n");
+    EXPECT_EQ(answer(), CodeOf(BoxAnswer::abort));
+}
+
+TEST_F(BoxDialogTest, AnswerIsTheSameAmongSignals)
+{
+    const std::string aWhile = "i=0; while [ $i -lt 20000 ]; do i=$((i+1)); done\n";
+    for (const char* const program : {"kdialog", "zenity"})
+    {
+        Program(program, aWhile + (program == std::string_view("zenity") ? "echo Retry\n" : "") + "exit 1\n");
+        Child child(
+            [&]
+            {
+                struct sigaction interrupting = {};
+                interrupting.sa_handler = [](int) {};
+                ::sigaction(SIGALRM, &interrupting, nullptr);
+                const itimerval often{{0, 1000}, {0, 1000}};
+                ::setitimer(ITIMER_REAL, &often, nullptr);
+                ::setenv("PATH", (m_folder / ".").c_str(), 1);
+                return AskWithDisplay("DISPLAY");
+            });
+        EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::retry)) << program;
+    }
+}
 
 // What fails below
 

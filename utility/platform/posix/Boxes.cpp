@@ -1,5 +1,6 @@
 #include "utility/platform/Boxes.h"
 
+#include "utility/platform/Debugger.h"
 #include "utility/platform/posix/boxes/DialogPrograms.h"
 #include "utility/platform/posix/boxes/Terminal.h"
 #include "utility/platform/posix/keys/ControlKey.h"
@@ -20,7 +21,14 @@ public:
         const posix::Terminal terminal;
         if (terminal.IsOurs())
             return terminal.Ask(title, text);
-        return posix::HasDisplay() ? posix::AskByDialogProgram(title, text) : BoxAnswer::ignore;
+        if (posix::HasDisplay())
+        {
+            if (const auto answer = posix::AskByDialogProgram(title, text))
+                return *answer;
+        }
+        Debugger().Output(text);
+        Debugger().Output("\n");
+        return BoxAnswer::ignore;
     }
 };
 

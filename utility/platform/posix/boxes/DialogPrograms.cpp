@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
@@ -18,15 +19,9 @@ namespace utility::platform::posix
 namespace
 {
 
-struct Finished
-{
-    int status;
-    std::string output;
-};
-
-/// Runs a program, of which the first argument is the name and the last is null, to its end. No value if there is no
+/// What a program writes until its end; the first argument is its name and the last is null. No value if there is no
 /// such program.
-std::optional<Finished> Run(const char* const* arguments)
+std::optional<std::string> Run(const char* const* arguments)
 {
     int pipe[2];
     if (::pipe2(pipe, O_CLOEXEC) != 0)
@@ -35,23 +30,41 @@ std::optional<Finished> Run(const char* const* arguments)
         end = AboveStandardStreams(end);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
+    // A host may ignore the end of its children; a program that has some of its own counts on being told.
+    posix_spawnattr_t attributes;
+    ::posix_spawnattr_init(&attributes);
+    sigset_t told;
+    ::sigemptyset(&told);
+    ::sigaddset(&told, SIGCHLD);
+    ::posix_spawnattr_setsigdefault(&attributes, &told);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t process = 0;
-    const bool runs =
-        ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO) == 0 &&
-        ::posix_spawnp(&process, arguments[0], &actions, nullptr, const_cast<char* const*>(arguments), environ) == 0;
+    const bool runs = ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO) == 0 &&
+                      ::posix_spawnp(&process, arguments[0], &actions, &attributes, const_cast<char* const*>(arguments),
+                                     environ) == 0;
+    ::posix_spawnattr_destroy(&attributes);
     ::posix_spawn_file_actions_destroy(&actions);
     ::close(pipe[1]);
-    Finished finished{-1, {}};
+    std::string output;
     if (runs)
     {
         char bytes[64];
         const auto read = [&] { return ::read(pipe[0], bytes, sizeof(bytes)); };
         for (ssize_t size = 0; (size = Uninterrupted(read)) > 0;)
-            finished.output.append(bytes, static_cast<std::size_t>(size));
-        Uninterrupted([&] { return ::waitpid(process, &finished.status, 0); });
+            output.append(bytes, static_cast<std::size_t>(size));
+        // There is no status to be had where the host ignores the end of its children.
+        Uninterrupted([&] { return ::waitpid(process, nullptr, 0); });
     }
     ::close(pipe[0]);
-    return runs ? std::optional(std::move(finished)) : std::nullopt;
+    return runs ? std::optional(std::move(output)) : std::nullopt;
+}
+
+std::optional<BoxAnswer> AnswerOf(const std::string& output, const char* abort, const char* retry, const char* ignore)
+{
+    return output == abort    ? std::optional(BoxAnswer::abort)
+           : output == retry  ? std::optional(BoxAnswer::retry)
+           : output == ignore ? std::optional(BoxAnswer::ignore)
+                              : std::nullopt;
 }
 
 }
@@ -67,23 +80,33 @@ bool HasDisplay()
     return false;
 }
 
-BoxAnswer AskByDialogProgram(const char* title, const char* text)
+std::optional<BoxAnswer> AskByDialogProgram(const char* title, const char* text)
 {
     // Its first button has the focus, and is the one to be pressed by mistake.
     const char* const zenity[] = {
         "zenity",         "--question", "--switch",       "--no-markup", "--title",        title,   "--text", text,
         "--extra-button", "Ignore",     "--extra-button", "Retry",       "--extra-button", "Abort", nullptr};
-    const char* const kdialog[] = {"kdialog", "--title",        title,    "--yes-label",          "Abort", "--no-label",
-                                   "Retry",   "--cancel-label", "Ignore", "--warningyesnocancel", text,    nullptr};
-    if (const auto finished = Run(zenity))
-        return finished->output == "Abort\n"   ? BoxAnswer::abort
-               : finished->output == "Retry\n" ? BoxAnswer::retry
-                                               : BoxAnswer::ignore;
-    if (const auto finished = Run(kdialog); finished && WIFEXITED(finished->status))
-        return WEXITSTATUS(finished->status) == 0   ? BoxAnswer::abort
-               : WEXITSTATUS(finished->status) == 1 ? BoxAnswer::retry
-                                                    : BoxAnswer::ignore;
-    return BoxAnswer::ignore;
+    // Its answer is its exit code, which the shell writes.
+    const char* const kdialog[] = {"/bin/sh",
+                                   "-c",
+                                   "kdialog \"$@\"; echo $?",
+                                   "sh",
+                                   "--title",
+                                   title,
+                                   "--yes-label",
+                                   "Abort",
+                                   "--no-label",
+                                   "Retry",
+                                   "--cancel-label",
+                                   "Ignore",
+                                   "--warningyesnocancel",
+                                   text,
+                                   nullptr};
+    if (const auto output = Run(zenity))
+        return AnswerOf(*output, "Abort\n", "Retry\n", "Ignore\n");
+    if (const auto output = Run(kdialog))
+        return AnswerOf(*output, "0\n", "1\n", "2\n");
+    return std::nullopt;
 }
 
 }
