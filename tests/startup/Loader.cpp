@@ -1,21 +1,25 @@
 // Loads libraries, for the tests of startup/CMakeLists.txt:
 //   Loader order MODULE    unloads a module: its objects are destroyed in their order
 //   Loader end MODULE      ends without unloading it: a digit is printed for each that is destroyed all the same
-//   Loader often LIBRARY   loads and unloads the library more often than the system has thread slots for
+//   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
 // Its exit code is 0 if all went well.
 
+#include "utility/platform/Threads.h"
+
 #include <boost/dll/shared_library.hpp>
+#include <boost/filesystem/operations.hpp>
 
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace
 {
 
 std::string destroyed;
 
-int UnloadInOrder(const char* path)
+int UnloadInOrder(const boost::filesystem::path& path)
 {
     boost::dll::shared_library module(path);
     module.get<void(void (*)(char))>("MakeObjects")([](char name) { destroyed += name; });
@@ -24,22 +28,28 @@ int UnloadInOrder(const char* path)
     return destroyed == "o21" ? 0 : 1;
 }
 
-int End(const char* path)
+int End(const boost::filesystem::path& path)
 {
     static auto* const module = new boost::dll::shared_library(path); // never unloaded
     module->get<void(void (*)(char))>("MakeObjects")([](char name) { std::fputc(name, stderr); });
     return 0;
 }
 
-int LoadOften(const char* path)
+int LoadOften(const boost::filesystem::path& path)
 {
-    for (int number = 0; number < 700; ++number)
+    constexpr std::size_t left = 8;
+    std::vector<DWORD> slots;
+    for (DWORD slot; (slot = utility::platform::AllocateThreadSlot()) != TLS_OUT_OF_INDEXES;)
+        slots.push_back(slot);
+    for (std::size_t number = 0; number < left; ++number)
+        utility::platform::FreeThreadSlot(slots[number]);
+    for (std::size_t number = 0; number < 2 * left; ++number)
     {
         const boost::dll::shared_library library(path);
         library.get<void(void*)>("_Z17SetThreadDatabaseP15CEntityDatabase")(&destroyed);
         if (library.get<void*()>("_Z17GetThreadDatabasev")() != &destroyed)
         {
-            std::fprintf(stderr, "no slot is left for load %d\n", number);
+            std::fprintf(stderr, "no slot is left for load %zu\n", number);
             return 1;
         }
     }
@@ -51,8 +61,7 @@ int LoadOften(const char* path)
 int main(int argumentCount, char** arguments)
 {
     const std::string_view what = argumentCount == 3 ? arguments[1] : "";
-    return what == "order"   ? UnloadInOrder(arguments[2])
-           : what == "end"   ? End(arguments[2])
-           : what == "often" ? LoadOften(arguments[2])
-                             : 2;
+    const boost::filesystem::path path =
+        argumentCount == 3 ? boost::filesystem::absolute(arguments[2]).make_preferred() : "";
+    return what == "order" ? UnloadInOrder(path) : what == "end" ? End(path) : what == "often" ? LoadOften(path) : 2;
 }

@@ -2,6 +2,8 @@
 
 #include "utility/platform/UntilUnload.h"
 
+#include <boost/config.hpp>
+
 using utility::platform::UntilUnload;
 
 namespace
@@ -23,7 +25,7 @@ private:
 
 }
 
-extern "C" __attribute__((visibility("default"))) void MakeObjects(void (*tell)(char))
+extern "C" BOOST_SYMBOL_EXPORT void MakeObjects(void (*tell)(char))
 {
     tellLoader = tell;
     static const Object ordinary('o');
