@@ -1,6 +1,7 @@
 // Loads libraries, for the tests of startup/CMakeLists.txt:
 //   Loader order MODULE    unloads a module: its objects are destroyed in their order
 //   Loader end MODULE      ends without unloading it: a digit is printed for each that is destroyed all the same
+//   Loader within MODULE   ends while it unloads it: a digit is printed for each object of another that is destroyed
 //   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
 // Its exit code is 0 if all went well.
 
@@ -10,6 +11,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +35,23 @@ int End(const boost::filesystem::path& path)
     static auto* const module = new boost::dll::shared_library(path); // never unloaded
     module->get<void(void (*)(char))>("MakeObjects")([](char name) { std::fputc(name, stderr); });
     return 0;
+}
+
+int EndWithin(const boost::filesystem::path& path)
+{
+    const boost::filesystem::path copy = path.parent_path() / ("copy of " + path.filename().string());
+    boost::filesystem::copy_file(path, copy, boost::filesystem::copy_options::overwrite_existing);
+    static auto* const other = new boost::dll::shared_library(copy); // never unloaded
+    other->get<void(void (*)(char))>("MakeObjects")([](char name) { std::fputc(name, stderr); });
+    boost::dll::shared_library module(path);
+    module.get<void(void (*)(char))>("MakeObjects")(
+        [](char name)
+        {
+            if (name == '2')
+                std::exit(0);
+        });
+    module.unload();
+    return 1;
 }
 
 int LoadOften(const boost::filesystem::path& path)
@@ -63,5 +82,9 @@ int main(int argumentCount, char** arguments)
     const std::string_view what = argumentCount == 3 ? arguments[1] : "";
     const boost::filesystem::path path =
         argumentCount == 3 ? boost::filesystem::absolute(arguments[2]).make_preferred() : "";
-    return what == "order" ? UnloadInOrder(path) : what == "end" ? End(path) : what == "often" ? LoadOften(path) : 2;
+    return what == "order"    ? UnloadInOrder(path)
+           : what == "end"    ? End(path)
+           : what == "within" ? EndWithin(path)
+           : what == "often"  ? LoadOften(path)
+                              : 2;
 }
