@@ -13,7 +13,7 @@
 
 struct OsErrorCase
 {
-    LONG osError;
+    std::int32_t osError;
     CFileException::Cause cause;
 };
 

@@ -276,8 +276,8 @@ TEST_F(WrittenFileTest, TruncateCutsAndExtendsAtThePosition)
 
 TEST_F(WrittenFileTest, SeekHas64BitsWithAHighHalf)
 {
-    LONG high = 0x12;
-    EXPECT_EQ(Files().Seek(m_file, static_cast<LONG>(0x87654321), &high, FILE_BEGIN), 0x87654321u);
+    std::int32_t high = 0x12;
+    EXPECT_EQ(Files().Seek(m_file, static_cast<std::int32_t>(0x87654321), &high, FILE_BEGIN), 0x87654321u);
     EXPECT_EQ(high, 0x12);
     EXPECT_TRUE(Files().TruncateHere(m_file));
     EXPECT_EQ(Length(), 0x1287654321u);

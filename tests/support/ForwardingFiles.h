@@ -42,7 +42,7 @@ public:
         utility::platform::SetLastError(ERROR_INVALID_HANDLE);
         return !Fails("UnmapView") && unmapped;
     }
-    DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
+    DWORD Seek(HANDLE file, std::int32_t distance, std::int32_t* distanceHigh, DWORD method) override
     {
         return Fails("Seek") ? INVALID_SET_FILE_POINTER : m_system.Seek(file, distance, distanceHigh, method);
     }

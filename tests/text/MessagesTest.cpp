@@ -33,7 +33,10 @@ private:
 
 }
 
-TEST_F(LoadMessageTest, FillsTheArgumentsIn) { EXPECT_EQ(LoadMessage(60001, 7, L"name", LONG{-3}), L"7 of name (-3)"); }
+TEST_F(LoadMessageTest, FillsTheArgumentsIn)
+{
+    EXPECT_EQ(LoadMessage(60001, 7, L"name", std::int32_t{-3}), L"7 of name (-3)");
+}
 
 TEST_F(LoadMessageTest, StringsOfTheLibrary)
 {

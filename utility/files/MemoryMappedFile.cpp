@@ -74,7 +74,7 @@ bool CMemoryMappedFile::Open(const boost::filesystem::path& path, DWORD size)
         ThrowFailureOn(path);
     if (size != 0)
     {
-        Files().Seek(m_hFile, static_cast<LONG>(size), nullptr, FILE_BEGIN);
+        Files().Seek(m_hFile, static_cast<std::int32_t>(size), nullptr, FILE_BEGIN);
         Files().TruncateHere(m_hFile);
         Files().Seek(m_hFile, 0, nullptr, FILE_BEGIN);
     }
@@ -95,8 +95,8 @@ bool CMemoryMappedFile::Close(std::int64_t finalSize)
             Files().FlushView(m_pBase);
         if (finalSize != 0)
         {
-            auto high = static_cast<LONG>(finalSize >> 32);
-            Files().Seek(m_hFile, static_cast<LONG>(finalSize), &high, FILE_BEGIN);
+            auto high = static_cast<std::int32_t>(finalSize >> 32);
+            Files().Seek(m_hFile, static_cast<std::int32_t>(finalSize), &high, FILE_BEGIN);
         }
         Files().TruncateHere(m_hFile);
         Files().FlushToDisk(m_hFile);
@@ -139,7 +139,7 @@ bool CMemoryMappedFile::WriteFile(const void* data, std::uint64_t size) const
 
 DWORD CMemoryMappedFile::GetFilePointer() const { return Files().Seek(m_hFile, 0, nullptr, FILE_CURRENT); }
 
-DWORD CMemoryMappedFile::SetFilePointer(LONG distance, DWORD method)
+DWORD CMemoryMappedFile::SetFilePointer(std::int32_t distance, DWORD method)
 {
     return Files().Seek(m_hFile, distance, nullptr, method);
 }
@@ -171,7 +171,7 @@ void* CMemoryMappedFile::GetFile() const { return m_hFile; }
 
 void CMemoryMappedFile::ThrowFileException(DWORD error, const wchar_t* path) const
 {
-    CFileException::ThrowOsError(static_cast<LONG>(error), path);
+    CFileException::ThrowOsError(static_cast<std::int32_t>(error), path);
 }
 
 void CMemoryMappedFile::ThrowFailureOn(const boost::filesystem::path& path) const

@@ -86,7 +86,7 @@ public:
 
     /// Moves the file position by `distance` bytes from the start (FILE_BEGIN), the position (FILE_CURRENT) or the end
     /// (FILE_END), and gives the low half of the new one; 0xFFFFFFFF on failure.
-    DWORD SetFilePointer(LONG distance, DWORD method);
+    DWORD SetFilePointer(std::int32_t distance, DWORD method);
 
 protected:
     /// These close from the inside out, do not flush, and give true where there is nothing to do.

@@ -34,7 +34,7 @@ std::wstring_view WordsFor(int cause)
 }
 
 /// The system's message in the language of the words, without the line end and full stop that some end with.
-std::wstring SystemWords(LONG osError)
+std::wstring SystemWords(std::int32_t osError)
 {
     wchar_t text[512];
     const std::wstring language(Words(resources::LanguageOfTexts));
@@ -48,7 +48,7 @@ std::wstring SystemWords(LONG osError)
 
 }
 
-CFileException::CFileException(int cause, LONG osError, const wchar_t* fileName)
+CFileException::CFileException(int cause, std::int32_t osError, const wchar_t* fileName)
     : m_cause(cause), m_lOsError(osError), m_strFileName(fileName == nullptr ? L"" : fileName)
 {
 }
@@ -71,7 +71,7 @@ int CFileException::GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, un
     return 1;
 }
 
-CFileException::Cause CFileException::OsErrorToException(LONG osError)
+CFileException::Cause CFileException::OsErrorToException(std::int32_t osError)
 {
     switch (osError)
     {
@@ -118,7 +118,7 @@ CFileException::Cause CFileException::OsErrorToException(LONG osError)
     }
 }
 
-void CFileException::ThrowOsError(LONG osError, const wchar_t* fileName)
+void CFileException::ThrowOsError(std::int32_t osError, const wchar_t* fileName)
 {
     throw new CFileException(OsErrorToException(osError), osError, fileName);
 }

@@ -5,6 +5,7 @@
 #include "utility/framework/Exception.h"
 #include "utility/platform/Types.h"
 
+#include <cstdint>
 #include <string>
 
 class UTILITY_API CFileException : public CException
@@ -29,7 +30,7 @@ public:
         endOfFile,
     };
 
-    explicit CFileException(int cause = none, LONG osError = -1, const wchar_t* fileName = nullptr);
+    explicit CFileException(int cause = none, std::int32_t osError = -1, const wchar_t* fileName = nullptr);
     ~CFileException() override;
 
     /// The cause in words of the display language, with the path and, where the system has one in that language, its own
@@ -37,12 +38,12 @@ public:
     int GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsigned int* helpContext) override;
 
     /// The cause that stands for a system's error number, which is a Windows one on every system.
-    static Cause OsErrorToException(LONG osError);
+    static Cause OsErrorToException(std::int32_t osError);
 
     /// Throws a new failure, as a pointer.
-    [[noreturn]] static void ThrowOsError(LONG osError, const wchar_t* fileName = nullptr);
+    [[noreturn]] static void ThrowOsError(std::int32_t osError, const wchar_t* fileName = nullptr);
 
-    int m_cause;     ///< one of Cause
-    LONG m_lOsError; ///< the system's error number, -1 for none
+    int m_cause;             ///< one of Cause
+    std::int32_t m_lOsError; ///< the system's error number, -1 for none
     std::wstring m_strFileName;
 };

@@ -53,7 +53,7 @@ public:
     /// (FILE_END) and gives the low half of the new one; INVALID_SET_FILE_POINTER on failure. With `distanceHigh`
     /// the distance has 64 bits, and the high half of the new position is stored there; without it the new position is
     /// one that 32 bits hold.
-    virtual DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) = 0;
+    virtual DWORD Seek(HANDLE file, std::int32_t distance, std::int32_t* distanceHigh, DWORD method) = 0;
 
     /// Cuts or extends the file at the file position. A file that is open for reading is refused.
     virtual bool TruncateHere(HANDLE file) = 0;

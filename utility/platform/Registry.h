@@ -13,10 +13,12 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
+#include <cstdint>
+
 #ifndef _WIN32
 
-inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000001)});
-inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{static_cast<LONG>(0x80000002)});
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<std::int32_t>(0x80000001)});
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{static_cast<std::int32_t>(0x80000002)});
 
 inline constexpr DWORD KEY_READ = 0x20019;
 inline constexpr DWORD KEY_WRITE = 0x20006;

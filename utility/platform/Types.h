@@ -20,11 +20,10 @@
 #include <cstdint>
 
 using DWORD = std::uint32_t;
-using LONG = std::int32_t;
 using UINT = std::uint32_t;
 using LCID = std::uint32_t;
 using HANDLE = void*;
-using LSTATUS = LONG;
+using LSTATUS = std::int32_t;
 
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;

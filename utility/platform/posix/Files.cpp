@@ -119,7 +119,7 @@ public:
 
     bool UnmapView(const void* view) override { return m_views.Unmap(view); }
 
-    DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
+    DWORD Seek(HANDLE file, std::int32_t distance, std::int32_t* distanceHigh, DWORD method) override
     {
         constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
         if (method > FILE_END)
@@ -138,7 +138,7 @@ public:
             return INVALID_SET_FILE_POINTER;
         }
         if (distanceHigh != nullptr)
-            *distanceHigh = static_cast<LONG>(position >> 32);
+            *distanceHigh = static_cast<std::int32_t>(position >> 32);
         return static_cast<DWORD>(position);
     }
 

@@ -93,9 +93,10 @@ public:
         return ::UnmapViewOfFile(view);
     }
 
-    DWORD Seek(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method) override
+    DWORD Seek(HANDLE file, std::int32_t distance, std::int32_t* distanceHigh, DWORD method) override
     {
-        return ::SetFilePointer(file, distance, distanceHigh, method);
+        // A LONG is as wide, but another type to the compiler.
+        return ::SetFilePointer(file, distance, reinterpret_cast<LONG*>(distanceHigh), method);
     }
 
     bool TruncateHere(HANDLE file) override { return ::SetEndOfFile(file); }
