@@ -34,7 +34,7 @@ enum ExitStatus
 
 constexpr unsigned int codePageUtf8 = 65001;
 constexpr std::uint64_t longFile = 1 << 20;
-constexpr std::uint64_t mostMessages = 100000; // of one record
+constexpr std::uint64_t mostMessages = 10'000'000; // of the file as a whole, or of one record
 
 struct Options
 {
@@ -120,7 +120,22 @@ std::string Dumped(const iges::Field& field)
     }
 }
 
-/// Collects messages from the log, and says of each what it is about.
+/// A text with a # in place of each number.
+std::string WithoutNumbers(const std::string& text)
+{
+    std::string kind;
+    for (const char c : text)
+    {
+        if (c < '0' || c > '9')
+            kind += c;
+        else if (!kind.ends_with('#'))
+            kind += '#';
+    }
+    return kind;
+}
+
+/// Collects messages from the log, and says of each what it is about. Of those that differ by their numbers alone it
+/// keeps the first, and how many there are.
 class Messages
 {
 public:
@@ -129,16 +144,31 @@ public:
         CLogMessages::instance(GetThreadDatabase()).pop(m_popped);
         for (const CLogMessage& message : m_popped)
         {
-            m_text += subject + ": " + from_utf(message.m_strMessage, codePageUtf8);
+            const std::string text = from_utf(message.m_strMessage, codePageUtf8);
+            if (++m_counts[WithoutNumbers(text)] <= shownOfAKind)
+                m_text += subject + ": " + text;
             m_hasErrors = m_hasErrors || message.m_eSeverity >= LogSeverityError;
         }
     }
 
     bool HasErrors() const { return m_hasErrors; }
-    const std::string& All() const { return m_text; }
+
+    std::string All() const
+    {
+        std::string text = m_text;
+        for (const auto& [kind, count] : m_counts)
+        {
+            if (count > shownOfAKind)
+                text += "and " + std::to_string(count - shownOfAKind) + " more: " + kind;
+        }
+        return text;
+    }
 
 private:
+    static constexpr std::uint64_t shownOfAKind = 20;
+
     boost::circular_buffer_space_optimized<CLogMessage> m_popped;
+    std::map<std::string, std::uint64_t> m_counts;
     std::string m_text;
     bool m_hasErrors = false;
 };
@@ -190,8 +220,8 @@ void Show(const iges::File& file, const iges::Survey& survey)
         return;
     }
     const int placesOfMillimetres = DialogDecimalPlaces(DISTANCE_UNITS_MM);
-    ShowExtents(extents, unit.name.c_str(), 1.0,
-                unit.millimetres == 1.0 ? placesOfMillimetres : DialogDecimalPlaces(DISTANCE_UNITS_METRE));
+    if (unit.millimetres != 1.0)
+        ShowExtents(extents, unit.name.c_str(), 1.0, DialogDecimalPlaces(DISTANCE_UNITS_METRE));
     if (unit.millimetres > 0.0)
         ShowExtents(extents, "millimetres", unit.millimetres, placesOfMillimetres);
     else
@@ -236,9 +266,10 @@ ExitStatus Run(const Options& options)
 
     if (!options.dump)
         Show(file, survey);
-    if (!options.dump && !messages.All().empty())
+    const std::string said = messages.All();
+    if (!options.dump && !said.empty())
         console::Print(stdout, "messages\n");
-    console::Print(options.dump ? stderr : stdout, messages.All());
+    console::Print(options.dump ? stderr : stdout, said);
     if (std::fflush(stdout) != 0)
     {
         console::Print(stderr, "the output cannot be written\n");

@@ -59,7 +59,10 @@ void List(const Arguments& arguments)
 {
     const keys::Place place = PlaceOf(console::Wide(arguments[0]));
     for (const regtext::Value& value : keys::Read(place).values)
-        Print(regtext::Line(value));
+    {
+        const std::wstring number = valuetext::NumberIn(value);
+        Print(regtext::Line(value) + (number.empty() ? L"" : L" ;" + number));
+    }
     for (const std::wstring& name : keys::SubKeys(place))
         Print(L'[' + place.name + L'\\' + name + L']');
 }

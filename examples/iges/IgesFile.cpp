@@ -36,11 +36,20 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-std::string_view TakeLine(std::string_view& text)
+/// What ends a line: LF, with or without a CR ahead of it, CR, or 0 for nothing, where lines follow each other.
+char LineEndOf(std::string_view text)
 {
-    const std::size_t length = std::min(text.find('\n'), text.size());
+    const std::size_t first = text.find_first_of("\r\n");
+    if (first == std::string_view::npos || (first > lineLength && first % lineLength == 0))
+        return '\0';
+    return text[first] == '\r' && text.substr(first + 1, 1) != "\n" ? '\r' : '\n';
+}
+
+std::string_view TakeLine(std::string_view& text, char lineEnd)
+{
+    const std::size_t length = std::min(lineEnd == '\0' ? lineLength : text.find(lineEnd), text.size());
     std::string_view line = text.substr(0, length);
-    text.remove_prefix(std::min(length + 1, text.size()));
+    text.remove_prefix(std::min(length + (lineEnd == '\0' ? 0 : 1), text.size()));
     if (line.ends_with('\r'))
         line.remove_suffix(1);
     return line;
@@ -115,11 +124,12 @@ const Entry* File::Find(int directory) const
 
 void File::SortLines(std::string_view text)
 {
+    const char lineEnd = LineEndOf(text);
     bool terminated = false;
     Line line;
     while (!text.empty())
     {
-        line.text = TakeLine(text);
+        line.text = TakeLine(text, lineEnd);
         ++line.number;
         const std::string_view section = Columns(line.text, sectionColumn, sectionColumn);
         bool known = true;
@@ -158,6 +168,7 @@ void File::AddParameterLine(const Line& line)
         m_records.back().directory = ReadColumns(line, 65, 72);
     }
     m_records.back().lines.push_back(Columns(line.text, 1, 64));
+    m_records.back().numbers.push_back(line.number);
 }
 
 void File::ReadGlobalSection()

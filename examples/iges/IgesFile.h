@@ -1,7 +1,7 @@
 #pragma once
 
 // What an IGES file consists of, found without copying any of it: lines of 80 columns, with the letter of their section
-// in column 73.
+// in column 73. They end in LF, CR LF or CR, or follow each other without an end.
 //
 //     CTextInputOutputFile mapped(path);
 //     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
@@ -28,7 +28,8 @@ struct Record
     std::string_view name; ///< columns 65 to 72, without blanks around: the number of the directory entry
     int directory = 0;     ///< the same as a number, 0 if it is none
     std::vector<std::string_view> lines;
-    std::wstring trouble; ///< what is wrong with its lines, empty if nothing is
+    std::vector<int> numbers; ///< of the lines in the file, from 1
+    std::wstring trouble;     ///< what is wrong with its lines, empty if nothing is
 };
 
 /// A directory entry, which is two lines of fields of eight columns.

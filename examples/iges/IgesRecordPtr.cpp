@@ -41,8 +41,9 @@ double Field::Number() const
     }
 }
 
-RecordPtr::RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines)
-    : CInlineTextRecordPtr(file), m_delimiters(delimiters)
+RecordPtr::RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
+                     std::span<const int> numbers)
+    : CInlineTextRecordPtr(file), m_delimiters(delimiters), m_lineNumbers(numbers)
 {
     for (const std::string_view line : lines)
         Add(line.data(), line.data() + line.size() - 1);
@@ -55,6 +56,7 @@ bool RecordPtr::IsTerminator(char c) { return IsDelimiter(c) || (c == '\0' && Is
 bool RecordPtr::ReadField(Field& field)
 {
     bool good = LookAhead(field.kind);
+    const char* const start = *this;
     switch (field.kind)
     {
     case FieldKind::integer:
@@ -71,7 +73,7 @@ bool RecordPtr::ReadField(Field& field)
     }
     if (!good)
     {
-        Complain(*InputFile(), L"Field " + std::to_wstring(m_number) + L" is bad.");
+        Complain(*InputFile(), L"Field " + std::to_wstring(m_number) + L" is bad" + PlaceOf(start) + L".");
         if (field.kind != FieldKind::text)
             field.kind = FieldKind::bad;
     }
@@ -80,8 +82,7 @@ bool RecordPtr::ReadField(Field& field)
 
 bool RecordPtr::NextField()
 {
-    while (!IsTerminator(*this))
-        AdvancePtr();
+    SkipField();
     const bool more = GetCurrentChar() == m_delimiters.parameter;
     if (IsEndOfRecord())
         Complain(*InputFile(), L"The record delimiter is missing.");
@@ -99,7 +100,10 @@ bool RecordPtr::LookAhead(FieldKind& kind)
         return true;
     const char* place = *this;
     while (place < m_line->First() || place > m_line->Last())
+    {
         ++m_line;
+        ++m_lineIndex;
+    }
 
     // ReadInt wraps at 32 bits without notice.
     constexpr std::int64_t highest = std::numeric_limits<int>::max();
@@ -136,6 +140,14 @@ bool RecordPtr::LookAhead(FieldKind& kind)
     if (!fits)
         Complain(*InputFile(), L"An integer has more than 32 bits.");
     return fits;
+}
+
+std::wstring RecordPtr::PlaceOf(const char* field) const
+{
+    if (m_lineNumbers.empty())
+        return {};
+    return L", in line " + std::to_wstring(m_lineNumbers[m_lineIndex]) + L", column " +
+           std::to_wstring(field - m_line->First() + 1);
 }
 
 bool RecordPtr::ReadText(std::string& text)

@@ -56,8 +56,9 @@ struct Field
 class RecordPtr final : public CInlineTextRecordPtr<RecordPtr>
 {
 public:
-    /// At the first field. A line must not be empty.
-    RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines);
+    /// At the first field. A line must not be empty. With the numbers of the lines a message says where a bad field is.
+    RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
+              std::span<const int> numbers = {});
 
     bool IsTerminator(char c) override;
 
@@ -70,10 +71,13 @@ public:
 private:
     bool LookAhead(FieldKind& kind);
     bool ReadText(std::string& text);
+    std::wstring PlaceOf(const char* field) const;
     bool IsDelimiter(char c) const { return c == m_delimiters.parameter || c == m_delimiters.record; }
 
     Delimiters m_delimiters;
-    std::list<TextLine>::const_iterator m_line; // not behind the cursor's
+    std::span<const int> m_lineNumbers;
+    std::list<TextLine>::const_iterator m_line; // not behind the cursor's; where a field begins, that of the field
+    std::size_t m_lineIndex = 0;
     int m_number = 1;
 };
 

@@ -87,7 +87,7 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
     if (!record.trouble.empty())
         Complain(*messages, record.trouble);
     m_numbers.clear();
-    RecordPtr cursor(messages, m_file.FieldDelimiters(), record.lines);
+    RecordPtr cursor(messages, m_file.FieldDelimiters(), record.lines, record.numbers);
     do
     {
         if (cursor.ReadField(m_field))

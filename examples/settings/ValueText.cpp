@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
 #include <stdexcept>
 
 namespace valuetext
@@ -105,7 +107,7 @@ std::wstring Plain(const regtext::Value& value)
         return std::to_wstring(number);
     }
     if (value.type != REG_SZ && value.type != REG_EXPAND_SZ && value.type != REG_MULTI_SZ)
-        return Digits(value.data);
+        return Digits(value.data) + NumberIn(value);
 
     std::wstring text =
         utility::platform::formats::WideFromUtf16(value.data.data(), value.data.size() / sizeof(char16_t));
@@ -116,6 +118,22 @@ std::wstring Plain(const regtext::Value& value)
     text.erase(text.find_last_not_of(L'\0') + 1);
     std::ranges::replace(text, L'\0', L'\n');
     return text;
+}
+
+std::wstring NumberIn(const regtext::Value& value)
+{
+    double number = 0.0;
+    if (value.type != REG_BINARY || value.data.size() != sizeof number)
+        return {};
+    std::memcpy(&number, value.data.data(), sizeof number);
+    constexpr double least = 1e-30;
+    constexpr double most = 1e30;
+    const double magnitude = std::fabs(number);
+    if (magnitude != 0.0 && !(magnitude >= least && magnitude <= most))
+        return {};
+    char text[32];
+    const std::string digits(text, std::to_chars(text, std::end(text), number).ptr);
+    return L" (" + std::wstring(digits.begin(), digits.end()) + L")";
 }
 
 }

@@ -18,7 +18,11 @@ std::string Types();
 regtext::Value Typed(const std::wstring& name, const std::string& type, const std::vector<std::wstring>& parts);
 
 /// The same the other way round: a text up to its first null, the texts of REG_MULTI_SZ in lines, a number in decimal,
-/// all else in hexadecimal digits.
+/// all else in hexadecimal digits, and NumberIn behind them.
 std::wstring Plain(const regtext::Value& value);
+
+/// The number that the bytes of a REG_BINARY are as a double, in brackets and with a blank ahead; empty where they are
+/// none, or hardly were one: not eight, no number or one of a magnitude that settings do not have.
+std::wstring NumberIn(const regtext::Value& value);
 
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 namespace
@@ -66,6 +67,29 @@ TEST_F(IgesFileTest, LinesMayEndInCrLf)
     Load(bytes);
     EXPECT_EQ(errors, Errors());
     EXPECT_EQ(file->Records().size(), 1u);
+}
+
+TEST_F(IgesFileTest, LinesMayEndInCrAloneOrFollowEachOtherWithoutAnEnd)
+{
+    support::IgesText part;
+    part.Entity(116, {"116,1.,2.,3.;"});
+    part.Entity(110, {"110,0.,0.,0.,", "1.,1.,1.;"});
+    const std::string bytes = part.Bytes();
+    std::string carriageReturns = bytes;
+    std::ranges::replace(carriageReturns, '\n', '\r');
+    std::string none = bytes;
+    std::erase(none, '\n');
+    for (const std::string& form : {bytes, carriageReturns, none, none + "\n", none + "\r\n"})
+    {
+        Load(form);
+        EXPECT_TRUE(file->IsIges());
+        EXPECT_EQ(errors, Errors());
+        EXPECT_EQ(file->Directory().size(), 2u);
+        ASSERT_EQ(file->Records().size(), 2u);
+        EXPECT_EQ(file->Records()[1].lines.size(), 2u);
+        const int before = file->Records()[0].numbers.at(0);
+        EXPECT_EQ(file->Records()[1].numbers, (std::vector<int>{before + 1, before + 2}));
+    }
 }
 
 TEST_F(IgesFileTest, TheLastLineNeedsNoEnd)

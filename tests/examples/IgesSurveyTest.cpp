@@ -214,6 +214,19 @@ TEST(IgesSurveyTest, ABadCoordinateLeavesItsPointOut)
     ExpectBox(SurveyOf(part.Bytes()), {1, 2, 3}, {1, 2, 3});
 }
 
+TEST(IgesSurveyTest, ABadFieldIsSaidWithItsLineAndColumn)
+{
+    support::IgesText part;
+    part.Entity(116, {"116,1.,1.,1.;"});
+    part.Entity(110, {"110,0.,0.,0.,", "1.,  x,1.;"});
+    const std::string bytes = part.Bytes();
+    const auto line =
+        1 + std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(bytes.find("1.,  x")), '\n');
+    const Surveyed surveyed = SurveyOf(bytes);
+    ASSERT_GE(surveyed.errors.size(), 2u);
+    EXPECT_EQ(surveyed.errors[1], L"Field 6 is bad, in line " + std::to_wstring(line) + L", column 6.");
+}
+
 TEST(IgesSurveyTest, ARecordThatFitsNoEntryIsSaid)
 {
     support::IgesText part;

@@ -77,6 +77,19 @@ TEST(ValueTextPlainTest, NumberOfAnotherSizeAndUnknownTypesAreDigits)
     EXPECT_EQ(valuetext::Plain({L"n", 77, "\xAB", false}), L"ab");
 }
 
+TEST(ValueTextPlainTest, DoublesAreShownAsNumbersBesideTheirBytes)
+{
+    const auto plain = [](std::string bytes) { return valuetext::Plain({L"n", REG_BINARY, std::move(bytes), false}); };
+    EXPECT_EQ(plain("\x9A\x99\x99\x99\x99\x99\xB9\x3F"), L"9a9999999999b93f (0.1)");
+    EXPECT_EQ(plain(std::string("\0\0\0\0\0\0\xF8\xBF", 8)), L"000000000000f8bf (-1.5)");
+    EXPECT_EQ(plain(std::string(8, '\0')), L"0000000000000000 (0)");
+    // A small integer, a time, none and one of another size.
+    EXPECT_EQ(plain(std::string("\1\0\0\0\0\0\0\0", 8)), L"0100000000000000");
+    EXPECT_EQ(plain("\x67\x45\x23\x01\xAB\x89\xDA\x01"), L"67452301ab89da01");
+    EXPECT_EQ(plain(std::string(8, '\xFF')), L"ffffffffffffffff");
+    EXPECT_EQ(plain("\xCD\xCC\xCC\x3D"), L"cdcccc3d");
+}
+
 TEST(ValueTextPlainTest, TextNeedsNoTerminatorAndNoWholeCharacterAtItsEnd)
 {
     EXPECT_EQ(valuetext::Plain({L"n", REG_SZ, std::string("A\0B\0C", 5), false}), L"AB");
