@@ -1,10 +1,12 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sqlite3.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -71,4 +73,17 @@ TEST(PlaceOfHiveTest, WithoutVariablesIsTheHomeThatTheSystemKnows)
             return UsualHiveFile(HiveOwner::user) == home / ".config/selvane/settings.db" ? 0 : 1;
         });
     EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST(SetHiveAsideTest, LeavesWhatHasComeIntoThePlaceOfADamagedOne)
+{
+    const support::TemporaryFolder folder;
+    const path file = folder.File("settings.db", std::string(4096, 'x'));
+    sqlite3* opened = nullptr;
+    ASSERT_EQ(sqlite3_open(file.c_str(), &opened), SQLITE_OK);
+    const utility::platform::posix::Database database(opened);
+    EXPECT_EQ(sqlite3_exec(opened, "select * from keys", nullptr, nullptr, nullptr), SQLITE_NOTADB);
+    rename(folder.File("restored", "restored"), file);
+    EXPECT_FALSE(utility::platform::posix::SetHiveAside(opened, file));
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(file), "restored");
 }
