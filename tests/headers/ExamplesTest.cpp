@@ -99,6 +99,19 @@ TEST_F(HeaderExampleTest, Failures)
     }
 }
 
+TEST_F(HeaderExampleTest, BinaryFile)
+{
+#include "files/BinaryFile.example"
+    using namespace std::string_literals;
+    EXPECT_EQ(m_folder.BytesOf("mesh.bin"), "MESH\3\0\0\0\0\0\xC0\x3F"s);
+}
+
+TEST_F(HeaderExampleTest, TextFile)
+{
+#include "files/TextFile.example"
+    EXPECT_EQ(m_folder.BytesOf("moves.nc"), "N10 G01\n");
+}
+
 TEST_F(HeaderExampleTest, InputOutputFile)
 {
     SetLogDebugMessages(true);
@@ -186,6 +199,27 @@ TEST_F(HeaderExampleTest, ThreadDatabase)
     } job;
 #include "logging/ThreadDatabase.example"
     EXPECT_EQ(TakeLog(&job), (std::vector<Logged>{{LogSeverityWarning, L"No tool\n"}}));
+}
+
+TEST_F(HeaderExampleTest, ThreadTimer)
+{
+    const auto Compute = [] {};
+#include "logging/ThreadTimer.example"
+    EXPECT_LT(milliseconds, 60000u);
+}
+
+TEST_F(HeaderExampleTest, TimeLogger)
+{
+    const support::LogSettings settings;
+    SetLogDebugMessages(true);
+    const auto* const database = static_cast<const CPlanDatabase*>(NewOwner());
+    const auto ReadPart = [] {};
+    const auto ComputePaths = [] {};
+#include "logging/TimeLogger.example"
+    const auto messages = TakeLog(database);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_NE(messages[0].text.find(L" read\n"), std::wstring::npos);
+    EXPECT_EQ(messages[0].text.substr(messages[0].text.size() - 12), L" tool paths\n");
 }
 
 TEST_F(HeaderExampleTest, MemoryReport)

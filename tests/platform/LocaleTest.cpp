@@ -22,11 +22,12 @@ struct LocaleCase
     const wchar_t* abbreviation;
     const wchar_t* nativeLanguage;
     const wchar_t* decimalSymbol;
+    const wchar_t* timeSeparator;
 };
 
 const LocaleCase locales[] = {
-#define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol)                                  \
-    {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol},
+#define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol, timeSeparator)                   \
+    {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol, L"" timeSeparator},
 #include "utility/platform/posix/locale/Locales.inc"
 #undef UTILITY_LOCALE
 };
@@ -43,7 +44,8 @@ void PrintTo(const LocaleCase& locale, std::ostream* out) { *out << NameOf(local
 template <class Key>
 using Question = int (LocaleService::*)(Key, wchar_t*, int);
 
-const Question<LCID> questionsByIdentifier[] = {&LocaleService::DecimalSymbol, &LocaleService::Name,
+const Question<LCID> questionsByIdentifier[] = {&LocaleService::DecimalSymbol, &LocaleService::TimeSeparator,
+                                                &LocaleService::Name,
                                                 &LocaleService::NativeLanguageName,
                                                 &LocaleService::LanguageAbbreviation};
 
@@ -85,6 +87,11 @@ TEST_P(EveryLocaleTest, IsKnownAlikeOnBothSystems)
     EXPECT_EQ(Answer<LCID>(&LocaleService::NativeLanguageName, locale.identifier), locale.nativeLanguage);
     EXPECT_EQ(Answer<const wchar_t*>(&LocaleService::NativeLanguageName, locale.name), locale.nativeLanguage);
     EXPECT_EQ(Answer<LCID>(&LocaleService::DecimalSymbol, locale.identifier), locale.decimalSymbol);
+    constexpr LCID canadianFrench = 0x0C0C; // Wine writes its hours as words
+    if (sizeof(wchar_t) == sizeof(char32_t) || locale.identifier != canadianFrench)
+    {
+        EXPECT_EQ(Answer<LCID>(&LocaleService::TimeSeparator, locale.identifier), locale.timeSeparator);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Known, EveryLocaleTest, ::testing::ValuesIn(locales),

@@ -14,6 +14,10 @@ public:
     {
         return m_system.DecimalSymbol(locale, buffer, size);
     }
+    int TimeSeparator(LCID locale, wchar_t* buffer, int size) override
+    {
+        return m_system.TimeSeparator(locale, buffer, size);
+    }
     int Name(LCID locale, wchar_t* buffer, int size) override { return m_system.Name(locale, buffer, size); }
     int NativeLanguageName(LCID locale, wchar_t* buffer, int size) override
     {

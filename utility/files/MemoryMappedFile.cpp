@@ -107,6 +107,12 @@ bool CMemoryMappedFile::Close(std::int64_t finalSize)
     return CloseFile();
 }
 
+void CMemoryMappedFile::CommitAndClose()
+{
+    if (!Files().TruncateHere(m_hFile) || !Files().FlushToDisk(m_hFile) || !CloseFile())
+        ThrowFailureOn(m_path);
+}
+
 void* CMemoryMappedFile::GetBase() { return m_pBase; }
 
 const void* CMemoryMappedFile::GetBase() const { return m_pBase; }

@@ -61,6 +61,11 @@ public:
     /// Only the closing of the file counts for the result. True if nothing is open.
     bool Close(std::int64_t finalSize);
 
+    /// Ends a file that was written where the file position is, brings it to the disk and closes it. What Close ignores
+    /// on that way throws CFileException here, and the object then stays open. To be called where a file is to take the
+    /// place of another: only after it that other may go.
+    void CommitAndClose();
+
     /// The first byte of the view; null when closed, and when writing.
     void* GetBase();
     const void* GetBase() const;

@@ -19,6 +19,9 @@ public:
 
     virtual int DecimalSymbol(LCID locale, wchar_t* buffer, int size) = 0;
 
+    /// What stands between hours and minutes.
+    virtual int TimeSeparator(LCID locale, wchar_t* buffer, int size) = 0;
+
     /// The name of a locale, a tag of language and region: de-AT.
     virtual int Name(LCID locale, wchar_t* buffer, int size) = 0;
 

@@ -50,6 +50,17 @@ struct FILETIME
     DWORD dwHighDateTime;
 };
 
+union _ULARGE_INTEGER
+{
+    struct
+    {
+        DWORD LowPart;
+        DWORD HighPart;
+    } u;
+    std::uint64_t QuadPart;
+};
+using ULARGE_INTEGER = _ULARGE_INTEGER;
+
 struct _BY_HANDLE_FILE_INFORMATION
 {
     DWORD dwFileAttributes;

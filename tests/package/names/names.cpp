@@ -110,6 +110,11 @@ struct OutputFile : CInputOutputFile
     void Protected() { Issue(true, LogSeverityError, 0, Any<std::va_list>()); }
 };
 
+struct CharacterFile : CTextFile
+{
+    void Protected() { Write(nullptr, 0); }
+};
+
 void Files()
 {
     const boost::filesystem::path path;
@@ -137,6 +142,7 @@ void Files()
     file.WriteFile(nullptr, 0);
     file.GetFilePointer();
     file.SetFilePointer(0, FILE_BEGIN);
+    file.CommitAndClose();
     file.Close(0);
     Copy<CMemoryMappedFile>();
     MappedFile().Protected();
@@ -163,6 +169,21 @@ void Files()
     text.IssueWarning("", 0, 0);
     text.IssueError("", 0, 0);
     Copy<CTextInputOutputFile>();
+
+    CBinaryFile bytes;
+    bytes.Open(L"");
+    bytes.Open(std::wstring());
+    bytes.Open(path);
+    bytes << "" << 1.0F << DWORD{1} << static_cast<unsigned short>(1);
+    Copy<CBinaryFile>();
+
+    CTextFile characters;
+    characters.Open(L"");
+    characters.Open(std::wstring());
+    characters.Open(path);
+    characters << 'c' << "" << L"" << 1 << 1U << 1L << 1UL << 1LL << 1ULL;
+    Copy<CTextFile>();
+    CharacterFile().Protected();
 }
 
 struct Object : CObject
@@ -282,6 +303,27 @@ void Logging()
 
     SetThreadDatabase(nullptr);
     GetThreadDatabase();
+
+    KUtime time({}, {});
+    time.copy({}, {});
+    time.Diff(KUtime());
+
+    ThreadTimer timer;
+    timer.Start();
+    timer.Stop();
+    timer.Reset();
+    timer.IsPaused();
+    timer.ElapsedTime();
+    timer.ElapsedTime(Any<std::uint64_t>(), Any<std::uint64_t>());
+    timer = ThreadTimer();
+
+    CTimeLogger timing;
+    timing.LogNextTimeStr(L"");
+    timing.LogNextTime(L"");
+    timing.GetTimeLog();
+    timing.PrintNextTime(nullptr, L"");
+    timing.PrintTimeLog(nullptr);
+    FormatMachiningTime(0);
 }
 
 void Memory()

@@ -153,6 +153,11 @@ public:
     {
         const auto* const bytes = static_cast<const char*>(data);
         written = 0;
+        if (DescriptorOf(file) < 0)
+        {
+            SetLastError(ERROR_INVALID_HANDLE);
+            return false;
+        }
         while (written < size)
         {
             const ssize_t count =

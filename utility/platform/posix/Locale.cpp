@@ -27,6 +27,11 @@ public:
         return Deliver(posix::FindIdentifier(locale), &posix::LocaleRecord::decimalSymbol, buffer, size);
     }
 
+    int TimeSeparator(LCID locale, wchar_t* buffer, int size) override
+    {
+        return Deliver(posix::FindIdentifier(locale), &posix::LocaleRecord::timeSeparator, buffer, size);
+    }
+
     int Name(LCID locale, wchar_t* buffer, int size) override
     {
         return Deliver(posix::FindIdentifier(locale), &posix::LocaleRecord::name, buffer, size);

@@ -18,6 +18,11 @@ public:
         return ::GetLocaleInfoW(locale, LOCALE_SDECIMAL, buffer, size);
     }
 
+    int TimeSeparator(LCID locale, wchar_t* buffer, int size) override
+    {
+        return ::GetLocaleInfoW(locale, LOCALE_STIME, buffer, size);
+    }
+
     int Name(LCID locale, wchar_t* buffer, int size) override { return ::LCIDToLocaleName(locale, buffer, size, 0); }
 
     int NativeLanguageName(LCID locale, wchar_t* buffer, int size) override

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/handles/Handle.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/threads/TimedThreads.h"
 
 #include <cstdint>
 #include <fcntl.h>
@@ -46,6 +47,11 @@ bool CloseHandle(HANDLE handle) noexcept
     // A mapping stands on its file's descriptor.
     if (const int mapping = NumberOf(HandleKind::mapping, handle); mapping >= 0)
         return ::fcntl(mapping, F_GETFD) >= 0 || Fail();
+    if (const int thread = NumberOf(HandleKind::thread, handle); thread >= 0)
+    {
+        errno = EBADF;
+        return ForgetThread(thread) || Fail();
+    }
     // A descriptor is gone when the call is interrupted as well: made anew it would close that of somebody else.
     return ::close(NumberOf(HandleKind::file, handle)) == 0 || errno == EINTR || Fail();
 }

@@ -9,7 +9,8 @@ namespace utility::platform::posix
 enum class HandleKind
 {
     file,
-    mapping
+    mapping,
+    thread
 };
 
 /// The handle of a thing that is known by a number, not negative, among those of its kind: by its descriptor, if it has

@@ -10,8 +10,8 @@ namespace
 {
 
 constexpr LocaleRecord locales[] = {
-#define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol)                                  \
-    {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol},
+#define UTILITY_LOCALE(identifier, name, abbreviation, nativeLanguage, decimalSymbol, timeSeparator)                   \
+    {identifier, L"" name, L"" abbreviation, L"" nativeLanguage, L"" decimalSymbol, L"" timeSeparator},
 #include "utility/platform/posix/locale/Locales.inc"
 #undef UTILITY_LOCALE
 };

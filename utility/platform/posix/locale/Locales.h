@@ -16,6 +16,7 @@ struct LocaleRecord
     std::wstring_view abbreviation;
     std::wstring_view nativeLanguage;
     std::wstring_view decimalSymbol;
+    std::wstring_view timeSeparator;
 };
 
 // Each gives null where there is no such locale.
