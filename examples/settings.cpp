@@ -60,8 +60,10 @@ void List(const Arguments& arguments)
     const keys::Place place = PlaceOf(console::Wide(arguments[0]));
     for (const regtext::Value& value : keys::Read(place).values)
     {
-        const std::wstring number = valuetext::NumberIn(value);
-        Print(regtext::Line(value) + (number.empty() ? L"" : L" ;" + number));
+        std::wstring line = regtext::Line(value);
+        if (const std::wstring number = valuetext::NumberIn(value); !number.empty())
+            line.append(L" ;").append(number);
+        Print(line);
     }
     for (const std::wstring& name : keys::SubKeys(place))
         Print(L'[' + place.name + L'\\' + name + L']');
