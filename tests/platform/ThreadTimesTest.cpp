@@ -84,9 +84,6 @@ TEST(ThreadTimesTest, HandleTellsOfItsThreadOnAnotherOne)
     }
     leave = true;
     thread.join();
-    const Spent end = TimesOf(worker);
-    EXPECT_GE(end.kernel, last.kernel);
-    EXPECT_GE(end.user, last.user);
     EXPECT_TRUE(Handles().CloseHandle(worker));
 }
 

@@ -141,8 +141,10 @@ void* Reallocate(void* block, int size)
     return FailingDatabase::Fails(memory) ? nullptr : systemMemory.xRealloc(block, size);
 }
 
-/// Before anything is opened: memory cannot be changed later.
-const bool installed = []
+constinit bool installed = false;
+
+/// Before anything is opened, as the user's hive is when the library is loaded: memory cannot be changed later.
+[[gnu::constructor(101)]] void Install()
 {
     sqlite3_mem_methods failingMemory;
     bool isInstalled = sqlite3_config(SQLITE_CONFIG_GETMALLOC, &systemMemory) == SQLITE_OK;
@@ -159,8 +161,8 @@ const bool installed = []
     failingFiles.xAccess = Access;
     failingFiles.xFullPathname = FullPath;
     failingFiles.xSleep = Sleep;
-    return isInstalled && sqlite3_vfs_register(&failingFiles, 1) == SQLITE_OK;
-}();
+    installed = isInstalled && sqlite3_vfs_register(&failingFiles, 1) == SQLITE_OK;
+}
 
 }
 
