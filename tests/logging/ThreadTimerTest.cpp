@@ -204,7 +204,9 @@ TEST_F(ThreadTimerTest, HandleIsClosedAtTheEnd)
 
 TEST_F(ThreadTimerTest, TimerThatWasNeverStartedDeliberatelyClosesTheInvalidHandle)
 {
-    { const ThreadTimer timer; }
+    {
+        const ThreadTimer timer;
+    }
     EXPECT_EQ(handles.closed, std::vector<HANDLE>{INVALID_HANDLE_VALUE});
 }
 

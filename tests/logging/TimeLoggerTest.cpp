@@ -88,8 +88,7 @@ TEST(TimeLineTest, LengthIsCutTo32BitsOfMilliseconds)
 {
     const std::wstring line = TimeLine(moment, moment + 0x100000005 * millisecond, L"");
     EXPECT_EQ(line, LocalTimeText(moment) + L".000             5 ");
-    EXPECT_EQ(TimeLine(moment, moment + 0x80000000 * millisecond, L""),
-              LocalTimeText(moment) + L".000   -2147483648 ");
+    EXPECT_EQ(TimeLine(moment, moment + 0x80000000 * millisecond, L""), LocalTimeText(moment) + L".000   -2147483648 ");
 }
 
 TEST(TimeLineTest, GlobalLocaleDoesNotGroupDigits)
@@ -207,26 +206,25 @@ TEST_P(MachiningTimeTest, IsHoursMinutesAndSeconds)
     EXPECT_EQ(FormatMachiningTime(GetParam().seconds), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, MachiningTimeTest,
-    ::testing::ValuesIn(std::vector<MachiningTime>{
-        {0, L"00:00:00"},
-        {-0.0, L"00:00:00"},
-        {0.999, L"00:00:00"},
-        {59.999, L"00:00:59"},
-        {60, L"00:01:00"},
-        {3599.5, L"00:59:59"},
-        {3661.9, L"01:01:01"},
-        {360000.0, L"100:00:00"},
-        {-0.5, L"00:00:00"},
-        {-90.0, L"00:-1:-30"},
-        {-3661.0, L"-1:-1:-1"},
-        {1e13, L"2777777777:46:40"},
-        // What a 64-bit integer does not hold.
-        {1e300, L"-2562047788015215:-30:-8"},
-        {-std::numeric_limits<double>::infinity(), L"-2562047788015215:-30:-8"},
-        {std::numeric_limits<double>::quiet_NaN(), L"-2562047788015215:-30:-8"},
-    }));
+INSTANTIATE_TEST_SUITE_P(Values, MachiningTimeTest,
+                         ::testing::ValuesIn(std::vector<MachiningTime>{
+                             {0, L"00:00:00"},
+                             {-0.0, L"00:00:00"},
+                             {0.999, L"00:00:00"},
+                             {59.999, L"00:00:59"},
+                             {60, L"00:01:00"},
+                             {3599.5, L"00:59:59"},
+                             {3661.9, L"01:01:01"},
+                             {360000.0, L"100:00:00"},
+                             {-0.5, L"00:00:00"},
+                             {-90.0, L"00:-1:-30"},
+                             {-3661.0, L"-1:-1:-1"},
+                             {1e13, L"2777777777:46:40"},
+                             // What a 64-bit integer does not hold.
+                             {1e300, L"-2562047788015215:-30:-8"},
+                             {-std::numeric_limits<double>::infinity(), L"-2562047788015215:-30:-8"},
+                             {std::numeric_limits<double>::quiet_NaN(), L"-2562047788015215:-30:-8"},
+                         }));
 
 TEST(FormatMachiningTimeTest, SeparatorIsThatOfTheUsersLocale)
 {

@@ -45,8 +45,7 @@ template <class Key>
 using Question = int (LocaleService::*)(Key, wchar_t*, int);
 
 const Question<LCID> questionsByIdentifier[] = {&LocaleService::DecimalSymbol, &LocaleService::TimeSeparator,
-                                                &LocaleService::Name,
-                                                &LocaleService::NativeLanguageName,
+                                                &LocaleService::Name, &LocaleService::NativeLanguageName,
                                                 &LocaleService::LanguageAbbreviation};
 
 /// The answer in a buffer that is just long enough.

@@ -51,11 +51,14 @@ TEST(ThreadTimesTest, ComputingIsUserTimeOfItsThread)
     const HANDLE self = ThreadTimes().OpenCallingThread();
     ASSERT_NE(self, INVALID_HANDLE_VALUE);
     const Spent before = TimesOf(self);
-    std::thread([] {
-        const HANDLE other = ThreadTimes().OpenCallingThread();
-        Compute(other, 60);
-        EXPECT_TRUE(Handles().CloseHandle(other));
-    }).join();
+    std::thread(
+        []
+        {
+            const HANDLE other = ThreadTimes().OpenCallingThread();
+            Compute(other, 60);
+            EXPECT_TRUE(Handles().CloseHandle(other));
+        })
+        .join();
     const Spent after = TimesOf(self);
     EXPECT_LT(after.user + after.kernel, before.user + before.kernel + 60 * millisecond);
     EXPECT_TRUE(Handles().CloseHandle(self));
@@ -65,11 +68,13 @@ TEST(ThreadTimesTest, HandleTellsOfItsThreadOnAnotherOne)
 {
     std::atomic<HANDLE> worker = nullptr;
     std::atomic<bool> leave = false;
-    std::thread thread([&] {
-        worker = ThreadTimes().OpenCallingThread();
-        while (!leave)
-            std::this_thread::sleep_for(std::chrono::microseconds(0));
-    });
+    std::thread thread(
+        [&]
+        {
+            worker = ThreadTimes().OpenCallingThread();
+            while (!leave)
+                std::this_thread::sleep_for(std::chrono::microseconds(0));
+        });
     while (worker == nullptr)
         std::this_thread::yield();
     // Neither time goes back, however the sum is split.

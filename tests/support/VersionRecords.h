@@ -96,7 +96,8 @@ public:
 
     bool IsEmpty() const { return m_size == 0; }
 
-    /// What a look-up gives; nothing if it fails, as it does without a record. It is checked that all of it is in the block.
+    /// What a look-up gives; nothing if it fails, as it does without a record. It is checked that all of it is in the
+    /// block.
     std::optional<std::string_view> Find(const wchar_t* path) const
     {
         void* value = nullptr;

@@ -112,8 +112,8 @@ private:
 class UTILITY_API COSException : public CException
 {
 public:
-    /// Records the calling thread's latest error, be it the library's or that of a call of the host's own, or a given one
-    /// (a Windows error number on every system).
+    /// Records the calling thread's latest error, be it the library's or that of a call of the host's own, or a given
+    /// one (a Windows error number on every system).
     explicit COSException(DWORD error = utility::platform::LatestError());
     ~COSException() override;
 

@@ -33,8 +33,8 @@ public:
     explicit CFileException(int cause = none, std::int32_t osError = -1, const wchar_t* fileName = nullptr);
     ~CFileException() override;
 
-    /// The cause in words of the display language, with the path and, where the system has one in that language, its own
-    /// message.
+    /// The cause in words of the display language, with the path and, where the system has one in that language, its
+    /// own message.
     int GetErrorMessage(wchar_t* buffer, unsigned int bufferSize, unsigned int* helpContext) override;
 
     /// The cause that stands for a system's error number, which is a Windows one on every system.

@@ -31,8 +31,7 @@ void KUtime::copy(const FILETIME& kernel, const FILETIME& user)
 ULARGE_INTEGER KUtime::Diff(const KUtime& other)
 {
     ULARGE_INTEGER difference;
-    difference.QuadPart =
-        CountOf(m_ftUser) - CountOf(other.m_ftUser) - CountOf(other.m_ftKernel) + CountOf(m_ftKernel);
+    difference.QuadPart = CountOf(m_ftUser) - CountOf(other.m_ftUser) - CountOf(other.m_ftKernel) + CountOf(m_ftKernel);
     return difference;
 }
 

@@ -5,9 +5,9 @@
 namespace utility::platform
 {
 
-/// Something that a fork has to find at rest. The new process has none of the other threads, and would wait for ever for
-/// what one of them held: while it is copied, everything of this kind is held, the latest first. So what is taken while
-/// another one is held is made ahead of that.
+/// Something that a fork has to find at rest. The new process has none of the other threads, and would wait for ever
+/// for what one of them held: while it is copied, everything of this kind is held, the latest first. So what is taken
+/// while another one is held is made ahead of that.
 class HeldAtFork
 {
 public:

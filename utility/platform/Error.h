@@ -10,8 +10,8 @@ namespace utility::platform
 /// After one that succeeded it says nothing: some systems' calls leave it as it was, some do not.
 [[nodiscard]] UTILITY_API DWORD LastError() noexcept;
 
-/// What LastError gives, unless, on Linux, a call of the system that somebody else made has failed later: then its reason,
-/// which errno has. On Windows the system keeps both as one.
+/// What LastError gives, unless, on Linux, a call of the system that somebody else made has failed later: then its
+/// reason, which errno has. On Windows the system keeps both as one.
 [[nodiscard]] UTILITY_API DWORD LatestError() noexcept;
 
 /// Sets what LastError gives on the calling thread.

@@ -29,8 +29,9 @@ namespace utility::platform
 {
 
 /// Moves a hive, HKEY_CURRENT_USER or HKEY_LOCAL_MACHINE, to another file, absent or a hive already; false for any
-/// other key, for a file named from a current folder that is gone, and always on Windows. Keys that are open in it are as if deleted from then on. Call it before anybody
-/// uses the settings: who holds keys, as the settings objects do, does not open them again.
+/// other key, for a file named from a current folder that is gone, and always on Windows. Keys that are open in it are
+/// as if deleted from then on. Call it before anybody uses the settings: who holds keys, as the settings objects do,
+/// does not open them again.
 UTILITY_API bool SetHiveFile(HKEY hive, const boost::filesystem::path& file);
 
 /// The file of a hive; empty for any other key, where the user has no home, and always on Windows.

@@ -20,8 +20,8 @@ public:
     virtual HINSTANCE ModuleAt(const void* address) = 0;
 
     /// The absolute path of a module's file; a null module stands for the program itself. Empty on failure, which a
-    /// module that is not loaded is (126). On Windows a path is cut to 259 characters; on Linux it is where the file was
-    /// when it was loaded, however the module was found and whatever became of the file.
+    /// module that is not loaded is (126). On Windows a path is cut to 259 characters; on Linux it is where the file
+    /// was when it was loaded, however the module was found and whatever became of the file.
     virtual std::wstring FileName(HINSTANCE module) = 0;
 
     /// Loads a module for the sake of its resources; a file that is loaded already is the same module. The path is an

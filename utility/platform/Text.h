@@ -29,9 +29,10 @@ public:
     /// The reverse of ToCodePage, with the capacity and the result in wide characters.
     virtual int FromCodePage(UINT codePage, const char* text, int length, wchar_t* out, int capacity) = 0;
 
-    /// The message for an error number, null-terminated, in the language with this identifier, 0 being the thread's. Gives
-    /// its length, or 0 where there is none or the buffer is too small. On Windows it is the system's; on Linux the library
-    /// has its own, in the languages of its satellites, for the numbers in ErrorCodes.h, and English for other languages.
+    /// The message for an error number, null-terminated, in the language with this identifier, 0 being the thread's.
+    /// Gives its length, or 0 where there is none or the buffer is too small. On Windows it is the system's; on Linux
+    /// the library has its own, in the languages of its satellites, for the numbers in ErrorCodes.h, and English for
+    /// other languages.
     virtual DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) = 0;
 };
 

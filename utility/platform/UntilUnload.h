@@ -1,9 +1,9 @@
 #pragma once
 
-// What the library keeps for as long as it is loaded. Other threads, and static objects of the host, may use it until the
-// process is gone: at the end of the process nothing of it is destroyed. When the system unloads the library, nobody
-// uses it any more: then all of it is, the latest first, and behind the static objects of the module that the library is
-// part of.
+// What the library keeps for as long as it is loaded. Other threads, and static objects of the host, may use it until
+// the process is gone: at the end of the process nothing of it is destroyed. When the system unloads the library,
+// nobody uses it any more: then all of it is, the latest first, and behind the static objects of the module that the
+// library is part of.
 //
 //     Views& AllViews()
 //     {

@@ -23,8 +23,8 @@
 // Any thread may call, once the objects are made; SetProductName and the making of objects are not guarded. Nothing is
 // reported and a store that fails throws nothing: a failed read gives the default, a failed write false.
 //
-// A key is named by wide text, in which the backslash alone separates and a slash is part of a name, or by a path, whose
-// parts are the keys on the way: AppSubKey() / "Options" is the same key on every system.
+// A key is named by wide text, in which the backslash alone separates and a slash is part of a name, or by a path,
+// whose parts are the keys on the way: AppSubKey() / "Options" is the same key on every system.
 
 #include "utility/guards/ResourcePtr.h"
 #include "utility/platform/Export.h"
@@ -43,7 +43,8 @@ class path;
 namespace utility
 {
 
-/// The name of a key as a caller has it: anything that is null-terminated wide text, or a path. Made where it is passed.
+/// The name of a key as a caller has it: anything that is null-terminated wide text, or a path. Made where it is
+/// passed.
 class KeyName
 {
 public:

@@ -31,7 +31,8 @@ protected:
         return text;
     }
 
-    /// That `write` fails for lack of memory, which is not there for good, and that what is written next is all there is.
+    /// That `write` fails for lack of memory, which is not there for good, and that what is written next is all there
+    /// is.
     template <class Write>
     void ExpectFailure(Write write)
     {

@@ -121,7 +121,8 @@ public:
     }
 
 private:
-    /// What is loaded is mapped by the service for files. That is made first: it outlives this, and a fork holds it later.
+    /// What is loaded is mapped by the service for files. That is made first: it outlives this, and a fork holds it
+    /// later.
     posix::LoadedFiles m_files = (static_cast<void>(Files()), posix::LoadedFiles());
 };
 

@@ -30,9 +30,9 @@ _Unwind_Reason_Code FindCaller(_Unwind_Context* frame, void* found)
     return caller == Caller::unknown ? _URC_NO_REASON : _URC_END_OF_STACK;
 }
 
-/// Comes behind the destructors of the module's static objects. The end of the process and dlclose both do it, and in the
-/// same way: which of them it is, is told by the calls that led here, of which the latest counts. Where they do not tell,
-/// nothing is destroyed.
+/// Comes behind the destructors of the module's static objects. The end of the process and dlclose both do it, and in
+/// the same way: which of them it is, is told by the calls that led here, of which the latest counts. Where they do not
+/// tell, nothing is destroyed.
 [[gnu::destructor(101)]] void EndModule()
 {
     Caller caller = Caller::unknown;

@@ -4,8 +4,8 @@ namespace utility::platform::posix
 {
 
 /// A descriptor just opened, moved if it is one of the three of the standard streams. Where the host has closed these,
-/// what is still written there must not go into a file of ours. -1, with the reason in errno, if it is none or cannot be
-/// moved.
+/// what is still written there must not go into a file of ours. -1, with the reason in errno, if it is none or cannot
+/// be moved.
 int AboveStandardStreams(int descriptor) noexcept;
 
 }
