@@ -903,7 +903,7 @@ TEST_F(HiveTest, ThatIsMadeOnAFullFileSystemIsMadeWholeOrNotAtAll)
             });
         const int code = child.ExitCode();
         if (code == 99)
-            GTEST_SKIP() << "is for who may mount file systems";
+            GTEST_SKIP() << "The user lacks the right to mount file systems";
         EXPECT_EQ(code, 0) << limit;
     }
 }
@@ -1132,7 +1132,7 @@ TEST_F(ForeignHiveTest, IsReadInAFolderOfAnyName)
 TEST_F(ForeignHiveTest, ThatWasAtRestIsReadAnewOnceItsOwnerWrites)
 {
     if (::geteuid() != 0)
-        GTEST_SKIP() << "is for two users";
+        GTEST_SKIP() << "The user lacks the right to become another";
     for (const char* const suffix : {"-wal", "-shm"})
         boost::filesystem::remove(m_file.native() + suffix);
     ::chmod(m_folder.Path().c_str(), 0755);
@@ -1159,7 +1159,7 @@ TEST_F(ForeignHiveTest, ThatWasAtRestIsReadAnewOnceItsOwnerWrites)
 TEST_F(ForeignHiveTest, ThatAToolChangedAndTidiedUpIsReadAnew)
 {
     if (::geteuid() != 0)
-        GTEST_SKIP() << "is for two users";
+        GTEST_SKIP() << "The user lacks the right to become another";
     for (const char* const suffix : {"-wal", "-shm"})
         boost::filesystem::remove(m_file.native() + suffix);
     ::chmod(m_folder.Path().c_str(), 0755);
