@@ -25,7 +25,8 @@ public:
     {
         const posix::MappedFile file(PathFromWide(path));
         const formats::Bytes stored = formats::FindVersionRecord(file.Content());
-        m_record.assign(stored.begin(), stored.begin() + std::min(stored.size(), formats::longestVersionRecord));
+        const formats::Bytes record = stored.first(std::min(stored.size(), formats::longestVersionRecord));
+        m_record.assign(record.begin(), record.end());
         m_size = formats::VersionBlockSize(m_record);
         if (m_size == 0 && !file.Content().empty())
             SetLastError(ERROR_RESOURCE_TYPE_NOT_FOUND);
