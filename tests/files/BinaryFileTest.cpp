@@ -74,11 +74,11 @@ TEST_F(BinaryFileTest, CopyWritesToTheSameFile)
 {
     ASSERT_TRUE(file.Open(folder / "a"));
     file << "a";
-    auto* const alias = new CBinaryFile(file); // lives on: only one of the two may be closed
-    *alias << "b";
+    CBinaryFile alias(file);
+    alias << "b";
     file << "c";
+    alias = CBinaryFile(); // only one of the two may be closed, and an assignment closes nothing
     EXPECT_EQ(Written(), "abc");
-    ::operator delete(alias);
 }
 
 TEST_F(BinaryFileTest, EachInsertionIsOneWrite)
