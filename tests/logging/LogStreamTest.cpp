@@ -532,6 +532,10 @@ std::vector<Insertion> TextsAndIntegers()
     AddExtremes<unsigned long>(all);
     AddExtremes<long long>(all);
     AddExtremes<unsigned long long>(all);
+    AddExtremes<float>(all);
+    AddExtremes<double>(all);
+    for (const double value : {0.1, -0.0, 2.5, 123456.5, 1234567.5, 99999.95, 1e-5, 0.0001, -1e300, 5e-324})
+        all.push_back(Same(value));
     return all;
 }
 

@@ -3,6 +3,8 @@
 #include "utility/logging/LogMessages.h"
 #include "utility/platform/Text.h"
 
+#include <algorithm>
+#include <charconv>
 #include <exception>
 #include <iterator>
 #include <locale>
@@ -158,6 +160,17 @@ void CLogStreamHelper::AppendInteger(std::uint64_t magnitude, bool negative)
     if (negative)
         *--begin = L'-';
     AppendText({begin, static_cast<std::size_t>(std::end(text) - begin)});
+}
+
+// As a stream does it, which on Windows sets the locale of the whole process for a moment meanwhile.
+void CLogStreamHelper::AppendReal(double value)
+{
+    constexpr int digitsOfAStream = 6;
+    char text[32];
+    const char* const end = std::to_chars(text, std::end(text), value, std::chars_format::general, digitsOfAStream).ptr;
+    wchar_t wide[std::size(text)];
+    std::copy(static_cast<const char*>(text), end, wide);
+    AppendText({wide, static_cast<std::size_t>(end - text)});
 }
 
 CLogStream& CLogStreamHelper::Stream()

@@ -69,7 +69,7 @@ private:
 };
 
 /// A log stream behind the test of its severity against the level, which is made once, at construction. Text and
-/// integers do not need a stream as long as nothing can have changed how they are formatted; the first other value or
+/// numbers do not need a stream as long as nothing can have changed how they are formatted; the first other value or
 /// manipulator makes one, and from then on everything goes through it. The text is the same.
 class UTILITY_API CLogStreamHelper
 {
@@ -114,6 +114,13 @@ private:
             else
                 AppendInteger(static_cast<std::uint64_t>(value), false);
         }
+        else if constexpr (std::is_same_v<T, float> || std::is_same_v<T, double>)
+        {
+            if (m_stream)
+                *m_stream << value;
+            else
+                AppendReal(value);
+        }
         else
             Stream() << value;
     }
@@ -123,6 +130,7 @@ private:
     void InsertNarrow(std::string_view text);
     void AppendText(std::wstring_view text);
     void AppendInteger(std::uint64_t magnitude, bool negative);
+    void AppendReal(double value);
     CLogStream& Stream();
     std::wstring_view Text() const;
     void Deliver();

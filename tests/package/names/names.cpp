@@ -294,8 +294,8 @@ void Logging()
     CLogStream(nullptr, LogSeverityError) << L"";
     LogBuffer().Protected();
     CLogStreamHelper helper(nullptr, LogSeverityError);
-    helper << L"" << std::wstring() << std::wstring_view() << L'c' << true << 1 << 1ull << 1.0 << "" << std::string()
-           << std::endl;
+    helper << L"" << std::wstring() << std::wstring_view() << L'c' << true << 1 << 1ull << 1.0 << 1.0L << ""
+           << std::string() << std::endl;
     LogFile(LogSeverityError, nullptr) << "";
     LogFile(LogSeverityError, nullptr) << std::string();
     DbgLogFile(LogSeverityError, Any<const void*>());
