@@ -1075,6 +1075,13 @@ protected:
             ::chmod((m_file.native() + suffix).c_str(), 0444);
     }
 
+    /// Removes the log and its index, as one who closes a hive does.
+    void LeaveAtRest()
+    {
+        for (const char* const suffix : {"-wal", "-shm"})
+            boost::filesystem::remove(m_file.native() + suffix);
+    }
+
     /// What somebody without rights reads there; 0 if it is `expected`.
     int ReadByNobody(const std::string& expected)
     {
@@ -1094,8 +1101,7 @@ TEST_F(ForeignHiveTest, IsRead) { EXPECT_EQ(ReadByNobody("machine"), 0); }
 
 TEST_F(ForeignHiveTest, IsReadWithoutTheFilesThatGoWithIt)
 {
-    for (const char* const suffix : {"-wal", "-shm"})
-        boost::filesystem::remove(m_file.native() + suffix);
+    LeaveAtRest();
     EXPECT_EQ(ReadByNobody("machine"), 0);
 }
 
@@ -1133,8 +1139,7 @@ TEST_F(ForeignHiveTest, ThatWasAtRestIsReadAnewOnceItsOwnerWrites)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "The user lacks the right to become another";
-    for (const char* const suffix : {"-wal", "-shm"})
-        boost::filesystem::remove(m_file.native() + suffix);
+    LeaveAtRest();
     ::chmod(m_folder.Path().c_str(), 0755);
     Child child(
         [&]
@@ -1160,8 +1165,7 @@ TEST_F(ForeignHiveTest, ThatAToolChangedAndTidiedUpIsReadAnew)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "The user lacks the right to become another";
-    for (const char* const suffix : {"-wal", "-shm"})
-        boost::filesystem::remove(m_file.native() + suffix);
+    LeaveAtRest();
     ::chmod(m_folder.Path().c_str(), 0755);
     // It was changed long ago.
     boost::filesystem::last_write_time(m_file, std::time(nullptr) - 3600);
