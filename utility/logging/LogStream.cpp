@@ -70,6 +70,9 @@ CLogStreamHelper::CLogStreamHelper(const void* owner, LogSeverity severity)
 
 CLogStreamHelper::~CLogStreamHelper() noexcept(false)
 {
+    // Most messages are below the level.
+    if (!m_bEnabled)
+        return;
     try
     {
         if (m_stream)
