@@ -37,7 +37,7 @@ function(utility_precompile target)
   endif()
 endfunction()
 
-# Windows looks for a program's libraries beside it. Puts the C++ runtime into the current build folder and, with
+# Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder and, with
 # LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. Makes the
 # target `name` for it.
 function(utility_stage_runtime name)
@@ -75,11 +75,11 @@ function(utility_stage_runtime name)
   endif()
 endfunction()
 
-# The C++ runtime of the Windows build: the library and its host share one, since failures and streams cross between
-# them.
+# The runtime files of the Windows build: the C++ runtime, of which the library and its host share one, since failures
+# and streams cross between them, and zlib, which only those need who compress.
 function(utility_runtime_files variable)
   set(files "")
-  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll zlib1.dll)
     execute_process(
       COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
       OUTPUT_VARIABLE file

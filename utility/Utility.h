@@ -2,6 +2,8 @@
 
 // The whole of the library's public interface.
 
+#include "utility/codec/VRMLFile.h"
+#include "utility/codec/ZEngine.h"
 #include "utility/diagnostics/Assertions.h"
 #include "utility/failures/Failures.h"
 #include "utility/files/BinaryFile.h"

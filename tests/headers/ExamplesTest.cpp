@@ -2,6 +2,7 @@
 // compiled and run here, among what it takes for granted.
 
 #include "tests/support/ForwardingLocale.h"
+#include "tests/support/Gunzip.h"
 #include "tests/support/KeepFloatingControl.h"
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/LogSettings.h"
@@ -23,6 +24,7 @@
 #include <string>
 #include <thread>
 #include <vector>
+#include <zlib.h>
 
 #undef assert
 #define assert(condition) EXPECT_TRUE(condition)
@@ -75,6 +77,24 @@ struct KeepDebuggerSink
     ~KeepDebuggerSink() { utility::platform::SetDebuggerSink(earlier); }
 };
 
+}
+
+TEST_F(HeaderExampleTest, VRMLFile)
+{
+#include "codec/VRMLFile.example"
+    EXPECT_EQ(support::Gunzip(m_folder.BytesOf("part.wrl.gz")),
+              "#VRML V2.0 utf8\nShape { geometry Sphere { radius 5 } }\n");
+}
+
+TEST_F(HeaderExampleTest, ZEngine)
+{
+    Bytef text[] = "to compress, to compress, to compress";
+    const uInt textSize = sizeof(text);
+    Bytef compressed[100];
+    const uInt roomForCompressed = sizeof(compressed);
+#include "codec/ZEngine.example"
+    EXPECT_TRUE(isDone);
+    EXPECT_LT(stream.total_out, sizeof(text));
 }
 
 TEST_F(HeaderExampleTest, Assertions)

@@ -46,6 +46,29 @@ void Catch()
     }
 }
 
+void Codec()
+{
+    CVRMLFile scene;
+    scene.Open(L"", true, 6);
+    scene.Open(std::wstring(), true, 6);
+    scene.Open(boost::filesystem::path(), true, 6);
+    scene << "";
+    scene.Write(nullptr, 0);
+    scene.DoDeflate(0);
+    scene.CommitAndClose();
+    scene.Close();
+
+    CZEngine engine;
+    engine.DeflateInit(6);
+    engine.DeflateInit2(6, 8, 15, 8, 0);
+    engine.Deflate(0);
+    engine.DeflateEnd();
+    engine.InflateInit();
+    engine.Inflate(0);
+    engine.InflateEnd();
+    Copy<CZEngine>();
+}
+
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
 
 void Failures()
@@ -595,6 +618,7 @@ int main(int argumentCount, char**)
 {
     if (argumentCount > 0)
         return 0;
+    Codec();
     Diagnostics();
     Failures();
     Files();

@@ -59,6 +59,7 @@ using support::FailingCall;
         return FailingCall::Fails(#name) ? (failure) : __real_##name(__VA_ARGS__);                                     \
     }
 
+FAILING_CALL(void*, nullptr, dlopen, (const char* file, int mode), file, mode)
 FAILING_CALL(int, -1, fstat, (int file, struct stat* status), file, status)
 FAILING_CALL(int, -1, fsync, (int file), file)
 FAILING_CALL(int, -1, ftruncate, (int file, off_t length), file, length)

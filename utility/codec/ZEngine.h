@@ -1,0 +1,50 @@
+#pragma once
+
+// One stream of zlib, to compress or to expand. The object is zlib's record z_stream and nothing else:
+//
+//     CZEngine engine;
+//     auto& stream = reinterpret_cast<z_stream&>(engine); // <zlib.h>
+//     engine.DeflateInit(6);
+//     stream.next_in = text;
+//     stream.avail_in = textSize;
+//     stream.next_out = compressed;
+//     stream.avail_out = roomForCompressed;
+//     const bool isDone = engine.Deflate(Z_FINISH) == Z_STREAM_END;
+//     engine.DeflateEnd();
+//
+// Each operation is the function of zlib with its name, and gives its result: a negative one is a failure. The first
+// operation of a process loads zlib. Where it cannot be had, each raises the structured exception 0xC06D007E on
+// Windows, as a delayed import does; on Linux each gives Z_VERSION_ERROR (-6) and changes nothing. Nothing is thrown.
+// An object belongs to one thread at a time. Whoever begins a stream ends it: the object does not.
+
+#include "utility/platform/Export.h"
+
+struct z_stream_s;
+
+class UTILITY_API CZEngine
+{
+public:
+    /// All zeros, as zlib wants the record of a stream that is to begin.
+    CZEngine();
+    /// A copy deliberately shares zlib's state. Only one of the two may use and end the stream: the original, as zlib
+    /// refuses the other.
+    CZEngine(const CZEngine&) = default;
+    CZEngine& operator=(const CZEngine&) = default;
+
+    int DeflateInit(int level);
+    int DeflateInit2(int level, int method, int windowBits, int memoryLevel, int strategy);
+    int Deflate(int flush);
+    int DeflateEnd();
+
+    int InflateInit();
+    int Inflate(int flush);
+    int InflateEnd();
+
+private:
+    friend class CVRMLFile;
+
+    z_stream_s* GetZStream();
+
+    // As long as the record, which holds numbers of the system's type long.
+    alignas(void*) unsigned char m_record[sizeof(long) == 8 ? 112 : 88];
+};
