@@ -1,7 +1,7 @@
 #include "utility/platform/UntilUnload.h"
 
-#include <cstdlib>
 #include <dlfcn.h>
+#include <string_view>
 #include <unwind.h>
 
 namespace utility::platform
@@ -17,16 +17,20 @@ enum class Caller
     dlclose
 };
 
-template <class Function>
-bool IsIn(Function* function, _Unwind_Context* frame)
+/// The name of the function that a frame belongs to; empty for one that its module does not export. Its address would
+/// not tell it: to a program that takes that of dlclose, and so to all of its modules, it is a place in the program.
+std::string_view FunctionOf(_Unwind_Context* frame)
 {
-    return _Unwind_GetRegionStart(frame) == reinterpret_cast<_Unwind_Word>(function);
+    auto* const begin = reinterpret_cast<void*>(_Unwind_GetRegionStart(frame));
+    Dl_info info;
+    return ::dladdr(begin, &info) != 0 && info.dli_saddr == begin ? info.dli_sname : std::string_view();
 }
 
 _Unwind_Reason_Code FindCaller(_Unwind_Context* frame, void* found)
 {
+    const std::string_view function = FunctionOf(frame);
     auto& caller = *static_cast<Caller*>(found);
-    caller = IsIn(&::dlclose, frame) ? Caller::dlclose : IsIn(&::exit, frame) ? Caller::exit : Caller::unknown;
+    caller = function == "dlclose" ? Caller::dlclose : function == "exit" ? Caller::exit : Caller::unknown;
     return caller == Caller::unknown ? _URC_NO_REASON : _URC_END_OF_STACK;
 }
 
