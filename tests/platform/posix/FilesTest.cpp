@@ -338,6 +338,47 @@ TEST_F(FailingFilesTest, FileOfWhichNothingIsToldIsClosedAndSaysWhy)
     EXPECT_TRUE(alsoFailing.HasFailed());
 }
 
+TEST_F(FailingFilesTest, NewFileIsThereOrNotAtAllWhicheverCallFails)
+{
+    const auto path = m_folder / "new";
+    for (const char* const call : {"open", "fstat", "fcntl", "close"})
+    {
+        bool fails = true;
+        for (int at = 1; fails; ++at)
+        {
+            const FailingCall failing(call, EIO, at);
+            const HANDLE file = Files().OpenForWriting(path);
+            fails = failing.HasFailed();
+            EXPECT_EQ(boost::filesystem::exists(path), file != INVALID_HANDLE_VALUE) << call << at;
+            EXPECT_TRUE(fails || file != INVALID_HANDLE_VALUE) << call << at;
+            Files().Close(file);
+            boost::filesystem::remove(path);
+        }
+    }
+}
+
+TEST_F(FailingFilesTest, FileThatAnotherMadeMeanwhileIsOpenedAndKept)
+{
+    // As it is where it was not there at the first look.
+    const FailingCall looking("open", ENOENT);
+    const HANDLE file = Files().OpenForWriting(m_path);
+    EXPECT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(Files().Close(file));
+    EXPECT_EQ(Bytes(), "bytes");
+}
+
+TEST_F(FailingFilesTest, FileIsMadeBehindALinkToNothing)
+{
+    boost::filesystem::create_symlink(m_folder / "new", m_folder / "link");
+    errno = 0;
+    const HANDLE file = Files().OpenForWriting(m_folder / "link");
+    EXPECT_NE(file, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(errno, 0);
+    EXPECT_TRUE(Files().Close(file));
+    EXPECT_TRUE(boost::filesystem::is_symlink(m_folder / "link"));
+    EXPECT_TRUE(boost::filesystem::exists(m_folder / "new"));
+}
+
 TEST_F(FailingFilesTest, LockOfAnotherIsASharingViolationByEitherOfItsNames)
 {
     for (const int name : {EAGAIN, EACCES})

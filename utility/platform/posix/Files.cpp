@@ -21,7 +21,7 @@ namespace
 
 int DescriptorOf(HANDLE file) { return posix::NumberOf(posix::HandleKind::file, file); }
 
-/// Opens a file as it is, or makes it. -1 on failure.
+/// Opens a file, or with O_CREAT makes it. -1 on failure.
 int OpenAny(const boost::filesystem::path& path, int flags)
 {
     const auto open = [&](int more)
@@ -32,38 +32,67 @@ int OpenAny(const boost::filesystem::path& path, int flags)
     return posix::AboveStandardStreams(descriptor < 0 && errno == EAGAIN ? open(0) : descriptor);
 }
 
-/// Opens a file and takes the advisory lock of its kind on the whole of it.
-HANDLE OpenLocked(const boost::filesystem::path& path, int flags, short lockType)
+/// Takes the advisory lock of this type on the whole of a file. A file system without locks lets everybody in; only a
+/// lock held by another turns the caller away.
+DWORD TakeLock(int descriptor, short type)
+{
+    return posix::Lock(descriptor, type) || (errno != EAGAIN && errno != EACCES) ? ERROR_SUCCESS
+                                                                                 : ERROR_SHARING_VIOLATION;
+}
+
+/// Makes what was opened ready to be used by the caller alone, or with others who only read. Devices and pipes are
+/// there for several at once.
+DWORD Prepare(int descriptor, short lockType)
+{
+    struct stat status;
+    if (::fstat(descriptor, &status) != 0)
+        return posix::ErrorOfErrno(errno);
+    if (S_ISDIR(status.st_mode))
+        return ERROR_ACCESS_DENIED;
+    const DWORD refused = S_ISREG(status.st_mode) ? TakeLock(descriptor, lockType) : ERROR_SUCCESS;
+    // From here on a pipe that is full makes its writer wait.
+    return refused == ERROR_SUCCESS && ::fcntl(descriptor, F_SETFL, 0) != 0 ? posix::ErrorOfErrno(errno) : refused;
+}
+
+enum class Absent
+{
+    fails,
+    isMade
+};
+
+HANDLE OpenLocked(const boost::filesystem::path& path, int access, short lockType, Absent then)
 {
     if (path.native().find('\0') != std::string::npos)
     {
         SetLastError(ERROR_INVALID_NAME);
         return INVALID_HANDLE_VALUE;
     }
-    const int descriptor = OpenAny(path, flags);
+    const int errnoBefore = errno;
+    int descriptor = OpenAny(path, access);
+    bool isNew = false;
+    if (descriptor < 0 && errno == ENOENT && then == Absent::isMade)
+    {
+        descriptor = posix::MakeFile(path.c_str(), 0666);
+        isNew = descriptor >= 0;
+        // A link to where nothing is, or somebody else has made it meanwhile.
+        if (!isNew && errno == EEXIST)
+            descriptor = OpenAny(path, access | O_CREAT);
+    }
     if (descriptor < 0)
     {
         posix::FailOn(path.native());
         return INVALID_HANDLE_VALUE;
     }
-    const auto refuse = [descriptor](DWORD error)
+    // What is new needs nothing that may fail: no file is left where the caller gets none.
+    const DWORD refused = isNew ? TakeLock(descriptor, lockType) : Prepare(descriptor, lockType);
+    if (refused != ERROR_SUCCESS)
     {
         ::close(descriptor);
-        SetLastError(error);
+        SetLastError(refused);
         return INVALID_HANDLE_VALUE;
-    };
-    struct stat status;
-    if (::fstat(descriptor, &status) != 0)
-        return refuse(posix::ErrorOfErrno(errno));
-    if (S_ISDIR(status.st_mode))
-        return refuse(ERROR_ACCESS_DENIED);
-    // A file system without locks lets everybody in; only a lock held by another turns the caller away. Devices and
-    // pipes are there for several at once.
-    if (S_ISREG(status.st_mode) && !posix::Lock(descriptor, lockType) && (errno == EAGAIN || errno == EACCES))
-        return refuse(ERROR_SHARING_VIOLATION);
-    // From here on a pipe that is full makes its writer wait.
-    if (::fcntl(descriptor, F_SETFL, 0) != 0)
-        return refuse(posix::ErrorOfErrno(errno));
+    }
+    // That nothing was there at first is no failure.
+    errno = errnoBefore;
     return posix::MakeHandle(posix::HandleKind::file, descriptor);
 }
 
@@ -80,11 +109,14 @@ bool FailToChange(int descriptor)
 class PosixFiles final : public FileService
 {
 public:
-    HANDLE OpenForReading(const boost::filesystem::path& path) override { return OpenLocked(path, O_RDONLY, F_RDLCK); }
+    HANDLE OpenForReading(const boost::filesystem::path& path) override
+    {
+        return OpenLocked(path, O_RDONLY, F_RDLCK, Absent::fails);
+    }
 
     HANDLE OpenForWriting(const boost::filesystem::path& path) override
     {
-        return OpenLocked(path, O_RDWR | O_CREAT, F_WRLCK);
+        return OpenLocked(path, O_RDWR, F_WRLCK, Absent::isMade);
     }
 
     bool Length(HANDLE file, std::uint64_t& length) override

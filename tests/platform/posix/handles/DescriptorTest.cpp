@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,7 @@
 
 using support::FailingCall;
 using utility::platform::posix::AboveStandardStreams;
+using utility::platform::posix::MakeFile;
 
 TEST(DescriptorTest, ThoseOfTheStandardStreamsAreMovedAndFreeAgain)
 {
@@ -47,4 +49,33 @@ TEST(DescriptorTest, OneThatCannotBeMovedIsClosedAndSaysWhy)
             return failed && ::fcntl(STDIN_FILENO, F_GETFD) < 0 ? 0 : 1;
         });
     EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST(DescriptorTest, FileIsMadeWhereThereIsNoneAndWithItsMode)
+{
+    const support::TemporaryFolder folder;
+    const auto path = folder / "new";
+    const int made = MakeFile(path.c_str(), 0600);
+    EXPECT_EQ(::fcntl(made, F_GETFL) & O_ACCMODE, O_RDWR);
+    EXPECT_EQ(::fcntl(made, F_GETFD), FD_CLOEXEC);
+    EXPECT_EQ(::close(made), 0);
+    EXPECT_EQ(status(path).permissions(), boost::filesystem::owner_read | boost::filesystem::owner_write);
+    EXPECT_EQ(MakeFile(path.c_str(), 0600), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_TRUE(exists(path));
+}
+
+TEST(DescriptorTest, FileWhoseDescriptorCannotBeMovedIsNotMadeAndSaysWhy)
+{
+    const support::TemporaryFolder folder;
+    const auto path = folder / "new";
+    support::Child child(
+        [&path]
+        {
+            ::close(STDIN_FILENO);
+            const FailingCall full("fcntl", EMFILE);
+            return MakeFile(path.c_str(), 0600) == -1 && errno == EMFILE && ::fcntl(STDIN_FILENO, F_GETFD) < 0 ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_FALSE(exists(path));
 }

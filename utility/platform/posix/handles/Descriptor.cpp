@@ -1,5 +1,7 @@
 #include "utility/platform/posix/handles/Descriptor.h"
 
+#include "utility/platform/posix/error/Errno.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -15,6 +17,19 @@ int AboveStandardStreams(int descriptor) noexcept
     const int reason = errno;
     ::close(descriptor);
     errno = reason;
+    return moved;
+}
+
+int MakeFile(const char* path, mode_t mode) noexcept
+{
+    const int made = Uninterrupted([&] { return ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
+    const int moved = AboveStandardStreams(made);
+    if (made >= 0 && moved < 0)
+    {
+        const int reason = errno;
+        ::unlink(path);
+        errno = reason;
+    }
     return moved;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 namespace utility::platform::posix
 {
 
@@ -7,5 +9,9 @@ namespace utility::platform::posix
 /// what is still written there must not go into a file of ours. -1, with the reason in errno, if it is none or cannot
 /// be moved.
 int AboveStandardStreams(int descriptor) noexcept;
+
+/// Makes a file, to be read and written, where there is none. -1, with the reason in errno and nothing made, where
+/// there is one, or a link (EEXIST), and on failure.
+int MakeFile(const char* path, mode_t mode) noexcept;
 
 }

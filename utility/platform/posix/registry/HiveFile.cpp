@@ -173,12 +173,7 @@ private:
 class Draft
 {
 public:
-    Draft(const std::string& name, mode_t mode)
-        : m_names(NamesOf(name)),
-          m_file(AboveStandardStreams(
-              Uninterrupted([&] { return ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); })))
-    {
-    }
+    Draft(const std::string& name, mode_t mode) : m_names(NamesOf(name)), m_file(MakeFile(name.c_str(), mode)) {}
     Draft(const Draft&) = delete;
     Draft& operator=(const Draft&) = delete;
     ~Draft()
