@@ -99,12 +99,17 @@ public:
 
     LSTATUS RegCreateKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
     {
-        return OpenKey(parent, subKey, access, key, &Hive::FindOrCreate);
+        return OpenKey(parent, access, key,
+                       [&](Hive& hive, Hive::Key id, Hive::Key& found)
+                       { return hive.FindOrCreate(id, Text(subKey), found); });
     }
 
     LSTATUS RegOpenKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
     {
-        return OpenKey(parent, subKey, access, key, &Hive::Find);
+        const auto purpose = IsToWrite(access) ? Hive::Purpose::writing : Hive::Purpose::reading;
+        return OpenKey(parent, access, key,
+                       [&](Hive& hive, Hive::Key id, Hive::Key& found)
+                       { return hive.Find(id, Text(subKey), found, purpose); });
     }
 
     LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
@@ -266,16 +271,18 @@ private:
         }
     }
 
-    LSTATUS OpenKey(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key,
-                    LSTATUS (Hive::*find)(Hive::Key, std::wstring_view, Hive::Key&))
+    static bool IsToWrite(DWORD access) { return (access & KEY_WRITE & ~KEY_READ) != 0; }
+
+    template <class Find>
+    LSTATUS OpenKey(HKEY parent, DWORD access, HKEY& key, Find&& find)
     {
         return With(
             parent, nothing,
             [&](Hive& hive, Hive::Key id)
             {
                 Hive::Key found;
-                LSTATUS status = (hive.*find)(id, Text(subKey), found);
-                if (status == success && (access & KEY_WRITE & ~KEY_READ) != 0)
+                LSTATUS status = find(hive, id, found);
+                if (status == success && IsToWrite(access))
                     status = hive.Writable();
                 if (status == success)
                     key = m_keys.Add({&hive == m_user.get() ? &m_user : &m_machine, hive.Generation(), found, access});

@@ -1537,6 +1537,18 @@ TEST_F(HiveFilesTest, DoNotKeepAForkWaitingForTheDisk)
     EXPECT_FALSE(TemporaryFolder::BytesOf(m_folder / "user.db") == before);
 }
 
+TEST_F(HiveFilesTest, KeyToBeReadIsRefusedSoonAndOneToBeWrittenWaitedForWhereThereIsNoLog)
+{
+    Registry().RegCloseKey(Create(HKEY_CURRENT_USER, L"Key"));
+    Registry().Rest();
+    Execute(m_folder / "user.db", withoutALog);
+    const OtherUser other(m_folder / "user.db", "begin exclusive", 1000);
+    HKEY key = nullptr;
+    EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ, key), Status(ERROR_BUSY));
+    EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_WRITE, key), 0);
+    EXPECT_EQ(Registry().RegCloseKey(key), 0);
+}
+
 TEST_F(HiveFilesTest, AreNotOpenInAChild)
 {
     const auto countOpen = [this]

@@ -281,9 +281,9 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
     return success;
 }
 
-LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key)
+LSTATUS Hive::Find(Key parent, std::wstring_view path, Key& key, Purpose purpose)
 {
-    const LSTATUS status = Open(parent);
+    const LSTATUS status = Open(parent, purpose);
     return status == success ? LookUp(parent, path, key) : status;
 }
 

@@ -48,7 +48,13 @@ public:
     /// The same for who cannot wait for the disk: what is in the log stays there until a later use.
     void CloseAtOnce();
 
-    LSTATUS Find(Key parent, std::wstring_view path, Key& key);
+    enum class Purpose
+    {
+        reading,
+        writing
+    };
+    /// The purpose is that of what comes next: it says how long to wait.
+    LSTATUS Find(Key parent, std::wstring_view path, Key& key, Purpose purpose = Purpose::reading);
     LSTATUS FindOrCreate(Key parent, std::wstring_view path, Key& key);
     /// Of the root's tree all but the root.
     LSTATUS DeleteTree(Key parent, std::wstring_view path);
@@ -69,11 +75,6 @@ public:
     LSTATUS Info(Key key, RegistryKeyInfo& info);
 
 private:
-    enum class Purpose
-    {
-        reading,
-        writing
-    };
     LSTATUS Open(Key used, Purpose purpose = Purpose::reading);
     LSTATUS OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot);
     LSTATUS OpenForWriting(Key used);
