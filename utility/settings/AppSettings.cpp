@@ -1,15 +1,18 @@
 #include "utility/settings/AppSettings.h"
 
 #include "resources/Release.h"
+#include "utility/platform/AtFork.h"
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/Registry.h"
 #include "utility/platform/UntilUnload.h"
+#include "utility/settings/internal/LibraryResources.h"
 #include "utility/text/ResourceString.h"
 
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <type_traits>
 #include <vector>
 
@@ -63,6 +66,23 @@ std::wstring& ProductName()
     return *name;
 }
 
+/// Held while the application's settings are made, so that no fork finds another thread doing it: the child would wait
+/// for that thread. With the library's resources comes, first, all that is asked meanwhile.
+utility::platform::ForkSafeMutex& Making()
+{
+    utility::detail::LibraryResources();
+    static utility::platform::UntilUnload<utility::platform::ForkSafeMutex> mutex;
+    return *mutex;
+}
+
+/// When the library is loaded: no fork finds another thread making them.
+[[gnu::constructor(104)]] void MakeNames()
+{
+    Making();
+    ProductName();
+    CQLMAppSettings::CompanyKeyName();
+}
+
 }
 
 // A slash separates the parts of a path on every system.
@@ -81,6 +101,7 @@ struct CQLMAppSettings::Data
 
 CQLMAppSettings& CQLMAppSettings::instance()
 {
+    const std::lock_guard lock(Making());
     static CQLMAppSettings settings(CompanyKeyName() +
                                     (ProductName().empty() ? resource_string(applicationTitle) : ProductName()));
     return settings;

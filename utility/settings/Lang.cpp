@@ -92,6 +92,14 @@ const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations()
     return *translations;
 }
 
+namespace
+{
+
+/// When the library is loaded: no fork finds another thread making them.
+[[gnu::constructor(104)]] void MakeTranslations() { GetAvailableTranslations(); }
+
+}
+
 int GetLanguageCodes(const std::wstring& text, std::vector<std::wstring>& codes)
 {
     constexpr std::size_t block = 5;

@@ -4,12 +4,16 @@
 #include "tests/support/posix/Threads.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/files/MemoryMappedFile.h"
+#include "utility/platform/Clock.h"
 #include "utility/platform/Files.h"
+#include "utility/platform/Locale.h"
 #include "utility/platform/Modules.h"
 #include "utility/platform/Paths.h"
+#include "utility/platform/Text.h"
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <mutex>
 #include <string>
 
@@ -82,4 +86,31 @@ TEST(AtForkThreadTest, ChildLoadsResourcesWhileThreadsDo)
         return module != nullptr && Modules().Free(module);
     };
     support::ExpectChildrenOfThreadsToWork(load, load);
+}
+
+// What the C library locks inside
+
+TEST(AtForkThreadTest, ChildConvertsTextWhileThreadsDo)
+{
+    const auto convert = [] { return utility::platform::WideFromCodePage(1252, "\xE4") == L"\u00E4"; };
+    support::ExpectChildrenOfThreadsToWork(convert, convert);
+}
+
+TEST(AtForkThreadTest, ChildTellsTheLocalTimeWhileThreadsDo)
+{
+    const auto tell = [] { return utility::platform::LocalTime(1000000000).tm_year == 101; };
+    support::ExpectChildrenOfThreadsToWork(tell, tell);
+}
+
+TEST(AtForkThreadTest, ChildSetsTheLocaleWhileThreadsDo)
+{
+    // The machine has it or not.
+    const std::string earlier = std::setlocale(LC_ALL, nullptr);
+    const auto set = []
+    {
+        utility::platform::Locale().SetRuntimeLocale(L"ENU");
+        return true;
+    };
+    support::ExpectChildrenOfThreadsToWork(set, set);
+    std::setlocale(LC_ALL, earlier.c_str());
 }

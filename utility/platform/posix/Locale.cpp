@@ -2,10 +2,12 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/locale/Locales.h"
+#include "utility/platform/posix/threads/RuntimeMutex.h"
 #include "utility/platform/SystemService.h"
 
 #include <clocale>
 #include <cstdlib>
+#include <mutex>
 #include <optional>
 #include <string_view>
 
@@ -81,12 +83,18 @@ public:
     bool SetRuntimeLocale(const wchar_t* abbreviation) override
     {
         if (*abbreviation == L'\0')
-            return std::setlocale(LC_ALL, "") != nullptr;
+            return Choose("");
         const posix::LocaleRecord* const found = posix::FindAbbreviation(abbreviation);
-        return found != nullptr && std::setlocale(LC_ALL, posix::RuntimeName(*found).c_str()) != nullptr;
+        return found != nullptr && Choose(posix::RuntimeName(*found).c_str());
     }
 
 private:
+    static bool Choose(const char* name)
+    {
+        const std::lock_guard lock(posix::RuntimeMutex());
+        return std::setlocale(LC_ALL, name) != nullptr;
+    }
+
     static int Fail(DWORD reason)
     {
         SetLastError(reason);

@@ -1,11 +1,14 @@
 #include "utility/platform/posix/text/CodePages.h"
 
+#include "utility/platform/posix/threads/RuntimeMutex.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <iconv.h>
 #include <iterator>
+#include <mutex>
 
 namespace utility::platform::posix
 {
@@ -42,11 +45,16 @@ std::string EncodingName(UINT codePage)
 class Conversion
 {
 public:
-    Conversion(const std::string& to, const std::string& from) : m_descriptor(::iconv_open(to.c_str(), from.c_str())) {}
+    Conversion(const std::string& to, const std::string& from)
+    {
+        const std::lock_guard lock(RuntimeMutex());
+        m_descriptor = ::iconv_open(to.c_str(), from.c_str());
+    }
     Conversion(const Conversion&) = delete;
     Conversion& operator=(const Conversion&) = delete;
     ~Conversion()
     {
+        const std::lock_guard lock(RuntimeMutex());
         if (IsOpen())
             ::iconv_close(m_descriptor);
     }

@@ -1,0 +1,22 @@
+#include "utility/platform/posix/threads/RuntimeMutex.h"
+
+#include "utility/platform/UntilUnload.h"
+
+namespace utility::platform::posix
+{
+
+namespace
+{
+
+/// When the library is loaded: no fork finds another thread making it.
+[[gnu::constructor(101)]] void MakeMutex() { RuntimeMutex(); }
+
+}
+
+ForkSafeMutex& RuntimeMutex() noexcept
+{
+    static UntilUnload<ForkSafeMutex> mutex;
+    return *mutex;
+}
+
+}
