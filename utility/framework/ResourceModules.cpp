@@ -1,7 +1,9 @@
 #include "utility/framework/internal/ResourceModules.h"
 
 #include "utility/platform/Modules.h"
+#include "utility/platform/UntilUnload.h"
 
+#include <memory>
 #include <utility>
 
 namespace utility::framework
@@ -10,7 +12,26 @@ namespace utility::framework
 namespace
 {
 
-const DynLinkLibrary* chain = nullptr;
+/// The links belong to it.
+struct Chain
+{
+    const DynLinkLibrary* first = nullptr;
+
+    Chain() = default;
+    Chain(const Chain&) = delete;
+    Chain& operator=(const Chain&) = delete;
+    ~Chain()
+    {
+        while (first != nullptr)
+            std::unique_ptr<const DynLinkLibrary>(std::exchange(first, first->Next()));
+    }
+};
+
+Chain& TheChain()
+{
+    static platform::UntilUnload<Chain> chain;
+    return *chain;
+}
 
 }
 
@@ -21,15 +42,15 @@ ModuleState& CurrentModuleState()
 }
 
 DynLinkLibrary::DynLinkLibrary(HINSTANCE module, HINSTANCE resources) noexcept
-    : m_module(module), m_resources(resources), m_next(std::exchange(chain, this))
+    : m_module(module), m_resources(resources), m_next(std::exchange(TheChain().first, this))
 {
 }
 
-const DynLinkLibrary* FirstLibrary() { return chain; }
+const DynLinkLibrary* FirstLibrary() { return TheChain().first; }
 
 std::wstring_view StringOfChain(UINT id)
 {
-    for (const DynLinkLibrary* library = chain; library != nullptr; library = library->Next())
+    for (const DynLinkLibrary* library = FirstLibrary(); library != nullptr; library = library->Next())
     {
         const std::wstring_view text = platform::Modules().StringOf(library->Resources(), id);
         if (!text.empty())

@@ -16,6 +16,6 @@ void ZeloInitMFCExtensionDLL(HINSTANCE module, HINSTANCE resources)
     auto& state = utility::framework::CurrentModuleState();
     if (state.currentInstance == nullptr)
         state.currentInstance = module;
-    // The link belongs to the chain and lives until the process ends; without memory for it there is none.
+    // The link belongs to the chain; without memory for it there is none.
     static_cast<void>(new (std::nothrow) utility::framework::DynLinkLibrary(module, resources));
 }

@@ -20,7 +20,7 @@ struct ModuleState
 ModuleState& CurrentModuleState();
 
 /// A link of the chain: a module, and the module that holds its strings. It joins the chain when it is made, ahead of
-/// all earlier ones, and stays in it until the process ends.
+/// all earlier ones. From then on it belongs to the chain, which stays until the library is unloaded.
 class DynLinkLibrary final : public CObject
 {
 public:
