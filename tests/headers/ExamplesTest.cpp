@@ -119,6 +119,43 @@ TEST_F(HeaderExampleTest, Failures)
     }
 }
 
+TEST_F(HeaderExampleTest, BackupFile)
+{
+    m_folder.File("part.nc", "old");
+    {
+#include "files/BackupFile.example"
+    } EXPECT_EQ(m_folder.BytesOf("part.nc"), "N10 G01\n");
+}
+
+TEST_F(HeaderExampleTest, ChangeDirectoryTemporarily)
+{
+    create_directory(m_folder / "parts");
+    m_folder.File("parts/part.igs", "part");
+#include "files/ChangeDirectoryTemporarily.example"
+    EXPECT_EQ(file.GetFileSize(), 4u);
+}
+
+TEST_F(HeaderExampleTest, FileNames)
+{
+    const support::ScratchHives hives;
+#include "files/FileNames.example"
+    EXPECT_EQ(help, "help.txt");
+}
+
+TEST_F(HeaderExampleTest, NamedFiles)
+{
+    m_folder.File("tools.bak", "drill");
+#include "files/NamedFiles.example"
+    EXPECT_EQ(m_folder.BytesOf("tools.dat"), "drill");
+}
+
+TEST_F(HeaderExampleTest, Places)
+{
+#include "files/Places.example"
+    EXPECT_EQ(templates.filename(), "templates");
+    EXPECT_TRUE(templates.is_absolute());
+}
+
 TEST_F(HeaderExampleTest, BinaryFile)
 {
 #include "files/BinaryFile.example"

@@ -24,6 +24,9 @@ public:
     /// was when it was loaded, however the module was found and whatever became of the file.
     virtual std::wstring FileName(HINSTANCE module) = 0;
 
+    /// The same, but whole on Windows too, however long it is.
+    virtual std::wstring WholeFileName(HINSTANCE module) { return FileName(module); }
+
     /// Loads a module for the sake of its resources; a file that is loaded already is the same module. The path is an
     /// absolute one. Each success is given up by a Free. Null on failure: no such file is 126, one that is no module
     /// 193.

@@ -170,6 +170,53 @@ void Files()
     Copy<CMemoryMappedFile>();
     MappedFile().Protected();
 
+    CBackupFile{L""};
+    CBackupFile{wide};
+    CBackupFile backup(path);
+    backup.GetFilename();
+    backup.GetTempFilename();
+    backup.SetReplaceFile(false);
+    Copy<CBackupFile>();
+
+    CChangeDirectoryTemporarily{L""};
+    CChangeDirectoryTemporarily{wide};
+    CChangeDirectoryTemporarily change(path);
+    CChangeDirectoryTemporarily{change};
+
+    MakeTemporaryFile(L"", L"");
+    MakeTemporaryFile(wide, L"");
+    MakeTemporaryFile(path, L"");
+    MakeTemporaryFolder(L"", L"");
+    MakeTemporaryFolder(wide, L"");
+    MakeTemporaryFolder(path, L"");
+    FormatLanguageDependentFilename(0, L"");
+    FindLanguageDependentFilename(L"");
+    GetLongPathNameW(L"");
+    GetLongPathNameW(wide);
+    GetLongPathNameW(path);
+    GetShortPathNameW(L"");
+    GetShortPathNameW(wide);
+    GetShortPathNameW(path);
+
+    RenameFile(L"", L"");
+    RenameFile(wide, wide);
+    RenameFile(path, path);
+    CreateFileIfNotPresent(L"");
+    CreateFileIfNotPresent(wide);
+    CreateFileIfNotPresent(path);
+    IsFileReadable(L"");
+    IsFileReadable(wide);
+    IsFileReadable(path);
+    GetFileSize(L"");
+    GetFileSize(wide);
+    GetFileSize(path);
+
+    GetModuleFilename(nullptr);
+    GetModulePath(nullptr);
+    GetExecutableFilename();
+    GetExecutablePath();
+    GetUserDocumentsFolder();
+
     CInputOutputFile{};
     CInputOutputFile{L""};
     CInputOutputFile{wide};

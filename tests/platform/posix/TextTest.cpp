@@ -132,7 +132,7 @@ TEST_P(ErrorTextTest, IsThereInEachLanguageAndNoneIsThatOfAnother)
 INSTANTIATE_TEST_SUITE_P(All, ErrorTextTest,
                          ::testing::Values(0, 1, 2, 3, 4, 5, 6, 8, 12, 15, 16, 17, 18, 19, 25, 29, 30, 31, 32, 33, 38,
                                            39, 50, 80, 87, 109, 112, 122, 123, 126, 131, 145, 161, 170, 183, 193, 206,
-                                           223, 234, 259, 487, 998, 1009, 1016, 1018, 1813, 1921),
+                                           223, 234, 259, 267, 487, 998, 1009, 1016, 1018, 1175, 1176, 1813, 1921),
                          ::testing::PrintToStringParamName());
 
 TEST(PosixTextTest, ErrorIsToldInTheLanguageAskedForWhateverTheLocaleOfTheProcess)

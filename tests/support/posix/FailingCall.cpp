@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/types.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace support
@@ -60,12 +61,21 @@ using support::FailingCall;
     }
 
 FAILING_CALL(void*, nullptr, dlopen, (const char* file, int mode), file, mode)
+FAILING_CALL(int, -1, fchmod, (int file, mode_t mode), file, mode)
+FAILING_CALL(ssize_t, -1, fgetxattr, (int file, const char* name, void* value, std::size_t size), file, name, value,
+             size)
+FAILING_CALL(int, -1, fsetxattr, (int file, const char* name, const void* value, std::size_t size, int flags), file,
+             name, value, size, flags)
 FAILING_CALL(int, -1, fstat, (int file, struct stat* status), file, status)
 FAILING_CALL(int, -1, fsync, (int file), file)
 FAILING_CALL(int, -1, ftruncate, (int file, off_t length), file, length)
 FAILING_CALL(int, -1, getentropy, (void* bytes, std::size_t size), bytes, size)
+FAILING_CALL(ssize_t, -1, getxattr, (const char* path, const char* name, void* value, std::size_t size), path, name,
+             value, size)
 FAILING_CALL(int, -1, link, (const char* file, const char* place), file, place)
+FAILING_CALL(ssize_t, -1, listxattr, (const char* path, char* names, std::size_t size), path, names, size)
 FAILING_CALL(off_t, -1, lseek, (int file, off_t offset, int origin), file, offset, origin)
+FAILING_CALL(int, -1, lstat, (const char* path, struct stat* status), path, status)
 FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access, int flags, int file, off_t offset), at,
              length, access, flags, file, offset)
 FAILING_CALL(int, -1, munmap, (void* at, std::size_t length), at, length)
@@ -85,6 +95,7 @@ FAILING_CALL(int, -1, renameat2, (int fromFolder, const char* from, int toFolder
 FAILING_CALL(int, -1, stat, (const char* path, struct stat* status), path, status)
 FAILING_CALL(int, -1, statx, (int folder, const char* path, int flags, unsigned int fields, struct statx* status),
              folder, path, flags, fields, status)
+FAILING_CALL(int, -1, syncfs, (int file), file)
 FAILING_CALL(int, -1, unlink, (const char* path), path)
 FAILING_CALL(pid_t, -1, waitpid, (pid_t process, int* status, int options), process, status, options)
 

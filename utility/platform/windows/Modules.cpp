@@ -35,6 +35,19 @@ public:
         return {path, std::min<std::size_t>(length, std::size(path) - 1)};
     }
 
+    std::wstring WholeFileName(HINSTANCE module) override
+    {
+        std::wstring path(260, L'\0');
+        for (;;)
+        {
+            const DWORD length = ::GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+            const bool mayBeCut = length == path.size();
+            path.resize(mayBeCut ? 2 * path.size() : length);
+            if (!mayBeCut)
+                return path;
+        }
+    }
+
     HINSTANCE Load(const wchar_t* path) override
     {
         return ::LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/filesystem/UserFolders.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/registry/Status.h"
 
@@ -14,7 +15,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <pwd.h>
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
@@ -59,20 +59,6 @@ constexpr unsigned long localFileSystems[] = {
     0xCA451A4E, // bcachefs
     0x3153464A, // JFS
 };
-
-path UserConfiguration()
-{
-    const char* const given = std::getenv("XDG_CONFIG_HOME");
-    if (given != nullptr && *given == '/')
-        return given;
-    const char* home = std::getenv("HOME");
-    if (home == nullptr || *home != '/')
-    {
-        const passwd* const user = ::getpwuid(::geteuid());
-        home = user != nullptr ? user->pw_dir : nullptr;
-    }
-    return home != nullptr && *home == '/' ? path(home) / ".config" : path();
-}
 
 path SystemConfiguration()
 {
@@ -258,7 +244,7 @@ bool IsEmpty(sqlite3* database)
 
 path UsualHiveFile(HiveOwner owner)
 {
-    const path folder = owner == HiveOwner::user ? UserConfiguration() : SystemConfiguration();
+    const path folder = owner == HiveOwner::user ? UserConfigurationFolder() : SystemConfiguration();
     return folder.empty() ? path() : folder / "selvane" / "settings.db";
 }
 
