@@ -46,23 +46,27 @@ struct Options
 
 void ShowHelp()
 {
-    std::printf("usage: iges_survey [--verbose] [--dump] FILE\n"
-                "\n"
-                "Tells what is in an IGES file: its entities by type, how many integers, reals and texts its\n"
-                "parameter records hold, the extents of the geometry, and what could not be read.\n"
-                "\n"
-                "  --verbose  also says how long each record is\n"
-                "  --dump     prints nothing but the parameter records, one a line: the number of the directory\n"
-                "             entry, then the fields, each behind a tab; messages go to the standard error stream\n"
-                "  --help     prints this\n"
-                "\n"
-                "The extents are those of %s, each moved by the transformation matrices (124) that it names.\n"
-                "They leave out what the directory does not call geometry, curves in the parameters of a surface,\n"
-                "and axes of revolution. A surface of revolution counts by its curves alone. Control points enclose\n"
-                "their curve or surface, so the box may be larger than the part.\n"
-                "\n"
-                "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read.\n",
-                iges::measuredTypes);
+    std::printf(
+        "usage: iges_survey [--verbose] [--dump] FILE\n"
+        "\n"
+        "Tells what is in an IGES file: its entities by type, how many integers, reals and texts its\n"
+        "parameter records hold, the extents of the geometry, and what could not be read.\n"
+        "\n"
+        "  --verbose  also says how long each record is\n"
+        "  --dump     prints nothing but the parameter records, one a line: the number of the directory\n"
+        "             entry, then the fields, each behind a tab; messages go to the standard error stream\n"
+        "  --help     prints this\n"
+        "\n"
+        "The extents are those of %s,\n"
+        "exactly, and of %s, which\n"
+        "enclose them, so that the box may be larger than the part. Each is moved by the transformation matrices\n"
+        "(124) that it names. Subfigures (308) count where they are placed (408, 412, 414). The extents leave out\n"
+        "what the directory does not call geometry, curves in the parameters of a surface, and axes of revolution.\n"
+        "A surface of revolution counts by its curves alone, and beside what is neither a line nor a circle an\n"
+        "offset curve by a box.\n"
+        "\n"
+        "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read.\n",
+        iges::drawnTypes, iges::hullTypes);
 }
 
 bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Options& options)
@@ -246,7 +250,8 @@ ExitStatus Run(const Options& options)
 
     Messages messages;
     messages.Collect("file");
-    iges::Survey survey(file);
+    iges::Part part(file);
+    iges::Survey survey(file, part);
     {
         console::Progress progress(mapped.GetFileSize() >= longFile && !options.dump ? mapped.GetFileSize() : 0);
         std::string line;

@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     messages.SetIssueMessages(true);
     messages.SetVerboseMessages(true);
     const iges::File file(reinterpret_cast<const char*>(data), size, &messages);
-    iges::Survey survey(file);
+    iges::Part part(file);
+    iges::Survey survey(file, part);
     for (const iges::Record& record : file.Records())
         survey.Read(record);
     return 0;

@@ -95,6 +95,10 @@ const char* EntityName(int type)
         return "subfigure instance";
     case 410:
         return "view";
+    case 412:
+        return "rectangular array";
+    case 414:
+        return "circular array";
     case 422:
         return "attribute table instance";
     case 502:

@@ -1,6 +1,6 @@
 #pragma once
 
-// The points of the usual geometry, by the layout of its parameters, and the box around them.
+// Points, where they stand, and the box around them.
 
 #include "utility/numbers/StatSeries.h"
 
@@ -12,7 +12,17 @@ namespace iges
 
 using Point = std::array<double, 3>;
 
-/// A rotation, three rows, and then a translation.
+Point operator+(const Point& a, const Point& b);
+Point operator-(const Point& a, const Point& b);
+Point operator*(double factor, const Point& point);
+double Dot(const Point& a, const Point& b);
+Point Cross(const Point& a, const Point& b);
+double Length(const Point& point);
+/// Of length 1; zero for a point of no length.
+Point Normalized(const Point& point);
+bool IsFinite(const Point& point);
+
+/// A rotation, three rows, and then a translation. The rotation may scale as well.
 struct Transform
 {
     std::array<Point, 3> rotation = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
@@ -30,22 +40,12 @@ struct Extents
     std::array<StatSeries, 3> axes;
 
     bool IsEmpty() const { return axes[0].count == 0; }
+    /// Neither is to be asked of an empty one.
+    Point Low() const { return {axes[0].minimum, axes[1].minimum, axes[2].minimum}; }
+    Point High() const { return {axes[0].maximum, axes[1].maximum, axes[2].maximum}; }
+    bool Contains(const Point& point) const;
     /// A point of which a coordinate is no finite number is left out.
     void Add(const Point& point);
 };
-
-/// The number at an index as a count or a pointer: 0 if there is none, or not such a one.
-int IntegerAt(const std::vector<double>& numbers, std::size_t index);
-
-/// Adds the geometry of an entity to the extents. `numbers` are the fields of its record, the type number in front.
-/// False if they end before the points that they announce; those that are there are added. Types that are not in
-/// `measuredTypes` add nothing.
-bool AddGeometry(const std::vector<double>& numbers, const Transform& transform, Extents& extents);
-
-/// What the extents are made of, in words.
-inline constexpr const char* measuredTypes =
-    "circular arcs (100), copious data (106), lines (110), points (116), the ends\n"
-    "of tabulated cylinders (122), the control points of B-spline curves (126) and surfaces (128), and\n"
-    "vertices (502)";
 
 }

@@ -239,7 +239,9 @@ Entry File::ReadEntry(const Line& first, const Line& second)
     Entry entry;
     entry.type = field(first, 1);
     entry.matrix = field(first, 7);
-    entry.use = field(first, 9) / 100 % 100;
+    const int status = field(first, 9);
+    entry.use = status / 100 % 100;
+    entry.isDependent = status / 10000 % 2 == 1;
     entry.form = field(second, 5);
     return entry;
 }

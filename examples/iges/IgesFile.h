@@ -39,6 +39,7 @@ struct Entry
     int form = 0;
     int matrix = 0; ///< number of the entry of its transformation, 0 for none
     int use = 0;    ///< what it is for: 0 geometry, 1 annotation, 2 definition, 5 curve in a surface's parameters, ...
+    bool isDependent = false;       ///< a part of another entity, which moves with it
     const Record* record = nullptr; ///< null if it has none
 };
 

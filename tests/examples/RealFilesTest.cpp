@@ -182,7 +182,8 @@ TEST_P(RealFilesTest, EveryFieldIsWhatASlowReaderMakesOfIt)
     CTextInputOutputFile mapped{boost::filesystem::path(GetParam())};
     ASSERT_TRUE(mapped.IsValid());
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
-    iges::Survey survey(file);
+    iges::Part part(file);
+    iges::Survey survey(file, part);
     ASSERT_EQ(file.Records().size(), slow.size());
     ASSERT_FALSE(slow.empty());
     std::uint64_t count = 0;
@@ -228,7 +229,8 @@ TEST(RealFilesMalformed, AreSaidToBeSo)
         support::Messages messages;
         CTextInputOutputFile mapped{boost::filesystem::path(path)};
         const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
-        iges::Survey survey(file);
+        iges::Part part(file);
+        iges::Survey survey(file, part);
         for (const iges::Record& record : file.Records())
             survey.Read(record);
         EXPECT_TRUE(!file.IsIges() || !messages.Take().empty()) << path;
@@ -265,7 +267,8 @@ TEST(IgesMappedFile, MayEndWhereItsLastPageEnds)
             CTextInputOutputFile mapped(folder.File("paged.igs", bytes));
             ASSERT_TRUE(mapped.IsValid());
             const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
-            iges::Survey survey(file);
+            iges::Part part(file);
+            iges::Survey survey(file, part);
             for (const iges::Record& record : file.Records())
                 survey.Read(record);
             EXPECT_EQ(survey.Reals(), 72u);

@@ -29,19 +29,20 @@ public:
     }
 
     /// A directory entry and its record; the number of the entry is given back.
-    int Entity(int type, const std::vector<std::string>& lines, int matrix = 0, const std::string& status = "00000000")
+    int Entity(int type, const std::vector<std::string>& lines, int matrix = 0, const std::string& status = "00000000",
+               int form = 0)
     {
-        const int number = Directory(type, matrix, status);
+        const int number = Directory(type, matrix, status, form);
         for (const std::string& line : lines)
             Parameters(line, number);
         return number;
     }
 
-    int Directory(int type, int matrix = 0, const std::string& status = "00000000")
+    int Directory(int type, int matrix = 0, const std::string& status = "00000000", int form = 0)
     {
         const std::string blanks(8, ' ');
         Line(Field(type) + blanks + blanks + blanks + blanks + blanks + Field(matrix) + blanks + status, 'D');
-        Line(Field(type), 'D');
+        Line(Field(type) + blanks + blanks + blanks + Field(form), 'D');
         return static_cast<int>(m_directory.size() / 81) - 1;
     }
 
