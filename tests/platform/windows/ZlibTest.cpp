@@ -1,44 +1,66 @@
 #include "utility/platform/Zlib.h"
 
+#include "tests/support/windows/ImportedCall.h"
 #include "utility/codec/VRMLFile.h"
 #include "utility/codec/ZEngine.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <string_view>
 #include <windows.h>
 #include <zlib.h>
 
+using support::ImportedCall;
 using utility::platform::Zlib;
+
+extern "C" decltype(&::LoadLibraryA) __imp_LoadLibraryA;
 
 namespace
 {
 
-// Each of these is for a process of its own, which has not used zlib yet.
+// Each of these is for a process of its own, which has not used zlib yet. By which operation the first call of a
+// delayed import asks for its library tells whose request it is: Wine's own libraries have zlib loaded as well.
 
-bool IsZlibLoaded() { return ::GetModuleHandleW(L"zlib1.dll") != nullptr; }
+int asked = 0;
+
+[[noreturn]] void End() { std::exit(testing::Test::HasFailure() ? 1 : 0); }
+
+HMODULE WINAPI CountAndLoad(LPCSTR name)
+{
+    asked += name == std::string_view("zlib1.dll") ? 1 : 0;
+    return ::LoadLibraryExA(name, nullptr, 0);
+}
+
+HMODULE WINAPI FindNoZlib(LPCSTR name)
+{
+    if (name == std::string_view("zlib1.dll"))
+        return nullptr;
+    return ::LoadLibraryExA(name, nullptr, 0);
+}
 
 [[noreturn]] void UseFirst()
 {
-    EXPECT_FALSE(IsZlibLoaded());
+    const ImportedCall call(__imp_LoadLibraryA, &CountAndLoad);
     Zlib();
-    EXPECT_FALSE(IsZlibLoaded());
     CZEngine engine;
-    EXPECT_FALSE(IsZlibLoaded());
+    EXPECT_EQ(asked, 0);
     EXPECT_EQ(engine.DeflateEnd(), Z_STREAM_ERROR);
-    EXPECT_TRUE(IsZlibLoaded());
-    std::exit(testing::Test::HasFailure() ? 1 : 0);
+    EXPECT_EQ(asked, 1);
+    EXPECT_EQ(engine.InflateEnd(), Z_STREAM_ERROR);
+    EXPECT_EQ(asked, 1);
+    End();
 }
 
 [[noreturn]] void MakeFileFirst()
 {
-    EXPECT_FALSE(IsZlibLoaded());
+    const ImportedCall call(__imp_LoadLibraryA, &CountAndLoad);
     const CVRMLFile file;
-    EXPECT_TRUE(IsZlibLoaded());
-    std::exit(testing::Test::HasFailure() ? 1 : 0);
+    EXPECT_EQ(asked, 1);
+    End();
 }
 
-/// Ends with 3 for the exception of a delayed import whose library is not there, and anything else with another.
+/// Ends with 3 for the exception of a delayed import whose library is not there, with 4 for any other.
 LONG WINAPI EndWithKind(EXCEPTION_POINTERS* exception)
 {
     constexpr DWORD moduleNotFound = 0xC06D007E;
@@ -48,21 +70,11 @@ LONG WINAPI EndWithKind(EXCEPTION_POINTERS* exception)
 template <class Use>
 [[noreturn]] void UseWithout(Use use)
 {
+    const ImportedCall call(__imp_LoadLibraryA, &FindNoZlib);
     ::SetUnhandledExceptionFilter(&EndWithKind);
-    if (IsZlibLoaded())
-        std::_Exit(5);
     use();
-    std::_Exit(6);
+    std::_Exit(5);
 }
-
-/// While it lives, Wine finds no zlib for the programs that are started.
-struct NoZlib
-{
-    NoZlib() { ::SetEnvironmentVariableW(L"WINEDLLOVERRIDES", L"zlib1="); }
-    NoZlib(const NoZlib&) = delete;
-    NoZlib& operator=(const NoZlib&) = delete;
-    ~NoZlib() { ::SetEnvironmentVariableW(L"WINEDLLOVERRIDES", nullptr); }
-};
 
 }
 
@@ -81,8 +93,12 @@ TEST_F(WindowsZlibTest, IsLoadedByTheConstructorOfAFile)
 
 TEST_F(WindowsZlibTest, WhereThereIsNoneTheFirstUseRaisesTheExceptionOfADelayedImport)
 {
-    const NoZlib scope;
     EXPECT_EXIT(UseWithout([] { CVRMLFile file; }), testing::ExitedWithCode(3), "");
     EXPECT_EXIT(UseWithout([] { CZEngine().DeflateInit(6); }), testing::ExitedWithCode(3), "");
+    EXPECT_EXIT(UseWithout([] { CZEngine().DeflateInit2(6, 8, 15, 8, 0); }), testing::ExitedWithCode(3), "");
+    EXPECT_EXIT(UseWithout([] { CZEngine().Deflate(0); }), testing::ExitedWithCode(3), "");
+    EXPECT_EXIT(UseWithout([] { CZEngine().DeflateEnd(); }), testing::ExitedWithCode(3), "");
     EXPECT_EXIT(UseWithout([] { CZEngine().InflateInit(); }), testing::ExitedWithCode(3), "");
+    EXPECT_EXIT(UseWithout([] { CZEngine().Inflate(0); }), testing::ExitedWithCode(3), "");
+    EXPECT_EXIT(UseWithout([] { CZEngine().InflateEnd(); }), testing::ExitedWithCode(3), "");
 }
