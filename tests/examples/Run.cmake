@@ -3,6 +3,7 @@
 #   OUTPUT    a file that the standard output has to equal, but for line ends
 #   MATCH     a regular expression for the standard output
 #   ERRORS    a regular expression for the standard error stream, which is empty without it
+#   SAVED, CONTENT  a file, and what is in it afterwards
 #   COPY, TO  a file to be copied beforehand
 if(COPY)
   configure_file("${COPY}" "${TO}" COPYONLY)
@@ -29,6 +30,12 @@ if(OUTPUT)
   file(READ "${OUTPUT}" expected)
   if(NOT output STREQUAL expected)
     message(FATAL_ERROR "The output is\n${output}\ninstead of\n${expected}")
+  endif()
+endif()
+if(SAVED)
+  file(READ "${SAVED}" saved)
+  if(NOT saved STREQUAL CONTENT)
+    message(FATAL_ERROR "${SAVED} is\n${saved}")
   endif()
 endif()
 if(NOT output MATCHES "${MATCH}")

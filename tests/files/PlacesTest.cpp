@@ -67,7 +67,14 @@ TEST(PlacesTest, ProgramIsTheModuleThatTheFrameworkTakesForIt)
     EXPECT_TRUE(Modules().Free(module));
 }
 
-TEST(PlacesTest, DocumentsAreInAFolderThatIsThere) { EXPECT_TRUE(is_directory(GetUserDocumentsFolder())); }
+TEST(PlacesTest, DocumentsAreWhereTheSystemSays)
+{
+    struct : support::ForwardingFileSystem
+    {
+        path DocumentsFolder() override { return "documents"; }
+    } system;
+    EXPECT_EQ(GetUserDocumentsFolder(), "documents");
+}
 
 TEST(PlacesTest, DocumentsOfNobodyAreNowhere)
 {

@@ -28,9 +28,9 @@
 // name by a plain renaming, and so it does where the swap is refused. Where a flush fails within the swap, the old file
 // stays, the new one is removed, and the destructor throws that it is missing.
 //
-// One swap there takes these calls of the system, if the old file is no link, and the new one has its owner and
-// permissions: lstat, open, link, fstat, listxattr, fgetxattr, fstat, fsync, rename, open, fsync, close, close, and the
-// backup's removal. Each extended attribute takes two to four more.
+// One swap there takes these calls of the system, if the old file is no link, has no extended attributes, and the new
+// one has its owner and permissions: lstat, open, link, fstat, listxattr, fgetxattr, fstat, fsync, rename, open, fsync,
+// close, close, and to remove the backup lstat, unlink.
 //
 // On Windows another program that has the file open, such as one that looks for viruses, is waited for up to a tenth of
 // a second. Then the old file is removed or moved away first, as it is where the user may not replace it in one step.

@@ -19,6 +19,7 @@ using support::ImportedCall;
 using utility::platform::FileSystem;
 using utility::platform::LastError;
 
+extern "C" decltype(&::CoTaskMemFree) __imp_CoTaskMemFree;
 extern "C" decltype(&::CreateFileW) __imp_CreateFileW;
 extern "C" decltype(&::GetLongPathNameW) __imp_GetLongPathNameW;
 extern "C" decltype(&::GetModuleFileNameW) __imp_GetModuleFileNameW;
@@ -262,6 +263,22 @@ TEST(WindowsFileSystemTest, NameThatIsGoneInTheSecondRoundIsEmpty)
     const ImportedCall call(__imp_GetLongPathNameW,
                             [](LPCWSTR, LPWSTR, DWORD size) -> DWORD { return size == 0 ? 5 : 0; });
     EXPECT_EQ(FileSystem().LongName(L"a"), L"");
+}
+
+TEST(WindowsFileSystemTest, DocumentsAreWhereTheSystemSaysAndItsTextIsGivenBack)
+{
+    static wchar_t text[] = L"C:\\documents";
+    static int freed;
+    freed = 0;
+    const ImportedCall call(__imp_SHGetKnownFolderPath,
+                            [](REFKNOWNFOLDERID, DWORD, HANDLE, PWSTR* folder) -> HRESULT
+                            {
+                                *folder = text;
+                                return S_OK;
+                            });
+    const ImportedCall freeing(__imp_CoTaskMemFree, [](void* memory) { freed += memory == text ? 1 : 100; });
+    EXPECT_EQ(FileSystem().DocumentsFolder(), L"C:\\documents");
+    EXPECT_EQ(freed, 1);
 }
 
 TEST(WindowsFileSystemTest, DocumentsThatTheSystemDoesNotKnowAreNowhereWithItsReason)
