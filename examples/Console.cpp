@@ -4,6 +4,9 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include <atomic>
+#include <csignal>
+
 #ifdef _WIN32
 #include <io.h>
 #include <shellapi.h>
@@ -63,6 +66,34 @@ std::string ReasonOf(CException* failure, const boost::filesystem::path& path)
     boost::system::error_code ignored;
     return from_utf(text, CP_UTF8) + (boost::filesystem::is_directory(path, ignored) ? " It is a folder.\n" : "\n");
 }
+
+namespace
+{
+
+std::atomic<bool> isInterruptionAsked; // on Windows by another thread
+
+void AskForInterruption(int) { isInterruptionAsked = true; }
+
+/// One that is ignored, as that of a program in the background, stays so.
+void (*Handle(int signal))(int)
+{
+    const auto earlier = std::signal(signal, AskForInterruption);
+    if (earlier == SIG_IGN)
+        std::signal(signal, SIG_IGN);
+    return earlier;
+}
+
+}
+
+Interruption::Interruption() : m_interrupt(Handle(SIGINT)), m_terminate(Handle(SIGTERM)) {}
+
+Interruption::~Interruption()
+{
+    std::signal(SIGINT, m_interrupt);
+    std::signal(SIGTERM, m_terminate);
+}
+
+bool Interruption::IsAsked() { return isInterruptionAsked; }
 
 Progress::Progress(std::uint64_t total) : m_total(OutputIsTerminal() ? total : 0) {}
 

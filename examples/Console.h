@@ -31,6 +31,24 @@ std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
 /// Whether what is printed is seen at once.
 bool OutputIsTerminal();
 
+/// While there is one, Ctrl-C and a plain kill do not end the program, which has to ask for them now and then. A second
+/// one may end it.
+class Interruption
+{
+public:
+    Interruption();
+    Interruption(const Interruption&) = delete;
+    Interruption& operator=(const Interruption&) = delete;
+    ~Interruption();
+
+    static bool IsAsked();
+
+private:
+    using Handler = void (*)(int);
+    Handler m_interrupt;
+    Handler m_terminate;
+};
+
 /// One line that is rewritten, and gone at the end. Shows nothing if the output is no terminal, or with a total of 0.
 class Progress
 {

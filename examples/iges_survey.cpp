@@ -2,12 +2,16 @@
 //
 // The file is mapped and never copied. iges::File finds its records, each a list of lines that need not be adjacent;
 // iges::RecordPtr, a cursor derived from the library's CTextRecordPtr, walks such a list as one stream and reads its
-// numbers. What is wrong with them becomes a message in the log, which is collected here, record by record.
+// numbers. What is wrong with them becomes a message in the log, which is collected here, record by record. iges::Part
+// knows what of it is the part, and hands its shapes on to what measures or draws them.
 
 #include "examples/Console.h"
 #include "examples/iges/EntityNames.h"
+#include "examples/iges/Picture.h"
 #include "examples/iges/Survey.h"
 #include "utility/Utility.h"
+
+#include <boost/filesystem/operations.hpp>
 
 #include <charconv>
 #include <cmath>
@@ -30,6 +34,7 @@ enum ExitStatus
     exitGood = 0,
     exitBadRecords = 1,
     exitNotReadable = 2,
+    exitInterrupted = 130, // as shells have it
 };
 
 constexpr unsigned int codePageUtf8 = 65001;
@@ -42,12 +47,15 @@ struct Options
     bool help = false;
     bool dump = false;
     bool verbose = false;
+    boost::filesystem::path picture;
+    boost::filesystem::path scene;
+    double error = 0.0; // 0 for one of its own
 };
 
 void ShowHelp()
 {
     std::printf(
-        "usage: iges_survey [--verbose] [--dump] FILE\n"
+        "usage: iges_survey [--verbose] [--dump] [--svg FILE.svg] [--out FILE.wrl] [--error LENGTH] FILE\n"
         "\n"
         "Tells what is in an IGES file: its entities by type, how many integers, reals and texts its\n"
         "parameter records hold, the extents of the geometry, and what could not be read.\n"
@@ -65,33 +73,47 @@ void ShowHelp()
         "A surface of revolution counts by its curves alone, and beside what is neither a line nor a circle an\n"
         "offset curve by a box.\n"
         "\n"
-        "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read.\n",
+        "Pictures and scenes have what the extents have, without surfaces. A file that was there before is replaced\n"
+        "when the new one is whole, and stays as it was if the program is interrupted.\n"
+        "\n"
+        "Exit status: 0, 1 if there was something bad in the file, 2 if it cannot be read or another one not be\n"
+        "written, 130 if it was interrupted.\n",
         iges::drawnTypes, iges::hullTypes);
 }
 
+bool EndsIn(const boost::filesystem::path& path, const std::string& end) { return console::Utf8(path).ends_with(end); }
+
 bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Options& options)
 {
-    for (const boost::filesystem::path& argument : arguments)
+    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument)
     {
-        if (argument == "--help")
+        const bool hasNext = argument + 1 != arguments.end();
+        if (*argument == "--help")
             options.help = true;
-        else if (argument == "--dump")
+        else if (*argument == "--dump")
             options.dump = true;
-        else if (argument == "--verbose")
+        else if (*argument == "--verbose")
             options.verbose = true;
-        else if (options.path.empty() && console::Utf8(argument).substr(0, 2) != "--")
-            options.path = argument;
+        else if (*argument == "--svg" && hasNext && EndsIn(argument[1], ".svg"))
+            options.picture = *++argument;
+        else if (*argument == "--out" && hasNext && (EndsIn(argument[1], ".wrl") || EndsIn(argument[1], ".wrl.gz")))
+            options.scene = *++argument;
+        else if (*argument == "--error" && hasNext &&
+                 QLMParseFloat(console::Wide(argument[1]).c_str(), options.error) && options.error > 0.0)
+            ++argument;
+        else if (options.path.empty() && console::Utf8(*argument).substr(0, 2) != "--")
+            options.path = *argument;
         else
             return false;
     }
     return options.help || !options.path.empty();
 }
 
-/// With all significant digits, in every locale.
-std::string Text(double value)
+/// With all significant digits or fewer, in every locale.
+std::string Text(double value, int digits = 17)
 {
     char text[32];
-    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, 17).ptr};
+    return {text, std::to_chars(text, text + sizeof text, value, std::chars_format::general, digits).ptr};
 }
 
 std::string Quoted(const std::string& bytes)
@@ -232,6 +254,51 @@ void Show(const iges::File& file, const iges::Survey& survey)
         std::printf("extents in millimetres\n  unknown: the file has a unit of its own\n");
 }
 
+/// What of the part is drawn, with what is to be said about that.
+iges::Wireframe WireframeOf(const iges::File& file, iges::Part& part, const iges::Extents& extents, double error)
+{
+    constexpr double share = 1e-4;
+    const double diagonal = extents.Diagonal();
+    if (error == 0.0)
+        error = diagonal > 0.0 && std::isfinite(diagonal) ? share * diagonal : 1.0;
+    iges::Wireframe wireframe(error);
+    for (const auto& [number, entry] : file.Directory())
+    {
+        if (part.Has(number) && !wireframe.IsFull())
+            part.Show(number, part.NumbersOf(entry), wireframe);
+    }
+    if (wireframe.IsFull())
+        iges::Complain(*file.Messages(), L"There is more than can be drawn, and the rest is left out.");
+    return wireframe;
+}
+
+void ShowDrawing(const iges::Wireframe& wireframe, const char* unit)
+{
+    std::size_t points = 0;
+    for (const std::vector<iges::Point>& polyline : wireframe.Polylines())
+        points += polyline.size();
+    std::printf("drawing\n  %zu points, %zu polylines of %zu points, within %s %s of their curves\n",
+                wireframe.Points().size(), wireframe.Polylines().size(), points, Text(wireframe.Error(), 3).c_str(),
+                unit);
+}
+
+/// Whether two names are those of one file.
+bool IsSame(const boost::filesystem::path& one, const boost::filesystem::path& other)
+{
+    boost::system::error_code ignored;
+    return one == other || boost::filesystem::equivalent(one, other, ignored);
+}
+
+/// False if it was interrupted.
+bool Save(const Options& options, const iges::Wireframe& wireframe)
+{
+    const console::Interruption interruption;
+    const std::wstring title = console::Wide(options.path.filename());
+    return (options.picture.empty() ||
+            iges::SavePicture(options.picture, wireframe, title, console::Interruption::IsAsked)) &&
+           (options.scene.empty() || iges::SaveScene(options.scene, wireframe, title, console::Interruption::IsAsked));
+}
+
 ExitStatus Run(const Options& options)
 {
     CTextInputOutputFile mapped(options.path);
@@ -271,6 +338,19 @@ ExitStatus Run(const Options& options)
 
     if (!options.dump)
         Show(file, survey);
+    const bool isDrawn = !options.picture.empty() || !options.scene.empty();
+    if (isDrawn)
+    {
+        const iges::Wireframe wireframe = WireframeOf(file, part, survey.ExtentsOfGeometry(), options.error);
+        messages.Collect("drawing");
+        if (!options.dump)
+            ShowDrawing(wireframe, file.LengthUnit().name.c_str());
+        if (!Save(options, wireframe))
+        {
+            console::Print(stderr, "interrupted\n");
+            return exitInterrupted;
+        }
+    }
     const std::string said = messages.All();
     if (!options.dump && !said.empty())
         console::Print(stdout, "messages\n");
@@ -296,13 +376,20 @@ int main(int argumentCount, char** arguments)
     Options options;
     if (!ParseArguments(console::Arguments(argumentCount, arguments), options))
     {
-        console::Print(stderr, "usage: iges_survey [--verbose] [--dump] FILE, or iges_survey --help\n");
+        console::Print(
+            stderr,
+            "usage: iges_survey [--verbose] [--dump] [--svg FILE.svg] [--out FILE.wrl] FILE, or iges_survey --help\n");
         return exitNotReadable;
     }
     if (options.help)
     {
         ShowHelp();
         return exitGood;
+    }
+    if (IsSame(options.picture, options.path) || IsSame(options.scene, options.path))
+    {
+        console::Print(stderr, console::Utf8(options.path) + " is to be read, and is not written over\n");
+        return exitNotReadable;
     }
     SetLogLevel(options.verbose ? LogSeverityInformation : LogSeverityWarning);
     try
@@ -312,6 +399,11 @@ int main(int argumentCount, char** arguments)
     catch (CException* failure)
     {
         console::Print(stderr, console::ReasonOf(failure, options.path));
+        return exitNotReadable;
+    }
+    catch (const boost::filesystem::filesystem_error& failure)
+    {
+        console::Print(stderr, std::string(failure.what()) + '\n');
         return exitNotReadable;
     }
 }

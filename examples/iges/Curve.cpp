@@ -143,6 +143,13 @@ Curve HyperbolaOf(const Point& centre, const Point& u, const Point& v, double st
     return pieces;
 }
 
+/// From 0 on, and less than a full turn.
+double AngleOf(double x, double y)
+{
+    const double angle = std::atan2(y, x);
+    return angle < 0.0 ? angle + 2.0 * pi : angle;
+}
+
 double Turn(double from, double to)
 {
     const double turn = std::remainder(to - from, 2.0 * pi);
@@ -355,8 +362,8 @@ bool AddArc(const Point& centre, const Point& first, const Point& second, Curve&
 {
     const Point ray = first - centre;
     const double radius = std::hypot(ray[0], ray[1]);
-    const double start = Turn(2.0 * pi, std::atan2(ray[1], ray[0]));
-    const double end = std::atan2(second[1] - centre[1], second[0] - centre[0]);
+    const double start = AngleOf(ray[0], ray[1]);
+    const double end = AngleOf(second[0] - centre[0], second[1] - centre[1]);
     Curve pieces =
         EllipseOf({centre[0], centre[1], first[2]}, {radius, 0.0, 0.0}, {0.0, radius, 0.0}, start, Turn(start, end));
     FixEnds(pieces, first, second);
@@ -419,8 +426,8 @@ bool AddConic(const std::array<double, 6>& equation, bool isParabola, const Poin
         const auto [x2, y2] = coordinates(second);
         if (isEllipse)
         {
-            const double start = Turn(2.0 * pi, std::atan2(y1, x1));
-            pieces = EllipseOf(centre, u, v, start, Turn(start, std::atan2(y2, x2)));
+            const double start = AngleOf(x1, y1);
+            pieces = EllipseOf(centre, u, v, start, Turn(start, AngleOf(x2, y2)));
         }
         else if (x1 * x2 > 0.0)
             pieces = HyperbolaOf(centre, x1 < 0.0 ? -1.0 * u : u, v, std::asinh(y1), std::asinh(y2));

@@ -39,6 +39,8 @@ Point Transform::Rotated(const Point& point) const
 
 Point Transform::operator()(const Point& point) const { return Rotated(point) + translation; }
 
+double Transform::Growth() const { return std::hypot(Length(rotation[0]), Length(rotation[1]), Length(rotation[2])); }
+
 Transform Transform::After(const Transform& inner) const
 {
     Transform result;
@@ -51,18 +53,6 @@ Transform Transform::After(const Transform& inner) const
     }
     result.translation = (*this)(inner.translation);
     return result;
-}
-
-bool Extents::Contains(const Point& point) const
-{
-    if (IsEmpty())
-        return false;
-    for (std::size_t i = 0; i < 3; ++i)
-    {
-        if (!(point[i] >= axes[i].minimum && point[i] <= axes[i].maximum))
-            return false;
-    }
-    return true;
 }
 
 void Extents::Add(const Point& point)

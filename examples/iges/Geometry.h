@@ -30,6 +30,8 @@ struct Transform
 
     Point Rotated(const Point& point) const;
     Point operator()(const Point& point) const;
+    /// By how much lengths grow at most, or a little more.
+    double Growth() const;
     /// This one after another one.
     Transform After(const Transform& inner) const;
 };
@@ -43,7 +45,8 @@ struct Extents
     /// Neither is to be asked of an empty one.
     Point Low() const { return {axes[0].minimum, axes[1].minimum, axes[2].minimum}; }
     Point High() const { return {axes[0].maximum, axes[1].maximum, axes[2].maximum}; }
-    bool Contains(const Point& point) const;
+    /// 0 for an empty one.
+    double Diagonal() const { return IsEmpty() ? 0.0 : Length(High() - Low()); }
     /// A point of which a coordinate is no finite number is left out.
     void Add(const Point& point);
 };

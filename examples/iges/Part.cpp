@@ -341,7 +341,7 @@ const wchar_t* Part::ShowEntity(const Entry& entry, const Numbers& numbers, cons
     if (Places::AreThoseOf(entry.type))
         return ShowCopies(numbers, transform, receiver, walk);
     Shape shape;
-    const wchar_t* const trouble = ShapeOf(entry, numbers, receiver.Error(), shape);
+    const wchar_t* const trouble = ShapeOf(entry, numbers, receiver.Error() / transform.Growth(), shape);
     receiver.Add(shape, transform);
     return trouble;
 }

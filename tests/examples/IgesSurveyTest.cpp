@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace
 {
@@ -264,6 +265,19 @@ TEST(IgesSurveyTest, AnOffsetCurveMayBeAPartOfItsBase)
     part.Entity(110, {"110,0.,0.,0.,8.,0.,0.;"}, 0, "00010600");
     part.Entity(130, {"130,1,1,0,0,0,2.,0.,0.,0.,0.,0.,1.,0.25,0.5;"});
     ExpectBox(SurveyOf(part.Bytes()), {2, 2, 0}, {4, 2, 0});
+}
+
+TEST(IgesSurveyTest, AnOffsetCurveMayBeAPartOfAnArcOrAnEllipseByTheAngle)
+{
+    support::IgesText part;
+    // From 0 to 60 degrees, and on an ellipse from 0 to 30.
+    part.Entity(100, {"100,0.,0.,0.,2.,0.,-2.,0.;"}, 0, "00010600");
+    part.Entity(130, {"130,1,1,0,0,0,-2.,0.,0.,0.,0.,0.,1.,0.,1.0471975511965977;"});
+    ExpectBox(SurveyOf(part.Bytes()), {2, 0, 0}, {4, 2 * std::sqrt(3.0), 0});
+    support::IgesText ellipse;
+    ellipse.Entity(104, {"104,9.,0.,25.,0.,0.,-225.,0.,5.,0.,5.,0.;"}, 0, "00010600");
+    ellipse.Entity(130, {"130,1,1,0,0,0,0.,0.,0.,0.,0.,0.,1.,0.,0.52359877559829887;"});
+    ExpectBox(SurveyOf(ellipse.Bytes()), {2.5 * std::sqrt(3.0), 0, 0}, {5, 1.5, 0});
 }
 
 TEST(IgesSurveyTest, TheBaseOfAnOffsetCurveMayBeComposite)

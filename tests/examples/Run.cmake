@@ -4,6 +4,7 @@
 #   MATCH     a regular expression for the standard output
 #   ERRORS    a regular expression for the standard error stream, which is empty without it
 #   SAVED, CONTENT  a file, and what is in it afterwards
+#   WRITTEN   a file, and a regular expression for what is in it afterwards; WRITTEN2 likewise
 #   COPY, TO  a file to be copied beforehand
 if(COPY)
   configure_file("${COPY}" "${TO}" COPYONLY)
@@ -44,3 +45,12 @@ endif()
 if(NOT errors STREQUAL "" AND NOT ERRORS OR NOT errors MATCHES "${ERRORS}")
   message(FATAL_ERROR "The standard error stream is\n${errors}")
 endif()
+foreach(written IN ITEMS WRITTEN WRITTEN2)
+  if(${written})
+    list(POP_FRONT ${written} file expression)
+    file(READ "${file}" text)
+    if(NOT text MATCHES "${expression}")
+      message(FATAL_ERROR "${file} does not match ${expression}:\n${text}")
+    endif()
+  endif()
+endforeach()
