@@ -287,6 +287,8 @@ TEST_F(VRMLFileTest, FileThatCannotBeOpenedThrowsWithItsPath)
         const Failure failure = FailureOf([&] { each.Open(folder.Path(), compress, 6); });
         EXPECT_EQ(failure.error, static_cast<std::int32_t>(ERROR_ACCESS_DENIED));
         EXPECT_EQ(failure.file, WideFromPath(folder.Path()));
+        const Failure ofName = FailureOf([&] { each.Open(std::wstring(L"a\0b", 3), compress, 6); });
+        EXPECT_EQ(ofName.error, static_cast<std::int32_t>(ERROR_INVALID_NAME));
     }
     EXPECT_EQ(std::ranges::count(zlib.calls, "DeflateInit2"), 0);
 }

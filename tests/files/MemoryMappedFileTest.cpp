@@ -4,6 +4,7 @@
 #include "tests/support/PathsWithoutLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
+#include "utility/files/TextFile.h"
 #include "utility/framework/FileException.h"
 #include "utility/platform/Paths.h"
 
@@ -152,6 +153,19 @@ TEST_F(MemoryMappedFileTest, FolderThatIsMissingThrowsToAWriter)
     EXPECT_EQ(failure->m_lOsError, 3);
     EXPECT_EQ(failure->m_strFileName, utility::platform::WideFromPath(path));
     ExpectClosed(file);
+}
+
+TEST_F(MemoryMappedFileTest, NameWithANullCharacterIsRefusedAndNotThatOfTheFileAheadOfIt)
+{
+    const auto path = m_folder.File("file", "bytes");
+    const std::wstring name = utility::platform::WideFromPath(path) + std::wstring(L"\0.nc", 4);
+    CMemoryMappedFile file;
+    for (const auto& failure :
+         {FailureOf([&] { file.Open(name); }), FailureOf([&] { file.Open(name, 0); }),
+          FailureOf([&] { const CMemoryMappedFile reader(name); }),
+          FailureOf([&] { const CMemoryMappedFile writer(name, 0); }), FailureOf([&] { CTextFile().Open(name); })})
+        EXPECT_TRUE(failure && failure->m_cause == CFileException::badPath && failure->m_lOsError == 123);
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(path), "bytes");
 }
 
 TEST_F(MemoryMappedFileTest, NamesBeyondAsciiWorkInBothForms)

@@ -29,7 +29,10 @@ bool CVRMLFile::Open(const wchar_t* file, bool compress, int level)
     return Open(utility::platform::PathFromWide(file), compress, level);
 }
 
-bool CVRMLFile::Open(const std::wstring& file, bool compress, int level) { return Open(file.c_str(), compress, level); }
+bool CVRMLFile::Open(const std::wstring& file, bool compress, int level)
+{
+    return Open(utility::platform::PathFromWide(file), compress, level);
+}
 
 bool CVRMLFile::Open(const boost::filesystem::path& file, bool compress, int level)
 {

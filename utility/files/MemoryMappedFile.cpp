@@ -21,13 +21,13 @@ CMemoryMappedFile::CMemoryMappedFile()
 
 CMemoryMappedFile::CMemoryMappedFile(const wchar_t* path) : CMemoryMappedFile() { Open(path); }
 
-CMemoryMappedFile::CMemoryMappedFile(const std::wstring& path) : CMemoryMappedFile(path.c_str()) {}
+CMemoryMappedFile::CMemoryMappedFile(const std::wstring& path) : CMemoryMappedFile() { Open(path); }
 
 CMemoryMappedFile::CMemoryMappedFile(const boost::filesystem::path& path) : CMemoryMappedFile() { Open(path); }
 
 CMemoryMappedFile::CMemoryMappedFile(const wchar_t* path, DWORD size) : CMemoryMappedFile() { Open(path, size); }
 
-CMemoryMappedFile::CMemoryMappedFile(const std::wstring& path, DWORD size) : CMemoryMappedFile(path.c_str(), size) {}
+CMemoryMappedFile::CMemoryMappedFile(const std::wstring& path, DWORD size) : CMemoryMappedFile() { Open(path, size); }
 
 CMemoryMappedFile::CMemoryMappedFile(const boost::filesystem::path& path, DWORD size) : CMemoryMappedFile()
 {
@@ -42,7 +42,7 @@ CMemoryMappedFile::~CMemoryMappedFile() { Close(0); }
 
 bool CMemoryMappedFile::Open(const wchar_t* path) { return Open(utility::platform::PathFromWide(path)); }
 
-bool CMemoryMappedFile::Open(const std::wstring& path) { return Open(path.c_str()); }
+bool CMemoryMappedFile::Open(const std::wstring& path) { return Open(utility::platform::PathFromWide(path)); }
 
 bool CMemoryMappedFile::Open(const boost::filesystem::path& path)
 {
@@ -65,7 +65,10 @@ bool CMemoryMappedFile::Open(const wchar_t* path, DWORD size)
     return Open(utility::platform::PathFromWide(path), size);
 }
 
-bool CMemoryMappedFile::Open(const std::wstring& path, DWORD size) { return Open(path.c_str(), size); }
+bool CMemoryMappedFile::Open(const std::wstring& path, DWORD size)
+{
+    return Open(utility::platform::PathFromWide(path), size);
+}
 
 bool CMemoryMappedFile::Open(const boost::filesystem::path& path, DWORD size)
 {

@@ -15,7 +15,7 @@
 //
 // The class has no virtual operations, though others derive from it: delete an object as what it was made.
 //
-// A file is named by wide text or by a path, whatever the locale.
+// A file is named by wide text or by a path, whatever the locale. A text with a null character in it names none.
 //
 // What cannot be opened or written throws a CFileException (as a pointer, see framework/Exception.h) with the path.
 // What can be opened but not mapped, which an empty file is too, gives false.

@@ -3,15 +3,22 @@
 #include <boost/filesystem/path.hpp>
 
 #include <string>
+#include <string_view>
 
 namespace utility::platform
 {
 
 /// A path's text as wide text, and back, whatever the locale. Where paths are bytes (Linux), they are taken as UTF-8,
 /// and a byte that is none becomes a lone surrogate (U+DC80 to U+DCFF), so that every file name survives the trip. Wide
-/// texts that differ in other surrogates name different files.
-/// Null is the empty path.
+/// texts that differ in other surrogates name different files. Null characters stay, which no file's name has: what is
+/// cut off there would be another file.
 [[nodiscard]] std::wstring WideFromPath(const boost::filesystem::path& path);
-[[nodiscard]] boost::filesystem::path PathFromWide(const wchar_t* text);
+[[nodiscard]] boost::filesystem::path PathFromWide(std::wstring_view text);
+
+/// Null is the empty path.
+[[nodiscard]] inline boost::filesystem::path PathFromWide(const wchar_t* text)
+{
+    return PathFromWide(text != nullptr ? std::wstring_view(text) : std::wstring_view());
+}
 
 }

@@ -10,10 +10,9 @@ std::wstring WideFromPath(const boost::filesystem::path& path)
     return formats::WideFromUtf8(path.native(), formats::Malformed::escaped);
 }
 
-boost::filesystem::path PathFromWide(const wchar_t* text)
+boost::filesystem::path PathFromWide(std::wstring_view text)
 {
-    return text != nullptr ? boost::filesystem::path(formats::Utf8FromWide(text, formats::Malformed::escaped))
-                           : boost::filesystem::path();
+    return formats::Utf8FromWide(text, formats::Malformed::escaped);
 }
 
 }

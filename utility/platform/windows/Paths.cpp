@@ -5,9 +5,6 @@ namespace utility::platform
 
 std::wstring WideFromPath(const boost::filesystem::path& path) { return path.native(); }
 
-boost::filesystem::path PathFromWide(const wchar_t* text)
-{
-    return text != nullptr ? boost::filesystem::path(text) : boost::filesystem::path();
-}
+boost::filesystem::path PathFromWide(std::wstring_view text) { return std::wstring(text); }
 
 }
