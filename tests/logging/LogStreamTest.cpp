@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
 #include <cstdint>
 #include <functional>
 #include <iomanip>
@@ -622,6 +623,18 @@ TEST_P(LogStreamEquivalenceTest, EachValueAloneIsWrittenAsAStreamWritesIt)
         all.push_back(std::move(insertion));
     for (std::size_t i = 0; i < all.size(); ++i)
         EXPECT_EQ(Written({&all[i]}, true), Written({&all[i]}, false)) << "insertion " << i;
+}
+
+TEST_F(LogStreamTest, NumberIsRoundedAsAStreamRoundsItInTheThread)
+{
+    const std::vector<Insertion> numbers = {Same(0.1234565), Same(2.5000001F), Same(-0.1234565)};
+    for (const int direction : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO})
+    {
+        std::fesetround(direction);
+        for (const Insertion& number : numbers)
+            EXPECT_EQ(Written({&number}, true), Written({&number}, false)) << direction;
+    }
+    std::fesetround(FE_TONEAREST);
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, LogStreamEquivalenceTest, ::testing::Bool());

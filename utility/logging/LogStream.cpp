@@ -4,6 +4,7 @@
 #include "utility/platform/Text.h"
 
 #include <algorithm>
+#include <cfenv>
 #include <charconv>
 #include <exception>
 #include <iterator>
@@ -168,6 +169,12 @@ void CLogStreamHelper::AppendInteger(std::uint64_t magnitude, bool negative)
 // As a stream does it, which on Windows sets the locale of the whole process for a moment meanwhile.
 void CLogStreamHelper::AppendReal(double value)
 {
+    // A stream may round to where the thread rounds.
+    if (std::fegetround() != FE_TONEAREST)
+    {
+        Stream() << value;
+        return;
+    }
     constexpr int digitsOfAStream = 6;
     char text[32];
     const char* const end = std::to_chars(text, std::end(text), value, std::chars_format::general, digitsOfAStream).ptr;
