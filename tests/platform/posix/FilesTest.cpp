@@ -174,14 +174,17 @@ TEST(PosixFilesTest, ProcessForkedMeanwhileDoesNotKeepAFileThatWasClosed)
             end.Await();
             return 0;
         });
-    EXPECT_TRUE(reader.Close(0));
-    EXPECT_TRUE(writer.Close(0));
-    for (const boost::filesystem::path& each : {path, folder / "b"})
+    const auto expectFree = [](const boost::filesystem::path& each)
     {
         const HANDLE file = Files().OpenForWriting(each);
         EXPECT_NE(file, INVALID_HANDLE_VALUE) << each;
         Files().Close(file);
-    }
+    };
+    // The view that there still is is of the other one.
+    EXPECT_TRUE(writer.Close(0));
+    expectFree(folder / "b");
+    EXPECT_TRUE(reader.Close(0));
+    expectFree(path);
     end.Give();
     EXPECT_EQ(child.ExitCode(), 0);
 }
