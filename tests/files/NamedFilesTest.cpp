@@ -23,7 +23,8 @@ protected:
 };
 
 /// What RenameFile throws; null if it throws nothing.
-std::unique_ptr<CFileException> FailureOfRename(const boost::filesystem::path& from, const boost::filesystem::path& to)
+template <class Name>
+std::unique_ptr<CFileException> FailureOfRename(const Name& from, const Name& to)
 {
     try
     {
@@ -86,6 +87,19 @@ TEST_F(NamedFilesTest, FileThatIsThereIsLeftAsItIs)
 {
     EXPECT_TRUE(CreateFileIfNotPresent(m_path));
     EXPECT_EQ(m_folder.BytesOf(m_path), "bytes");
+}
+
+TEST_F(NamedFilesTest, TextWithANullCharacterNamesNoFile)
+{
+    const std::wstring other = WideFromPath(m_folder.File("b", "other"));
+    const std::wstring behind(L"\0c", 2);
+    for (const auto& failure : {FailureOfRename(m_wide, other + behind), FailureOfRename(m_wide + behind, other)})
+        EXPECT_TRUE(failure && failure->m_lOsError == 123);
+    EXPECT_EQ(m_folder.BytesOf(m_path), "bytes");
+    EXPECT_EQ(m_folder.BytesOf(m_folder / "b"), "other");
+    EXPECT_FALSE(CreateFileIfNotPresent(m_wide + behind));
+    EXPECT_FALSE(IsFileReadable(m_wide + behind));
+    EXPECT_EQ(GetFileSize(m_wide + behind), 0u);
 }
 
 TEST_F(NamedFilesTest, FileThatCannotBeMadeIsFalse)

@@ -11,6 +11,8 @@ using utility::platform::PathFromWide;
 
 void RenameFile(const wchar_t* from, const wchar_t* to) { RenameFile(PathFromWide(from), PathFromWide(to)); }
 
+void RenameFile(const std::wstring& from, const std::wstring& to) { RenameFile(PathFromWide(from), PathFromWide(to)); }
+
 void RenameFile(const boost::filesystem::path& from, const boost::filesystem::path& to)
 {
     if (FileSystem().Move(from, to))
@@ -21,6 +23,8 @@ void RenameFile(const boost::filesystem::path& from, const boost::filesystem::pa
 
 bool CreateFileIfNotPresent(const wchar_t* path) { return CreateFileIfNotPresent(PathFromWide(path)); }
 
+bool CreateFileIfNotPresent(const std::wstring& path) { return CreateFileIfNotPresent(PathFromWide(path)); }
+
 bool CreateFileIfNotPresent(const boost::filesystem::path& path)
 {
     return FileSystem().CreateNew(path) || LastError() == ERROR_FILE_EXISTS;
@@ -30,7 +34,11 @@ bool IsFileReadable(const boost::filesystem::path& path) { return FileSystem().I
 
 bool IsFileReadable(const wchar_t* path) { return IsFileReadable(PathFromWide(path)); }
 
+bool IsFileReadable(const std::wstring& path) { return IsFileReadable(PathFromWide(path)); }
+
 std::uint64_t GetFileSize(const wchar_t* path) { return GetFileSize(PathFromWide(path)); }
+
+std::uint64_t GetFileSize(const std::wstring& path) { return GetFileSize(PathFromWide(path)); }
 
 std::uint64_t GetFileSize(const boost::filesystem::path& path)
 {
