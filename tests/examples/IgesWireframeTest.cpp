@@ -96,8 +96,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"110,1.,2.,3.,4.,5.,6.;"},
                               0,
                               3,
-                              [](double t) {
-                                  return iges::Point{1 + t, 2 + t, 3 + t};
+                              [](double u) {
+                                  return iges::Point{1 + u, 2 + u, 3 + u};
                               },
                               0.1,
                               2},
@@ -106,8 +106,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"100,7.,1.,0.,3.,0.,3.,0.;"},
                               0,
                               2 * std::numbers::pi,
-                              [](double t) {
-                                  return iges::Point{1 + 2 * std::cos(t), 2 * std::sin(t), 7};
+                              [](double u) {
+                                  return iges::Point{1 + 2 * std::cos(u), 2 * std::sin(u), 7};
                               },
                               1e-3,
                               300},
@@ -116,8 +116,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"100,0.,0.,0.,5.,0.,0.,5.;"},
                               0,
                               std::numbers::pi / 2,
-                              [](double t) {
-                                  return iges::Point{5 * std::cos(t), 5 * std::sin(t), 0};
+                              [](double u) {
+                                  return iges::Point{5 * std::cos(u), 5 * std::sin(u), 0};
                               },
                               0.1,
                               12},
@@ -126,8 +126,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"104,9.,0.,25.,0.,0.,-225.,0.,5.,0.,-5.,0.;"},
                               0,
                               std::numbers::pi,
-                              [](double t) {
-                                  return iges::Point{5 * std::cos(t), 3 * std::sin(t), 0};
+                              [](double u) {
+                                  return iges::Point{5 * std::cos(u), 3 * std::sin(u), 0};
                               },
                               1e-2,
                               80},
@@ -136,8 +136,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"104,1.,0.,-1.,0.,0.,-1.,0.,1.,0.,1.25,0.75;"},
                               0,
                               std::numbers::ln2,
-                              [](double t) {
-                                  return iges::Point{std::cosh(t), std::sinh(t), 0};
+                              [](double u) {
+                                  return iges::Point{std::cosh(u), std::sinh(u), 0};
                               },
                               1e-3,
                               20},
@@ -146,8 +146,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"104,1.,0.,0.,0.,-1.,0.,0.,-1.,1.,2.,4.;"},
                               -1,
                               2,
-                              [](double t) {
-                                  return iges::Point{t, t * t, 0};
+                              [](double u) {
+                                  return iges::Point{u, u * u, 0};
                               },
                               1e-2,
                               40},
@@ -156,8 +156,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"112,3,1,3,1,0.,2.,0.,1.,0.,0.,0.,0.,0.,1.,1.,0.,2.,0.;"},
                               0,
                               2,
-                              [](double t) {
-                                  return iges::Point{t, t * t * t, 1 + 2 * t * t};
+                              [](double u) {
+                                  return iges::Point{u, u * u * u, 1 + 2 * u * u};
                               },
                               1e-2,
                               60},
@@ -166,8 +166,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"126,2,2,0,0,1,0,0.,0.,0.,1.,1.,1.,1.,1.,1.,", "0.,0.,0.,1.,2.,0.,2.,0.,0.,0.,1.;"},
                               0,
                               1,
-                              [](double t) {
-                                  return iges::Point{2 * t, 4 * t * (1 - t), 0};
+                              [](double u) {
+                                  return iges::Point{2 * u, 4 * u * (1 - u), 0};
                               },
                               1e-3,
                               70},
@@ -176,8 +176,8 @@ INSTANTIATE_TEST_SUITE_P(
                               {"126,2,2,0,0,1,0,0.,0.,0.,1.,1.,1.,1.,1.,1.,", "0.,0.,0.,1.,2.,0.,2.,0.,0.,0.25,0.5;"},
                               0.25,
                               0.5,
-                              [](double t) {
-                                  return iges::Point{2 * t, 4 * t * (1 - t), 0};
+                              [](double u) {
+                                  return iges::Point{2 * u, 4 * u * (1 - u), 0};
                               },
                               1e-3,
                               30}),
