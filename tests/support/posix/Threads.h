@@ -17,6 +17,10 @@ namespace support
 template <class Work, class Task>
 void ExpectChildrenOfThreadsToWork(Work work, Task task)
 {
+#ifdef __SANITIZE_ADDRESS__
+    // Its own locks stay taken in a child: one in a hundred waits for ever, in a program without the library too.
+    GTEST_SKIP() << "The build lacks an allocator that the child of a program with threads can use";
+#endif
     std::atomic<bool> over = false;
     std::atomic<bool> isWell = true;
     std::vector<std::jthread> threads;
