@@ -86,7 +86,8 @@ build_and_test() {
 
 # run_tests PRESET: runs the preset's tests, shows those that fail, and counts. build/logs/PRESET-tests.tsv gets the
 # state (passed, failed, skipped, or lacking: not run since the processor lacks the instructions, the user the rights,
-# the machine a program, or the build an allocator) and the name of each. A part of the tests that runs in one process counts by its results.
+# the machine a program, or the build an allocator) and the name of each. A part of the tests that runs in one process
+# counts by its results.
 run_tests() {
     local preset=$1 start=$SECONDS junit=$logs/$1-tests.xml table=$logs/$1-tests.tsv log=$logs/$1-tests.log
     local results=$root/build/$1/tests/results status=0 good bad out
