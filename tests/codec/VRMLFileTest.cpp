@@ -126,7 +126,9 @@ TEST_F(VRMLFileTest, CompressedFileIsExpandedToItsTextByOthers)
     EXPECT_TRUE(file.Open(path, true, 6));
     for (std::size_t at = 0; at < text.size(); at += 100)
         EXPECT_EQ(&(file << text.substr(at, 100).c_str()), &file);
+    EXPECT_GT(zlib.blocks, 0);
     EXPECT_TRUE(file.Close());
+    EXPECT_EQ(zlib.blocks, 0);
     const std::string content = Content();
     EXPECT_TRUE(Gunzip(content) == text);
     EXPECT_EQ(content.substr(0, 10), header);
@@ -289,6 +291,10 @@ TEST_F(VRMLFileTest, FileThatCannotBeOpenedThrowsWithItsPath)
         EXPECT_EQ(failure.file, WideFromPath(folder.Path()));
         const Failure ofName = FailureOf([&] { each.Open(std::wstring(L"a\0b", 3), compress, 6); });
         EXPECT_EQ(ofName.error, static_cast<std::int32_t>(ERROR_INVALID_NAME));
+        // How it was to be opened is known all the same.
+        const auto before = std::ranges::count(zlib.calls, "Deflate");
+        EXPECT_EQ(FailureOf([&] { each << "text"; }).error, static_cast<std::int32_t>(ERROR_INVALID_HANDLE));
+        EXPECT_EQ(std::ranges::count(zlib.calls, "Deflate") - before, compress ? 1 : 0);
     }
     EXPECT_EQ(std::ranges::count(zlib.calls, "DeflateInit2"), 0);
 }

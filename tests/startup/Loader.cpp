@@ -3,6 +3,7 @@
 //   Loader end MODULE      ends without unloading it: a digit is printed for each that is destroyed all the same
 //   Loader within MODULE   ends while it unloads it: a digit is printed for each object of another that is destroyed
 //   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
+//   Loader zlib LIBRARY    unloads the library after it has loaded zlib, which goes with it (Linux)
 // Its exit code is 0 if all went well.
 
 #include "utility/platform/Threads.h"
@@ -12,6 +13,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -75,6 +78,24 @@ int LoadOften(const boost::filesystem::path& path)
     return 0;
 }
 
+bool IsMapped(std::string_view file)
+{
+    std::ifstream maps("/proc/self/maps");
+    return std::string(std::istreambuf_iterator<char>(maps), {}).find(file) != std::string::npos;
+}
+
+int UnloadWithZlib(const boost::filesystem::path& path)
+{
+    {
+        const boost::dll::shared_library library(path);
+        alignas(void*) unsigned char engine[112]{};
+        library.get<int(void*)>("_ZN8CZEngine10DeflateEndEv")(engine);
+        if (!IsMapped("libz.so"))
+            return 1;
+    }
+    return IsMapped("libz.so") || IsMapped("libUtility.so") ? 1 : 0;
+}
+
 }
 
 int main(int argumentCount, char** arguments)
@@ -86,5 +107,6 @@ int main(int argumentCount, char** arguments)
            : what == "end"    ? End(path)
            : what == "within" ? EndWithin(path)
            : what == "often"  ? LoadOften(path)
+           : what == "zlib"   ? UnloadWithZlib(path)
                               : 2;
 }
