@@ -25,18 +25,21 @@
 // that has those of any new file. A link stays a link, and what it points at is replaced: what other names lead to is
 // meant to be the same file still. Where it points to another device, the new version is copied there and swapped
 // there. Where it leads nowhere, the new file takes the place of the link. A file that did not exist before gets its
-// name by a plain renaming, and so it does where the swap is refused. Where a flush fails within the swap, the old file
-// stays, the new one is removed, and the destructor throws that it is missing.
+// name by a plain renaming, and so it does where the swap is refused, in the place of a link too. Where a flush fails
+// within the swap, the old file stays, the new one is removed, and the destructor throws that it is missing.
 //
-// One swap there takes these calls of the system, if the old file is no link, has no extended attributes, and the new
-// one has its owner and permissions: lstat, open, link, fstat, listxattr, fgetxattr, fstat, fsync, rename, open, fsync,
-// close, close, and to remove the backup lstat, unlink.
+// One swap there takes these calls of the system, if the old file is no link, has no extended attributes, the new one
+// has its owner and permissions, and CommitAndClose came right before: lstat, open, fstat, listxattr, fgetxattr, fstat,
+// link, fstat, rename, open, fsync, close, close, and to remove the backup lstat, unlink. Otherwise an fsync of the new
+// file comes ahead of the rename.
 //
 // On Windows another program that has the file open, such as one that looks for viruses, is waited for up to a tenth of
-// a second. Then the old file is removed or moved away first, as it is where the user may not replace it in one step.
+// a second. Where the system refuses the swap for good, for lack of rights as a rule, the old file is removed, or moved
+// away if that fails, before the new one is renamed: only then is the file missing for a moment.
 
 #include "utility/platform/Export.h"
 
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/path.hpp>
 
 #include <string>

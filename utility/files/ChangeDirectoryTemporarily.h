@@ -11,6 +11,7 @@
 
 #include "utility/platform/Export.h"
 
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/path.hpp>
 
 #include <string>

@@ -12,6 +12,7 @@
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"
 
+#include <boost/filesystem/exception.hpp>
 #include <boost/filesystem/path.hpp>
 
 #include <string>

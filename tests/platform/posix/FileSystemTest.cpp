@@ -3,6 +3,7 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
+#include "utility/files/MemoryMappedFile.h"
 #include "utility/platform/Error.h"
 
 #include <gtest/gtest.h>
@@ -339,6 +340,33 @@ TEST_F(PosixSwapTest, NewFileThatIsNotFlushedGoesAndTheOldOneStays)
     }
 }
 
+TEST_F(PosixSwapTest, NewFileThatTheLibraryHasJustFlushedIsFlushedOnlyIfItHasChanged)
+{
+    const auto write = [this](const char* name, const std::string& bytes)
+    {
+        CMemoryMappedFile file(m_folder / name, 0);
+        file.WriteFile(bytes.data(), bytes.size());
+        file.CommitAndClose();
+    };
+    const auto flushes = [this]
+    {
+        const FailingCall failing("fsync", EIO, 2);
+        const bool isSwapped = Swap();
+        return isSwapped && !failing.HasFailed() ? 1 : 2;
+    };
+    write("replacement", "newer");
+    EXPECT_EQ(flushes(), 1);
+    write("replacement", "newer");
+    std::ofstream(m_replacement.native(), std::ios::app) << " still";
+    EXPECT_EQ(flushes(), 2);
+    write("replacement", "newer");
+    ASSERT_EQ(::chmod(m_target.c_str(), 0600), 0);
+    EXPECT_EQ(flushes(), 2);
+    write("replacement", "newer");
+    write("other", "newer");
+    EXPECT_EQ(flushes(), 2);
+}
+
 TEST_F(PosixSwapTest, ExchangeThatIsNotFlushedIsUndone)
 {
     const FailingCall linking("link", EPERM);
@@ -380,6 +408,45 @@ TEST_F(PosixSwapTest, InterruptedCallsGoOn)
         EXPECT_TRUE(Swap()) << call;
         EXPECT_TRUE(failing.HasFailed());
         EXPECT_EQ(Bytes(m_target), "new");
+    }
+}
+
+TEST_F(PosixSwapTest, MemoryThatRunsOutAtAnyPointLeavesNothingBehind)
+{
+    SetAttribute(m_target, "user.kept", "old");
+    const OtherDevice other;
+    for (const bool isAcross : {false, true})
+    {
+        if (isAcross && other.IsThere())
+        {
+            remove(m_target);
+            std::ofstream((other.Path() / "real").native()) << "old";
+            create_symlink(other.Path() / "real", m_target);
+        }
+        bool hasFailed = true;
+        for (int at = 1; hasFailed; ++at)
+        {
+            m_folder.File("replacement", "new");
+            bool isThrown = false;
+            {
+                const FailingCall failing("operator new", ENOMEM, at);
+                try
+                {
+                    Swap();
+                }
+                catch (const std::bad_alloc&)
+                {
+                    isThrown = true;
+                }
+                hasFailed = failing.HasFailed();
+            }
+            EXPECT_EQ(isThrown, hasFailed);
+            EXPECT_EQ(Bytes(m_target), hasFailed ? "old" : "new") << at;
+            EXPECT_EQ(exists(m_replacement), hasFailed) << at;
+            EXPECT_EQ(exists(m_backup), !hasFailed && !isAcross) << at;
+            EXPECT_LE(EntriesOf(other.Path()), 1) << at;
+        }
+        remove(m_backup);
     }
 }
 
@@ -463,7 +530,11 @@ TEST_F(PosixFileSystemTest, MoveToAnotherDeviceThatFailsChangesNothing)
         int error;
         int at;
         DWORD reason;
-    } failures[] = {{"write", ENOSPC, 1, 112}, {"read", EIO, 1, 31}, {"open", EMFILE, 2, 4}, {"fsync", ENOSPC, 1, 112}, {"rename", EACCES, 2, 5}};
+    } failures[] = {{"write", ENOSPC, 1, 112},
+                    {"read", EIO, 1, 31},
+                    {"open", EMFILE, 2, 4},
+                    {"fsync", ENOSPC, 1, 112},
+                    {"rename", EACCES, 2, 5}};
     for (const auto& each : failures)
     {
         const FailingCall failing(each.call, each.error, each.at);

@@ -3,6 +3,7 @@
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/FileTimes.h"
+#include "utility/platform/posix/files/Flushed.h"
 #include "utility/platform/posix/files/Lock.h"
 #include "utility/platform/posix/files/Views.h"
 #include "utility/platform/posix/handles/Descriptor.h"
@@ -205,7 +206,10 @@ public:
 
     bool FlushToDisk(HANDLE file) override
     {
-        return posix::Uninterrupted([&] { return ::fsync(DescriptorOf(file)); }) == 0 || posix::Fail();
+        if (posix::Uninterrupted([&] { return ::fsync(DescriptorOf(file)); }) != 0)
+            return posix::Fail();
+        posix::NoteFlushed(DescriptorOf(file));
+        return true;
     }
 
     bool Information(HANDLE file, BY_HANDLE_FILE_INFORMATION& information) override

@@ -1,18 +1,20 @@
 // A new file takes the place of an old one by one step of the file system, so that whoever looks finds either, and a
 // crash leaves either. The steps, each safe to be the last one:
 //
-//   1. the old file gets a second name, `backup`; nothing is moved away
-//   2. the new file takes over what the system keeps about the old one, and is brought to the disk
-//   3. the new file is renamed to the old one's name: this is the swap
-//   4. the folder is brought to the disk, and the new name with it
+//   1. the new file takes over what the system keeps about the old one
+//   2. the old file gets a second name, `backup`; nothing is moved away
+//   3. the new file is brought to the disk, unless the library has just done so
+//   4. the new file is renamed to the old one's name: this is the swap
+//   5. the folder is brought to the disk, and the new name with it
 //
-// Up to 3 a failure undoes what was done. Where 2 fails, the new file is not what was written, though from then on the
-// system gives it back as if it were, and would flush it without a complaint; so it goes. Where 4 fails, the old file
+// Up to 4 a failure undoes what was done. Where 3 fails, the new file is not what was written, though from then on the
+// system gives it back as if it were, and would flush it without a complaint; so it goes. Where 5 fails, the old file
 // goes back. A file system without second names may exchange the two files in one step instead.
 
 #include "utility/platform/posix/filesystem/Swap.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/Flushed.h"
 #include "utility/platform/posix/filesystem/Attributes.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 
@@ -91,11 +93,11 @@ bool Flush(int descriptor)
 /// Makes a file of its own of the bytes of another. False, with the reason in errno, on failure.
 bool Copy(const path& from, const path& to)
 {
+    std::vector<char> block(1 << 16);
     const Opened source(from, O_RDONLY);
     const Opened copy(to, O_WRONLY | O_CREAT | O_EXCL);
     if (source.Descriptor() < 0 || copy.Descriptor() < 0)
         return false;
-    std::vector<char> block(1 << 16);
     ssize_t count = 0;
     while ((count = Uninterrupted([&] { return ::read(source.Descriptor(), block.data(), block.size()); })) > 0)
     {
@@ -110,23 +112,52 @@ bool Copy(const path& from, const path& to)
     return count == 0;
 }
 
-/// A name for a file beside another, which no file has.
-path NameBeside(const path& file)
+/// A file beside another, under a name that no file has. What has the name at the end goes.
+class Draft
 {
-    return file.parent_path() / boost::filesystem::unique_path("MS%%%%-%%%%-%%%%-%%%%");
+public:
+    explicit Draft(const path& file)
+        : m_name(file.parent_path() / boost::filesystem::unique_path("MS%%%%-%%%%-%%%%-%%%%"))
+    {
+    }
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+    ~Draft() { Remove(m_name); }
+
+    const path& Name() const { return m_name; }
+
+private:
+    path m_name;
+};
+
+/// Brings the names in a folder to the disk, that of a file in it among them.
+bool FlushFolder(const path& folder, const path& file)
+{
+    const Opened names(folder, O_RDONLY | O_DIRECTORY);
+    if (names.Descriptor() >= 0)
+        return Flush(names.Descriptor()) || errno == EINVAL; // not every file system has folders to flush
+    if (errno != EACCES)
+        return false;
+    // A folder that may be written, but not read: with all else that is on the file system.
+    const Opened any(file, O_RDONLY | O_NONBLOCK);
+    return any.Descriptor() >= 0 && ::syncfs(any.Descriptor()) == 0;
 }
+
+/// The folder that a file is in.
+path FolderOf(const path& file) { return file.has_parent_path() ? file.parent_path() : "."; }
 
 Outcome SwapOnDevice(const path& target, const struct stat& status, const path& replacement, const path& backup)
 {
+    // Nothing allocates memory from the second name on: what was begun is brought to an end.
+    const path folder = FolderOf(target);
     const Opened file(replacement, O_RDONLY);
     if (file.Descriptor() < 0)
         return errno == ENOENT ? Outcome::missing : Outcome::refused;
+    CopyAttributes(target.native(), status, file.Descriptor());
     const bool isLinked = Uninterrupted([&] { return ::link(target.c_str(), backup.c_str()); }) == 0;
     if (!isLinked && errno == EXDEV)
         return Outcome::otherDevice;
-
-    CopyAttributes(target.native(), status, file.Descriptor());
-    const bool isFlushed = Flush(file.Descriptor());
+    const bool isFlushed = IsFlushed(file.Descriptor()) || Flush(file.Descriptor());
     if (!isFlushed || !(isLinked ? Rename(replacement, target) : Exchange(replacement, target)))
     {
         if (isLinked)
@@ -135,7 +166,7 @@ Outcome SwapOnDevice(const path& target, const struct stat& status, const path& 
             Remove(replacement);
         return isFlushed ? Outcome::refused : Outcome::unflushed;
     }
-    if (!FlushNames(target))
+    if (!FlushFolder(folder, target))
     {
         Rename(isLinked ? backup : replacement, target);
         return Outcome::unflushed;
@@ -148,10 +179,10 @@ Outcome SwapOnDevice(const path& target, const struct stat& status, const path& 
 /// Swaps with a copy of the new file on the device of the old one.
 Outcome SwapByCopy(const path& target, const struct stat& status, const path& replacement)
 {
-    const path copy = NameBeside(target);
-    const path backup = NameBeside(target);
-    const Outcome outcome = Copy(replacement, copy) ? SwapOnDevice(target, status, copy, backup) : Outcome::refused;
-    Remove(outcome == Outcome::swapped ? backup : copy);
+    const Draft copy(target);
+    const Draft backup(target);
+    const Outcome outcome =
+        Copy(replacement, copy.Name()) ? SwapOnDevice(target, status, copy.Name(), backup.Name()) : Outcome::refused;
     if (outcome == Outcome::swapped || outcome == Outcome::unflushed)
         Remove(replacement);
     return outcome;
@@ -194,35 +225,22 @@ bool MoveAcross(const path& from, const path& to)
         SetLastError(ERROR_NOT_SAME_DEVICE);
         return false;
     }
-    const path copy = NameBeside(to);
-    if (Copy(from, copy))
+    const Draft copy(to);
+    if (Copy(from, copy.Name()))
     {
-        const Opened file(copy, O_RDONLY);
+        const Opened file(copy.Name(), O_RDONLY);
         CopyAttributes(from.native(), status, file.Descriptor());
         const timespec times[] = {status.st_atim, status.st_mtim};
         ::futimens(file.Descriptor(), times);
-        if (Flush(file.Descriptor()) && Rename(copy, to) && FlushNames(to))
+        if (Flush(file.Descriptor()) && Rename(copy.Name(), to) && FlushNames(to))
         {
             Remove(from);
             return true;
         }
     }
-    Fail();
-    Remove(copy);
-    return false;
+    return Fail();
 }
 
-bool FlushNames(const path& file)
-{
-    const path folder = file.parent_path();
-    const Opened names(folder.empty() ? "." : folder, O_DIRECTORY);
-    if (names.Descriptor() >= 0)
-        return Flush(names.Descriptor()) || errno == EINVAL; // not every file system has folders to flush
-    if (errno != EACCES)
-        return false;
-    // A folder that may be written, but not read: with all else that is on the file system.
-    const Opened any(file, O_NONBLOCK);
-    return any.Descriptor() >= 0 && ::syncfs(any.Descriptor()) == 0;
-}
+bool FlushNames(const path& file) { return FlushFolder(FolderOf(file), file); }
 
 }
