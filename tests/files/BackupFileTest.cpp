@@ -221,6 +221,21 @@ TEST_F(BackupFileTest, EmptyFolderIsNotReplacedEither)
     EXPECT_TRUE(is_directory(m_file));
 }
 
+TEST_F(BackupFileTest, NameWithANullCharacterIsToldAndTheFileAheadOfItStays)
+{
+    boost::filesystem::path name = m_file;
+    name += boost::filesystem::path(std::string("\0c", 2));
+    const auto save = [this](auto named)
+    {
+        CBackupFile backup(named);
+        m_folder.File(backup.GetTempFilename().filename().string().c_str(), "new");
+        backup.SetReplaceFile(true);
+    };
+    EXPECT_THROW(save(name), filesystem_error);
+    EXPECT_THROW(save(utility::platform::WideFromPath(name)), filesystem_error);
+    EXPECT_EQ(Bytes(), "old");
+}
+
 TEST_F(BackupFileTest, NewVersionThatIsMissingIsToldAndTheOldOneStays)
 {
     EXPECT_THROW(SaveNothing(), filesystem_error);

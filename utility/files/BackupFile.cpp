@@ -18,9 +18,14 @@ path NameBeside(const path& file)
            boost::filesystem::unique_path(utility::platform::PathFromWide(L"MS%%%%-%%%%-%%%%-%%%%"));
 }
 
-/// Gets a file out of the way that could not be replaced for this reason, though it is there.
+/// Gets a file out of the way that could not be replaced for this reason, though it is there. Throws for one that
+/// cannot be there.
 void MakeWay(const path& file, const path& backup, DWORD reason)
 {
+    // What comes next would take such a name for that of the file ahead of its null character.
+    if (reason == ERROR_INVALID_NAME)
+        throw boost::filesystem::filesystem_error(
+            "no file has this name", file, boost::system::errc::make_error_code(boost::system::errc::invalid_argument));
     boost::system::error_code failure;
     if (reason != ERROR_UNABLE_TO_MOVE_REPLACEMENT && reason != ERROR_ACCESS_DENIED && reason != ERROR_SUCCESS)
         return;
@@ -37,7 +42,7 @@ void MakeWay(const path& file, const path& backup, DWORD reason)
 
 CBackupFile::CBackupFile(const path& file) : m_file(file), m_tempFile(NameBeside(file)) {}
 
-CBackupFile::CBackupFile(const std::wstring& file) : CBackupFile(file.c_str()) {}
+CBackupFile::CBackupFile(const std::wstring& file) : CBackupFile(utility::platform::PathFromWide(file)) {}
 
 CBackupFile::CBackupFile(const wchar_t* file) : CBackupFile(utility::platform::PathFromWide(file)) {}
 
