@@ -354,10 +354,20 @@ TEST_F(PosixSwapTest, NewFileThatTheLibraryHasJustFlushedIsFlushedOnlyIfItHasCha
         const bool isSwapped = Swap();
         return isSwapped && !failing.HasFailed() ? 1 : 2;
     };
-    write("replacement", "newer");
-    EXPECT_EQ(flushes(), 1);
+    // A system that gives all changes of a tick one time cannot tell at each try.
+    int fewest = 2;
+    for (int tries = 0; fewest == 2 && tries < 200; ++tries)
+    {
+        write("replacement", "newer");
+        fewest = flushes();
+    }
+    EXPECT_EQ(fewest, 1);
     write("replacement", "newer");
     std::ofstream(m_replacement.native(), std::ios::app) << " still";
+    EXPECT_EQ(flushes(), 2);
+    // As many bytes, at once.
+    write("replacement", "newer");
+    std::ofstream(m_replacement.native(), std::ios::in) << "other";
     EXPECT_EQ(flushes(), 2);
     write("replacement", "newer");
     ASSERT_EQ(::chmod(m_target.c_str(), 0600), 0);

@@ -1,5 +1,6 @@
 #include "utility/platform/posix/files/Flushed.h"
 
+#include <ctime>
 #include <sys/stat.h>
 
 namespace utility::platform::posix
@@ -8,14 +9,21 @@ namespace utility::platform::posix
 namespace
 {
 
-/// All zero, which no file is, until there was a flush.
+/// All zero, which no file is, where there is none.
 thread_local struct stat flushed;
+
+bool AreEqual(const timespec& one, const timespec& other)
+{
+    return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
 
 }
 
 void NoteFlushed(int descriptor) noexcept
 {
-    if (::fstat(descriptor, &flushed) != 0)
+    timespec tick;
+    if (::fstat(descriptor, &flushed) != 0 || ::clock_gettime(CLOCK_REALTIME_COARSE, &tick) != 0 ||
+        AreEqual(tick, flushed.st_ctim))
         flushed = {};
 }
 
@@ -23,8 +31,7 @@ bool IsFlushed(int descriptor) noexcept
 {
     struct stat now;
     return ::fstat(descriptor, &now) == 0 && now.st_ino == flushed.st_ino && now.st_dev == flushed.st_dev &&
-           now.st_size == flushed.st_size && now.st_ctim.tv_sec == flushed.st_ctim.tv_sec &&
-           now.st_ctim.tv_nsec == flushed.st_ctim.tv_nsec;
+           AreEqual(now.st_ctim, flushed.st_ctim);
 }
 
 }
