@@ -373,12 +373,13 @@ bool AddArc(const Point& centre, const Point& first, const Point& second, Curve&
 bool AddConic(const std::array<double, 6>& equation, bool isParabola, const Point& first, const Point& second,
               Curve& curve)
 {
-    auto [a, b, c, d, e, f] = equation;
-    if (a + c < 0.0)
-    {
-        for (double* const coefficient : {&a, &b, &c, &d, &e, &f})
-            *coefficient = -*coefficient;
-    }
+    const double sign = equation[0] + equation[2] < 0.0 ? -1.0 : 1.0;
+    const double a = sign * equation[0];
+    const double b = sign * equation[1];
+    const double c = sign * equation[2];
+    const double d = sign * equation[3];
+    const double e = sign * equation[4];
+    const double f = sign * equation[5];
     constexpr double lastBits = 1e-13;
     const double determinant = 4.0 * a * c - b * b;
     isParabola = isParabola || std::abs(determinant) <= lastBits * (std::abs(4.0 * a * c) + b * b);
@@ -542,6 +543,7 @@ std::vector<Point> PolylineOf(const Piece& piece, const Transform& transform, do
 bool AddOffset(const Curve& base, const Offset& offset, double error, Curve& curve, std::vector<Point>& hull)
 {
     constexpr double fine = 1e-4;
+    constexpr std::size_t mostSamples = 200'000;
     const Point normal = Normalized(offset.normal);
     const double range = offset.secondPlace - offset.firstPlace;
     const auto distanceAt = [&](double place)
@@ -561,6 +563,8 @@ bool AddOffset(const Curve& base, const Offset& offset, double error, Curve& cur
     {
         // A turn of t between two samples bends what is beside them by distance t^2 / 8.
         const std::vector<Sample> samples = SamplesOf(piece, error / 2.0, 2.0 * std::sqrt(error / largest));
+        if (pieces.size() + samples.size() > mostSamples)
+            return false;
         std::vector<double> distances;
         for (std::size_t i = 0; i < samples.size(); ++i)
         {

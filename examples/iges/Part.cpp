@@ -161,7 +161,7 @@ void ForEachReference(const Entry& entry, const Numbers& numbers, const Action& 
 
 }
 
-Part::Part(const File& file) : m_file(file), m_fieldsLeft(30'000'000) { FindReferences(); }
+Part::Part(const File& file, std::int64_t mostFields) : m_file(file), m_fieldsLeft(mostFields) { FindReferences(); }
 
 bool Part::Has(int directory) const
 {
@@ -246,7 +246,15 @@ void Part::Mark(int directory, const Predicate& hasParts, std::set<int>& marked)
     }
 }
 
-/// Those that the entry names, one after the other.
+/// Counts what is read once more. A small file may ask for that without end.
+bool Part::MayRead(const std::vector<double>& numbers) const
+{
+    constexpr std::int64_t fieldsOfAnEntry = 100;
+    m_fieldsLeft -= fieldsOfAnEntry + static_cast<std::int64_t>(numbers.size());
+    return m_fieldsLeft >= 0;
+}
+
+/// Those that the entry names, one after the other. A subfigure is moved to its place behind them.
 bool Part::TransformOf(const Entry& entry, Transform& transform) const
 {
     constexpr int deepest = 16; // they could name each other
@@ -256,7 +264,7 @@ bool Part::TransformOf(const Entry& entry, Transform& transform) const
         const Entry* const matrix = m_file.Find(number);
         if (matrix == nullptr || matrix->type != transformationMatrix || depth == deepest)
             return false;
-        const std::vector<double> numbers = NumbersOf(*matrix);
+        const std::vector<double> numbers = NumbersOf(*matrix, 13);
         if (numbers.size() < 13)
             return false;
         Transform outer;
@@ -270,7 +278,7 @@ bool Part::TransformOf(const Entry& entry, Transform& transform) const
         number = matrix->matrix;
     }
     if (entry.type == subfigureInstance)
-        transform.translation = transform.translation + Numbers(NumbersOf(entry)).PointAt(2);
+        transform.translation = transform.translation + Numbers(NumbersOf(entry, 5)).PointAt(2);
     return true;
 }
 
@@ -295,10 +303,12 @@ Curve Part::CurveOf(int directory) const
 {
     const Entry* const entry = m_file.Find(directory);
     Transform transform;
-    if (entry == nullptr || entry->type == offsetCurve || !TransformOf(*entry, transform))
+    if (entry == nullptr || entry->type == offsetCurve || m_fieldsLeft < 0 || !TransformOf(*entry, transform))
         return {};
     const std::vector<double> numbers = NumbersOf(*entry);
     Shape shape;
+    if (!MayRead(numbers))
+        return {};
     if (entry->type != compositeCurve)
         AddShape(Numbers(numbers), entry->form, shape);
     else
@@ -372,7 +382,6 @@ const wchar_t* Part::ShowCopies(const Numbers& numbers, const Transform& transfo
 /// What is wrong with a member is said where its own record is read.
 void Part::ShowMembers(int base, const Transform& transform, Receiver& receiver, Walk& walk)
 {
-    constexpr std::int64_t fieldsOfAnEntry = 100;
     std::set<int> seen;
     std::vector<std::pair<int, Transform>> pending = {{base, transform}};
     while (!pending.empty() && walk.trouble == nullptr)
@@ -385,8 +394,7 @@ void Part::ShowMembers(int base, const Transform& transform, Receiver& receiver,
             (entry->use != geometry && entry->use != definition) || !TransformOf(*entry, inner))
             continue;
         const std::vector<double> numbers = NumbersOf(*entry);
-        m_fieldsLeft -= fieldsOfAnEntry + static_cast<std::int64_t>(numbers.size());
-        if (m_fieldsLeft < 0)
+        if (!MayRead(numbers))
             walk.trouble = L"There are more copies than are followed.";
         const Transform whole = outer.After(inner);
         ShowEntity(*entry, Numbers(numbers), whole, receiver, walk);
@@ -403,7 +411,7 @@ void Part::ShowMembers(int base, const Transform& transform, Receiver& receiver,
     }
 }
 
-std::vector<double> Part::NumbersOf(const Entry& entry) const
+std::vector<double> Part::NumbersOf(const Entry& entry, std::size_t most) const
 {
     std::vector<double> numbers;
     if (entry.record == nullptr)
@@ -415,7 +423,7 @@ std::vector<double> Part::NumbersOf(const Entry& entry) const
     {
         cursor.ReadField(field);
         numbers.push_back(field.Number());
-    } while (cursor.NextField());
+    } while (numbers.size() < most && cursor.NextField());
     return numbers;
 }
 

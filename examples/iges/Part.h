@@ -13,6 +13,7 @@
 #include "examples/iges/IgesFile.h"
 #include "examples/iges/Places.h"
 
+#include <limits>
 #include <set>
 
 namespace iges
@@ -37,7 +38,9 @@ public:
 class Part
 {
 public:
-    explicit Part(const File& file);
+    /// Copies and bases of offset curves are read again each time, and no more of them than these fields: a small file
+    /// could ask for it without end.
+    explicit Part(const File& file, std::int64_t mostFields = 30'000'000);
 
     /// Whether an entity is drawn for itself: it is geometry by its directory entry, neither a curve in a surface's
     /// parameters nor an axis of revolution nor a location of a surface, and not in a subfigure's definition.
@@ -50,7 +53,8 @@ public:
     /// What is wrong with an entity's numbers.
     const wchar_t* TroubleOf(const Entry& entry, const std::vector<double>& numbers) const;
 
-    std::vector<double> NumbersOf(const Entry& entry) const;
+    /// The first of an entity's record, or all.
+    std::vector<double> NumbersOf(const Entry& entry, std::size_t most = std::numeric_limits<std::size_t>::max()) const;
 
 private:
     /// The way to what is shown through subfigures and arrays.
@@ -65,6 +69,7 @@ private:
     void MarkPlaced(int directory);
     template <class Predicate>
     void Mark(int directory, const Predicate& hasParts, std::set<int>& marked) const;
+    bool MayRead(const std::vector<double>& numbers) const;
     bool TransformOf(const Entry& entry, Transform& transform) const;
     bool WholeTransformOf(int directory, Transform& transform) const;
     Curve CurveOf(int directory) const;
@@ -77,8 +82,8 @@ private:
     const File& m_file;
     std::set<int> m_auxiliary;
     std::set<int> m_placed;
-    std::map<int, int> m_parents; ///< of what depends on another entity
-    std::int64_t m_fieldsLeft;    ///< that may be read for copies, all together
+    std::map<int, int> m_parents;      ///< of what depends on another entity
+    mutable std::int64_t m_fieldsLeft; ///< that may be read again, for all copies and bases together
 };
 
 }

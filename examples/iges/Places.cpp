@@ -9,7 +9,7 @@ namespace iges
 namespace
 {
 
-constexpr std::uint64_t fewEnoughToTry = 100'000;
+constexpr std::uint64_t fewEnoughToTry = 1'000;
 
 }
 

@@ -43,10 +43,10 @@ void Wireframe::Add(const Shape& shape, const Transform& transform)
 
 void Wireframe::AddPolyline(const std::vector<Point>& points, bool mayGoOn)
 {
-    constexpr double near = 1e-3;
+    constexpr double share = 1e-3;
     if (!std::ranges::all_of(points, CanBeDrawn))
         return;
-    mayGoOn = mayGoOn && !m_polylines.empty() && Length(points.front() - m_polylines.back().back()) <= near * m_error;
+    mayGoOn = mayGoOn && !m_polylines.empty() && Length(points.front() - m_polylines.back().back()) <= share * m_error;
     const std::size_t count = points.size() - (mayGoOn ? 1 : 0);
     if (count > m_pointsLeft)
     {

@@ -23,12 +23,12 @@ struct Surveyed
 };
 
 /// Surveys a text that ends where its memory ends.
-Surveyed SurveyOf(const std::string& bytes)
+Surveyed SurveyOf(const std::string& bytes, std::int64_t mostFields = 30'000'000)
 {
     support::Messages messages;
     const std::vector<char> text(bytes.begin(), bytes.end());
     const iges::File file(text.data(), text.size(), &messages.file);
-    iges::Part part(file);
+    iges::Part part(file, mostFields);
     iges::Survey survey(file, part);
     for (const iges::Record& record : file.Records())
         survey.Read(record);
@@ -520,7 +520,7 @@ TEST(IgesSubfigureTest, TenToTheTwentiethCopiesEnd)
         part.Entity(308, {"308,0,1HX,10" + members + ";"}, 0, "00000200");
     }
     part.Entity(408, {"408,443,0.,0.,0.;"});
-    const Surveyed surveyed = SurveyOf(part.Bytes());
+    const Surveyed surveyed = SurveyOf(part.Bytes(), 1'000'000);
     EXPECT_FALSE(surveyed.extents.IsEmpty());
     EXPECT_EQ(surveyed.errors, std::vector<std::wstring>{L"There are more copies than are followed."});
 }
@@ -585,13 +585,81 @@ TEST(IgesSurveyTest, TwentyThousandCompositesInEachOtherAreReadToTheirEnd)
     ExpectBox(SurveyOf(part.Bytes()), {5, 0, 0}, {7, 0, 0});
 }
 
+TEST(IgesSurveyTest, EntitiesThatDependOnEachOtherAreSaid)
+{
+    support::IgesText part;
+    part.Entity(102, {"102,1,3;"}, 0, "00010000");
+    part.Entity(102, {"102,2,1,5;"}, 0, "00010000");
+    part.Entity(110, {"110,0.,0.,0.,1.,0.,0.;"}, 0, "00010000");
+    const Surveyed surveyed = SurveyOf(part.Bytes());
+    EXPECT_TRUE(surveyed.extents.IsEmpty());
+    EXPECT_EQ(surveyed.errors, std::vector<std::wstring>(
+                                   3, L"The transformation cannot be read, and the extents go without this entity."));
+}
+
+TEST(IgesSurveyTest, ABadFieldInACurveLeavesItsOtherPoints)
+{
+    support::IgesText part;
+    part.Entity(126, {"126,2,2,0,0,1,0,0.,0.,0.,1.,1.,1.,1.,1.,1.,", "0.,0.,0.,1.x,2.,0.,2.,3.,0.,0.,1.;"});
+    const Surveyed surveyed = SurveyOf(part.Bytes());
+    ExpectBox(surveyed, {0, 0, 0}, {2, 3, 0});
+    ASSERT_EQ(surveyed.errors.size(), 3u);
+    EXPECT_EQ(surveyed.errors[2], L"The curve's numbers make no curve, and it is not drawn.");
+}
+
+TEST(IgesSurveyTest, AnOffsetByFarMoreThanItsBaseDoesNotFillTheMemory)
+{
+    support::IgesText part;
+    // 2,000 pieces of a parabola.
+    constexpr int count = 2000;
+    std::string knots;
+    std::string weights;
+    std::string points;
+    for (int i = 0; i < count + 3; ++i)
+        knots += std::to_string(i) + ".,";
+    for (int i = 0; i < count; ++i)
+    {
+        weights += "1.,";
+        points += std::to_string(i) + "." + "," + std::to_string(i % 2) + ".,0.,";
+    }
+    const std::string record =
+        "126," + std::to_string(count - 1) + ",2,0,0,1,0," + knots + weights + points + "0.,9999.;";
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < record.size(); at += 64)
+        lines.push_back(record.substr(at, 64));
+    part.Entity(126, lines, 0, "00010600");
+    part.Entity(130, {"130,1,1,0,0,0,1.D90,0.,0.,0.,0.,0.,1.,0.,0.;"});
+    EXPECT_EQ(SurveyOf(part.Bytes()).errors,
+              std::vector<std::wstring>{L"The curve's numbers make no curve, and it is not drawn."});
+}
+
+TEST(IgesSurveyTest, ThousandsOfOffsetsOfAnEndlessCompositeAreReadToTheirEnd)
+{
+    support::IgesText part;
+    constexpr int count = 2000;
+    std::vector<std::string> members = {"102," + std::to_string(count)};
+    for (int i = 0; i < count; ++i)
+        members.push_back("," + std::to_string(part.Entity(110, {"110,0.,0.,0.,1.,0.,0.;"}, 0, "00010600")));
+    members.push_back(";");
+    const std::string composite = std::to_string(part.Entity(102, members, 0, "00010600"));
+    for (int i = 0; i < count; ++i)
+        part.Entity(130, {"130," + composite + ",1,0,0,0,1.,0.,0.,0.,0.,0.,1.,0.,0.;"});
+    const Surveyed surveyed = SurveyOf(part.Bytes(), 1'000'000);
+    ExpectBox(surveyed, {0, 1, 0}, {1, 1, 0});
+    EXPECT_FALSE(surveyed.errors.empty());
+}
+
 TEST(IgesSurveyTest, HugeNumbersAreMeasured)
 {
     support::IgesText part;
     part.Entity(126, {"126,2,2,0,0,1,0,0.,0.,0.,1.,1.,1.,1.,1.,1.,", "-1.D308,0.,0.,1.D308,2.,0.,1.D308,0.,0.,0.,1.;"});
     part.Entity(100, {"100,0.,0.,0.,1.D308,0.,1.D308,0.;"});
     part.Entity(104, {"104,1.D-308,0.,1.D308,0.,0.,-1.D308,0.,1.D308,0.,1.D308,0.;"});
-    EXPECT_FALSE(SurveyOf(part.Bytes()).extents.IsEmpty());
+    const Surveyed surveyed = SurveyOf(part.Bytes());
+    // They are too large for curves, which count by their points then.
+    EXPECT_EQ(surveyed.errors.size(), 3u);
+    EXPECT_EQ(surveyed.extents.Low(), (iges::Point{-1e308, 0, 0}));
+    EXPECT_EQ(surveyed.extents.High(), (iges::Point{1e308, 2, 0}));
 }
 
 TEST(IgesSurveyTest, TransformationsAreApplied)
