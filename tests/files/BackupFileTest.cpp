@@ -121,6 +121,27 @@ TEST_F(BackupFileTest, NewVersionThatCannotBeRemovedIsToldByTheDestructor)
     EXPECT_EQ(Bytes(), "old");
 }
 
+TEST_F(BackupFileTest, NewVersionThatCannotBeRemovedDoesNotHideTheFailureBeforeIt)
+{
+    const auto save = [&]
+    {
+        const CBackupFile backup(m_file);
+        create_directory(backup.GetTempFilename());
+        create_directory(backup.GetTempFilename() / "within");
+        throw std::runtime_error("no more");
+    };
+    EXPECT_THROW(save(), std::runtime_error);
+    EXPECT_EQ(Bytes(), "old");
+}
+
+TEST_F(BackupFileTest, FolderWithANullCharacterInItsNameIsNotTakenForTheFileAheadOfIt)
+{
+    boost::filesystem::path folder = m_file;
+    folder += boost::filesystem::path::string_type(1, '\0');
+    EXPECT_NO_THROW(CBackupFile{folder / "x"});
+    EXPECT_EQ(Bytes(), "old");
+}
+
 TEST_F(BackupFileTest, NewVersionTakesThePlaceOfTheOldOneAndNothingElseRemains)
 {
     Save();

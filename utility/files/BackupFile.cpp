@@ -6,6 +6,8 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include <exception>
+
 using boost::filesystem::path;
 using utility::platform::FileSystem;
 
@@ -16,6 +18,19 @@ path NameBeside(const path& file)
 {
     return file.parent_path() /
            boost::filesystem::unique_path(utility::platform::PathFromWide(L"MS%%%%-%%%%-%%%%-%%%%"));
+}
+
+/// Removes a file if it is there. That it cannot be removed is told only if nothing else is: what could not be written,
+/// as in a folder that is not to be entered, cannot be removed either.
+void RemoveUnlessFailing(const path& file)
+{
+    // The system would take such a name for that of the file ahead of its null character.
+    if (file.native().find(path::value_type()) != path::string_type::npos)
+        return;
+    boost::system::error_code failure;
+    boost::filesystem::remove(file, failure);
+    if (failure && std::uncaught_exceptions() == 0)
+        throw boost::filesystem::filesystem_error("the new file cannot be removed", file, failure);
 }
 
 /// Gets a file out of the way that could not be replaced for this reason, though it is there. Throws for one that
@@ -53,7 +68,7 @@ CBackupFile::~CBackupFile() noexcept(false)
 {
     if (!m_bReplace)
     {
-        boost::filesystem::remove(m_tempFile);
+        RemoveUnlessFailing(m_tempFile);
         return;
     }
     const path backup = NameBeside(m_file);

@@ -19,7 +19,7 @@ public:
     /// Puts a new file, `replacement`, in the place of `target`; what was there has the name `backup` afterwards. The
     /// three are in one folder. The new file takes over what the system keeps about the old one, the rights to it above
     /// all, as far as it may. On failure the target is what it was, or else `backup` is. A target or a replacement that
-    /// is missing is 2, a target that is a folder 267.
+    /// is missing is 2, a target that is a folder 267, and on Linux one that is a device or a pipe 123.
     ///
     /// On Linux a target is never missing for others, and never half: the new file is on the disk before it gets the
     /// name, and the name is when this returns. A link stays a link, and what it points at is replaced; one that points

@@ -72,9 +72,10 @@ TEST_F(PosixBackupFileTest, SwapTakesTheCallsThatItsHeaderLists)
         if (each->number != SYS_getrandom) // for the backup's name
             numbers.push_back(each->number);
     }
-    const std::vector<long> expected = {SYS_newfstatat, SYS_openat, SYS_newfstatat, SYS_listxattr,  SYS_fgetxattr,
-                                        SYS_newfstatat, SYS_link,   SYS_newfstatat, SYS_rename,     SYS_openat,
-                                        SYS_fsync,      SYS_close,  SYS_close,      SYS_newfstatat, SYS_unlink};
+    const std::vector<long> expected = {SYS_newfstatat, SYS_openat,     SYS_newfstatat, SYS_listxattr,
+                                        SYS_fgetxattr,  SYS_newfstatat, SYS_geteuid,    SYS_link,
+                                        SYS_newfstatat, SYS_rename,     SYS_openat,     SYS_fsync,
+                                        SYS_close,      SYS_close,      SYS_newfstatat, SYS_unlink};
     EXPECT_EQ(numbers, expected);
 }
 
@@ -192,4 +193,55 @@ TEST_F(PosixBackupFileTest, LinkThatLeadsNowhereIsReplacedItself)
     EXPECT_EQ(Save(3), 0);
     EXPECT_EQ(Bytes(), "xxx");
     EXPECT_EQ(Entries(), 1);
+}
+
+TEST_F(PosixBackupFileTest, FolderThatCannotBeLookedIntoIsToldByWhoeverWritesAndEndsNoProgram)
+{
+    create_symlink("loop", m_folder / "loop");
+    support::Child child(
+        [this]
+        {
+            try
+            {
+                const CBackupFile backup(m_folder / "loop/part.nc");
+                const CMemoryMappedFile file(backup.GetTempFilename(), 0);
+                return 1;
+            }
+            catch (CFileException* failure)
+            {
+                failure->Delete();
+                return 0;
+            }
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixBackupFileTest, PipeOrDeviceIsNotReplacedNorIsALinkToOne)
+{
+    remove(m_file);
+    ASSERT_EQ(::mkfifo(m_file.c_str(), 0600), 0);
+    EXPECT_EQ(Save(3), 2);
+    EXPECT_EQ(status(m_file).type(), boost::filesystem::fifo_file);
+    rename(m_file, m_folder / "pipe");
+    create_symlink("pipe", m_file);
+    EXPECT_EQ(Save(3), 2);
+    EXPECT_TRUE(is_symlink(m_file));
+    EXPECT_EQ(status(m_file).type(), boost::filesystem::fifo_file);
+}
+
+TEST_F(PosixBackupFileTest, FileOfAnotherThatMayNotBeReplacedGetsNoSecondNameThatStays)
+{
+    support::Child child(
+        [this]
+        {
+            ::chmod(m_folder.Path().c_str(), 01777); // where only its owner removes a file
+            ::chmod(m_file.c_str(), 0666);
+            if (::setuid(3) != 0)
+                return 99;
+            return Save(3) == 2 && Bytes() == "old" && hard_link_count(m_file) == 1 ? 0 : 4;
+        });
+    const int code = child.ExitCode();
+    if (code == 99)
+        GTEST_SKIP() << "The user lacks the right to be another one";
+    EXPECT_EQ(code, 0);
 }

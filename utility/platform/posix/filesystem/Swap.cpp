@@ -146,6 +146,15 @@ bool FlushFolder(const path& folder, const path& file)
 /// The folder that a file is in.
 path FolderOf(const path& file) { return file.has_parent_path() ? file.parent_path() : "."; }
 
+/// Whether the user may remove a second name of a file from a folder. In one for everybody (sticky) only an owner may.
+bool MayBeRemoved(const struct stat& file, const path& folder)
+{
+    struct stat status;
+    const uid_t user = ::geteuid();
+    return user == 0 || user == file.st_uid || ::stat(folder.c_str(), &status) != 0 ||
+           (status.st_mode & S_ISVTX) == 0 || user == status.st_uid;
+}
+
 Outcome SwapOnDevice(const path& target, const struct stat& status, const path& replacement, const path& backup)
 {
     // Nothing allocates memory from the second name on: what was begun is brought to an end.
@@ -154,6 +163,8 @@ Outcome SwapOnDevice(const path& target, const struct stat& status, const path& 
     if (file.Descriptor() < 0)
         return errno == ENOENT ? Outcome::missing : Outcome::refused;
     CopyAttributes(target.native(), status, file.Descriptor());
+    if (!MayBeRemoved(status, FolderOf(backup)))
+        return Outcome::refused;
     const bool isLinked = Uninterrupted([&] { return ::link(target.c_str(), backup.c_str()); }) == 0;
     if (!isLinked && errno == EXDEV)
         return Outcome::otherDevice;
@@ -202,9 +213,9 @@ bool Swap(const path& target, const path& replacement, const path& backup)
         file = isFound ? real.get() : "";
     }
     Outcome outcome = errno == ENOENT || errno == ELOOP ? Outcome::missing : Outcome::refused;
-    if (isFound && S_ISDIR(status.st_mode))
+    if (isFound && !S_ISREG(status.st_mode))
     {
-        SetLastError(ERROR_DIRECTORY);
+        SetLastError(S_ISDIR(status.st_mode) ? ERROR_DIRECTORY : ERROR_INVALID_NAME);
         return false;
     }
     if (isFound)
