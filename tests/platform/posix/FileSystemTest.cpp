@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
+#include <pwd.h>
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -648,7 +649,10 @@ TEST_F(PosixFileSystemTest, DocumentsAreWhereTheDesktopSays)
         {"# a comment\nXDG_DESKTOP_DIR=\"$HOME/x\"\nXDG_DOCUMENTS_DIR=\"/srv/a\\\"b\\\\\"\n", "/srv/a\"b\\"},
         {"XDG_DOCUMENTS_DIR=\"/first\"\nXDG_DOCUMENTS_DIR=\"/last\"", "/last"},
         {"XDG_DOCUMENTS_DIR=\"$HOME/\"", path(m_folder.Path().native() + "/")},
+        {"XDG_DOCUMENTS_DIR=\"$HOME\"", m_folder.Path()},
+        {"XDG_DOCUMENTS_DIR=\"$HOMES/Documents\"\n", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR=\"relative\"\n", m_folder.Path()},
+        {"XDG_DOCUMENTS_DIR='/single'\n", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR=\n", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR=\"\\", m_folder.Path()},
     };
@@ -668,4 +672,34 @@ TEST_F(PosixFileSystemTest, DocumentsOfAUserWithoutAHomeVariableAreInTheHomeOfTh
 {
     const Home home("odd");
     EXPECT_TRUE(FileSystem().DocumentsFolder().is_absolute());
+}
+
+TEST_F(PosixFileSystemTest, DocumentsInAHomeThatIsNotKnownAreNowhere)
+{
+    const Home home("odd");
+    m_folder.File("user-dirs.dirs", "XDG_DOCUMENTS_DIR=\"$HOME/Documents\"\n");
+    support::Child child(
+        [this]
+        {
+            ::setenv("XDG_CONFIG_HOME", m_folder.Path().c_str(), 1);
+            ::chmod(m_folder.Path().c_str(), 0755);
+            if (::setuid(54321) != 0) // nobody's number
+                return 99;
+            return FileSystem().DocumentsFolder().empty() ? 0 : 1;
+        });
+    const int code = child.ExitCode();
+    if (code == 99)
+        GTEST_SKIP() << "The user lacks the right to be another one";
+    EXPECT_EQ(code, 0);
+}
+
+TEST_F(PosixFileSystemTest, SearchForTheHomeOfTheAccountLeavesTheRecordOfAnotherAlone)
+{
+    const Home home("odd");
+    const uid_t other = ::geteuid() + 1;
+    const passwd* const known = ::getpwuid(other);
+    if (known == nullptr)
+        GTEST_SKIP() << "There is no other account";
+    FileSystem().DocumentsFolder();
+    EXPECT_EQ(known->pw_uid, other);
 }

@@ -1,11 +1,13 @@
 #include "utility/platform/posix/filesystem/UserFolders.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <pwd.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <vector>
 
 namespace utility::platform::posix
 {
@@ -15,22 +17,29 @@ namespace
 
 using boost::filesystem::path;
 
-path HomeFolder()
+/// The home of the account that the process acts as; empty if there is none.
+std::string HomeOfAccount()
 {
-    const char* home = std::getenv("HOME");
-    if (home == nullptr || *home != '/')
-    {
-        const passwd* const user = ::getpwuid(::geteuid());
-        home = user != nullptr ? user->pw_dir : nullptr;
-    }
-    return home != nullptr && *home == '/' ? home : path();
+    passwd account;
+    passwd* found = nullptr;
+    std::vector<char> texts(1024);
+    while (::getpwuid_r(::geteuid(), &account, texts.data(), texts.size(), &found) == ERANGE)
+        texts.resize(2 * texts.size());
+    return found != nullptr ? found->pw_dir : "";
 }
 
-/// The text that a shell would see between the quotation marks that this one begins with.
+path HomeFolder()
+{
+    const char* const given = std::getenv("HOME");
+    const std::string home = given != nullptr && *given == '/' ? given : HomeOfAccount();
+    return home.starts_with('/') ? home : "";
+}
+
+/// The text that a shell would see ahead of the quotation mark that ends this one.
 std::string Unquoted(std::string_view text)
 {
     std::string result;
-    for (std::size_t at = 1; at < text.size() && text[at] != '"'; ++at)
+    for (std::size_t at = 0; at < text.size() && text[at] != '"'; ++at)
     {
         at += text[at] == '\\' && at + 1 < text.size() ? 1 : 0;
         result += text[at];
@@ -52,8 +61,8 @@ path UserConfigurationFolder()
 path DocumentsFolder()
 {
     // Written by the desktop for shells, a line a folder: XDG_DOCUMENTS_DIR="$HOME/Documents". The last one counts.
-    constexpr std::string_view name = "XDG_DOCUMENTS_DIR=";
-    constexpr std::string_view fromHome = "$HOME";
+    constexpr std::string_view name = "XDG_DOCUMENTS_DIR=\"";
+    constexpr std::string_view fromHome = "$HOME/";
     const path home = HomeFolder();
     path folder = home;
     std::ifstream folders((UserConfigurationFolder() / "user-dirs.dirs").native());
@@ -64,8 +73,8 @@ path DocumentsFolder()
         const std::string value = Unquoted(std::string_view(line).substr(name.size()));
         if (value.starts_with('/'))
             folder = value;
-        else if (value.starts_with(fromHome))
-            folder = home.native() + value.substr(fromHome.size());
+        else if (!home.empty() && (value + '/').starts_with(fromHome))
+            folder = home.native() + value.substr(fromHome.size() - 1);
     }
     return folder;
 }
