@@ -102,8 +102,11 @@ void CVRMLFile::CommitAndClose()
 {
     const int result = WriteEnd();
     if (result != Z_STREAM_END)
-        CFileException::ThrowOsError(result == Z_VERSION_ERROR ? ERROR_MOD_NOT_FOUND : ERROR_WRITE_FAULT,
+    {
+        const DWORD reason = result == Z_VERSION_ERROR ? ERROR_MOD_NOT_FOUND : ERROR_WRITE_FAULT;
+        CFileException::ThrowOsError(static_cast<std::int32_t>(reason),
                                      utility::platform::WideFromPath(m_file.path()).c_str());
+    }
     m_file.CommitAndClose();
 }
 
