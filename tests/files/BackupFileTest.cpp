@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <iterator>
 #include <regex>
 #include <stdexcept>
@@ -323,7 +324,7 @@ TEST_F(RefusedSwapTest, WhatCannotBeRemovedIsMovedOutOfTheWayAndDeletedWhenUnuse
     {
         bool Replace(const path&, const path&, const path& backup) override
         {
-            create_directory(backup);
+            std::ofstream(backup.string()) << "in the way";
             utility::platform::SetLastError(ERROR_ACCESS_DENIED);
             return false;
         }
