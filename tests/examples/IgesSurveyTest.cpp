@@ -280,6 +280,15 @@ TEST(IgesSurveyTest, AnOffsetCurveMayBeAPartOfAnArcOrAnEllipseByTheAngle)
     ExpectBox(SurveyOf(ellipse.Bytes()), {2.5 * std::sqrt(3.0), 0, 0}, {5, 1.5, 0});
 }
 
+TEST(IgesSurveyTest, TheAngleOfAnArcIsCountedFromZeroOn)
+{
+    support::IgesText part;
+    // The arc begins at 270 degrees, and its part ends at 300.
+    part.Entity(100, {"100,0.,0.,0.,0.,-2.,2.,0.;"}, 0, "00010600");
+    part.Entity(130, {"130,1,1,0,0,0,0.,0.,0.,0.,0.,0.,1.,4.71238898038469,", "5.2359877559829888;"});
+    ExpectBox(SurveyOf(part.Bytes()), {0, -2, 0}, {1, -std::sqrt(3.0), 0});
+}
+
 TEST(IgesSurveyTest, TheBaseOfAnOffsetCurveMayBeComposite)
 {
     support::IgesText part;
@@ -357,6 +366,18 @@ TEST(IgesSubfigureTest, HasWhatItsCompositesAndGroupsHave)
     part.Entity(308, {"308,0,1HX,2,3,7;"}, 0, "00000200");
     part.Entity(408, {"408,9,1.,1.,1.;"});
     ExpectBox(SurveyOf(part.Bytes()), {1, 1, 1}, {3, 6, 1});
+}
+
+TEST(IgesSubfigureTest, MovesWithAMemberWhatDependsOnThat)
+{
+    support::IgesText part;
+    part.Entity(124, {"124,1.,0.,0.,10.,0.,1.,0.,0.,0.,0.,1.,0.;"});
+    part.Entity(110, {"110,0.,0.,0.,2.,0.,0.;"}, 0, "00010000");
+    part.Entity(110, {"110,0.,0.,0.,0.,2.,0.;"}, 0, "00000000"); // independent
+    part.Entity(102, {"102,2,3,5;"}, 1, "00010000");
+    part.Entity(308, {"308,0,1HX,1,7;"}, 0, "00000200");
+    part.Entity(408, {"408,9,100.,0.,0.;"});
+    ExpectBox(SurveyOf(part.Bytes()), {100, 0, 0}, {112, 2, 0});
 }
 
 TEST(IgesSubfigureTest, LeavesOutItsAnnotation)
