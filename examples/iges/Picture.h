@@ -5,8 +5,9 @@
 //     SavePicture("part.svg", wireframe, L"part.igs", [] { return console::Interruption::IsAsked(); });
 //
 // The file is written beside an older one of its name and takes its place when it is whole and on the disk; what goes
-// wrong leaves the older one as it was, and nothing else. What cannot be written throws CFileException (as a pointer),
-// and a file that cannot be replaced boost::filesystem::filesystem_error.
+// wrong leaves the older one as it was. What cannot be written throws CFileException (as a pointer), and leaves nothing
+// else. What cannot be replaced throws boost::filesystem::filesystem_error: the new file is whole then, and stays under
+// the name that it was written by.
 
 #include "examples/iges/Wireframe.h"
 
