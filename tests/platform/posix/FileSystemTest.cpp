@@ -650,7 +650,7 @@ TEST_F(PosixFileSystemTest, DocumentsAreWhereTheDesktopSays)
         {"# a comment\nXDG_DESKTOP_DIR=\"$HOME/x\"\nXDG_DOCUMENTS_DIR=\"/srv/a\\\"b\\\\\"\n", "/srv/a\"b\\"},
         {"XDG_DOCUMENTS_DIR=\"/first\"\nXDG_DOCUMENTS_DIR=\"/last\"", "/last"},
         {"XDG_DOCUMENTS_DIR=\"$HOME/\"", path(m_folder.Path().native() + "/")},
-        {"XDG_DOCUMENTS_DIR=\"$HOME\"", m_folder.Path()},
+        {"XDG_DOCUMENTS_DIR=\"/first\"\nXDG_DOCUMENTS_DIR=\"$HOME\"", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR=\"$HOMES/Documents\"\n", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR=\"relative\"\n", m_folder.Path()},
         {"XDG_DOCUMENTS_DIR='/single'\n", m_folder.Path()},
