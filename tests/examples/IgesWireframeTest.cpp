@@ -249,6 +249,12 @@ TEST_P(IgesDrawnDataTest, IsPointsAPathOrDashesByItsForm)
     for (const std::vector<iges::Point>& polyline : wireframe.Polylines())
         sizes.push_back(polyline.size());
     EXPECT_EQ(sizes, GetParam().polylines);
+    constexpr int witnessLine = 40; // its first point is what it is of
+    if (!sizes.empty())
+    {
+        EXPECT_EQ(wireframe.Polylines()[0].front(),
+                  GetParam().form == witnessLine ? (iges::Point{4, 2, 0}) : (iges::Point{1, 2, 0}));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Forms, IgesDrawnDataTest,
