@@ -42,6 +42,14 @@ auto Pass(sqlite3_file* file, Arguments... arguments)
     return (system->pMethods->*Method)(system, arguments...);
 }
 
+int Read(sqlite3_file* file, void* bytes, int size, sqlite3_int64 offset)
+{
+    constexpr sqlite3_int64 firstPage = 4096; // without it there is no database
+    if (offset >= firstPage && FailingDatabase::Fails(lostBytes))
+        return SQLITE_IOERR_CORRUPTFS;
+    return Forward<&sqlite3_io_methods::xRead, SQLITE_IOERR_READ>(file, bytes, size, offset);
+}
+
 int Write(sqlite3_file* file, const void* bytes, int size, sqlite3_int64 offset)
 {
     if (FailingDatabase::Fails(full))
@@ -71,7 +79,7 @@ int LockShared(sqlite3_file* file, int offset, int count, int flags)
 constexpr sqlite3_io_methods methods = {
     2,
     Pass<&sqlite3_io_methods::xClose>,
-    Forward<&sqlite3_io_methods::xRead, SQLITE_IOERR_READ, void*, int, sqlite3_int64>,
+    Read,
     Write,
     Forward<&sqlite3_io_methods::xTruncate, SQLITE_IOERR_TRUNCATE, sqlite3_int64>,
     Sync,

@@ -14,7 +14,8 @@ public:
         busy,        ///< a lock is held by another
         full,        ///< the disk
         inputOutput, ///< any call on a file
-        memory       ///< any allocation
+        memory,      ///< any allocation
+        lostBytes    ///< those of a later page, to be read: SQLite takes that for damage
     };
     enum class Lasting
     {

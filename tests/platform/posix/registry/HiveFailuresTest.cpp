@@ -516,6 +516,31 @@ TEST_F(HiveToSetAsideTest, StaysWhereTheDiskTheMemoryOrAnotherFails)
     }
 }
 
+TEST_F(HiveWithoutTest, ThatCannotBeReadIsNotTakenForADamagedOne)
+{
+    {
+        Hive hive(m_file, HiveOwner::user);
+        Hive::Key made = 0;
+        ASSERT_EQ(hive.FindOrCreate(Hive::root, L"Key", made), 0);
+    }
+    const std::string whole = TemporaryFolder::BytesOf(m_file);
+    for (const auto lasting : {Lasting::once, Lasting::forGood})
+    {
+        int at = 1;
+        for (bool hasFailed = true; hasFailed; ++at)
+        {
+            Hive hive(m_file, HiveOwner::user);
+            Hive::Key found = 0;
+            const FailingDatabase failing(Failure::lostBytes, lasting, at);
+            EXPECT_NE(hive.Find(Hive::root, L"Key", found), Status(ERROR_FILE_NOT_FOUND)) << at;
+            hasFailed = failing.HasFailed();
+            hive.Close();
+            EXPECT_EQ(TemporaryFolder::BytesOf(m_file), whole) << at;
+        }
+        EXPECT_GT(at, 2);
+    }
+}
+
 TEST_F(HiveWithoutTest, AnswerOfTheSystemIsNoMissingOne)
 {
     {

@@ -112,6 +112,12 @@ LSTATUS Hive::Open(Key used, Purpose purpose)
     }
     std::uint64_t lot = 0;
     LSTATUS status = OpenFile(false, purpose, lot);
+    // To SQLite a read that fails is damage: what is damaged is so at the next look too.
+    if (status == Status(ERROR_BADDB) && m_database)
+    {
+        CloseAtOnce();
+        status = OpenFile(false, purpose, lot);
+    }
     if (status != success && m_database && sqlite3_db_readonly(m_database.get(), "main") == 1 &&
         ::access(Log().c_str(), F_OK) != 0)
     {

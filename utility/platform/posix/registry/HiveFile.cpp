@@ -218,6 +218,22 @@ LSTATUS Fill(const std::string& file, std::int32_t lot)
     return StatusOf(result, database.get());
 }
 
+/// Whether each byte of a database's file, or of its log, can be read, where SQLite has that open. `file` is SQLite's
+/// code for one of them.
+bool IsReadable(sqlite3* database, int file)
+{
+    sqlite3_file* opened = nullptr;
+    sqlite3_file_control(database, "main", file, &opened);
+    if (opened == nullptr || opened->pMethods == nullptr)
+        return true;
+    sqlite3_int64 size = 0;
+    int result = opened->pMethods->xFileSize(opened, &size);
+    char block[4096];
+    for (sqlite3_int64 at = 0; at < size && result == SQLITE_OK; at += sizeof(block))
+        result = opened->pMethods->xRead(opened, block, sizeof(block), at);
+    return result == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ;
+}
+
 }
 
 void DatabaseCloser::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
@@ -282,6 +298,9 @@ bool SetHiveAside(sqlite3* database, const path& file)
         return false;
     const SoleUse use(database);
     if (use.Result() != SQLITE_OK || HasMoved(database))
+        return false;
+    // To SQLite a byte that cannot be read is a wrong one.
+    if (!IsReadable(database, SQLITE_FCNTL_FILE_POINTER) || !IsReadable(database, SQLITE_FCNTL_JOURNAL_POINTER))
         return false;
     const Names names = NamesOf(file.native());
     const Names aside = NamesAside(file.native());
