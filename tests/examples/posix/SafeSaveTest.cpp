@@ -155,8 +155,8 @@ TEST_P(SafeSaveFaultTest, EachFlushThatFailsLeavesTheOldVersion)
 TEST_P(SafeSaveFaultTest, KilledAtAnyCallItLeavesTheOldVersionOrTheNewOne)
 {
     const TracedChild whole = Saved();
-    if (!whole.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!whole.obstacle.empty())
+        GTEST_SKIP() << whole.obstacle;
     ASSERT_EQ(whole.exitCode, 0);
     ASSERT_EQ(Bytes(), m_newVersion);
     ASSERT_EQ(Others(), 0);
@@ -190,8 +190,8 @@ TEST_P(SafeSaveFaultTest, FirstSaveThatIsKilledOrFailsLeavesNoFileOrAWholeOne)
         return TracedChild([this] { return SaveNew(); }, intrusion);
     };
     const TracedChild whole = save({});
-    if (!whole.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!whole.obstacle.empty())
+        GTEST_SKIP() << whole.obstacle;
     std::size_t runs = 0;
     std::size_t without = 0;
     for (std::size_t at = 0; at < whole.calls.size(); ++at)
@@ -217,8 +217,8 @@ TEST_P(SafeSaveFaultTest, FirstSaveThatIsKilledOrFailsLeavesNoFileOrAWholeOne)
 TEST_P(SafeSaveFaultTest, WhicheverCallFailsItLeavesTheOldVersionOrTheNewOneAndNothingElse)
 {
     const TracedChild whole = Saved();
-    if (!whole.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!whole.obstacle.empty())
+        GTEST_SKIP() << whole.obstacle;
     std::size_t runs = 0;
     std::size_t failures = 0;
     for (std::size_t at = 0; at < whole.calls.size(); ++at)
@@ -277,6 +277,10 @@ protected:
     }
 };
 
+class SafeSaveWithoutFlushTest : public SafeSavePlaybackTest
+{
+};
+
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, SafeSavePlaybackTest,
@@ -286,8 +290,8 @@ INSTANTIATE_TEST_SUITE_P(Files, SafeSavePlaybackTest,
 TEST_P(SafeSavePlaybackTest, CrashOfTheMachineLeavesTheOldVersionOrTheNewOneAndAfterTheSaveTheNewOne)
 {
     const TracedChild saved = Saved();
-    if (!saved.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!saved.obstacle.empty())
+        GTEST_SKIP() << saved.obstacle;
     Playback playback(saved.calls, {{m_file.native(), oldVersion}});
     const States states = StatesOf(playback, m_file.native());
     RecordProperty("states", static_cast<int>(states.all));
@@ -302,8 +306,8 @@ TEST_P(SafeSavePlaybackTest, CrashAtTheFirstSaveLeavesNoFileOrAWholeOne)
 {
     remove(m_file);
     const TracedChild saved([this] { return SaveNew(); });
-    if (!saved.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!saved.obstacle.empty())
+        GTEST_SKIP() << saved.obstacle;
     Playback playback(saved.calls, {});
     const States states = StatesOf(playback, m_file.native(), true);
     RecordProperty("states", static_cast<int>(states.all));
@@ -319,8 +323,8 @@ TEST_P(SafeSavePlaybackTest, CrashLeavesWhatALinkPointsAtWhole)
     remove(m_file);
     create_symlink(real, m_file);
     const TracedChild saved([this] { return SaveNew(); });
-    if (!saved.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!saved.obstacle.empty())
+        GTEST_SKIP() << saved.obstacle;
     EXPECT_TRUE(is_symlink(m_file));
     Playback playback(saved.calls, {{real.native(), oldVersion}});
     const States states = StatesOf(playback, real.native());
@@ -330,14 +334,15 @@ TEST_P(SafeSavePlaybackTest, CrashLeavesWhatALinkPointsAtWhole)
     EXPECT_EQ(states.lost, 0u);
 }
 
-TEST_P(SafeSavePlaybackTest, PlaybackFindsWhatIsWrongOnADiskThatDoesNotFlush)
+// Without flushes there are too many states of a scene's many writes.
+INSTANTIATE_TEST_SUITE_P(Files, SafeSaveWithoutFlushTest, ::testing::Values(Saving{"Text", &SaveText}),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_P(SafeSaveWithoutFlushTest, PlaybackFindsWhatIsWrong)
 {
-    // Without flushes there are too many states of a scene's many writes.
-    if (GetParam().save != &SaveText)
-        return;
     const TracedChild saved = Saved();
-    if (!saved.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!saved.obstacle.empty())
+        GTEST_SKIP() << saved.obstacle;
     Playback withoutFiles(saved.calls, {{m_file.native(), oldVersion}});
     withoutFiles.Without(Playback::Step::flushFile);
     EXPECT_GT(StatesOf(withoutFiles, m_file.native()).broken, 0u);

@@ -61,8 +61,8 @@ protected:
 TEST_F(PosixBackupFileTest, SwapTakesTheCallsThatItsHeaderLists)
 {
     const support::TracedChild child([this] { return Save(3); });
-    if (!child.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!child.obstacle.empty())
+        GTEST_SKIP() << child.obstacle;
     ASSERT_EQ(child.exitCode, 0);
     const auto closed =
         std::ranges::find(child.calls, SYS_close, [](const support::SystemCall& call) { return call.number; });

@@ -44,7 +44,8 @@ struct TracedChild
 
     std::vector<SystemCall> calls; ///< those that it came to the end of, and one more that it may have been killed in
     int exitCode = -1;             ///< what the work returned; -1 if it was killed
-    bool isAllowed = true;         ///< whether this process may look at another's calls
+    /// What keeps this process from looking at another's calls; empty if nothing does.
+    std::string obstacle;
 };
 
 }

@@ -1420,8 +1420,8 @@ protected:
 TEST_F(InterruptedWriterTest, KilledAtAnyCallItLeavesTheOldValueOrTheNewOne)
 {
     const support::TracedChild whole = Write();
-    if (!whole.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!whole.obstacle.empty())
+        GTEST_SKIP() << whole.obstacle;
     ASSERT_EQ(whole.exitCode, 0);
     std::size_t runs = 0;
     std::size_t old = 0;
@@ -1444,8 +1444,8 @@ TEST_F(InterruptedWriterTest, KilledAtAnyCallItLeavesTheOldValueOrTheNewOne)
 TEST_F(InterruptedWriterTest, WhicheverCallFailsTheOldValueOrTheNewOneIsThereAndTheNewOneIfItWasStored)
 {
     const support::TracedChild whole = Write();
-    if (!whole.isAllowed)
-        GTEST_SKIP() << "The user lacks the right to trace processes";
+    if (!whole.obstacle.empty())
+        GTEST_SKIP() << whole.obstacle;
     std::size_t runs = 0;
     std::size_t failures = 0;
     for (std::size_t at = 0; at < whole.calls.size(); ++at)
