@@ -46,6 +46,15 @@ TEST(ChangeDirectoryTemporarilyTest, CopyGoesBackToTheSameFolder)
     EXPECT_EQ(current_path(), earlier);
 }
 
+TEST(ChangeDirectoryTemporarilyTest, FolderWithANullCharacterInItsNameIsNotTakenForTheOneAheadOfIt)
+{
+    const support::TemporaryFolder folder;
+    const auto earlier = current_path();
+    const std::wstring wide = utility::platform::WideFromPath(folder.Path()) + L'\0';
+    EXPECT_THROW(CChangeDirectoryTemporarily{wide}, boost::filesystem::filesystem_error);
+    EXPECT_EQ(current_path(), earlier);
+}
+
 TEST(ChangeDirectoryTemporarilyTest, FolderIsNamedByWideTextWhateverTheLocale)
 {
     const support::TemporaryFolder folder;

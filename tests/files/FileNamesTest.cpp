@@ -63,6 +63,15 @@ TEST(MakeTemporaryFileTest, NamesBeyondAsciiFollowNoLocale)
     EXPECT_EQ(name[2], L'\u65E5');
 }
 
+TEST(MakeTemporaryFolderTest, FolderWithANullCharacterInItsNameIsNotTakenForTheOneAheadOfIt)
+{
+    const support::TemporaryFolder folder;
+    const std::wstring wide = WideFromPath(folder.Path() / "made") + L'\0';
+    EXPECT_EQ(WideFromPath(MakeTemporaryFile(wide, L"")).substr(0, wide.size()), wide);
+    EXPECT_THROW(MakeTemporaryFolder(wide, L""), boost::filesystem::filesystem_error);
+    EXPECT_TRUE(is_empty(folder.Path()));
+}
+
 TEST(MakeTemporaryFolderTest, IsMadeEmptyInAFolderThatExists)
 {
     const support::TemporaryFolder folder;
@@ -152,4 +161,14 @@ TEST(PathNameTest, EachNameIsAskedForAsSuch)
     GetLongPathNameW(L"a");
     GetShortPathNameW(L"a");
     EXPECT_EQ(system.calls, (std::vector<std::string>{"LongName", "ShortName"}));
+}
+
+TEST(PathNameTest, NameWithANullCharacterIsNotThatOfTheFileAheadOfIt)
+{
+    const support::TemporaryFolder folder;
+    const std::wstring wide = WideFromPath(folder.Path());
+    EXPECT_FALSE(GetLongPathNameW(wide).empty());
+    EXPECT_FALSE(GetShortPathNameW(wide).empty());
+    EXPECT_TRUE(GetLongPathNameW(wide + L'\0').empty());
+    EXPECT_TRUE(GetShortPathNameW(wide + L'\0').empty());
 }

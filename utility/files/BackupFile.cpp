@@ -1,5 +1,6 @@
 #include "utility/files/BackupFile.h"
 
+#include "utility/files/internal/NameOfNone.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/FileSystem.h"
 #include "utility/platform/Paths.h"
@@ -25,7 +26,7 @@ path NameBeside(const path& file)
 void RemoveUnlessFailing(const path& file)
 {
     // The system would take such a name for that of the file ahead of its null character.
-    if (file.native().find(path::value_type()) != path::string_type::npos)
+    if (!utility::platform::AreWhole(file))
         return;
     boost::system::error_code failure;
     boost::filesystem::remove(file, failure);
@@ -39,8 +40,7 @@ void MakeWay(const path& file, const path& backup, DWORD reason)
 {
     // What comes next would take such a name for that of the file ahead of its null character.
     if (reason == ERROR_INVALID_NAME)
-        throw boost::filesystem::filesystem_error(
-            "no file has this name", file, boost::system::errc::make_error_code(boost::system::errc::invalid_argument));
+        utility::detail::ThrowNameOfNone(file);
     boost::system::error_code failure;
     if (reason != ERROR_UNABLE_TO_MOVE_REPLACEMENT && reason != ERROR_ACCESS_DENIED && reason != ERROR_SUCCESS)
         return;

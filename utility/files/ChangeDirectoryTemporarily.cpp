@@ -1,5 +1,6 @@
 #include "utility/files/ChangeDirectoryTemporarily.h"
 
+#include "utility/files/internal/NameOfNone.h"
 #include "utility/platform/Paths.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -7,11 +8,11 @@
 CChangeDirectoryTemporarily::CChangeDirectoryTemporarily(const boost::filesystem::path& directory)
     : m_saved(boost::filesystem::current_path())
 {
-    boost::filesystem::current_path(directory);
+    boost::filesystem::current_path(utility::detail::Whole(directory));
 }
 
 CChangeDirectoryTemporarily::CChangeDirectoryTemporarily(const std::wstring& directory)
-    : CChangeDirectoryTemporarily(directory.c_str())
+    : CChangeDirectoryTemporarily(utility::platform::PathFromWide(directory))
 {
 }
 

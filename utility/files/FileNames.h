@@ -7,7 +7,7 @@
 //     assert(exists(folder));
 //
 // Any thread may call. What may throw says so. Names and folders are given as wide text or as a path, whatever the
-// locale.
+// locale; a text with a null character in it names none.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"
@@ -21,10 +21,12 @@
 /// there is such a file is not looked at.
 UTILITY_API boost::filesystem::path MakeTemporaryFile(const boost::filesystem::path& folder, const wchar_t* prefix);
 UTILITY_API boost::filesystem::path MakeTemporaryFile(const wchar_t* folder, const wchar_t* prefix);
+UTILITY_API boost::filesystem::path MakeTemporaryFile(const std::wstring& folder, const wchar_t* prefix);
 
 /// The same, made a folder, in a folder that exists. Throws boost::filesystem::filesystem_error.
 UTILITY_API boost::filesystem::path MakeTemporaryFolder(const boost::filesystem::path& folder, const wchar_t* prefix);
 UTILITY_API boost::filesystem::path MakeTemporaryFolder(const wchar_t* folder, const wchar_t* prefix);
+UTILITY_API boost::filesystem::path MakeTemporaryFolder(const std::wstring& folder, const wchar_t* prefix);
 
 /// The format with the three letters of a language, such as DEU, for each %1%; no letters for an unknown language. A
 /// format without %1% is the name itself. No file is looked at. Throws boost::io::bad_format_string for a format that
@@ -41,16 +43,7 @@ UTILITY_API boost::filesystem::path FindLanguageDependentFilename(const wchar_t*
 
 UTILITY_API boost::filesystem::path GetLongPathNameW(const boost::filesystem::path& path);
 UTILITY_API boost::filesystem::path GetLongPathNameW(const wchar_t* path);
+UTILITY_API boost::filesystem::path GetLongPathNameW(const std::wstring& path);
 UTILITY_API boost::filesystem::path GetShortPathNameW(const boost::filesystem::path& path);
 UTILITY_API boost::filesystem::path GetShortPathNameW(const wchar_t* path);
-
-inline boost::filesystem::path MakeTemporaryFile(const std::wstring& folder, const wchar_t* prefix)
-{
-    return MakeTemporaryFile(folder.c_str(), prefix);
-}
-inline boost::filesystem::path MakeTemporaryFolder(const std::wstring& folder, const wchar_t* prefix)
-{
-    return MakeTemporaryFolder(folder.c_str(), prefix);
-}
-inline boost::filesystem::path GetLongPathNameW(const std::wstring& path) { return GetLongPathNameW(path.c_str()); }
-inline boost::filesystem::path GetShortPathNameW(const std::wstring& path) { return GetShortPathNameW(path.c_str()); }
+UTILITY_API boost::filesystem::path GetShortPathNameW(const std::wstring& path);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utility/platform/Error.h"
+
 #include <boost/filesystem/path.hpp>
 
 #include <string>
@@ -19,6 +21,17 @@ namespace utility::platform
 [[nodiscard]] inline boost::filesystem::path PathFromWide(const wchar_t* text)
 {
     return PathFromWide(text != nullptr ? std::wstring_view(text) : std::wstring_view());
+}
+
+/// Whether the system would see all of each path. If not, since it would see only what stands before a null character,
+/// which is another file's name, that is the reason in LastError().
+template <class... Paths>
+[[nodiscard]] bool AreWhole(const Paths&... paths)
+{
+    const bool areWhole = ((paths.native().find(typename Paths::value_type()) == Paths::string_type::npos) && ...);
+    if (!areWhole)
+        SetLastError(ERROR_INVALID_NAME);
+    return areWhole;
 }
 
 }

@@ -44,7 +44,7 @@ namespace utility
 {
 
 /// The name of a key as a caller has it: anything that is null-terminated wide text, or a path. Made where it is
-/// passed.
+/// passed. What stands behind a null character is not part of it.
 class KeyName
 {
 public:

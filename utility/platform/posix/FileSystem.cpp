@@ -1,6 +1,7 @@
 #include "utility/platform/FileSystem.h"
 
 #include "utility/platform/Error.h"
+#include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/filesystem/Swap.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
@@ -18,16 +19,6 @@ namespace
 {
 
 using boost::filesystem::path;
-
-/// Whether the system would see all of each path, or only what stands before a null character in it.
-template <class... Paths>
-bool AreWhole(const Paths&... paths)
-{
-    if (((paths.native().find('\0') == std::string::npos) && ...))
-        return true;
-    SetLastError(ERROR_INVALID_NAME);
-    return false;
-}
 
 class PosixFileSystem final : public FileSystemService
 {

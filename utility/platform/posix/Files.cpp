@@ -1,6 +1,7 @@
 #include "utility/platform/Files.h"
 
 #include "utility/platform/Error.h"
+#include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/FileTimes.h"
 #include "utility/platform/posix/files/Flushed.h"
@@ -63,11 +64,8 @@ enum class Absent
 
 HANDLE OpenLocked(const boost::filesystem::path& path, int access, short lockType, Absent then)
 {
-    if (path.native().find('\0') != std::string::npos)
-    {
-        SetLastError(ERROR_INVALID_NAME);
+    if (!AreWhole(path))
         return INVALID_HANDLE_VALUE;
-    }
     const int errnoBefore = errno;
     int descriptor = OpenAny(path, access);
     bool isNew = false;

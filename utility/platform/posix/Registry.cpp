@@ -3,6 +3,7 @@
 #include "utility/platform/AtFork.h"
 #include "utility/platform/formats/Utf16.h"
 #include "utility/platform/Hives.h"
+#include "utility/platform/Paths.h"
 #include "utility/platform/posix/registry/Hive.h"
 #include "utility/platform/posix/registry/OpenKeys.h"
 #include "utility/platform/posix/registry/Status.h"
@@ -309,7 +310,7 @@ bool SetHiveFile(HKEY hive, const path& file)
     // Wherever the program goes later.
     boost::system::error_code failure;
     const path folder = file.empty() || file.is_absolute() ? path() : boost::filesystem::current_path(failure);
-    return !failure && PosixRegistry::The().SetFile(hive, folder / file);
+    return !failure && AreWhole(file) && PosixRegistry::The().SetFile(hive, folder / file);
 }
 
 path HiveFile(HKEY hive) { return PosixRegistry::The().FileOf(hive); }

@@ -1,5 +1,6 @@
 #include "utility/platform/FileSystem.h"
 
+#include "utility/platform/Paths.h"
 #include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
@@ -15,16 +16,6 @@ namespace
 {
 
 using boost::filesystem::path;
-
-/// Whether the system would see all of each path, or only what stands before a null character in it.
-template <class... Paths>
-bool AreWhole(const Paths&... paths)
-{
-    if (((paths.native().find(L'\0') == std::wstring::npos) && ...))
-        return true;
-    ::SetLastError(ERROR_INVALID_NAME);
-    return false;
-}
 
 /// Whether a replacement fails for this reason while another program, which may be done in a moment, has one of the
 /// files open: one that looks for viruses, or makes an index.

@@ -1,5 +1,6 @@
 #include "utility/platform/Files.h"
 
+#include "utility/platform/Paths.h"
 #include "utility/platform/SystemService.h"
 #include "utility/platform/Types.h"
 
@@ -29,30 +30,21 @@ void* CopyWithByteBehind(const void* view, std::uint64_t length)
     return copy;
 }
 
-/// Whether the system would see all of a path, or only what stands before a null character in it.
-bool IsWhole(const boost::filesystem::path& path)
-{
-    if (path.native().find(L'\0') == std::wstring::npos)
-        return true;
-    ::SetLastError(ERROR_INVALID_NAME);
-    return false;
-}
-
 class WindowsFiles final : public FileService
 {
 public:
     HANDLE OpenForReading(const boost::filesystem::path& path) override
     {
-        return IsWhole(path) ? ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
-                                             OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr)
-                             : INVALID_HANDLE_VALUE;
+        return AreWhole(path) ? ::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                                              OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr)
+                              : INVALID_HANDLE_VALUE;
     }
 
     HANDLE OpenForWriting(const boost::filesystem::path& path) override
     {
-        return IsWhole(path) ? ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                             OPEN_ALWAYS, FILE_FLAG_SEQUENTIAL_SCAN, nullptr)
-                             : INVALID_HANDLE_VALUE;
+        return AreWhole(path) ? ::CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                              OPEN_ALWAYS, FILE_FLAG_SEQUENTIAL_SCAN, nullptr)
+                              : INVALID_HANDLE_VALUE;
     }
 
     bool Length(HANDLE file, std::uint64_t& length) override

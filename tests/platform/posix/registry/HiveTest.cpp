@@ -1519,6 +1519,13 @@ TEST_F(HiveFilesTest, MayBeNamedFromTheCurrentFolder)
     EXPECT_TRUE(exists(m_folder / "near.db"));
 }
 
+TEST_F(HiveFilesTest, NameWithANullCharacterIsRefusedAndNotThatOfTheFileAheadOfIt)
+{
+    const path before = HiveFile(HKEY_CURRENT_USER);
+    EXPECT_FALSE(SetHiveFile(HKEY_CURRENT_USER, std::string("near.db\0", 8)));
+    EXPECT_EQ(HiveFile(HKEY_CURRENT_USER), before);
+}
+
 TEST_F(HiveFilesTest, AreNamedInFullWhereThereIsNoCurrentFolder)
 {
     Child child(

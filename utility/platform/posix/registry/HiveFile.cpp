@@ -1,6 +1,7 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/filesystem/Swap.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/registry/Status.h"
@@ -110,17 +111,6 @@ Names NamesAside(const std::string& hive)
     return NamesOf(hive + ".damaged-" + date + fraction);
 }
 
-/// Brings the names in a folder to the disk. Where the system cannot, they come there later.
-void FlushFolder(const path& folder)
-{
-    const int opened =
-        AboveStandardStreams(Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (opened < 0)
-        return;
-    Uninterrupted([&] { return ::fsync(opened); });
-    ::close(opened);
-}
-
 /// Opens a file that exists. Nothing is read yet.
 int OpenDatabase(const std::string& file, Database& database)
 {
@@ -196,7 +186,7 @@ public:
             ::unlink(place.c_str());
             return status;
         }
-        FlushFolder(path(place).parent_path());
+        FlushNames(place); // where the system cannot, they come to the disk later
         return success;
     }
 
