@@ -61,5 +61,6 @@
 #include "utility/settings/ResourceCounter.h"
 #include "utility/settings/Version.h"
 #include "utility/startup/LibraryFrame.h"
+#include "utility/system/ExeFile.h"
 #include "utility/text/Messages.h"
 #include "utility/text/ResourceString.h"

@@ -428,6 +428,13 @@ TEST_F(HeaderExampleTest, Version)
     EXPECT_EQ(shown.substr(0, 13), L"the \"product\"");
 }
 
+TEST_F(HeaderExampleTest, ExeFile)
+{
+    boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
+#include "system/ExeFile.example"
+    EXPECT_EQ(shown, L"0|");
+}
+
 TEST_F(HeaderExampleTest, Messages){
 #include "text/Messages.example"
 }

@@ -646,6 +646,29 @@ void Startup()
     ZeloInitMFCExtensionDLL(nullptr, nullptr);
 }
 
+void System()
+{
+    const boost::filesystem::path path;
+    const std::wstring wide;
+    CExeFile{L""};
+    CExeFile{wide};
+    const CExeFile file(path);
+    file.GetErrorType();
+    file.GetSecondaryHeaderOffset();
+    file.GetExeType();
+    Copy<CExeFile>();
+
+    CPEExeFile{L""};
+    CPEExeFile{wide};
+    const CPEExeFile module(path);
+    module.GetMachine();
+    module.GetNumberOfSections();
+    module.GetTimeDateStamp();
+    module.GetCharacteristics();
+    module.IsValid();
+    Copy<CPEExeFile>();
+}
+
 void Text()
 {
     LoadMessage(0, 0);
@@ -678,5 +701,6 @@ int main(int argumentCount, char**)
     Records();
     Settings();
     Startup();
+    System();
     Text();
 }

@@ -1,0 +1,89 @@
+#pragma once
+
+// What kind of executable a file is, by its headers: an old DOS program, a portable executable (PE), or what was
+// between them.
+//
+//     const CPEExeFile module(L"app.exe");
+//     if (module.IsValid())
+//         Show(module.GetTimeDateStamp()); // when it was built
+//
+// The file is mapped and its bytes may be anything: nothing outside it is read. A signature that is not all there is
+// none, and a field of a header that the file cuts off is 0.
+//
+// What cannot be opened throws a CFileException, like every mapped file (see files/MemoryMappedFile.h); what cannot be
+// mapped, which an empty file is too, is no executable. An object belongs to one thread at a time. A copy is an alias
+// of the same open file, like every copy of a file object.
+
+#include "utility/files/MemoryMappedFile.h"
+
+#include <cstdint>
+
+class UTILITY_API CExeFile : public CMemoryMappedFile
+{
+public:
+    enum errExeFile : std::int32_t
+    {
+        errExeFileNone = 0,    ///< the file has a DOS header
+        errExeFileInvalid = 2, ///< it is shorter than one, or does not begin with its signature
+    };
+
+    enum ExeType : std::int32_t
+    {
+        exeTypeUnknown = 0,
+        exeTypeDos = 1, ///< a DOS header alone
+        exeTypeNE = 2,  ///< 16-bit Windows or OS/2
+        exeTypeLE = 3,  ///< OS/2, device drivers of Windows
+        exeTypeXE = 4,  ///< the signature is "XE", deliberately, and not that of any common format
+        exeTypePE = 5,  ///< portable executable
+    };
+
+    explicit CExeFile(const wchar_t* path);
+    explicit CExeFile(const std::wstring& path);
+    explicit CExeFile(const boost::filesystem::path& path);
+    CExeFile(const CExeFile& other);
+    CExeFile& operator=(const CExeFile& other);
+    ~CExeFile();
+
+    errExeFile GetErrorType() const;
+
+    /// Where the DOS header says that the other header begins; all ones if it says nothing, or a place behind the end.
+    /// What lies in front of the file, which is a negative place, is deliberately given as it stands.
+    DWORD GetSecondaryHeaderOffset() const;
+
+    ExeType GetExeType() const;
+
+private:
+    void Classify();
+
+    errExeFile m_eError;
+    DWORD m_nSecondaryHeaderOffset;
+    ExeType m_eExeType;
+};
+
+class UTILITY_API CPEExeFile : public CExeFile
+{
+public:
+    explicit CPEExeFile(const wchar_t* path);
+    explicit CPEExeFile(const std::wstring& path);
+    explicit CPEExeFile(const boost::filesystem::path& path);
+    CPEExeFile(const CPEExeFile& other);
+    CPEExeFile& operator=(const CPEExeFile& other);
+    ~CPEExeFile();
+
+    // The fields of the file header; each is 0 if there is none, if the file ends in the field or ahead of it, and when
+    // the object is closed.
+    std::uint16_t GetMachine() const;
+    std::uint16_t GetNumberOfSections() const;
+    DWORD GetTimeDateStamp() const;   ///< seconds since 1970, unless the linker was told to put something else there
+    DWORD GetCharacteristics() const; ///< of 16 bits
+
+    /// Whether the file was a portable executable when it was opened.
+    bool IsValid() const;
+
+private:
+    const void* FindFileHeader() const;
+    template <class Field>
+    Field FieldAt(std::size_t offset) const;
+
+    const void* m_pFileHeader; ///< in the mapping
+};
