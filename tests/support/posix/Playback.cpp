@@ -1,11 +1,13 @@
 #include "tests/support/posix/Playback.h"
 
-#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
 
 #include <algorithm>
 #include <fcntl.h>
-#include <fstream>
+#include <limits>
+#include <set>
 #include <sys/syscall.h>
+#include <utility>
 
 namespace support
 {
@@ -13,82 +15,88 @@ namespace support
 namespace
 {
 
-using boost::filesystem::path;
+constexpr std::size_t sector = 512;
 
-std::string FolderOf(const std::string& name) { return path(name).parent_path().native(); }
+std::string FolderOf(const std::string& name) { return boost::filesystem::path(name).parent_path().native(); }
 
-/// Where the disk keeps a file, whatever names it has.
-path PlaceOf(const TemporaryFolder& disk, std::size_t file) { return disk.Path() / std::to_string(file); }
-
-/// The entry on the disk for a name.
-path EntryOf(const TemporaryFolder& disk, std::string name)
-{
-    std::ranges::replace(name, '/', '_');
-    return disk.Path() / name;
-}
+bool IsOfBytes(Playback::Step step) { return step == Playback::Step::write || step == Playback::Step::cut; }
 
 }
 
-Playback::Playback(const std::vector<SystemCall>& calls, const std::map<std::string, std::string>& files)
-    : m_files(files)
+Playback::Playback(const std::vector<SystemCall>& calls, const Files& files)
 {
     struct Opened
     {
-        std::string folder; ///< the name of a folder; empty for a file
+        std::string name;
+        bool isFolder; ///< or the system's; it is not written
         std::size_t file;
         std::size_t position;
     };
     std::map<std::uint64_t, Opened> opened;
-    std::map<std::string, std::size_t> names;
     for (const auto& [name, bytes] : files)
-        names.emplace(name, names.size());
+    {
+        const std::size_t file = m_before.names.size();
+        m_before.names.emplace(name, file);
+        m_before.bytes.emplace(file, bytes);
+    }
+    std::map<std::string, std::size_t> names = m_before.names;
     std::size_t count = names.size();
     for (const SystemCall& call : calls)
     {
         if (call.result < 0)
             continue;
-        const auto found = opened.find(call.arguments[0]);
-        Opened* const descriptor = found == opened.end() ? nullptr : &found->second;
+        if (const auto found = opened.find(call.arguments[0]); found != opened.end())
+        {
+            auto& [name, isFolder, file, position] = found->second;
+            switch (call.number)
+            {
+            case SYS_close:
+                opened.erase(found);
+                break;
+            case SYS_lseek:
+                position = static_cast<std::size_t>(call.result);
+                break;
+            case SYS_write:
+                Write(file, position, call.bytes);
+                position += call.bytes.size();
+                break;
+            case SYS_pwrite64:
+                Write(file, call.arguments[3], call.bytes);
+                break;
+            case SYS_ftruncate:
+                m_taken.push_back({Step::cut, file, {}, {}, call.arguments[1], {}});
+                break;
+            case SYS_fsync:
+            case SYS_fdatasync:
+                m_taken.push_back({isFolder ? Step::flushFolder : Step::flushFile, file, {}, name, 0, {}});
+                break;
+            default:
+                break;
+            }
+            continue;
+        }
         switch (call.number)
         {
         case SYS_openat:
-            if ((call.arguments[2] & O_DIRECTORY) == 0 && names.emplace(call.path, count).second)
+        {
+            if ((call.arguments[2] & O_CREAT) != 0 && names.emplace(call.path, count).second)
                 m_taken.push_back({Step::make, count++, {}, call.path, 0, {}});
-            opened[static_cast<std::uint64_t>(call.result)] =
-                (call.arguments[2] & O_DIRECTORY) != 0 ? Opened{call.path, 0, 0} : Opened{{}, names[call.path], 0};
+            const bool isFolder = (call.arguments[2] & O_ACCMODE) == O_RDONLY && !names.contains(call.path);
+            opened[static_cast<std::uint64_t>(call.result)] = {call.path, isFolder, isFolder ? 0 : names.at(call.path),
+                                                               0};
             break;
-        case SYS_close:
-            opened.erase(call.arguments[0]);
-            break;
-        case SYS_lseek:
-            descriptor->position = static_cast<std::size_t>(call.result);
-            break;
-        case SYS_write:
-            m_taken.push_back({Step::write, descriptor->file, {}, {}, descriptor->position, call.bytes});
-            descriptor->position += call.bytes.size();
-            break;
-        case SYS_ftruncate:
-            m_taken.push_back({Step::cut, descriptor->file, {}, {}, call.arguments[1], {}});
-            break;
-        case SYS_fsync:
-            m_taken.push_back({descriptor->folder.empty() ? Step::flushFile : Step::flushFolder,
-                               descriptor->file,
-                               {},
-                               descriptor->folder,
-                               0,
-                               {}});
-            break;
+        }
         case SYS_link:
-            names[call.otherPath] = names[call.path];
-            m_taken.push_back({Step::name, names[call.path], {}, call.otherPath, 0, {}});
+            names[call.otherPath] = names.at(call.path);
+            m_taken.push_back({Step::name, names.at(call.path), {}, call.otherPath, 0, {}});
             break;
         case SYS_rename:
-            names[call.otherPath] = names[call.path];
-            m_taken.push_back({Step::rename, names[call.path], call.path, call.otherPath, 0, {}});
+            names[call.otherPath] = names.at(call.path);
+            m_taken.push_back({Step::rename, names.at(call.path), call.path, call.otherPath, 0, {}});
             names.erase(call.path);
             break;
         case SYS_unlink:
-            m_taken.push_back({Step::removeName, names[call.path], {}, call.path, 0, {}});
+            m_taken.push_back({Step::removeName, names.at(call.path), {}, call.path, 0, {}});
             names.erase(call.path);
             break;
         default:
@@ -97,108 +105,147 @@ Playback::Playback(const std::vector<SystemCall>& calls, const std::map<std::str
     }
 }
 
+void Playback::Write(std::size_t file, std::size_t position, const std::string& bytes)
+{
+    const std::size_t first = std::min(bytes.size(), sector - position % sector);
+    m_taken.push_back({Step::write, file, {}, {}, position, bytes.substr(0, first)});
+    if (first < bytes.size())
+        m_taken.push_back({Step::write, file, {}, {}, position + first, bytes.substr(first)});
+}
+
 void Playback::Without(Step step)
 {
     std::erase_if(m_taken, [step](const Taken& taken) { return taken.step == step; });
 }
 
-std::size_t Playback::EachState(const std::string& file,
-                                const std::function<void(const std::string* bytes, bool isLast)>& look)
+void Playback::WithoutFile(const std::string& name)
 {
-    std::size_t states = 0;
+    const auto made = std::ranges::find_if(m_taken, [&name](const Taken& taken)
+                                           { return taken.step == Step::make && taken.newName == name; });
+    if (made == m_taken.end())
+        return;
+    std::erase_if(m_taken, [file = made->file](const Taken& taken)
+                  { return taken.step != Step::flushFolder && taken.file == file; });
+}
+
+std::size_t Playback::EachState(const std::function<void(const Files& files, bool isLast)>& look, Orders orders) const
+{
+    std::set<std::pair<bool, Files>> given;
+    std::size_t ways = 0;
     for (std::size_t crash = 0; crash <= m_taken.size(); ++crash)
     {
         // What is on the disk for certain, and what may be there besides.
-        std::vector<const Taken*> steps;
+        Disk certain = m_before;
         std::vector<const Taken*> pending;
         for (std::size_t i = 0; i < crash; ++i)
         {
             const Taken& taken = m_taken[i];
-            if (taken.step == Step::flushFile || taken.step == Step::flushFolder)
-                continue;
             const bool isSafe = std::any_of(m_taken.begin() + static_cast<std::ptrdiff_t>(i),
                                             m_taken.begin() + static_cast<std::ptrdiff_t>(crash),
                                             [&](const Taken& later) { return IsFlushedBy(taken, later); });
-            (isSafe ? steps : pending).push_back(&taken);
+            if (isSafe)
+                certain.Apply(taken);
+            else if (taken.step != Step::flushFile && taken.step != Step::flushFolder)
+                pending.push_back(&taken);
         }
-        const std::function<void()> each = [&]
+        std::vector<const Taken*> order;
+        // Of the orders that leave the same the one is tried in which no step could go ahead of a later one of the
+        // program without passing any that touches the same.
+        const auto isTriedOtherwise = [&](const Taken& next)
         {
-            Restore(steps);
-            ++states;
-            const path entry = EntryOf(m_disk, file);
-            const std::string bytes = TemporaryFolder::BytesOf(entry);
-            look(exists(entry) ? &bytes : nullptr, crash == m_taken.size());
+            for (auto before = order.rbegin(); before != order.rend() && !TouchTheSame(**before, next); ++before)
+            {
+                if (*before > &next)
+                    return true;
+            }
+            return false;
+        };
+        const std::function<void(const Disk&)> each = [&](const Disk& disk)
+        {
+            ++ways;
+            const bool isLast = crash == m_taken.size();
+            if (const auto [state, isNew] = given.emplace(isLast, disk.NamedFiles()); isNew)
+                look(state->second, isLast);
             for (const Taken*& next : pending)
             {
-                if (next == nullptr)
+                if (next == nullptr || (orders == Orders::thatMayDiffer && isTriedOtherwise(*next)))
                     continue;
-                steps.push_back(std::exchange(next, nullptr));
-                each();
-                next = steps.back();
-                steps.pop_back();
+                Disk changed = disk;
+                changed.Apply(*next);
+                order.push_back(std::exchange(next, nullptr));
+                each(changed);
+                next = order.back();
+                order.pop_back();
             }
         };
-        each();
+        each(certain);
     }
-    return states;
+    return ways;
 }
 
-bool Playback::IsFlushedBy(const Taken& taken, const Taken& flush) const
+bool Playback::IsFlushedBy(const Taken& taken, const Taken& flush)
 {
-    if (taken.step == Step::write || taken.step == Step::cut)
+    if (IsOfBytes(taken.step))
         return flush.step == Step::flushFile && flush.file == taken.file;
     return flush.step == Step::flushFolder && flush.newName == FolderOf(taken.newName);
 }
 
-void Playback::Restore(const std::vector<const Taken*>& steps)
+bool Playback::TouchTheSame(const Taken& one, const Taken& other)
 {
-    for (const boost::filesystem::directory_entry& each : boost::filesystem::directory_iterator(m_disk.Path()))
-        remove(each.path());
-    std::size_t count = 0;
-    for (const auto& [name, bytes] : m_files)
+    if (IsOfBytes(one.step) != IsOfBytes(other.step))
+        return false;
+    if (!IsOfBytes(one.step))
     {
-        const path place = PlaceOf(m_disk, count++);
-        std::ofstream(place.native()) << bytes;
-        create_hard_link(place, EntryOf(m_disk, name));
+        const auto has = [&other](const std::string& name)
+        { return !name.empty() && (name == other.name || name == other.newName); };
+        return has(one.name) || has(one.newName);
     }
-    for (const Taken& each : m_taken)
-    {
-        if (each.step == Step::make)
-            std::ofstream(PlaceOf(m_disk, each.file).native());
-    }
-    for (const Taken* const each : steps)
-        Apply(*each);
+    const auto end = [](const Taken& taken)
+    { return taken.step == Step::cut ? std::numeric_limits<std::size_t>::max() : taken.position + taken.bytes.size(); };
+    return one.file == other.file && one.position < end(other) && other.position < end(one);
 }
 
-void Playback::Apply(const Taken& taken)
+void Playback::Disk::Apply(const Taken& taken)
 {
-    const path place = PlaceOf(m_disk, taken.file);
-    const path entry = EntryOf(m_disk, taken.newName);
-    const path earlier = EntryOf(m_disk, taken.name);
+    const auto removeName = [&](const std::string& name)
+    {
+        const auto found = names.find(name);
+        if (found != names.end() && found->second == taken.file)
+            names.erase(found);
+    };
+    std::string& file = bytes[taken.file];
     switch (taken.step)
     {
     case Step::write:
-        TemporaryFolder::WriteAt(place, taken.position, taken.bytes);
+        file.resize(std::max(file.size(), taken.position + taken.bytes.size()));
+        file.replace(taken.position, taken.bytes.size(), taken.bytes);
         break;
     case Step::cut:
-        resize_file(place, taken.position);
+        file.resize(taken.position);
         break;
     case Step::make:
     case Step::name:
+        names[taken.newName] = taken.file;
+        break;
     case Step::rename:
-        remove(entry);
-        create_hard_link(place, entry);
-        if (taken.step == Step::rename && exists(earlier) && equivalent(earlier, place))
-            remove(earlier);
+        removeName(taken.name);
+        names[taken.newName] = taken.file;
         break;
     case Step::removeName:
-        if (exists(entry) && equivalent(entry, place))
-            remove(entry);
+        removeName(taken.newName);
         break;
     case Step::flushFile:
     case Step::flushFolder:
         break;
     }
+}
+
+Playback::Files Playback::Disk::NamedFiles() const
+{
+    Files files;
+    for (const auto& [name, file] : names)
+        files.emplace(name, bytes.contains(file) ? bytes.at(file) : std::string());
+    return files;
 }
 
 }

@@ -66,6 +66,7 @@ SystemCall CallAtEntry(pid_t process, const user_regs_struct& registers)
         call.otherPath = ReadPath(process, arguments[3]);
         break;
     case SYS_write:
+    case SYS_pwrite64:
         call.bytes = Read(process, arguments[1], arguments[2]);
         break;
     default:
@@ -74,10 +75,10 @@ SystemCall CallAtEntry(pid_t process, const user_regs_struct& registers)
     return call;
 }
 
-bool MakesAFile(const SystemCall& call)
+bool OpensToWrite(const SystemCall& call)
 {
-    return (call.number == SYS_openat && (call.arguments[2] & O_CREAT) != 0) ||
-           (call.number == SYS_open && (call.arguments[1] & O_CREAT) != 0);
+    const std::uint64_t flags = call.arguments[call.number == SYS_open ? 1 : 2];
+    return (call.number == SYS_open || call.number == SYS_openat) && (flags & O_ACCMODE) != O_RDONLY;
 }
 
 bool IsAboutMemory(const SystemCall& call)
@@ -126,7 +127,8 @@ TracedChild::TracedChild(const std::function<int()>& work, const Intrusion& intr
         {
             SystemCall call = CallAtEntry(process, registers);
             isEntry = false;
-            isLookedAt = (!calls.empty() || MakesAFile(call)) && !IsAboutMemory(call) && call.number != SYS_exit_group;
+            isLookedAt =
+                (!calls.empty() || OpensToWrite(call)) && !IsAboutMemory(call) && call.number != SYS_exit_group;
             if (!isLookedAt)
                 continue;
             calls.push_back(std::move(call));

@@ -36,8 +36,8 @@ struct Intrusion
     int error = 0;      ///< of a failure
 };
 
-/// A copy of this process that does some work, with its calls of the system from the first that makes a file on, but
-/// for those about memory.
+/// A copy of this process that does some work, with its calls of the system from the first that opens a file to write
+/// on, but for those about memory.
 struct TracedChild
 {
     TracedChild(const std::function<int()>& work, const Intrusion& intrusion = {});
