@@ -64,3 +64,4 @@
 #include "utility/system/ExeFile.h"
 #include "utility/text/Messages.h"
 #include "utility/text/ResourceString.h"
+#include "utility/units/Distances.h"

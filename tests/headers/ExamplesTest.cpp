@@ -327,6 +327,12 @@ TEST_F(HeaderExampleTest, FloatHygiene)
 #include "numbers/FloatHygiene.example"
 }
 
+TEST_F(HeaderExampleTest, Distances)
+{
+#include "units/Distances.example"
+    SetDistanceUnits(DISTANCE_UNITS_MM);
+}
+
 TEST_F(HeaderExampleTest, FloatParse){
 #include "numbers/FloatParse.example"
 }

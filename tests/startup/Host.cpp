@@ -50,6 +50,7 @@ public:
         CQLMAppSettings::SetProductName(L"Host of the tests");
         Expect(CQLMAppSettings::instance().SetValue(L"Static", L"Number", 7), "a setting before main");
         Expect(Lang::GetAvailableTranslations()[4].second == L"German", "the languages before main");
+        Expect(GetDistanceDescription(true) == L"mm", "the units before main");
         Expect(GetThreadAllocator() != nullptr, "the allocator before main");
         ReadVersion();
     }
@@ -61,6 +62,7 @@ public:
         Expect(GetThreadDatabase() == reinterpret_cast<CEntityDatabase*>(this), "the database after main");
         Expect(CQLMAppSettings::instance().GetValue(L"Static", L"Number", 0) == 7, "a setting after main");
         Expect(Lang::GetAvailableTranslations()[4].second == L"German", "the languages after main");
+        Expect(GetDistanceDescription(true) == L"mm", "the units after main");
         Expect(GetThreadAllocator() != nullptr, "the allocator after main");
         dbg() << L"";
         ReadVersion();

@@ -432,6 +432,13 @@ void Numbers()
     DialogDecimalPlaces();
     DialogDecimalPlaces(DISTANCE_UNITS_MM);
     SetDialogDecimalPlaces(0);
+    GetDistanceUnits();
+    SetDistanceUnits(DISTANCE_UNITS_MM);
+    GetDistanceScale();
+    GetDistanceScale(DISTANCE_UNITS_MM);
+    GetDistanceDescription(false);
+    double distance = 0.0;
+    QLMParseDistance(L"", distance, 1.0);
     to_wstring(1.0, 0);
     to_wstring(1.0f, 0);
     QLMFormatFloatE(1.0, 0);
