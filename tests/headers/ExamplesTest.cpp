@@ -79,6 +79,23 @@ struct KeepDebuggerSink
 
 }
 
+TEST_F(HeaderExampleTest, BlastDecoder)
+{
+    std::string compressed("\x00\x05\x90\x94\x61\xC3\xE6\x0D\x88\x2B\x6F\xE4\xB0\x21\x13\x12\xF0\x0F", 18);
+    const auto GiveBlock = [](void* context, const unsigned char** block)
+    {
+        const auto& bytes = *static_cast<const std::string*>(context);
+        *block = reinterpret_cast<const unsigned char*>(bytes.data());
+        return static_cast<std::uint32_t>(bytes.size());
+    };
+    std::string expanded;
+    const auto Take = [&expanded](const unsigned char* bytes, std::uint64_t size)
+    { expanded.append(reinterpret_cast<const char*>(bytes), size); };
+#include "codec/BlastDecoder.example"
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(expanded, "Hello World!");
+}
+
 TEST_F(HeaderExampleTest, VRMLFile)
 {
 #include "codec/VRMLFile.example"

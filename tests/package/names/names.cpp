@@ -48,6 +48,11 @@ void Catch()
 
 void Codec()
 {
+    blastInit(Any<BlastInput>(), nullptr, &Any<BlastState*>());
+    blastMore(nullptr, nullptr, 0, &Any<uint64_t>());
+    blastEndMarkRead(nullptr, &Any<uint64_t>());
+    blastTerm(nullptr);
+
     CVRMLFile scene;
     scene.Open(L"", true, 6);
     scene.Open(std::wstring(), true, 6);
