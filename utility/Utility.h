@@ -3,6 +3,7 @@
 // The whole of the library's public interface.
 
 #include "utility/codec/BlastDecoder.h"
+#include "utility/codec/CyclicRedundancyCheck.h"
 #include "utility/codec/VRMLFile.h"
 #include "utility/codec/ZEngine.h"
 #include "utility/diagnostics/Assertions.h"

@@ -96,6 +96,11 @@ TEST_F(HeaderExampleTest, BlastDecoder)
     EXPECT_EQ(expanded, "Hello World!");
 }
 
+TEST_F(HeaderExampleTest, CyclicRedundancyCheck)
+{
+#include "codec/CyclicRedundancyCheck.example"
+}
+
 TEST_F(HeaderExampleTest, VRMLFile)
 {
 #include "codec/VRMLFile.example"

@@ -72,6 +72,13 @@ void Codec()
     engine.Inflate(0);
     engine.InflateEnd();
     Copy<CZEngine>();
+
+    CyclicRedundancyCheck check(0);
+    check = CyclicRedundancyCheck();
+    check.Incorporate(nullptr, 0);
+    check.clear();
+    check.Current();
+    static_cast<void>(check == check || check != check);
 }
 
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }

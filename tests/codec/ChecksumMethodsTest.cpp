@@ -1,0 +1,148 @@
+#include "utility/codec/internal/ChecksumMethods.h"
+
+#include "tests/support/ChecksumModel.h"
+#include "tests/support/GuardedText.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using support::ChecksumModel;
+using utility::detail::ChecksumMethod;
+using utility::detail::ChecksumMethods;
+
+namespace
+{
+
+/// A method by its name.
+class ChecksumMethodTest : public testing::TestWithParam<const char*>
+{
+protected:
+    ChecksumMethodTest() : m_bytes(1U << 13)
+    {
+        for (unsigned char& byte : m_bytes)
+            byte = static_cast<unsigned char>(m_random());
+    }
+
+    void SetUp() override
+    {
+        const auto methods = ChecksumMethods();
+        const auto found =
+            std::find_if(methods.begin(), methods.end(),
+                         [](const ChecksumMethod& each) { return each.name == std::string(GetParam()); });
+        if (found == methods.end())
+            GTEST_SKIP() << "The build lacks a method by " << GetParam();
+        if (!found->isSupported())
+            GTEST_SKIP() << "The processor lacks what the method by " << GetParam() << " takes";
+        m_method = &*found;
+    }
+
+    DWORD Random() { return static_cast<DWORD>(m_random()); }
+
+    /// As the check does it: what is too short for the method goes byte by byte.
+    DWORD Fold(DWORD value, const unsigned char* data, std::size_t count) const
+    {
+        return count >= m_method->shortest ? m_method->fold(value, data, count) : ChecksumModel(value, data, count);
+    }
+
+    /// Folds every length up to this one, starting at `data`, and compares with single bytes.
+    void ExpectEveryLength(const unsigned char* data, std::size_t longest, DWORD start) const
+    {
+        DWORD expected = start;
+        for (std::size_t count = 0; count <= longest; expected = ChecksumModel(expected, data + count++, 1))
+            ASSERT_EQ(Fold(start, data, count), expected) << count << " bytes after " << start;
+    }
+
+    std::mt19937 m_random{20'000'017};
+    std::vector<unsigned char> m_bytes;
+    const ChecksumMethod* m_method = nullptr;
+};
+
+std::string NameOfMethod(const testing::TestParamInfo<const char*>& info)
+{
+    std::string name = info.param;
+    name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
+    return name;
+}
+
+}
+
+INSTANTIATE_TEST_SUITE_P(By, ChecksumMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "slicing"),
+                         NameOfMethod);
+
+TEST_P(ChecksumMethodTest, EveryLengthAtEveryAlignmentGivesWhatSingleBytesGive)
+{
+    const auto past = reinterpret_cast<std::uintptr_t>(m_bytes.data()) % 64;
+    for (std::size_t alignment = 0; alignment < 64; ++alignment)
+        ExpectEveryLength(m_bytes.data() + 64 - past + alignment, 1025, Random());
+}
+
+TEST_P(ChecksumMethodTest, EverySplitGivesTheSame)
+{
+    const DWORD start = Random();
+    DWORD expected = start;
+    for (std::size_t count = 0; count <= 1025; expected = ChecksumModel(expected, &m_bytes[count++], 1))
+    {
+        for (std::size_t split = 0; split <= count; ++split)
+        {
+            const DWORD first = Fold(start, m_bytes.data(), split);
+            ASSERT_EQ(Fold(first, m_bytes.data() + split, count - split), expected) << split << " of " << count;
+        }
+    }
+}
+
+TEST_P(ChecksumMethodTest, LongerBlocksGiveWhatSingleBytesGive)
+{
+    ExpectEveryLength(m_bytes.data(), m_bytes.size() - 1, Random());
+}
+
+TEST_P(ChecksumMethodTest, EachBitOfTheRegisterAndOfTheBytesCounts)
+{
+    const std::vector<unsigned char> zeros(300);
+    std::vector<unsigned char> bytes = zeros;
+    for (const std::size_t count : {16, 17, 63, 64, 65, 300})
+    {
+        for (int bit = 0; bit < 32; ++bit)
+            EXPECT_EQ(m_method->fold(1U << bit, zeros.data(), count), ChecksumModel(1U << bit, zeros.data(), count));
+        for (std::size_t bit = 0; bit < 8 * count; ++bit)
+        {
+            bytes[bit / 8] = static_cast<unsigned char>(1U << bit % 8);
+            EXPECT_EQ(m_method->fold(0, bytes.data(), count), ChecksumModel(0, bytes.data(), count)) << bit;
+            bytes[bit / 8] = 0;
+        }
+    }
+}
+
+TEST_P(ChecksumMethodTest, NothingOutsideTheBytesIsRead)
+{
+    // Whole pages: the text touches both of those around it.
+    const support::GuardedText text(std::string_view(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size()),
+                                    support::GuardedText::Touches::pageBehind);
+    const auto* const first = reinterpret_cast<const unsigned char*>(text.First());
+    const auto* const end = first + m_bytes.size();
+    for (std::size_t count = m_method->shortest; count <= 2200; ++count)
+    {
+        ASSERT_EQ(m_method->fold(0, first, count), m_method->fold(0, m_bytes.data(), count));
+        ASSERT_EQ(m_method->fold(0, end - count, count),
+                  m_method->fold(0, m_bytes.data() + m_bytes.size() - count, count));
+    }
+}
+
+TEST(ChecksumMethodsTest, FastestIsTheFirstThatTheProcessorHas)
+{
+    for (const ChecksumMethod& each : ChecksumMethods())
+    {
+        if (each.isSupported())
+        {
+            EXPECT_EQ(&utility::detail::FastestChecksumMethod(), &each);
+            break;
+        }
+    }
+    EXPECT_TRUE(ChecksumMethods().back().isSupported());
+    EXPECT_EQ(ChecksumMethods().back().name, std::string("slicing"));
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+// The ways to fold bytes into the register of a CyclicRedundancyCheck that are faster than its loop over single bytes,
+// with the same results.
+
+#include "utility/platform/Types.h"
+
+#include <cstddef>
+#include <span>
+
+namespace utility::detail
+{
+
+/// The polynomial of the check without its highest term, x to the 32nd. The highest bit stands for x to the 31st.
+inline constexpr DWORD checksumPolynomial = 0x04C11DB7;
+
+/// The register after another bit, which is 0.
+constexpr DWORD TimesX(DWORD value) noexcept { return value << 1 ^ (value >> 31 != 0 ? checksumPolynomial : 0); }
+
+struct ChecksumMethod
+{
+    const char* name;
+    /// Whether this processor, and its system, has what the method takes.
+    bool (*isSupported)();
+    /// The register after these bytes, of which there have to be `shortest` at least. Nothing outside them is read.
+    DWORD (*fold)(DWORD value, const unsigned char* data, std::size_t count);
+    std::size_t shortest;
+};
+
+/// All that the library has been compiled with, the fastest first. The last one is supported everywhere.
+std::span<const ChecksumMethod> ChecksumMethods() noexcept;
+
+/// The first one that is supported here.
+const ChecksumMethod& FastestChecksumMethod() noexcept;
+
+}
