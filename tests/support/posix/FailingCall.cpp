@@ -8,6 +8,7 @@
 #include <new>
 #include <pthread.h>
 #include <spawn.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -66,6 +67,7 @@ FAILING_CALL(ssize_t, -1, fgetxattr, (int file, const char* name, void* value, s
              size)
 FAILING_CALL(int, -1, fsetxattr, (int file, const char* name, const void* value, std::size_t size, int flags), file,
              name, value, size, flags)
+FAILING_CALL(int, -1, flock, (int file, int operation), file, operation)
 FAILING_CALL(int, -1, fstat, (int file, struct stat* status), file, status)
 FAILING_CALL(int, -1, fsync, (int file), file)
 FAILING_CALL(int, -1, ftruncate, (int file, off_t length), file, length)

@@ -21,6 +21,11 @@ std::string FolderOf(const std::string& name) { return boost::filesystem::path(n
 
 bool IsOfBytes(Playback::Step step) { return step == Playback::Step::write || step == Playback::Step::cut; }
 
+bool IsOfNames(Playback::Step step)
+{
+    return !IsOfBytes(step) && step != Playback::Step::flushFile && step != Playback::Step::flushFolder;
+}
+
 }
 
 Playback::Playback(const std::vector<SystemCall>& calls, const Files& files)
@@ -118,14 +123,22 @@ void Playback::Without(Step step)
     std::erase_if(m_taken, [step](const Taken& taken) { return taken.step == step; });
 }
 
-void Playback::WithoutFile(const std::string& name)
+void Playback::WithoutNames(const std::function<bool(const std::string& name)>& isOfNoMatter)
 {
-    const auto made = std::ranges::find_if(m_taken, [&name](const Taken& taken)
-                                           { return taken.step == Step::make && taken.newName == name; });
-    if (made == m_taken.end())
-        return;
-    std::erase_if(m_taken, [file = made->file](const Taken& taken)
-                  { return taken.step != Step::flushFolder && taken.file == file; });
+    std::erase_if(m_taken,
+                  [&](const Taken& taken) {
+                      return IsOfNames(taken.step) && isOfNoMatter(taken.newName) &&
+                             (taken.name.empty() || isOfNoMatter(taken.name));
+                  });
+    std::set<std::size_t> named;
+    for (const auto& [name, file] : m_before.names)
+        named.insert(file);
+    for (const Taken& taken : m_taken)
+    {
+        if (IsOfNames(taken.step))
+            named.insert(taken.file);
+    }
+    std::erase_if(m_taken, [&](const Taken& taken) { return IsOfBytes(taken.step) && !named.contains(taken.file); });
 }
 
 std::size_t Playback::EachState(const std::function<void(const Files& files, bool isLast)>& look, Orders orders) const
@@ -145,7 +158,7 @@ std::size_t Playback::EachState(const std::function<void(const Files& files, boo
                                             [&](const Taken& later) { return IsFlushedBy(taken, later); });
             if (isSafe)
                 certain.Apply(taken);
-            else if (taken.step != Step::flushFile && taken.step != Step::flushFolder)
+            else if (IsOfBytes(taken.step) || IsOfNames(taken.step))
                 pending.push_back(&taken);
         }
         std::vector<const Taken*> order;

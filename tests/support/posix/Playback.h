@@ -40,8 +40,8 @@ public:
     /// Forgets the steps of a kind, as a disk that lies about them does.
     void Without(Step step);
 
-    /// The same for the steps on a file that the program made.
-    void WithoutFile(const std::string& name);
+    /// Forgets names at which nobody looks, and the files that only they lead to.
+    void WithoutNames(const std::function<bool(const std::string& name)>& isOfNoMatter);
 
     /// Two steps that touch different bytes and different names leave the same in either order.
     enum class Orders

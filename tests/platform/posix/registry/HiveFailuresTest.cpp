@@ -2,18 +2,22 @@
 
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/FailingDatabase.h"
+#include "tests/support/posix/HiveContent.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <new>
 #include <set>
-#include <sqlite3.h>
 #include <string>
+#include <sys/file.h>
 #include <tuple>
+#include <unistd.h>
 #include <vector>
 
 // What goes wrong below a hive: every operation is done with the first of the calls below it failing, then with the
@@ -24,6 +28,7 @@ namespace
 {
 
 using boost::filesystem::path;
+using support::ContentOf;
 using support::FailingCall;
 using support::FailingDatabase;
 using support::TemporaryFolder;
@@ -39,31 +44,6 @@ const LSTATUS full = Status(ERROR_DISK_FULL);
 const LSTATUS inputOutput = Status(ERROR_REGISTRY_IO_FAILED);
 const LSTATUS tooManyFiles = Status(ERROR_TOO_MANY_OPEN_FILES);
 const LSTATUS memory = Status(ERROR_NOT_ENOUGH_MEMORY);
-
-/// Everything that is in a hive, as it lies on the disk, "none" if there is no file. Another process could write to it.
-std::string ContentOf(const path& file)
-{
-    if (!exists(file))
-        return "none";
-    sqlite3* database = nullptr;
-    EXPECT_EQ(sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr), SQLITE_OK);
-    std::string content;
-    const auto append = [](void* text, int columns, char** values, char**)
-    {
-        for (int i = 0; i < columns; ++i)
-            static_cast<std::string*>(text)->append(values[i] != nullptr ? values[i] : "null").append(1, '|');
-        return 0;
-    };
-    EXPECT_EQ(sqlite3_exec(database,
-                           "pragma busy_timeout = 100; begin immediate; pragma integrity_check; select * from keys;"
-                           "select key, name, type, quote(data) from \"values\"; rollback",
-                           append, &content, nullptr),
-              SQLITE_OK)
-        << sqlite3_errmsg(database);
-    EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
-    EXPECT_TRUE(content.starts_with("100|ok|")) << content;
-    return content;
-}
 
 struct Operation
 {
@@ -414,6 +394,25 @@ TEST_F(HiveWithoutTest, FlushOfItsFolderIsMadeAllTheSame)
     const FailingCall failing("fsync", EINVAL, 2);
     EXPECT_EQ(Make(), 0);
     EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(HiveWithoutTest, LocksOfFoldersIsMadeAllTheSame)
+{
+    const FailingCall failing("flock", ENOLCK);
+    EXPECT_EQ(Make(), 0);
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(HiveWithoutTest, TurnAmongThoseThatAreMadeIsBusyAfterAWhile)
+{
+    const int folder = ::open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(folder, LOCK_EX), 0);
+    {
+        const FailingDatabase sleepless(Failure::busy, Lasting::once, std::numeric_limits<int>::max());
+        EXPECT_EQ(Make(), busy);
+    }
+    ::close(folder);
+    EXPECT_EQ(Make(), 0);
 }
 
 TEST_F(HiveWithoutTest, WayToMoveTheLogOfAnEarlierOneIsNotMade)

@@ -2,7 +2,6 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
-#include "tests/support/posix/TracedChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Hives.h"
 #include "utility/platform/posix/registry/Status.h"
@@ -1379,96 +1378,6 @@ TEST_F(HiveTest, KilledWriterLosesNothingThatWasAcknowledged)
     }
     ::munmap(acknowledged, 4096);
 }
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // it takes minutes there
-
-/// A value is written anew by a process of its own, from the hive's opening to its closing.
-class InterruptedWriterTest : public HiveTest
-{
-protected:
-    support::TracedChild Write(const support::Intrusion& intrusion = {})
-    {
-        for (const char* const suffix : {"", "-wal", "-shm", "-journal"})
-            boost::filesystem::remove(m_file.native() + suffix);
-        {
-            Hive hive(m_file, Hive::Owner::user);
-            EXPECT_EQ(hive.Set(MakeKey(hive, L"Key"), L"Name", REG_SZ, "old"), 0);
-        }
-        return support::TracedChild(
-            [this]
-            {
-                Hive hive(m_file, Hive::Owner::user);
-                Hive::Key key = 0;
-                const LSTATUS status = hive.Find(Hive::root, L"Key", key);
-                return status == 0 && hive.Set(key, L"Name", REG_SZ, "new") == 0 ? 0 : 1;
-            },
-            intrusion);
-    }
-
-    /// What the next process finds.
-    std::string Stored()
-    {
-        Hive hive(m_file, Hive::Owner::user);
-        Hive::Key key = 0;
-        EXPECT_EQ(hive.Find(Hive::root, L"Key", key), 0);
-        const std::string stored = Text(hive, key, L"Name");
-        EXPECT_EQ(hive.Set(key, L"Name", REG_SZ, "later"), 0);
-        return stored;
-    }
-};
-
-TEST_F(InterruptedWriterTest, KilledAtAnyCallItLeavesTheOldValueOrTheNewOne)
-{
-    const support::TracedChild whole = Write();
-    if (!whole.obstacle.empty())
-        GTEST_SKIP() << whole.obstacle;
-    ASSERT_EQ(whole.exitCode, 0);
-    std::size_t runs = 0;
-    std::size_t old = 0;
-    for (std::size_t at = 0; at < whole.calls.size(); ++at)
-    {
-        for (const auto kind : {support::Intrusion::Kind::killAtEntry, support::Intrusion::Kind::killAtExit})
-        {
-            EXPECT_EQ(Write({kind, at, 0}).exitCode, -1);
-            const std::string stored = Stored();
-            EXPECT_TRUE(stored == "old" || stored == "new") << at << stored;
-            ++runs;
-            old += stored == "old" ? 1 : 0;
-        }
-    }
-    RecordProperty("runs", static_cast<int>(runs));
-    EXPECT_GT(old, 0u);
-    EXPECT_LT(old, runs);
-}
-
-TEST_F(InterruptedWriterTest, WhicheverCallFailsTheOldValueOrTheNewOneIsThereAndTheNewOneIfItWasStored)
-{
-    const support::TracedChild whole = Write();
-    if (!whole.obstacle.empty())
-        GTEST_SKIP() << whole.obstacle;
-    std::size_t runs = 0;
-    std::size_t failures = 0;
-    for (std::size_t at = 0; at < whole.calls.size(); ++at)
-    {
-        for (const int error : {EIO, ENOSPC})
-        {
-            if (error == ENOSPC && whole.calls[at].number != SYS_pwrite64)
-                continue;
-            const support::TracedChild failed = Write({support::Intrusion::Kind::failure, at, error});
-            const std::string stored = Stored();
-            EXPECT_NE(failed.exitCode, -1) << at;
-            EXPECT_TRUE(stored == "new" || (stored == "old" && failed.exitCode != 0))
-                << whole.calls[at].number << " at " << at << " with " << error << ' ' << stored;
-            ++runs;
-            failures += failed.exitCode == 0 ? 0 : 1;
-        }
-    }
-    RecordProperty("runs", static_cast<int>(runs));
-    EXPECT_GT(failures, 0u);
-    EXPECT_LT(failures, runs);
-}
-
-#endif
 
 // The registry over two hives
 

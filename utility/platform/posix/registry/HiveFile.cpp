@@ -19,6 +19,7 @@
 #include <sqlite3.h>
 #include <string>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/statfs.h>
 #include <unistd.h>
 
@@ -144,6 +145,42 @@ private:
     int m_result;
 };
 
+/// Among the processes that make a hive in a folder the turn of one, where the file system has locks of folders: what
+/// another has made, and uses, is not touched.
+class Turn
+{
+public:
+    explicit Turn(const path& folder)
+        : m_folder(AboveStandardStreams(
+              Uninterrupted([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); })))
+    {
+        constexpr int pause = 10; // milliseconds
+        constexpr int longestWait = 5000;
+        for (int waited = 0; waited < longestWait && !HasCome(); waited += pause)
+        {
+            m_isOfAnother = ::flock(m_folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+            if (m_isOfAnother)
+                sqlite3_sleep(pause);
+        }
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn()
+    {
+        if (m_folder < 0)
+            return;
+        ::flock(m_folder, LOCK_UN); // a child that was forked meanwhile has it open as well
+        ::close(m_folder);
+    }
+
+    /// False if it did not come within the time that writers wait.
+    bool HasCome() const { return !m_isOfAnother; }
+
+private:
+    int m_folder;
+    bool m_isOfAnother = true;
+};
+
 /// A new file beside the place that it is to come into. What is left of it, and of what SQLite puts beside it, goes at
 /// the end.
 class Draft
@@ -168,24 +205,17 @@ public:
     {
         if (Uninterrupted([&] { return ::fsync(m_file); }) != 0)
             return Status(ErrorOfErrno(errno));
-        // Named before the hive is there: nothing may come between that and the move.
-        const Names names = NamesOf(place);
-        const Names aside = NamesAside(place);
-        Database database;
-        if (const int result = OpenDatabase(m_names[0], database); result != SQLITE_OK)
-            return StatusOf(result, database.get());
-        // Nobody reads it before the log of one that stood there earlier is gone: it would be taken for this one's.
-        const SoleUse use(database.get());
-        if (use.Result() != SQLITE_OK)
-            return StatusOf(use.Result(), database.get());
+        const Turn turn(path(place).parent_path());
+        if (!turn.HasCome())
+            return Status(ERROR_BUSY);
+        if (::access(place.c_str(), F_OK) == 0)
+            return success;
+        // The log of one that stood there earlier would be taken for this one's, also after a crash.
+        if (!MoveCompanions(NamesOf(place), NamesAside(place)))
+            return Status(ErrorOfErrno(errno));
+        FlushNames(place);
         if (!LinkInto(m_names[0], place))
             return errno == EEXIST ? success : Status(ErrorOfErrno(errno));
-        if (!MoveCompanions(names, aside))
-        {
-            const LSTATUS status = Status(ErrorOfErrno(errno));
-            ::unlink(place.c_str());
-            return status;
-        }
         FlushNames(place); // where the system cannot, they come to the disk later
         return success;
     }
@@ -295,7 +325,7 @@ bool SetHiveAside(sqlite3* database, const path& file)
     const Names names = NamesOf(file.native());
     const Names aside = NamesAside(file.native());
     // What ends half-way leaves the file where it was, and the next start goes on with it.
-    return LinkInto(names[0], aside[0]) && MoveCompanions(names, aside) &&
+    return LinkInto(names[0], aside[0]) && MoveCompanions(names, aside) && FlushNames(file) &&
            (::unlink(names[0].c_str()) == 0 || errno == ENOENT);
 }
 
