@@ -406,7 +406,7 @@ TEST_F(HiveWithoutTest, LocksOfFoldersIsMadeAllTheSame)
 TEST_F(HiveWithoutTest, TurnAmongThoseThatAreMadeIsBusyAfterAWhile)
 {
     const int folder = ::open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    ASSERT_EQ(::flock(folder, LOCK_EX), 0);
+    ASSERT_EQ(::flock(folder, LOCK_SH), 0); // keeps out whoever wants to be alone
     {
         const FailingDatabase sleepless(Failure::busy, Lasting::once, std::numeric_limits<int>::max());
         EXPECT_EQ(Make(), busy);

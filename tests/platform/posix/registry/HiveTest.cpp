@@ -22,6 +22,7 @@
 #include <set>
 #include <sqlite3.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
@@ -555,7 +556,7 @@ TEST_F(DamagedHiveTest, ThatAnotherProcessUsesStaysWhereItIs)
         {
             const int file = ::open(m_file.c_str(), O_RDWR);
             // As SQLite locks what is read.
-            flock lock{F_RDLCK, SEEK_SET, 0x40000002, 510, 0};
+            struct flock lock{F_RDLCK, SEEK_SET, 0x40000002, 510, 0};
             char byte = 0;
             const bool isLocked = ::fcntl(file, F_SETLK, &lock) == 0;
             ::close(done[1]);
@@ -1279,6 +1280,42 @@ TEST_F(HiveTest, ProcessesThatMakeItAtOnceShareOne)
     utility::platform::RegistryKeyInfo info;
     ASSERT_EQ(hive.Info(MakeKey(hive, L"Shared"), info), 0);
     EXPECT_EQ(info.values, 8u);
+}
+
+TEST_F(HiveTest, ThatAnotherMadeMeanwhileIsSharedWithItsLog)
+{
+    const path other = m_folder / "other.db";
+    Child killed(
+        [&]
+        {
+            Hive hive(other, Hive::Owner::user);
+            ::_exit(hive.Set(MakeKey(hive, L"Key"), L"Logged", REG_SZ, "logged"));
+            return 0;
+        });
+    ASSERT_EQ(killed.ExitCode(), 0);
+    const int folder = ::open(m_folder.Path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(folder, LOCK_EX), 0);
+    Child late(
+        [&]
+        {
+            Hive hive(m_file, Hive::Owner::user);
+            return static_cast<int>(hive.Set(MakeKey(hive, L"Key"), L"Late", REG_SZ, "late"));
+        });
+    // Until it waits with what it has made.
+    const auto isDraft = [](const auto& each) { return each.path().filename().native().starts_with("settings.db."); };
+    while (std::count_if(boost::filesystem::directory_iterator(m_folder.Path()), {}, isDraft) == 0)
+        ::usleep(1000);
+    ::usleep(50'000);
+    rename(path(other.native() + "-wal"), path(m_file.native() + "-wal"));
+    rename(other, m_file);
+    ::flock(folder, LOCK_UN);
+    ::close(folder);
+    EXPECT_EQ(late.ExitCode(), 0);
+    Hive hive(m_file, Hive::Owner::user);
+    Hive::Key key = 0;
+    EXPECT_EQ(hive.Find(Hive::root, L"Key", key), 0);
+    EXPECT_EQ(Text(hive, key, L"Logged"), "logged");
+    EXPECT_EQ(Text(hive, key, L"Late"), "late");
 }
 
 TEST_F(HiveTest, OfOneCopyOfAProcessIsToldFromThatOfAnother)
