@@ -467,6 +467,27 @@ TEST_F(HeaderExampleTest, Messages){
 #include "text/Messages.example"
 }
 
+TEST_F(HeaderExampleTest, Conversion)
+{
+#include "text/Conversion.example"
+}
+
+TEST_F(HeaderExampleTest, NarrowText)
+{
+#include "text/NarrowText.example"
+}
+
+TEST_F(HeaderExampleTest, SetCLocale)
+{
+    char text[32];
+#include "text/SetCLocale.example"
+}
+
+TEST_F(HeaderExampleTest, XMLEncode)
+{
+#include "text/XMLEncode.example"
+}
+
 TEST_F(HeaderExampleTest, ResourceString)
 {
 #include "text/ResourceString.example"

@@ -35,6 +35,11 @@ public:
     LCID ThreadLocale() override { return m_system.ThreadLocale(); }
     bool SetThreadLocale(LCID locale) override { return m_system.SetThreadLocale(locale); }
     bool SetRuntimeLocale(const wchar_t* abbreviation) override { return m_system.SetRuntimeLocale(abbreviation); }
+    utility::platform::RuntimeLocale UseCLocale() override { return m_system.UseCLocale(); }
+    void UseRuntimeLocale(const utility::platform::RuntimeLocale& earlier) override
+    {
+        m_system.UseRuntimeLocale(earlier);
+    }
 
 protected:
     utility::platform::LocaleService& m_system = utility::platform::Locale();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "utility/platform/RuntimeLocale.h"
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
@@ -44,6 +45,13 @@ public:
     /// Sets the locale of the process's C library, for all categories, to that of a language abbreviation; an empty one
     /// stands for the user's own. Where the system does not have it, nothing is changed.
     virtual bool SetRuntimeLocale(const wchar_t* abbreviation) = 0;
+
+    /// Has the C library of the calling thread go by the locale "C", other threads as before; gives what to put back.
+    /// Where the C library has no locales of threads, as msvcrt.dll, it is the whole process that goes by "C", until as
+    /// often as it was called for UseRuntimeLocale was.
+    virtual RuntimeLocale UseCLocale() = 0;
+    /// Puts back what UseCLocale gave, in the same thread.
+    virtual void UseRuntimeLocale(const RuntimeLocale& earlier) = 0;
 };
 
 /// The locale of a language's default sublanguage, by number alone: 0x0C07 gives 0x0407.

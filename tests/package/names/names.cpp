@@ -697,6 +697,14 @@ void Text()
     Copy<CResourceString>();
     resource_string(0);
     resource_string(nullptr, 0);
+    const std::locale locale;
+    static_cast<void>(tstd::convert_impl::converter<wchar_t>::convert("", locale));
+    static_cast<void>(tstd::convert_impl::converter<char>::convert(L"", locale));
+    static_cast<void>(strnistr("", "", 0));
+    static_cast<void>(MBCSByteCount(""));
+    static_cast<void>(XMLEncode(L"", false));
+    CSetCLocale{};
+    Copy<CSetCLocale>();
     from_utf(std::wstring(), 0);
     from_utf(L"", 0, 0);
 }

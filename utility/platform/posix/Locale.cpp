@@ -7,6 +7,7 @@
 
 #include <clocale>
 #include <cstdlib>
+#include <locale.h>
 #include <mutex>
 #include <optional>
 #include <string_view>
@@ -87,6 +88,14 @@ public:
         const posix::LocaleRecord* const found = posix::FindAbbreviation(abbreviation);
         return found != nullptr && Choose(posix::RuntimeName(*found).c_str());
     }
+
+    RuntimeLocale UseCLocale() override
+    {
+        static const locale_t c = ::newlocale(LC_ALL_MASK, "C", nullptr);
+        return {L"", 0, ::uselocale(c)};
+    }
+
+    void UseRuntimeLocale(const RuntimeLocale& earlier) override { ::uselocale(static_cast<locale_t>(earlier.own)); }
 
 private:
     static bool Choose(const char* name)

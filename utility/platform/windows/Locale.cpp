@@ -3,6 +3,8 @@
 #include "utility/platform/SystemService.h"
 
 #include <clocale>
+#include <mutex>
+#include <string>
 
 namespace utility::platform
 {
@@ -50,6 +52,69 @@ public:
     {
         return ::_wsetlocale(LC_ALL, abbreviation) != nullptr;
     }
+
+    RuntimeLocale UseCLocale() override
+    {
+        const int mode = ::_configthreadlocale(_ENABLE_PER_THREAD_LOCALE);
+        if (mode == noLocalesOfThreads)
+            return m_processLocale.UseC();
+        RuntimeLocale earlier{L"", mode, nullptr};
+        try
+        {
+            earlier.name = ::_wsetlocale(LC_ALL, nullptr);
+        }
+        catch (...)
+        {
+            ::_configthreadlocale(mode);
+            throw;
+        }
+        ::_wsetlocale(LC_ALL, L"C");
+        return earlier;
+    }
+
+    void UseRuntimeLocale(const RuntimeLocale& earlier) override
+    {
+        if (earlier.mode == noLocalesOfThreads)
+            return m_processLocale.Use(earlier.name);
+        // In this order, so that no other thread is touched.
+        ::_wsetlocale(LC_ALL, earlier.name.c_str());
+        ::_configthreadlocale(earlier.mode);
+    }
+
+private:
+    static constexpr int noLocalesOfThreads = -1;
+
+    /// The locale of the whole process is "C" as long as any thread wants it.
+    class ProcessLocale
+    {
+    public:
+        RuntimeLocale UseC()
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_users == 0)
+                m_earlier = ::_wsetlocale(LC_ALL, nullptr);
+            RuntimeLocale earlier{m_earlier, noLocalesOfThreads, nullptr};
+            ++m_users;
+            ::_wsetlocale(LC_ALL, L"C");
+            return earlier;
+        }
+
+        void Use(const std::wstring& earlier)
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_users > 0)
+                --m_users;
+            if (m_users == 0)
+                ::_wsetlocale(LC_ALL, earlier.c_str());
+        }
+
+    private:
+        std::mutex m_mutex;
+        int m_users = 0;
+        std::wstring m_earlier;
+    };
+
+    ProcessLocale m_processLocale;
 };
 
 }

@@ -1,0 +1,92 @@
+// Text for XML, and the six passes that one would write for it.
+
+#include "utility/text/XMLEncode.h"
+
+#include <benchmark/benchmark.h>
+
+#include <boost/algorithm/string/replace.hpp>
+
+#include <cstddef>
+#include <random>
+#include <string>
+
+namespace
+{
+
+constexpr std::size_t length = 1'000'000;
+
+std::wstring InSixPasses(const std::wstring& text)
+{
+    std::wstring encoded = boost::replace_all_copy(text, L"&", L"&amp;");
+    encoded = boost::replace_all_copy(encoded, L"<", L"&lt;");
+    encoded = boost::replace_all_copy(encoded, L">", L"&gt;");
+    encoded = boost::replace_all_copy(encoded, L"'", L"&apos;");
+    encoded = boost::replace_all_copy(encoded, L"\"", L"&quot;");
+    return boost::replace_all_copy(encoded, L"\u00B0", L"&#176;");
+}
+
+/// Letters, and one in so many characters that is replaced; none with 0.
+std::wstring TextWithOneIn(unsigned distance)
+{
+    std::mt19937 random(12);
+    std::wstring text(length, L'\0');
+    for (wchar_t& c : text)
+        c = distance != 0 && random() % distance == 0 ? L"&<>'\"\u00B0"[random() % 6]
+                                                      : static_cast<wchar_t>(L'a' + random() % 26);
+    return text;
+}
+
+void OneInFiftyByUtility(benchmark::State& state)
+{
+    const std::wstring text = TextWithOneIn(50);
+    if (XMLEncode(text, false) != InSixPasses(text))
+        state.SkipWithError("the results differ");
+    for (auto _ : state)
+        benchmark::DoNotOptimize(XMLEncode(text, false));
+}
+BENCHMARK(OneInFiftyByUtility)->Name("XMLEncodeOneInFifty/Utility")->Unit(benchmark::kMicrosecond);
+
+void OneInFiftyInSixPasses(benchmark::State& state)
+{
+    const std::wstring text = TextWithOneIn(50);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(InSixPasses(text));
+}
+BENCHMARK(OneInFiftyInSixPasses)->Name("XMLEncodeOneInFifty/replace_all_copy")->Unit(benchmark::kMicrosecond);
+
+void NoneByUtility(benchmark::State& state)
+{
+    std::wstring text = TextWithOneIn(0);
+    for (auto _ : state)
+    {
+        text = XMLEncode(std::move(text), false);
+        benchmark::DoNotOptimize(text.data());
+    }
+}
+BENCHMARK(NoneByUtility)->Name("XMLEncodeNone/Utility:moved")->Unit(benchmark::kMicrosecond);
+
+void NoneOfACopyByUtility(benchmark::State& state)
+{
+    const std::wstring text = TextWithOneIn(0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(XMLEncode(text, false));
+}
+BENCHMARK(NoneOfACopyByUtility)->Name("XMLEncodeNone/Utility:copied")->Unit(benchmark::kMicrosecond);
+
+void NoneByCopy(benchmark::State& state)
+{
+    const std::wstring text = TextWithOneIn(0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(std::wstring(text));
+}
+BENCHMARK(NoneByCopy)->Name("XMLEncodeNone/memcpy")->Unit(benchmark::kMicrosecond);
+
+void NoneInSixPasses(benchmark::State& state)
+{
+    const std::wstring text = TextWithOneIn(0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(InSixPasses(text));
+}
+BENCHMARK(NoneInSixPasses)->Name("XMLEncodeNone/replace_all_copy")->Unit(benchmark::kMicrosecond);
+
+}
