@@ -58,7 +58,8 @@ public:
         const int mode = ::_configthreadlocale(_ENABLE_PER_THREAD_LOCALE);
         if (mode == noLocalesOfThreads)
             return m_processLocale.UseC();
-        RuntimeLocale earlier{L"", mode, nullptr};
+        RuntimeLocale earlier;
+        earlier.mode = mode;
         try
         {
             earlier.name = ::_wsetlocale(LC_ALL, nullptr);
