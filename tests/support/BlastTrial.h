@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace support
@@ -64,7 +65,7 @@ inline std::string BlastDifference(const std::string& stream, const std::vector<
     if (code != 0)
         return (state == nullptr) == (code == 2) ? "" : "there is no state, or one for nothing";
 
-    constexpr std::size_t mostFailures = 12;
+    constexpr std::size_t mostFailures = 20;
     std::size_t failures = 0;
     for (std::size_t call = 0; failures < mostFailures; ++call)
     {

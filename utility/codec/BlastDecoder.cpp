@@ -101,8 +101,12 @@ constexpr unsigned int LowDistanceBits(unsigned int length, unsigned int diction
     return length == 2 ? 2 : dictionaryBits;
 }
 
-/// What the next bits begin with, if so many tell: one or two literals, or a match of at most 8 bytes but for the low
-/// bits of its distance. As one number, so that looking it up is one load.
+/// What the next bits begin with, as far as so many tell. As one number, so that looking it up is one load:
+///   bits 0 to 5    how many bits it takes
+///   bits 6 to 9    how many bytes it is; 0 if the bits do not tell all
+///   bits 10 to 15  of a match a mask for the low bits of the distance
+///   bits 16 to 31  one or two literals; of a match where the low bits are (4 bits) and the others, above two zeros at
+///                  least; of a match without its distance the length, 0 if not even that is told
 class Element
 {
 public:
@@ -112,35 +116,52 @@ public:
 
     constexpr Element() = default;
 
-    static constexpr Element Literals(unsigned int bits, unsigned int count, unsigned int bytes)
+    static constexpr Element Literal(unsigned int bits, unsigned int byte)
     {
-        return Element(bits | (count - 1) << 6 | bytes << 15);
+        // What is taken for its distance is long then: what was stored long ago is loaded sooner.
+        constexpr unsigned int farAway = 0x80000000;
+        return Element(bits | 1u << 6 | byte << 16 | farAway);
     }
 
-    static constexpr Element Match(unsigned int codeBits, unsigned int length, unsigned int symbol,
-                                   unsigned int lowDistanceBits)
+    static constexpr Element Literals(unsigned int bits, unsigned int first, unsigned int second)
     {
-        return Element((codeBits + lowDistanceBits) | (length - 1) << 6 | ((1u << lowDistanceBits) - 1) << 9 |
-                       codeBits << 15 | symbol << lowDistanceBits << 19);
+        return Element(bits | 2u << 6 | first << 16 | second << 24);
     }
 
-    constexpr bool IsTold() const { return m_word < untold; }
-    constexpr bool IsMatch() const { return (m_word >> 9 & 63) != 0; }
+    static constexpr Element Match(unsigned int codeBits, unsigned int length, unsigned int distanceSymbol,
+                                   unsigned int lowBits)
+    {
+        return Element((codeBits + lowBits) | length << 6 | ((1u << lowBits) - 1) << 10 | codeBits << 16 |
+                       distanceSymbol << lowBits << 20);
+    }
+
+    static constexpr Element MatchWithoutDistance(unsigned int bits, unsigned int length)
+    {
+        return Element(bits | length << 16);
+    }
+
+    constexpr std::uint32_t Word() const { return m_word; }
     constexpr unsigned int Bits() const { return m_word & 63; }
-    constexpr unsigned int Length() const { return (m_word >> 6 & 7) + 1; }
-    constexpr std::uint64_t Bytes() const { return m_word >> 15; }
-    /// At most 4096 for literals too, though it means nothing.
+    constexpr unsigned int Length() const { return m_word >> 6 & 15; }
+    constexpr unsigned int LengthWithoutDistance() const { return m_word >> 16; }
+    constexpr bool IsMatch() const { return LowDistanceMask() != 0; }
+    constexpr std::uint64_t Literals() const { return m_word >> 16; }
+
+    /// Of literals anything that is not below their number, up to 4096.
     constexpr unsigned int Distance(std::uint64_t bits) const
     {
-        return (m_word >> 19) + (static_cast<unsigned int>(bits >> (m_word >> 15 & 15)) & (m_word >> 9 & 63)) + 1;
+        return (m_word >> 20) + (static_cast<unsigned int>(bits >> (m_word >> 16 & 63)) & LowDistanceMask()) + 1;
     }
 
-private:
-    static constexpr std::uint32_t untold = 0x80000000;
+    /// All bits of a match, none of literals.
+    constexpr unsigned int MatchMask() const { return 0 - (m_word >> 10 & 1); }
 
+private:
     constexpr explicit Element(std::uint32_t word) : m_word(word) {}
 
-    std::uint32_t m_word = untold;
+    constexpr unsigned int LowDistanceMask() const { return m_word >> 10 & 63; }
+
+    std::uint32_t m_word = 0;
 };
 
 using Elements = std::array<Element, 1 << Element::indexBits>;
@@ -152,31 +173,32 @@ constexpr Symbol LiteralOf(bool isCoded, unsigned int bits, unsigned int count)
     return literal.bits <= count ? literal : Symbol{};
 }
 
-constexpr Element ElementOf(bool isCoded, unsigned int dictionaryBits, unsigned int bits)
+constexpr Element LiteralsOf(bool isCoded, unsigned int bits)
 {
-    if (bits % 2 == 0)
-    {
-        const Symbol first = LiteralOf(isCoded, bits >> 1, Element::indexBits - 1);
-        if (first.bits == 0)
-            return {};
-        const unsigned int used = 1u + first.bits;
-        if (used == Element::indexBits || (bits >> used) % 2 != 0)
-            return Element::Literals(used, 1, first.value);
-        const Symbol second = LiteralOf(isCoded, bits >> used >> 1, Element::indexBits - used - 1);
-        if (second.bits == 0)
-            return Element::Literals(used, 1, first.value);
-        return Element::Literals(used + 1u + second.bits, 2,
-                                 first.value | static_cast<unsigned int>(second.value) << 8);
-    }
-    const Symbol length = lengths[bits >> 1 & (lengths.size() - 1)];
-    if (baseLengths[length.value] > Element::mostBytes)
+    const Symbol first = LiteralOf(isCoded, bits >> 1, Element::indexBits - 1);
+    if (first.bits == 0)
         return {};
-    const unsigned int used = 1u + length.bits;
+    const unsigned int used = 1u + first.bits;
+    const unsigned int ahead = bits >> used;
+    const Symbol second = used == Element::indexBits || ahead % 2 != 0
+                              ? Symbol{}
+                              : LiteralOf(isCoded, ahead >> 1, Element::indexBits - used - 1);
+    return second.bits == 0 ? Element::Literal(used, first.value)
+                            : Element::Literals(used + 1u + second.bits, first.value, second.value);
+}
+
+constexpr Element MatchOf(unsigned int dictionaryBits, unsigned int bits)
+{
+    const Symbol symbol = lengths[bits >> 1 & (lengths.size() - 1)];
+    const unsigned int extraBits = extraLengthBits[symbol.value];
+    const unsigned int used = 1u + symbol.bits + extraBits;
+    if (used > Element::indexBits)
+        return {};
+    const unsigned int length = baseLengths[symbol.value] + Low(bits >> (used - extraBits), extraBits);
     const Symbol distance = distances[bits >> used & (distances.size() - 1)];
-    if (used + distance.bits > Element::indexBits)
-        return {};
-    return Element::Match(used + distance.bits, baseLengths[length.value], distance.value,
-                          LowDistanceBits(baseLengths[length.value], dictionaryBits));
+    if (length > Element::mostBytes || used + distance.bits > Element::indexBits)
+        return Element::MatchWithoutDistance(used, length);
+    return Element::Match(used + distance.bits, length, distance.value, LowDistanceBits(length, dictionaryBits));
 }
 
 template <bool isCoded, unsigned int dictionaryBits>
@@ -184,7 +206,7 @@ constexpr Elements elements = []
 {
     Elements made;
     for (unsigned int bits = 0; bits < made.size(); ++bits)
-        made[bits] = ElementOf(isCoded, dictionaryBits, bits);
+        made[bits] = bits % 2 == 0 ? LiteralsOf(isCoded, bits) : MatchOf(dictionaryBits, bits);
     return made;
 }();
 
@@ -202,38 +224,43 @@ Word Load(const unsigned char* from)
 }
 
 template <class Word>
-void CopyWords(unsigned char* to, const unsigned char* from, const unsigned char* end)
+void CopyWord(unsigned char* to, const unsigned char* from)
 {
-    for (; to < end; to += sizeof(Word), from += sizeof(Word))
-    {
-        const auto word = Load<Word>(from);
-        std::memcpy(to, &word, sizeof(word));
-    }
+    const auto word = Load<Word>(from);
+    std::memcpy(to, &word, sizeof(word));
 }
 
-struct Words
+struct LongWord
 {
-    std::uint64_t words[4];
+    std::uint64_t halves[2];
 };
 
-constexpr std::size_t mostBehind = sizeof(Words);
+constexpr std::size_t mostBehind = 2 * sizeof(LongWord);
 
 /// Repeats `length` bytes from `distance` ahead, each behind the other, so that they may be among themselves. Writes
 /// over up to `mostBehind` bytes behind them.
-void Repeat(unsigned char* to, unsigned int distance, unsigned int length)
+inline void Repeat(unsigned char* to, unsigned int distance, unsigned int length)
 {
+    constexpr unsigned int wordSize = sizeof(std::uint64_t);
     const unsigned char* const end = to + length;
-    if (distance >= sizeof(Words))
-        return CopyWords<Words>(to, to - distance, end);
-    if (distance < sizeof(std::uint64_t))
+    if (distance >= sizeof(LongWord))
     {
-        constexpr unsigned int wordSize = sizeof(std::uint64_t);
+        for (; to < end; to += 2 * sizeof(LongWord))
+        {
+            CopyWord<LongWord>(to, to - distance);
+            CopyWord<LongWord>(to + sizeof(LongWord), to + sizeof(LongWord) - distance);
+        }
+        return;
+    }
+    if (distance < wordSize)
+    {
         for (unsigned int i = 0; i < wordSize; ++i, ++to)
             *to = *(to - distance);
         distance *=
             (wordSize + distance - 1) / distance; // What repeats after so many bytes does so after twice as many.
     }
-    CopyWords<std::uint64_t>(to, to - distance, end);
+    for (; to < end; to += wordSize)
+        CopyWord<std::uint64_t>(to, to - distance);
 }
 
 constexpr int good = 0;
@@ -281,6 +308,7 @@ struct BlastState
     bool TakeSymbol(const std::array<Symbol, size>& code, std::uint32_t& value);
     void Copy();
     int TakeElement();
+    template <bool isFirst>
     void TakeElementsFast();
     int Refill();
 };
@@ -374,96 +402,101 @@ int BlastState::TakeElement()
 }
 
 /// Ends ahead of an element that the exact way has to take.
+template <bool isFirst>
 void BlastState::TakeElementsFast()
 {
     constexpr unsigned int atOnce = 3;
     constexpr unsigned int fewestBits = 56; // of a buffer that was filled
     static_assert(atOnce * Element::mostBits <= fewestBits);
-    constexpr std::ptrdiff_t mostBytes = atOnce * Element::mostBytes;
+    constexpr std::ptrdiff_t mostBytes{atOnce * Element::mostBytes};
 
     const Elements& table = *elements;
     std::uint64_t buffer = bits;
-    std::uint32_t count = bitCount;
+    std::uint32_t count = bitCount; // in its low 6 bits, for shifts and sums take whole words
     const unsigned char* from = next;
     const unsigned char* const fromEnd = next + left;
     unsigned char* to = window + writePosition;
     const unsigned char* const toEnd = window + windowSize;
-    const unsigned char* const first = isFirstWindow ? window : history;
     unsigned int lastDistance = copyDistance;
 
+    // Not called, so that the compiler keeps the variables above in registers.
+#define INLINE __attribute__((always_inline))
+    const auto isAheadOfTheFirst = [&](unsigned int distance) INLINE
+    { return isFirst && distance > static_cast<std::size_t>(to - window); };
     // What the buffer holds above its count is the next byte's, and comes again with that.
-    const auto fill = [&]
+    const auto fill = [&]() INLINE
     {
-        buffer |= Load<std::uint64_t>(from) << count;
-        from += (63 - count) / 8;
-        count |= fewestBits;
+        buffer |= Load<std::uint64_t>(from) << (count & 63);
+        from += (63 - (count & 63)) / 8;
+        count = (count & 63) | fewestBits;
     };
-    const auto use = [&](unsigned int used)
-    {
-        buffer >>= used;
-        count -= used;
-    };
-    const auto takeElement = [&]
+    const auto takeElement = [&]() INLINE
     {
         const Element element = table[buffer % table.size()];
-        if (!element.IsTold())
+        const unsigned int length = element.Length();
+        if (length == 0)
             return false;
         const unsigned int distance = element.Distance(buffer);
-        const unsigned char* const source = to - distance;
-        const unsigned int length = element.Length();
-        const bool isBeforeTheFirst = source < first;
-        const bool isAmongItself = source + length > to;
-        if (element.IsMatch() & (isBeforeTheFirst | isAmongItself))
+        if (distance < length || (isFirst && element.IsMatch() && isAheadOfTheFirst(distance)))
             return false;
-        const std::uint64_t matched = 0 - std::uint64_t{element.IsMatch()};
-        const std::uint64_t word = (Load<std::uint64_t>(source) & matched) | (element.Bytes() & ~matched);
+        const auto matched = Load<std::uint64_t>(to - distance);
+        const std::uint64_t word = element.IsMatch() ? matched : element.Literals();
         std::memcpy(to, &word, sizeof(word));
+        lastDistance ^= (lastDistance ^ distance) & element.MatchMask();
         to += length;
-        lastDistance = element.IsMatch() ? distance : lastDistance;
-        use(element.Bits());
+        buffer >>= element.Bits();
+        count -= element.Word();
         return true;
     };
-    const auto takeLongElement = [&]
+    const auto takeLongLiteral = [&]() INLINE
     {
-        if (buffer % 2 == 0)
+        const Symbol literal = literals[(buffer >> 1) % literals.size()];
+        *to++ = literal.value;
+        buffer >>= 1u + literal.bits;
+        count -= 1u + literal.bits;
+    };
+    const auto takeLongMatch = [&]() INLINE
+    {
+        const Element element = table[buffer % table.size()];
+        unsigned int length = element.Length();
+        unsigned int distance = element.Distance(buffer);
+        unsigned int used = element.Bits();
+        if (length == 0)
         {
-            const Symbol literal = literals[(buffer >> 1) % literals.size()];
-            *to++ = literal.value;
-            use(1u + literal.bits);
-            return true;
+            length = element.LengthWithoutDistance();
+            const std::uint64_t ahead = buffer >> used;
+            const Symbol symbol = distances[ahead % distances.size()];
+            const unsigned int lowBits = LowDistanceBits(length, dictionaryBits);
+            distance = (static_cast<unsigned int>(symbol.value) << lowBits) + Low(ahead >> symbol.bits, lowBits) + 1;
+            used += symbol.bits + lowBits;
         }
-        std::uint64_t ahead = buffer >> 1;
-        const Symbol lengthSymbol = lengths[ahead % lengths.size()];
-        ahead >>= lengthSymbol.bits;
-        const unsigned int extraBits = extraLengthBits[lengthSymbol.value];
-        const unsigned int length = baseLengths[lengthSymbol.value] + Low(ahead, extraBits);
-        ahead >>= extraBits;
-        const Symbol distanceSymbol = distances[ahead % distances.size()];
-        ahead >>= distanceSymbol.bits;
-        const unsigned int lowBits = LowDistanceBits(length, dictionaryBits);
-        const unsigned int distance =
-            (static_cast<unsigned int>(distanceSymbol.value) << lowBits) + Low(ahead, lowBits) + 1;
-        if (length == endMark || length >= toEnd - to || distance > to - first)
+        if (length == 0 || length >= toEnd - to || isAheadOfTheFirst(distance))
             return false;
         Repeat(to, distance, length);
-        to += length;
         lastDistance = distance;
-        use(1u + lengthSymbol.bits + extraBits + distanceSymbol.bits + lowBits);
+        to += length;
+        buffer >>= used;
+        count -= used;
         return true;
     };
+#undef INLINE
 
-    while (fromEnd - from >= 8 && toEnd - to > mostBytes)
+    while (fromEnd - from >= 8 && toEnd - to > Element::mostBytes)
     {
         fill();
-        if (takeElement() && takeElement() && takeElement())
+        const bool isOne = toEnd - to <= mostBytes;
+        if (takeElement() && (isOne || (takeElement() && takeElement())))
             continue;
         if (fromEnd - from < 8)
             break;
         fill();
-        if (!takeLongElement())
+        if (buffer % 2 == 0)
+            takeLongLiteral();
+        else if (!takeLongMatch())
             break;
     }
 
+    count %= 64;
     from -= count / 8;
     count %= 8;
     bits = Low(buffer, count);
@@ -485,7 +518,7 @@ int BlastState::Refill()
         Copy();
     while (writePosition < windowSize)
     {
-        TakeElementsFast();
+        isFirstWindow ? TakeElementsFast<true>() : TakeElementsFast<false>();
         if (const int code = TakeElement(); code != good)
             return code;
         if (copyLength == endMark)
