@@ -6,12 +6,17 @@
 #   SAVED, CONTENT  a file, and what is in it afterwards
 #   WRITTEN   a file, and a regular expression for what is in it afterwards; WRITTEN2 likewise
 #   COPY, TO  a file to be copied beforehand
+#   INPUT     a file for the standard input
 if(COPY)
   configure_file("${COPY}" "${TO}" COPYONLY)
 endif()
+set(input "")
+if(INPUT)
+  set(input INPUT_FILE "${INPUT}")
+endif()
 macro(run)
   execute_process(
-    COMMAND ${EMULATOR} "${PROGRAM}" ${ARGUMENTS}
+    COMMAND ${EMULATOR} "${PROGRAM}" ${ARGUMENTS} ${input}
     RESULT_VARIABLE status
     OUTPUT_VARIABLE output
     ERROR_VARIABLE errors)

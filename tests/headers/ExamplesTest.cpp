@@ -6,6 +6,7 @@
 #include "tests/support/KeepFloatingControl.h"
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/RecordingForm.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
@@ -96,8 +97,7 @@ TEST_F(HeaderExampleTest, BlastDecoder)
     EXPECT_EQ(expanded, "Hello World!");
 }
 
-TEST_F(HeaderExampleTest, CyclicRedundancyCheck)
-{
+TEST_F(HeaderExampleTest, CyclicRedundancyCheck){
 #include "codec/CyclicRedundancyCheck.example"
 }
 
@@ -347,6 +347,52 @@ TEST_F(HeaderExampleTest, FloatHygiene)
 {
     const support::KeepFloatingControl keep;
 #include "numbers/FloatHygiene.example"
+}
+
+TEST_F(HeaderExampleTest, DataExchange)
+{
+    support::RecordingForm form;
+    form.fields[1001];
+    double diameter = 6.0;
+    const auto edit = [&]
+    {
+        EXPECT_EQ(form.fields[1001], L"6");
+        form.fields[1001] = L"12";
+    };
+#include "framework/DataExchange.example"
+}
+
+TEST_F(HeaderExampleTest, DialogData)
+{
+    struct
+    {
+        float diameter = 6.0F;
+        double weight = 0.5;
+    } tool;
+    support::RecordingForm form;
+    form.fields[1001] = L"12";
+    form.fields[1002];
+    CDataExchange save(form, true);
+    CDataExchange* const exchange = &save;
+#include "units/DialogData.example"
+    EXPECT_EQ(tool.diameter, 12.0F);
+    EXPECT_EQ(form.fields[1002], L"0.5");
+}
+
+TEST_F(HeaderExampleTest, TerminalForm)
+{
+    std::istringstream in("1\n2\n3\n");
+    std::ostringstream out;
+    const auto show = [](utility::platform::Form& form) { form.SetText(1001, L"0"); };
+    const auto save = [](utility::platform::Form& form)
+    {
+        wchar_t text[2];
+        form.Text(1002, text, 2);
+        form.Focus(1002);
+        return text[0] == L'3';
+    };
+#include "framework/TerminalForm.example"
+    EXPECT_EQ(out.str(), "Diameter [0]: Length []: Length [2]: ");
 }
 
 TEST_F(HeaderExampleTest, Distances)

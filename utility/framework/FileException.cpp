@@ -3,7 +3,6 @@
 #include "resources/StringIds.h"
 #include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/ErrorCodes.h"
-#include "utility/platform/Modules.h"
 #include "utility/platform/Text.h"
 
 #include <algorithm>
@@ -12,32 +11,24 @@
 #include <string_view>
 
 namespace resources = utility::resources;
-using utility::platform::Modules;
+using utility::framework::FrameworkString;
 
 namespace
 {
-
-const char addressInThisModule = 0;
-
-/// The library's text with this number in the display language, or, before the chain of modules is made, its own.
-std::wstring_view Words(UINT id)
-{
-    const std::wstring_view inChain = utility::framework::StringOfChain(id);
-    return !inChain.empty() ? inChain : Modules().StringOf(Modules().ModuleAt(&addressInThisModule), id);
-}
 
 std::wstring_view WordsFor(int cause)
 {
     static_assert(resources::EndOfFile - resources::NoFileFailure == CFileException::endOfFile);
     const bool isKnown = cause >= CFileException::none && cause <= CFileException::endOfFile;
-    return Words(resources::NoFileFailure + static_cast<UINT>(isKnown ? cause : CFileException::genericException));
+    return FrameworkString(resources::NoFileFailure +
+                           static_cast<UINT>(isKnown ? cause : CFileException::genericException));
 }
 
 /// The system's message in the language of the words, without the line end and full stop that some end with.
 std::wstring SystemWords(std::int32_t osError)
 {
     wchar_t text[512];
-    const std::wstring language(Words(resources::LanguageOfTexts));
+    const std::wstring language(FrameworkString(resources::LanguageOfTexts));
     const DWORD length = utility::platform::Text().SystemMessage(
         static_cast<DWORD>(osError), static_cast<DWORD>(std::wcstoul(language.c_str(), nullptr, 16)), text,
         static_cast<DWORD>(std::size(text)));

@@ -12,6 +12,8 @@ namespace utility::framework
 namespace
 {
 
+const char addressInThisModule = 0;
+
 /// The links belong to it.
 struct Chain
 {
@@ -57,6 +59,13 @@ std::wstring_view StringOfChain(UINT id)
             return text;
     }
     return platform::Modules().StringOf(nullptr, id);
+}
+
+std::wstring_view FrameworkString(UINT id)
+{
+    const std::wstring_view inChain = StringOfChain(id);
+    return !inChain.empty() ? inChain
+                            : platform::Modules().StringOf(platform::Modules().ModuleAt(&addressInThisModule), id);
 }
 
 }

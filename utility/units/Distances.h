@@ -33,7 +33,8 @@ UTILITY_API float GetDistanceScale(DISTANCE_UNITS units) noexcept;
 UTILITY_API const std::wstring& GetDistanceDescription(bool plural) noexcept;
 
 /// Reads a length: a number as numbers/FloatParse.h has it, and what may follow it, times `scale`, in `value`, which is
-/// written whatever the result. True if it was read to its end; `text` must not be null. The word for a unit is passed
-/// over and does not count: only `scale` does. Deliberately a word is passed over if it has as many letters as the
-/// first word for a unit that it is not: two, in most languages, so "5 in" and "5 cm" are true, "5 inch" and "5 mm" not.
+/// written whatever the result. True if it was read to its end. `text` must not be null. The word for a unit is passed
+/// over and does not count: only `scale` does. Deliberately as many letters are passed over as the first word for a
+/// unit has that is not the one typed. In most languages that is two, so "5 in" and "5 cm" are true, "5 inch" and
+/// "5 mm" are not.
 UTILITY_API bool QLMParseDistance(const wchar_t* text, double& value, double scale) noexcept;

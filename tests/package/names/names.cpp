@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <list>
+#include <utility>
 
 namespace
 {
@@ -304,7 +305,27 @@ void Framework()
     Copy<CStringW>();
     Move<CStringW>();
 
-    CFileException::ThrowOsError(0, L"");
+    CDataExchange exchange(Any<utility::platform::Form>(), false);
+    exchange.PrepareEditCtrl(0);
+    DDV_MinMaxFloat(&exchange, 0.0F, 0.0F, 0.0F);
+    DDV_MinMaxDouble(&exchange, 0.0, 0.0, 0.0);
+    Catch<CUserException>();
+    Catch<CNotSupportedException>();
+
+    using utility::framework::TerminalForm;
+    TerminalForm form(Any<std::istream>(), Any<std::ostream>(), {});
+    form.Edit();
+    form.HasField(0);
+    form.Text(0, nullptr, 0);
+    form.SetText(0, L"");
+    form.Focus(0);
+    form.ShowBox(L"", 0, 0);
+
+    if (Any<bool>())
+        CFileException::ThrowOsError(0, L"");
+    else if (Any<bool>())
+        exchange.Refuse(L"", 0, 0);
+    exchange.Fail();
 }
 
 void Guards()
@@ -444,13 +465,6 @@ void Numbers()
     DialogDecimalPlaces();
     DialogDecimalPlaces(DISTANCE_UNITS_MM);
     SetDialogDecimalPlaces(0);
-    GetDistanceUnits();
-    SetDistanceUnits(DISTANCE_UNITS_MM);
-    GetDistanceScale();
-    GetDistanceScale(DISTANCE_UNITS_MM);
-    GetDistanceDescription(false);
-    double distance = 0.0;
-    QLMParseDistance(L"", distance, 1.0);
     to_wstring(1.0, 0);
     to_wstring(1.0f, 0);
     QLMFormatFloatE(1.0, 0);
@@ -709,6 +723,49 @@ void Text()
     from_utf(L"", 0, 0);
 }
 
+void Units()
+{
+    GetDistanceUnits();
+    SetDistanceUnits(DISTANCE_UNITS_MM);
+    GetDistanceScale();
+    GetDistanceScale(DISTANCE_UNITS_MM);
+    GetDistanceDescription(false);
+    float narrow = 0.0F;
+    double wide = 0.0;
+    QLMParseDistance(L"", wide, 1.0);
+
+    CDataExchange exchange(Any<utility::platform::Form>(), false);
+    DDX_Text(&exchange, 0, std::as_const(narrow));
+    DDX_Text(&exchange, 0, std::as_const(wide));
+    DDX_Distance(&exchange, 0, narrow);
+    DDX_Distance(&exchange, 0, wide);
+    DDX_Distance(&exchange, 0, wide, std::as_const(wide));
+    DDX_Distance(&exchange, 0, std::as_const(narrow));
+    DDX_Distance(&exchange, 0, std::as_const(wide));
+    DDV_MinFloat(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MaxFloat(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MinFloatEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MaxFloatEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_FloatEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MinDouble(&exchange, std::as_const(wide), 0.0);
+    DDV_MaxDouble(&exchange, std::as_const(wide), 0.0);
+    DDV_MinDoubleEx(&exchange, std::as_const(wide), 0.0);
+    DDV_MaxDoubleEx(&exchange, std::as_const(wide), 0.0);
+    DDV_DoubleEx(&exchange, std::as_const(wide), 0.0);
+    DDV_MinDistance(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MaxDistance(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MinDistanceEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MaxDistanceEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_DistanceEx(&exchange, std::as_const(narrow), 0.0F);
+    DDV_MinDistance(&exchange, std::as_const(wide), 0.0);
+    DDV_MaxDistance(&exchange, std::as_const(wide), 0.0);
+    DDV_MinDistanceEx(&exchange, std::as_const(wide), 0.0);
+    DDV_MaxDistanceEx(&exchange, std::as_const(wide), 0.0);
+    DDV_DistanceEx(&exchange, std::as_const(wide), 0.0);
+    DDV_MinMaxDistance(&exchange, std::as_const(narrow), 0.0F, 0.0F);
+    DDV_MinMaxDistance(&exchange, std::as_const(wide), 0.0, 0.0);
+}
+
 }
 
 int main(int argumentCount, char**)
@@ -730,4 +787,5 @@ int main(int argumentCount, char**)
     Startup();
     System();
     Text();
+    Units();
 }

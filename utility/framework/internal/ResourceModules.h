@@ -43,4 +43,7 @@ const DynLinkLibrary* FirstLibrary();
 /// null module stands for (platform/Modules.h). Empty if there is none.
 std::wstring_view StringOfChain(UINT id);
 
+/// One of the framework's own strings in the display language, or, before the chain is made, as the library has it.
+std::wstring_view FrameworkString(UINT id);
+
 }

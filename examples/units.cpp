@@ -1,0 +1,57 @@
+// A tool's diameter, length and feed, asked for in the unit and the language of its user, and stored in millimetres.
+// What is typed is read, held against its bounds and refused by the library:
+//
+//     units inch              on Windows in a dialog, on Linux in the terminal
+//     units inch --terminal   in the terminal
+//
+// The unit is mm, inch or metre. The language is the display language, which examples/display_language chooses. The
+// exit status is 0 if the tool was stored, 1 if not, and 2 for arguments that are none.
+
+#include "examples/units/Tool.h"
+
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <string_view>
+
+namespace
+{
+
+std::optional<DISTANCE_UNITS> UnitsCalled(std::string_view name)
+{
+    if (name == "mm")
+        return DISTANCE_UNITS_MM;
+    if (name == "inch")
+        return DISTANCE_UNITS_INCH;
+    if (name == "metre")
+        return DISTANCE_UNITS_METRE;
+    return std::nullopt;
+}
+
+}
+
+int main(int argumentCount, char** arguments)
+{
+    InitialiseUtilityDLL();
+    const auto units = UnitsCalled(argumentCount > 1 ? arguments[1] : "");
+    const bool inTerminal = argumentCount > 2 && std::string_view(arguments[2]) == "--terminal";
+    if (!units || argumentCount > (inTerminal ? 3 : 2))
+    {
+        std::cerr << "usage: units mm|inch|metre [--terminal]\n";
+        return 2;
+    }
+    SetDistanceUnits(*units);
+
+    Tool tool;
+#ifdef _WIN32
+    const bool isStored = inTerminal ? EditInTerminal(tool) : EditInDialog(tool);
+#else
+    const bool isStored = EditInTerminal(tool);
+#endif
+    if (!isStored)
+        return 1;
+    const auto text = [](double value) { return from_utf(to_wstring(value, 4), CP_UTF8); };
+    std::cout << "diameter " << text(tool.diameter) << " mm, length " << text(tool.length) << " mm, feed "
+              << text(tool.feed) << " mm/min\n";
+    return 0;
+}

@@ -1,0 +1,81 @@
+#include "utility/framework/TerminalForm.h"
+
+#include "utility/platform/Text.h"
+
+#include <algorithm>
+#include <istream>
+#include <ostream>
+#include <string_view>
+#include <utility>
+
+namespace utility::framework
+{
+
+namespace
+{
+
+std::string Narrow(std::wstring_view text)
+{
+    const int length = static_cast<int>(text.size());
+    std::string narrow(static_cast<std::size_t>(platform::Text().ToCodePage(CP_ACP, text.data(), length, nullptr, 0)),
+                       '\0');
+    if (!narrow.empty())
+        platform::Text().ToCodePage(CP_ACP, text.data(), length, narrow.data(), static_cast<int>(narrow.size()));
+    return narrow;
+}
+
+}
+
+TerminalForm::TerminalForm(std::istream& in, std::ostream& out, std::vector<Field> fields)
+    : m_in(in), m_out(out), m_fields(std::move(fields))
+{
+}
+
+bool TerminalForm::Edit()
+{
+    const Field* const only = std::exchange(m_inQuestion, nullptr);
+    return std::ranges::all_of(m_fields,
+                               [&](Field& field) { return (only != nullptr && only != &field) || Ask(field); });
+}
+
+bool TerminalForm::HasField(int id) { return Find(id) != nullptr; }
+
+void TerminalForm::Text(int id, wchar_t* buffer, int size)
+{
+    const Field* const field = Find(id);
+    buffer[field == nullptr ? 0 : field->text.copy(buffer, static_cast<std::size_t>(size) - 1)] = L'\0';
+}
+
+void TerminalForm::SetText(int id, const wchar_t* text)
+{
+    if (Field* const field = Find(id))
+        field->text = text;
+}
+
+void TerminalForm::Focus(int id) { m_inQuestion = Find(id); }
+
+void TerminalForm::ShowBox(const wchar_t* text, UINT /*style*/, int /*helpTopic*/)
+{
+    m_out << Narrow(text) << '\n' << std::flush;
+}
+
+TerminalForm::Field* TerminalForm::Find(int id)
+{
+    const auto found = std::ranges::find(m_fields, id, &Field::id);
+    return found == m_fields.end() ? nullptr : &*found;
+}
+
+bool TerminalForm::Ask(Field& field)
+{
+    m_out << Narrow(field.label) << " [" << Narrow(field.text) << "]: " << std::flush;
+    std::string line;
+    if (!std::getline(m_in, line))
+        return false;
+    if (line.ends_with('\r'))
+        line.pop_back();
+    if (!line.empty())
+        field.text = platform::WideFromCodePage(CP_ACP, line);
+    return true;
+}
+
+}
