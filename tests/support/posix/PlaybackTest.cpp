@@ -95,6 +95,35 @@ TEST(PlaybackTest, FlushedBytesAreThereAndTheirNameWhenItsFolderIsFlushed)
     EXPECT_EQ(StatesAfter(program, {}), (States{OneFile("new")}));
 }
 
+TEST(PlaybackTest, FlushOfOneFileIsNoneOfAnother)
+{
+    Program program;
+    program.Write(program.Open("/d/a", O_WRONLY), "new");
+    program.Flush(program.Open("/d/b", O_WRONLY));
+    const Files before = {{"/d/a", "old"}, {"/d/b", "b"}};
+    EXPECT_EQ(StatesAfter(program, before), (States{before, Files{{"/d/a", "new"}, {"/d/b", "b"}}}));
+}
+
+TEST(PlaybackTest, NameThatWasTakenAwayIsThatOfAnotherFileWhenItIsMadeAgain)
+{
+    Program program;
+    program.Rename("/d/a", "/d/b");
+    program.Open("/d/a", O_WRONLY | O_CREAT);
+    program.Flush(program.Open("/d", O_RDONLY));
+    EXPECT_EQ(StatesAfter(program, OneFile("old")), (States{Files{{"/d/a", ""}, {"/d/b", "old"}}}));
+}
+
+TEST(PlaybackTest, StepsThatTouchDifferentThingsAreTriedInOneOrder)
+{
+    Program program;
+    program.WriteAt(program.Open("/d/a", O_WRONLY), 0, "a");
+    program.WriteAt(program.Open("/d/b", O_WRONLY), 0, "b");
+    program.Remove("/d/c");
+    const Playback playback(program.Calls(), {{"/d/a", "1"}, {"/d/b", "2"}, {"/d/c", "3"}});
+    EXPECT_EQ(playback.EachState([](const Files&, bool) {}), 1u + 2u + 4u + 8u); // as each of the steps is taken
+    EXPECT_EQ(playback.EachState([](const Files&, bool) {}, Playback::Orders::all), 1u + 2u + 5u + 16u);
+}
+
 TEST(PlaybackTest, NameMayBeThereWithoutTheBytes)
 {
     Program program;
