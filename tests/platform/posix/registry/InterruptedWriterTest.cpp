@@ -70,7 +70,7 @@ struct Writing
 constexpr long disk = 0xEF53;
 constexpr long network = 0x6969;
 
-const Writing value{"Value", Before::hive, disk, {[](Hive& hive) { return SetText(hive, L"Name", "new"); }}};
+const Writing value{"Value", Before::hive, disk, {[](Hive& hive) { return SetText(hive, L"Name", "new and longer"); }}};
 
 const std::vector<LSTATUS (*)(Hive& hive)> making = {[](Hive& hive) { return CreateKey(hive, L""); }};
 
@@ -80,7 +80,7 @@ const Writing writings[] = {
     {"Values",
      Before::hive,
      disk,
-     {[](Hive& hive) { return SetText(hive, L"Name", "new"); },
+     {[](Hive& hive) { return SetText(hive, L"Name", "new and longer"); },
       [](Hive& hive) { return SetText(hive, L"Other", "later"); }}},
     {"Key", Before::hive, disk, {[](Hive& hive) { return CreateKey(hive, L"Key\\New"); }}},
     {"NewHive", Before::nothing, disk, making},
