@@ -102,8 +102,7 @@ public:
         const std::uint64_t directoriesAt = m_magic == magicOf64Bits ? 112 : 96;
         if (!IsKnown() || m_optional.Number(directoriesAt - 4, 4) < 2)
             return;
-        const std::uint64_t address = m_optional.Number(directoriesAt + 8, 4);
-        const Bytes table = address == 0 ? Bytes() : FromAddress(address);
+        const Bytes table = FromAddress(m_optional.Number(directoriesAt + 8, 4));
         for (std::uint64_t at = 0; m_executable.needed.size() < Executable::mostNeeded; at += importSize)
         {
             const std::uint64_t name = table.Part(at, importSize).Number(12, 4);

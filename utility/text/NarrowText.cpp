@@ -15,8 +15,6 @@ char* strnistr(const char* text, const char* pattern, std::uint64_t length)
 {
     const std::uint64_t size = std::strlen(pattern);
     const auto isEqual = [](char one, char other) { return InLowerCase(one) == InLowerCase(other); };
-    if (size == 0)
-        return const_cast<char*>(text);
     for (; length >= size; ++text, --length)
     {
         if (std::equal(pattern, pattern + size, text, isEqual))

@@ -97,5 +97,6 @@ std::wstring XMLEncode(std::wstring text, bool namedDegree)
                        encoded.append(text, done, place - done).append(replacement);
                        done = place + 1;
                    });
-    return encoded.append(text, done);
+    encoded.append(text, done);
+    return encoded;
 }
