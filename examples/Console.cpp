@@ -8,6 +8,7 @@
 #include <csignal>
 
 #ifdef _WIN32
+#include <fcntl.h>
 #include <io.h>
 #include <shellapi.h>
 #else
@@ -36,6 +37,8 @@ std::string Utf8(const boost::filesystem::path& path) { return from_utf(path.nat
 
 std::wstring Wide(const boost::filesystem::path& path) { return path.native(); }
 
+void MakeOutputBinary() { ::_setmode(::_fileno(stdout), _O_BINARY); }
+
 bool OutputIsTerminal() { return ::_isatty(::_fileno(stdout)) != 0; }
 
 #else
@@ -51,6 +54,8 @@ std::wstring Wide(const boost::filesystem::path& path)
 {
     return boost::locale::conv::utf_to_utf<wchar_t>(path.native());
 }
+
+void MakeOutputBinary() {}
 
 bool OutputIsTerminal() { return ::isatty(STDOUT_FILENO) != 0; }
 

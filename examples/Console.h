@@ -28,6 +28,9 @@ void Print(std::FILE* stream, const std::string& text);
 /// Why a file could not be opened or written, as UTF-8. Ends the failure.
 std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
 
+/// What is printed from here on is left as it is, line ends too.
+void MakeOutputBinary();
+
 /// Whether what is printed is seen at once.
 bool OutputIsTerminal();
 
