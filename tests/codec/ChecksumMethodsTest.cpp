@@ -2,17 +2,20 @@
 
 #include "tests/support/ChecksumModel.h"
 #include "tests/support/GuardedText.h"
+#include "utility/codec/CyclicRedundancyCheck.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
 using support::ChecksumModel;
+using utility::detail::checksumBlock;
 using utility::detail::ChecksumMethod;
 using utility::detail::ChecksumMethods;
 
@@ -47,7 +50,7 @@ protected:
     /// As the check does it: what is too short for the method goes byte by byte.
     DWORD Fold(DWORD value, const unsigned char* data, std::size_t count) const
     {
-        return count >= m_method->shortest ? m_method->fold(value, data, count) : ChecksumModel(value, data, count);
+        return count >= checksumBlock ? m_method->fold(value, data, count) : ChecksumModel(value, data, count);
     }
 
     /// Folds every length up to this one, starting at `data`, and compares with single bytes.
@@ -105,7 +108,7 @@ TEST_P(ChecksumMethodTest, EachBitOfTheRegisterAndOfTheBytesCounts)
 {
     const std::vector<unsigned char> zeros(300);
     std::vector<unsigned char> bytes = zeros;
-    for (const std::size_t count : {16, 17, 63, 64, 65, 300})
+    for (const std::size_t count : {16U, 17U, 63U, 64U, 65U, 300U})
     {
         for (int bit = 0; bit < 32; ++bit)
             EXPECT_EQ(m_method->fold(1U << bit, zeros.data(), count), ChecksumModel(1U << bit, zeros.data(), count));
@@ -125,7 +128,7 @@ TEST_P(ChecksumMethodTest, NothingOutsideTheBytesIsRead)
                                     support::GuardedText::Touches::pageBehind);
     const auto* const first = reinterpret_cast<const unsigned char*>(text.First());
     const auto* const end = first + m_bytes.size();
-    for (std::size_t count = m_method->shortest; count <= 2200; ++count)
+    for (std::size_t count = checksumBlock; count <= 2200; ++count)
     {
         ASSERT_EQ(m_method->fold(0, first, count), m_method->fold(0, m_bytes.data(), count));
         ASSERT_EQ(m_method->fold(0, end - count, count),
@@ -133,16 +136,39 @@ TEST_P(ChecksumMethodTest, NothingOutsideTheBytesIsRead)
     }
 }
 
-TEST(ChecksumMethodsTest, FastestIsTheFirstThatTheProcessorHas)
+TEST_P(ChecksumMethodTest, CheckThatTakesItLeavesShorterBlocksAlone)
 {
-    for (const ChecksumMethod& each : ChecksumMethods())
+    auto& fastest = utility::detail::fastestChecksumMethod;
+    const auto earlier = fastest.exchange(m_method->fold);
+    const support::GuardedText text(std::string_view(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size()),
+                                    support::GuardedText::Touches::pageBehind);
+    for (std::size_t count = 0; count <= 100; ++count)
     {
-        if (each.isSupported())
+        for (const char* const bytes : {text.First(), text.Last() + 1 - count})
         {
-            EXPECT_EQ(&utility::detail::FastestChecksumMethod(), &each);
-            break;
+            CyclicRedundancyCheck check;
+            check.Incorporate(bytes, static_cast<std::int64_t>(count));
+            EXPECT_EQ(check.Current(), ChecksumModel(0, bytes, count));
         }
     }
+    fastest = earlier;
+}
+
+TEST(ChecksumMethodsTest, LastOneIsSupportedEverywhere)
+{
     EXPECT_TRUE(ChecksumMethods().back().isSupported());
     EXPECT_EQ(ChecksumMethods().back().name, std::string("slicing"));
+}
+
+TEST(ChecksumMethodsTest, FirstThatTheProcessorHasIsTakenOnceItIsFound)
+{
+    const std::string bytes(100, 'x');
+    const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
+    const auto& fastest = utility::detail::fastestChecksumMethod;
+    for (int call = 0; call < 2; ++call)
+        EXPECT_EQ(fastest.load()(1, data, bytes.size()), ChecksumModel(1, data, bytes.size()));
+    const auto methods = ChecksumMethods();
+    const auto first =
+        std::find_if(methods.begin(), methods.end(), [](const auto& each) { return each.isSupported(); });
+    EXPECT_EQ(fastest.load(), first->fold);
 }

@@ -18,9 +18,7 @@ namespace
 class Slicing
 {
 public:
-    static constexpr std::size_t size = 16;
-
-    static DWORD Fold(DWORD value, const unsigned char* data, std::size_t count)
+    static DWORD Fold(DWORD value, const unsigned char* data, std::size_t count) noexcept
     {
         static const Slicing slicing;
         return slicing.Add(value, data, count);
@@ -43,14 +41,14 @@ private:
 
     DWORD Add(DWORD value, const unsigned char* data, std::size_t count) const
     {
-        for (; count >= size; count -= size, data += size)
+        for (; count >= checksumBlock; count -= checksumBlock, data += checksumBlock)
         {
             DWORD next = 0;
 #pragma GCC unroll 16
-            for (std::size_t i = 0; i < size; ++i)
+            for (std::size_t i = 0; i < checksumBlock; ++i)
             {
                 const DWORD byte = i < 4 ? data[i] ^ (value >> (24 - 8 * i) & 0xFF) : data[i];
-                next ^= m_tables[size - 1 - i][byte];
+                next ^= m_tables[checksumBlock - 1 - i][byte];
             }
             value = next;
         }
@@ -59,7 +57,7 @@ private:
         return value;
     }
 
-    DWORD m_tables[size][256];
+    DWORD m_tables[checksumBlock][256];
 };
 
 #if defined(__x86_64__)
@@ -301,21 +299,25 @@ bool IsSupported()
 
 constexpr ChecksumMethod methods[] = {
 #if defined(__x86_64__)
-    {"512 bits", bits512::IsSupported, bits512::Fold, 1},
-    {"256 bits", bits256::IsSupported, bits256::Fold, 16},
-    {"128 bits", bits128::IsSupported, bits128::Fold, 16},
+    {"512 bits", bits512::IsSupported, bits512::Fold},
+    {"256 bits", bits256::IsSupported, bits256::Fold},
+    {"128 bits", bits128::IsSupported, bits128::Fold},
 #endif
-    {"slicing", [] { return true; }, Slicing::Fold, Slicing::size},
+    {"slicing", [] { return true; }, Slicing::Fold},
 };
+
+DWORD FindFastest(DWORD value, const unsigned char* data, std::size_t count) noexcept
+{
+    const auto* const method = std::find_if(std::begin(methods), std::end(methods),
+                                            [](const ChecksumMethod& each) { return each.isSupported(); });
+    fastestChecksumMethod.store(method->fold, std::memory_order_relaxed);
+    return method->fold(value, data, count);
+}
 
 }
 
 std::span<const ChecksumMethod> ChecksumMethods() noexcept { return methods; }
 
-const ChecksumMethod& FastestChecksumMethod() noexcept
-{
-    return *std::find_if(std::begin(methods), std::end(methods),
-                         [](const ChecksumMethod& each) { return each.isSupported(); });
-}
+constinit std::atomic<FoldChecksum*> fastestChecksumMethod = FindFastest;
 
 }

@@ -6,33 +6,37 @@
 
 constinit std::array<DWORD, 256> CyclicRedundancyCheck::m_vCRCTable = {};
 
-void CyclicRedundancyCheck::Incorporate(const void* data, std::int64_t count) noexcept
+DWORD CyclicRedundancyCheck::Fold(DWORD value, const void* data, std::int64_t count) noexcept
 {
-    static const utility::detail::ChecksumMethod& method = (InitTable32(), utility::detail::FastestChecksumMethod());
     const auto* bytes = static_cast<const unsigned char*>(data);
     const auto size = static_cast<std::size_t>(count);
-    if (size >= method.shortest)
-    {
-        m_nCRC = method.fold(m_nCRC, bytes, size);
-        return;
-    }
+    if (size >= utility::detail::checksumBlock)
+        return utility::detail::fastestChecksumMethod.load(std::memory_order_relaxed)(value, bytes, size);
+    InitTable32();
     for (std::size_t i = 0; i < size; ++i)
-        m_nCRC = m_vCRCTable[m_nCRC >> 24 ^ bytes[i]] ^ m_nCRC << 8;
+        value = m_vCRCTable[value >> 24 ^ bytes[i]] ^ value << 8;
+    return value;
 }
 
 void CyclicRedundancyCheck::Incorporate32(const unsigned char* data, std::int64_t count) noexcept
 {
+    InitTable32();
     for (std::int64_t i = 0; i < count; ++i)
         m_nCRC = m_vCRCTable[m_nCRC >> 24 ^ data[i]] ^ m_nCRC << 8;
 }
 
 void CyclicRedundancyCheck::InitTable32() noexcept
 {
-    for (DWORD byte = 0; byte < m_vCRCTable.size(); ++byte)
+    static const bool isFilled = []
     {
-        DWORD value = byte << 24;
-        for (int bit = 0; bit < 8; ++bit)
-            value = utility::detail::TimesX(value);
-        m_vCRCTable[byte] = value;
-    }
+        for (DWORD byte = 0; byte < m_vCRCTable.size(); ++byte)
+        {
+            DWORD value = byte << 24;
+            for (int bit = 0; bit < 8; ++bit)
+                value = utility::detail::TimesX(value);
+            m_vCRCTable[byte] = value;
+        }
+        return true;
+    }();
+    static_cast<void>(isFilled);
 }

@@ -34,12 +34,14 @@ public:
     DWORD Current() const noexcept { return m_nCRC; }
 
     /// Adds `count` bytes, which may not be negative. With a count of 0 the pointer is not looked at.
-    UTILITY_API void Incorporate(const void* data, std::int64_t count) noexcept;
+    void Incorporate(const void* data, std::int64_t count) noexcept { m_nCRC = Fold(m_nCRC, data, count); }
 
     /// Whether the values are the same, whatever bytes led to them.
     bool operator==(const CyclicRedundancyCheck&) const noexcept = default;
 
 private:
+    /// The register after these bytes. It is not kept in memory between blocks, which short ones would wait for.
+    UTILITY_API static DWORD Fold(DWORD value, const void* data, std::int64_t count) noexcept;
     /// The loop over single bytes. Deliberately there, although nothing calls it.
     void Incorporate32(const unsigned char* data, std::int64_t count) noexcept;
     static void InitTable32() noexcept;

@@ -5,6 +5,7 @@
 
 #include "utility/platform/Types.h"
 
+#include <atomic>
 #include <cstddef>
 #include <span>
 
@@ -17,20 +18,24 @@ inline constexpr DWORD checksumPolynomial = 0x04C11DB7;
 /// The register after another bit, which is 0.
 constexpr DWORD TimesX(DWORD value) noexcept { return value << 1 ^ (value >> 31 != 0 ? checksumPolynomial : 0); }
 
+/// The size of a block. A method folds no fewer bytes.
+inline constexpr std::size_t checksumBlock = 16;
+
+/// The register after these bytes. Nothing outside them is read.
+using FoldChecksum = DWORD(DWORD value, const unsigned char* data, std::size_t count) noexcept;
+
 struct ChecksumMethod
 {
     const char* name;
     /// Whether this processor, and its system, has what the method takes.
     bool (*isSupported)();
-    /// The register after these bytes, of which there have to be `shortest` at least. Nothing outside them is read.
-    DWORD (*fold)(DWORD value, const unsigned char* data, std::size_t count);
-    std::size_t shortest;
+    FoldChecksum* fold;
 };
 
 /// All that the library has been compiled with, the fastest first. The last one is supported everywhere.
 std::span<const ChecksumMethod> ChecksumMethods() noexcept;
 
-/// The first one that is supported here.
-const ChecksumMethod& FastestChecksumMethod() noexcept;
+/// The first one that is supported here: what stands here until its first call finds that out.
+extern std::atomic<FoldChecksum*> fastestChecksumMethod;
 
 }
