@@ -8,7 +8,8 @@
 //
 // Any thread may call. A text that the locale's facet std::codecvt<wchar_t, char, std::mbstate_t> does not convert as a
 // whole, and in one piece, throws std::bad_cast; so does, deliberately, one of which the facet says that there is
-// nothing to convert.
+// nothing to convert. Only the facet judges the text: that of GCC's library takes a character that is cut short by a
+// null for one that goes on behind it, and does not tell.
 
 #include "utility/platform/Export.h"
 

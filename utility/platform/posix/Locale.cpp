@@ -89,11 +89,7 @@ public:
         return found != nullptr && Choose(posix::RuntimeName(*found).c_str());
     }
 
-    RuntimeLocale UseCLocale() override
-    {
-        static const locale_t c = ::newlocale(LC_ALL_MASK, "C", nullptr);
-        return {L"", 0, ::uselocale(c)};
-    }
+    RuntimeLocale UseCLocale() override { return {L"", 0, ::uselocale(m_c)}; }
 
     void UseRuntimeLocale(const RuntimeLocale& earlier) override { ::uselocale(static_cast<locale_t>(earlier.own)); }
 
@@ -124,6 +120,8 @@ private:
         buffer[text.copy(buffer, text.size())] = L'\0';
         return length;
     }
+
+    const locale_t m_c = ::newlocale(LC_ALL_MASK, "C", nullptr); // never gone: a thread may go by it
 };
 
 }
