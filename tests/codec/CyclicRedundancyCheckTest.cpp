@@ -167,6 +167,7 @@ TEST(CyclicRedundancyCheckTest, ThreadsMayHaveChecksOfTheirOwn)
     const DWORD expected = ChecksumModel(0, bytes.data(), bytes.size());
     std::vector<DWORD> results(4);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (DWORD& result : results)
     {
         threads.emplace_back(

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <sys/mman.h>
 
 TEST(CyclicRedundancyCheckTest, MoreThanFourGibibytesMayComeAtOnce)
@@ -15,7 +15,7 @@ TEST(CyclicRedundancyCheckTest, MoreThanFourGibibytesMayComeAtOnce)
     ASSERT_NE(pages, MAP_FAILED);
     ::madvise(pages, size, MADV_HUGEPAGE); // only for speed
     char* const last = static_cast<char*>(pages) + size - 9;
-    std::memcpy(last, "123456789", 9);
+    std::copy_n("123456789", 9, last);
     CyclicRedundancyCheck check;
     check.Incorporate(pages, static_cast<std::int64_t>(size));
     EXPECT_EQ(check.Current(), 0x89A1897FU);
