@@ -9,7 +9,6 @@
 #include "tests/support/posix/Playback.h"
 #include "tests/support/posix/TracedChild.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/platform/posix/registry/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +33,6 @@ using support::Playback;
 using support::TemporaryFolder;
 using support::TracedChild;
 using utility::platform::posix::Hive;
-using utility::platform::posix::Status;
 
 LSTATUS CreateKey(Hive& hive, std::wstring_view keys)
 {

@@ -17,7 +17,8 @@ namespace utility::platform::posix
 {
 
 /// A tree of keys with named values, kept in a SQLite database that several processes may use at once. A value that
-/// was acknowledged survives the death of its writer; what a crash of the whole machine may take is the last few.
+/// was acknowledged survives the death of its writer; what a crash of the whole machine may take is the last few, and
+/// where there is a log none of those from before the last user closed the hive.
 ///
 /// Who reads waits for nobody where there is a log, and elsewhere a moment; who writes waits for some seconds.
 ///
