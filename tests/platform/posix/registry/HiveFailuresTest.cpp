@@ -515,6 +515,13 @@ TEST_F(HiveToSetAsideTest, StaysWhereTheDiskTheMemoryOrAnotherFails)
     }
 }
 
+TEST_F(HiveToSetAsideTest, StaysWhereItsOtherNameDoesNotReachTheDisk)
+{
+    EXPECT_TRUE(KeepsAll<FailingCall>("fsync", EIO));
+    EXPECT_TRUE(m_isWhereItWas);
+    EXPECT_NE(m_status, 0);
+}
+
 TEST_F(HiveWithoutTest, ThatCannotBeReadIsNotTakenForADamagedOne)
 {
     {

@@ -556,7 +556,7 @@ TEST_F(DamagedHiveTest, ThatAnotherProcessUsesStaysWhereItIs)
         {
             const int file = ::open(m_file.c_str(), O_RDWR);
             // As SQLite locks what is read.
-            struct flock lock{F_RDLCK, SEEK_SET, 0x40000002, 510, 0};
+            struct flock lock = {F_RDLCK, SEEK_SET, 0x40000002, 510, 0};
             char byte = 0;
             const bool isLocked = ::fcntl(file, F_SETLK, &lock) == 0;
             ::close(done[1]);
