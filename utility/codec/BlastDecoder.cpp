@@ -308,7 +308,8 @@ struct BlastState
     bool TakeSymbol(const std::array<Symbol, size>& code, std::uint32_t& value);
     void Copy();
     int TakeElement();
-    template <bool isFirst>
+    template <bool isFirst, bool isRaw>
+    void TakeElementsFast();
     void TakeElementsFast();
     int Refill();
 };
@@ -402,12 +403,14 @@ int BlastState::TakeElement()
 }
 
 /// Ends ahead of an element that the exact way has to take.
-template <bool isFirst>
+template <bool isFirst, bool isRaw>
 void BlastState::TakeElementsFast()
 {
     constexpr unsigned int atOnce = 3;
     constexpr unsigned int fewestBits = 56; // of a buffer that was filled
     static_assert(atOnce * Element::mostBits <= fewestBits);
+    constexpr unsigned int rawAtOnce = 6;
+    constexpr std::uint64_t rawFlags = 0x2010'0804'0201; // one each nine bits
     constexpr std::ptrdiff_t mostBytes{atOnce * Element::mostBytes};
 
     const Elements& table = *elements;
@@ -448,6 +451,13 @@ void BlastState::TakeElementsFast()
         count -= element.Word();
         return true;
     };
+    const auto takeRawLiterals = [&]() INLINE
+    {
+        for (unsigned int i = 0; i < rawAtOnce; ++i)
+            *to++ = static_cast<unsigned char>(buffer >> (9 * i + 1));
+        buffer >>= 9 * rawAtOnce;
+        count -= 9 * rawAtOnce;
+    };
     const auto takeLongLiteral = [&]() INLINE
     {
         const Symbol literal = literals[(buffer >> 1) % literals.size()];
@@ -484,6 +494,11 @@ void BlastState::TakeElementsFast()
     while (fromEnd - from >= 8 && toEnd - to > Element::mostBytes)
     {
         fill();
+        if (isRaw && (buffer & rawFlags) == 0)
+        {
+            takeRawLiterals();
+            continue;
+        }
         const bool isOne = toEnd - to <= mostBytes;
         if (takeElement() && (isOne || (takeElement() && takeElement())))
             continue;
@@ -507,6 +522,14 @@ void BlastState::TakeElementsFast()
     copyDistance = lastDistance;
 }
 
+void BlastState::TakeElementsFast()
+{
+    if (isFirstWindow)
+        isCoded ? TakeElementsFast<true, false>() : TakeElementsFast<true, true>();
+    else
+        isCoded ? TakeElementsFast<false, false>() : TakeElementsFast<false, true>();
+}
+
 /// Expands until the window is full or the stream at its end.
 int BlastState::Refill()
 {
@@ -518,7 +541,7 @@ int BlastState::Refill()
         Copy();
     while (writePosition < windowSize)
     {
-        isFirstWindow ? TakeElementsFast<true>() : TakeElementsFast<false>();
+        TakeElementsFast();
         if (const int code = TakeElement(); code != good)
             return code;
         if (copyLength == endMark)
