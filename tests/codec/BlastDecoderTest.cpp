@@ -648,6 +648,14 @@ TEST(BlastDecoderTest, InputThatGoesOnAfterItsEndIsTakenAsBitByBit)
     }
 }
 
+TEST(BlastDecoderTest, LiteralThatTheInputCutsIsBegunAnew)
+{
+    // The longest codes, which begin in one byte and end in the next but one.
+    const std::string stream = BlastWriter(true, 6).Literals("\xFF\x80\xFE\x81\xFD\x82\xFC\x83").End().Bytes();
+    for (std::uint32_t cut = 2; cut < stream.size(); ++cut)
+        ASSERT_EQ(BlastDifference(stream, {cut, 0, 1, 0, UINT32_MAX}, {windowSize, 100}), "") << cut;
+}
+
 TEST(BlastDecoderTest, StreamsAreExpandedByManyThreadsAtOnce)
 {
     std::mt19937 random(7);
