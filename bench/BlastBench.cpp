@@ -1,6 +1,6 @@
 // Imploded streams expanded, through the callback, beside inflate of the same originals and a decoder that goes bit by
 // bit. The streams are of text and numbers as this application has them, made here and imploded with coded and with raw
-// literals, and with UTILITY_TEST_DATA the larger real ones. One of random bytes stands apart: nothing is repeated in it.
+// literals, and with UTILITY_TEST_DATA the larger real ones. One of random bytes stands apart: nothing repeats in it.
 
 #include "tests/support/BlastModel.h"
 #include "tests/support/Implode.h"

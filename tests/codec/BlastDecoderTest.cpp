@@ -408,7 +408,7 @@ TEST(BlastDecoderTest, FirstWindowStaysTheFirstBehindARefusedDistance)
     Expansion expansion(writer.Bytes());
     EXPECT_EQ(expansion.More(10), (Part{-3, ""}));
     EXPECT_EQ(expansion.More(3), (Part{0, "abc"}));
-    // The match is taken for a suspended one, from ahead of the first byte, where nothing is; the next is refused again.
+    // The match is taken for a suspended one, from ahead of the first byte, where zeros are; the next is refused again.
     EXPECT_EQ(expansion.More(10), (Part{-3, ""}));
     EXPECT_EQ(expansion.More(6), (Part{0, std::string("\0\0\0\0\0d", 6)}));
 }

@@ -15,10 +15,10 @@ using utility::platform::Heap;
 // 0 and a literal byte, or a bit 1 and a match, which repeats so many bytes from so far back. They are expanded to a
 // window of 4096 bytes, from which the caller is served; a full one stops the expanding, within a match as well.
 //
-// An element is read in one of two ways, which come to the same. The exact one takes a byte of input when it needs a bit
-// of it, and thereby asks for a block at the very bit at which the last one ends. The fast one has many bits at hand,
-// and looks twelve of them up for a whole element, or two: it stays within a block and within the window, and leaves to
-// the exact one what is left of both, and whatever may fail.
+// An element is read in one of two ways, which come to the same. The exact one takes a byte of input when it needs a
+// bit of it, and thereby asks for a block at the very bit at which the last one ends. The fast one has many bits at
+// hand, and looks twelve of them up for a whole element, or two: it stays within a block and within the window, and
+// leaves to the exact one what is left of both, and whatever may fail.
 //
 // The fast way has no branch between a literal and a match, which no processor could foretell: it reads from where a
 // match would be and then chooses what it stores. So that this is always memory, and a match is always one piece, the
@@ -145,7 +145,7 @@ public:
     constexpr unsigned int Length() const { return m_word >> 6 & 15; }
     constexpr unsigned int LengthWithoutDistance() const { return m_word >> 16; }
     constexpr bool IsMatch() const { return LowDistanceMask() != 0; }
-    constexpr std::uint64_t Literals() const { return m_word >> 16; }
+    constexpr std::uint64_t LiteralBytes() const { return m_word >> 16; }
 
     /// Of literals anything that is not below their number, up to 4096.
     constexpr unsigned int Distance(std::uint64_t bits) const
@@ -422,7 +422,7 @@ void BlastState::TakeElementsFast()
     const unsigned char* const toEnd = window + windowSize;
     unsigned int lastDistance = copyDistance;
 
-    // Not called, so that the compiler keeps the variables above in registers.
+    // None of these is called, so that the compiler keeps the variables above in registers.
 #define INLINE __attribute__((always_inline))
     const auto isAheadOfTheFirst = [&](unsigned int distance) INLINE
     { return isFirst && distance > static_cast<std::size_t>(to - window); };
@@ -443,7 +443,7 @@ void BlastState::TakeElementsFast()
         if (distance < length || (isFirst && element.IsMatch() && isAheadOfTheFirst(distance)))
             return false;
         const auto matched = Load<std::uint64_t>(to - distance);
-        const std::uint64_t word = element.IsMatch() ? matched : element.Literals();
+        const std::uint64_t word = element.IsMatch() ? matched : element.LiteralBytes();
         std::memcpy(to, &word, sizeof(word));
         lastDistance ^= (lastDistance ^ distance) & element.MatchMask();
         to += length;
