@@ -6,6 +6,7 @@
 #include "examples/Console.h"
 #include "examples/executables/Executable.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -51,10 +52,10 @@ std::vector<std::string> SectionLines(const std::vector<executables::Section>& s
     for (const executables::Section& section : sections)
     {
         std::string name = section.name;
-        name.resize(std::max<std::size_t>(name.size(), 24), ' ');
+        name.resize(std::max<std::size_t>(name.size(), 24) + 1, ' ');
         std::string size = std::to_string(section.size);
         size.insert(0, size.size() < 12 ? 12 - size.size() : 0, ' ');
-        lines.push_back(name + ' ' + size);
+        lines.push_back(name + size);
     }
     return lines;
 }

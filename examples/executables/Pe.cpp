@@ -120,7 +120,7 @@ private:
     /// A long name is in the table of texts behind the symbols, and its place there in the section.
     std::string NameOf(const Bytes& section) const
     {
-        const std::string name = section.Part(0, 8).Text(0);
+        std::string name = section.Part(0, 8).Text(0);
         std::uint64_t at = 0;
         if (!name.starts_with('/') || std::from_chars(name.data() + 1, name.data() + name.size(), at).ptr == &name[1])
             return name;

@@ -79,7 +79,7 @@ public:
             content += bytes;
             return place;
         };
-        const Content interpreter = add(std::string("/lib/ld.so", 11));
+        const Content interpreter = add(std::string("/lib/ld.so\0", 11));
         const std::string other = Four(4) + Four(2) + Four(1) + std::string("GNU\0no\0\0", 8);
         const std::string foreign = Four(3) + Four(1) + Four(3) + std::string("Go\0\0x\0\0\0", 8);
         const Content notes =
@@ -305,7 +305,7 @@ TEST(ExecutablesTest, BuildIdThatIsTooLongIsNone)
     {
         std::string bytes = elf.File();
         const std::string note =
-            elf.Four(4) + elf.Four(size) + elf.Four(3) + std::string("GNU", 4) + std::string(68, 'x');
+            elf.Four(4) + elf.Four(size) + elf.Four(3) + std::string("GNU\0", 4) + std::string(68, 'x');
         const std::size_t segment = 64 + 3 * 56;
         bytes.replace(segment + 8, 8, elf.Word(bytes.size()));
         bytes.replace(segment + 32, 8, elf.Word(note.size()));
@@ -426,7 +426,7 @@ TEST(ExecutablesTest, PortableExecutableCutAtEveryByteSaysWhatIsMissing)
         ASSERT_EQ(pe->faults.empty(), isWhole);
         ASSERT_EQ(pe->sections.size(), size < 132 + 20 + 240 + 80 ? 0u : 2u);
         ASSERT_TRUE(!isWhole || pe->sections[0].name == "/7" ||
-                    (pe->sections[0].name != "" && std::string(".debug_longer").starts_with(pe->sections[0].name)));
+                    (!pe->sections[0].name.empty() && std::string(".debug_longer").starts_with(pe->sections[0].name)));
     }
 }
 

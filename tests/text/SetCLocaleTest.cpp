@@ -65,7 +65,7 @@ TEST_F(SetCLocaleTest, CopyPutsBackTheSame)
     {
         const CSetCLocale original;
         {
-            const CSetCLocale copy(original);
+            const auto copy = std::make_unique<CSetCLocale>(original);
             EXPECT_EQ(HalfAsText(), "0.5");
         }
         EXPECT_EQ(HalfAsText(), "0,5");

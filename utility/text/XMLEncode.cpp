@@ -62,20 +62,19 @@ template <class Use>
 void ForEachSpecial(std::wstring_view text, const Replacements& replacements, Use use)
 {
     std::size_t at = 0;
-    for (; text.size() - at >= together; at += together)
+    const auto useThese = [&](unsigned specials)
     {
-        for (unsigned specials = SpecialsIn(text.data() + at); specials != 0; specials &= specials - 1)
+        for (; specials != 0; specials &= specials - 1)
         {
             const std::size_t place = at + static_cast<std::size_t>(std::countr_zero(specials));
             use(place, replacements[static_cast<std::size_t>(text[place])]);
         }
-    }
-    for (; at < text.size(); ++at)
-    {
-        const auto c = static_cast<std::size_t>(text[at]);
-        if (c < replacements.size() && !replacements[c].empty())
-            use(at, replacements[c]);
-    }
+    };
+    for (; text.size() - at >= together; at += together)
+        useThese(SpecialsIn(text.data() + at));
+    wchar_t rest[together] = {};
+    text.copy(rest, together, at);
+    useThese(SpecialsIn(rest));
 }
 
 }

@@ -7,7 +7,7 @@
 #include <atomic>
 #include <clocale>
 #include <cstdio>
-#include <locale.h>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -66,7 +66,7 @@ TEST(SetCLocaleThreadTest, LocaleThatTheThreadHasOfItsOwnIsBackAfterwards)
     {
         const CSetCLocale cLocale;
         EXPECT_NE(::uselocale(nullptr), own);
-        const CSetCLocale copy(cLocale);
+        std::make_unique<CSetCLocale>(cLocale).reset();
     }
     EXPECT_EQ(::uselocale(nullptr), own);
     ::uselocale(earlier);

@@ -7,7 +7,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <locale.h>
 #include <mutex>
 #include <optional>
 #include <string_view>
