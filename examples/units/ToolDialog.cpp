@@ -7,15 +7,13 @@ using utility::platform::WindowForm;
 namespace
 {
 
-HWND Add(HWND dialog, const wchar_t* kind, const std::wstring& text, DWORD style, int id, RECT place)
+void Add(HWND dialog, const wchar_t* kind, const wchar_t* text, DWORD style, int id, RECT place, DWORD edge = 0)
 {
     ::MapDialogRect(dialog, &place);
-    const HWND control =
-        ::CreateWindowExW(std::wstring(L"EDIT") == kind ? WS_EX_CLIENTEDGE : 0, kind, text.c_str(),
-                          WS_CHILD | WS_VISIBLE | style, place.left, place.top, place.right, place.bottom, dialog,
-                          reinterpret_cast<HMENU>(static_cast<std::intptr_t>(id)), nullptr, nullptr);
+    const HWND control = ::CreateWindowExW(edge, kind, text, WS_CHILD | WS_VISIBLE | style, place.left, place.top,
+                                           place.right, place.bottom, dialog,
+                                           reinterpret_cast<HMENU>(static_cast<std::intptr_t>(id)), nullptr, nullptr);
     ::SendMessageW(control, WM_SETFONT, static_cast<WPARAM>(::SendMessageW(dialog, WM_GETFONT, 0, 0)), 0);
-    return control;
 }
 
 void Fill(HWND dialog, const Tool& tool)
@@ -23,8 +21,8 @@ void Fill(HWND dialog, const Tool& tool)
     LONG top = 8;
     for (const auto& field : ToolFields())
     {
-        Add(dialog, L"STATIC", field.label, SS_LEFT, -1, {8, top + 2, 80, 10});
-        Add(dialog, L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, field.id, {92, top, 60, 12});
+        Add(dialog, L"STATIC", field.label.c_str(), SS_LEFT, -1, {8, top + 2, 80, 10});
+        Add(dialog, L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, field.id, {92, top, 60, 12}, WS_EX_CLIENTEDGE);
         top += 18;
     }
     Add(dialog, L"BUTTON", L"OK", WS_TABSTOP | BS_DEFPUSHBUTTON, IDOK, {38, top + 2, 54, 14});

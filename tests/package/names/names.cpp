@@ -321,6 +321,16 @@ void Framework()
     form.Focus(0);
     form.ShowBox(L"", 0, 0);
 
+#ifdef _WIN32
+    using utility::platform::WindowForm;
+    WindowForm window(nullptr);
+    window.HasField(0);
+    window.Text(0, nullptr, 0);
+    window.SetText(0, L"");
+    window.Focus(0);
+    window.ShowBox(L"", 0, 0);
+#endif
+
     if (Any<bool>())
         CFileException::ThrowOsError(0, L"");
     else if (Any<bool>())

@@ -143,6 +143,7 @@ TEST_F(WindowFormTest, FieldMayGo)
     EXPECT_STREQ(text, L"");
     m_form.SetText(lengthId, L"x");
     m_form.Focus(lengthId);
+    m_form.SetText(diameterId, L"1");
     EXPECT_THROW(Exchange(true), CNotSupportedException*);
 }
 

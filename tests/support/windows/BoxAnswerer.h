@@ -43,13 +43,16 @@ public:
     }
 
 private:
+    static constexpr int textControl = 0xFFFF; // which a dialog of a test's own does not have
+
     static BOOL CALLBACK IsBox(HWND window, LPARAM found)
     {
         wchar_t name[16];
         DWORD process = 0;
         ::GetWindowThreadProcessId(window, &process);
         if (process != ::GetCurrentProcessId() || !::IsWindowVisible(window) ||
-            ::GetClassNameW(window, name, 16) == 0 || std::wstring_view(name) != L"#32770")
+            ::GetClassNameW(window, name, 16) == 0 || std::wstring_view(name) != L"#32770" ||
+            ::GetDlgItem(window, textControl) == nullptr)
             return TRUE;
         *reinterpret_cast<HWND*>(found) = window;
         return FALSE;
@@ -63,7 +66,6 @@ private:
 
     void Answer(int button, const Look& look)
     {
-        constexpr int textControl = 0xFFFF;
         HWND box = nullptr;
         for (int i = 0; i < 1000 && box == nullptr; ++i)
         {
