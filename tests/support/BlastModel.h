@@ -45,7 +45,7 @@ private:
     {
         std::vector<int> lengths;
         for (const int run : runs)
-            lengths.insert(lengths.end(), static_cast<std::size_t>(run / 16 + 1), run % 16);
+            lengths.insert(lengths.end(), static_cast<std::size_t>(run) / 16 + 1, run % 16);
         for (std::size_t length = 1; length < counts.size(); ++length)
         {
             for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol)
