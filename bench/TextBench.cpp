@@ -41,8 +41,14 @@ void OneInFiftyByUtility(benchmark::State& state)
     const std::wstring text = TextWithOneIn(50);
     if (XMLEncode(text, false) != InSixPasses(text))
         state.SkipWithError("the results differ");
+    std::wstring given;
     for (auto _ : state)
-        benchmark::DoNotOptimize(XMLEncode(text, false));
+    {
+        state.PauseTiming();
+        given = text;
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(XMLEncode(std::move(given), false));
+    }
 }
 BENCHMARK(OneInFiftyByUtility)->Name("XMLEncodeOneInFifty/Utility")->Unit(benchmark::kMicrosecond);
 
