@@ -42,18 +42,19 @@ std::ptrdiff_t FilesIn(const support::TemporaryFolder& folder)
 // 960, and a third of the height of 3 / sqrt 6 is 960 / sqrt 12.
 TEST(IgesPictureTest, IsAnIsometricViewThatFitsThePage)
 {
-    EXPECT_EQ(TextOf(iges::WritePicture, Corner(), L"a<b>&\"c\"\x1F"),
-              "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1000 871\">\n"
-              "<title>a&lt;b&gt;&amp;\"c\" </title>\n"
-              "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
-              "<g fill=\"none\" stroke=\"#134\" stroke-width=\"1.5\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n"
-              "<path d=\"M500 851.38L20 574.26L500 297.13h0\"/>\n"
-              "<path d=\"M20 574.26L20 20h0\"/>\n"
-              "</g>\n"
-              "<g stroke=\"#134\" stroke-width=\"4\" stroke-linecap=\"round\">\n"
-              "<path d=\"M980 20h0\"/>\n"
-              "</g>\n"
-              "</svg>\n");
+    EXPECT_EQ(
+        TextOf(iges::WritePicture, Corner(), L"a<b>&\"c\"\x1F"),
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 1000 871\">\n"
+        "<title>a&lt;b&gt;&amp;\"c\" </title>\n"
+        "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n"
+        "<g fill=\"none\" stroke=\"#134\" stroke-width=\"1.5\" stroke-linecap=\"round\" stroke-linejoin=\"round\">\n"
+        "<path d=\"M500 851.38L20 574.26L500 297.13h0\"/>\n"
+        "<path d=\"M20 574.26L20 20h0\"/>\n"
+        "</g>\n"
+        "<g stroke=\"#134\" stroke-width=\"4\" stroke-linecap=\"round\">\n"
+        "<path d=\"M980 20h0\"/>\n"
+        "</g>\n"
+        "</svg>\n");
 }
 
 TEST(IgesPictureTest, OfNothingIsEmpty)
