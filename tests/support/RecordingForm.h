@@ -45,20 +45,26 @@ public:
     int written = 0;
 };
 
-/// Whether this ends in a CUserException.
-template <class Action>
-bool IsRefused(const Action& action)
+/// Whether this ends in such a failure of the framework.
+template <class Failure, class Action>
+bool EndsIn(const Action& action)
 {
     try
     {
         action();
         return false;
     }
-    catch (CUserException* refusal)
+    catch (Failure* failure)
     {
-        refusal->Delete();
+        failure->Delete();
         return true;
     }
+}
+
+template <class Action>
+bool IsRefused(const Action& action)
+{
+    return EndsIn<CUserException>(action);
 }
 
 }
