@@ -43,12 +43,7 @@ int main(int argumentCount, char** arguments)
     SetDistanceUnits(*units);
 
     Tool tool;
-#ifdef _WIN32
-    const bool isStored = inTerminal ? EditInTerminal(tool) : EditInDialog(tool);
-#else
-    const bool isStored = EditInTerminal(tool);
-#endif
-    if (!isStored)
+    if (!(inTerminal ? EditInTerminal(tool) : EditInDialog(tool)))
         return 1;
     const auto text = [](double value) { return from_utf(to_wstring(value, 4), CP_UTF8); };
     std::cout << "diameter " << text(tool.diameter) << " mm, length " << text(tool.length) << " mm, feed "

@@ -28,6 +28,5 @@ bool Save(utility::platform::Form& form, Tool& tool);
 
 /// Has the user edit the tool. False if they gave up.
 bool EditInTerminal(Tool& tool);
-#ifdef _WIN32
+/// The same in a window; on Linux in the terminal.
 bool EditInDialog(Tool& tool);
-#endif

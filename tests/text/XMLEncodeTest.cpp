@@ -1,27 +1,14 @@
 #include "utility/text/XMLEncode.h"
 
-#include <boost/algorithm/string/replace.hpp>
+#include "tests/support/XMLEncodeModel.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 #include <string_view>
 
-namespace
-{
-
-std::wstring InSixPasses(std::wstring text, bool namedDegree)
-{
-    boost::replace_all(text, L"&", L"&amp;");
-    boost::replace_all(text, L"<", L"&lt;");
-    boost::replace_all(text, L">", L"&gt;");
-    boost::replace_all(text, L"'", L"&apos;");
-    boost::replace_all(text, L"\"", L"&quot;");
-    boost::replace_all(text, L"\u00B0", namedDegree ? L"&deg;" : L"&#176;");
-    return text;
-}
-
-}
+using support::InSixPasses;
 
 TEST(XMLEncodeTest, AmpersandBetweenTwoLetters) { EXPECT_EQ(XMLEncode(L"a&b", false), L"a&amp;b"); }
 

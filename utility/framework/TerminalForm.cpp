@@ -11,21 +11,6 @@
 namespace utility::framework
 {
 
-namespace
-{
-
-std::string Narrow(std::wstring_view text)
-{
-    const int length = static_cast<int>(text.size());
-    std::string narrow(static_cast<std::size_t>(platform::Text().ToCodePage(CP_ACP, text.data(), length, nullptr, 0)),
-                       '\0');
-    if (!narrow.empty())
-        platform::Text().ToCodePage(CP_ACP, text.data(), length, narrow.data(), static_cast<int>(narrow.size()));
-    return narrow;
-}
-
-}
-
 TerminalForm::TerminalForm(std::istream& in, std::ostream& out, std::vector<Field> fields)
     : m_in(in), m_out(out), m_fields(std::move(fields))
 {
@@ -56,7 +41,7 @@ void TerminalForm::Focus(int id) { m_inQuestion = Find(id); }
 
 void TerminalForm::ShowBox(const wchar_t* text, UINT /*style*/, int /*helpTopic*/)
 {
-    m_out << Narrow(text) << '\n' << std::flush;
+    m_out << platform::CodePageFromWide(CP_ACP, text) << '\n' << std::flush;
 }
 
 TerminalForm::Field* TerminalForm::Find(int id)
@@ -67,7 +52,8 @@ TerminalForm::Field* TerminalForm::Find(int id)
 
 bool TerminalForm::Ask(Field& field)
 {
-    m_out << Narrow(field.label) << " [" << Narrow(field.text) << "]: " << std::flush;
+    m_out << platform::CodePageFromWide(CP_ACP, field.label) << " [" << platform::CodePageFromWide(CP_ACP, field.text)
+          << "]: " << std::flush;
     std::string line;
     if (!std::getline(m_in, line))
         return false;

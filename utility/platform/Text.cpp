@@ -5,6 +5,17 @@
 namespace utility::platform
 {
 
+std::string CodePageFromWide(UINT codePage, std::wstring_view text)
+{
+    TextService& service = Text();
+    const int length = static_cast<int>(text.size());
+    const int size = service.ToCodePage(codePage, text.data(), length, nullptr, 0);
+    std::string narrow(static_cast<std::size_t>(size), '\0');
+    if (size != 0)
+        service.ToCodePage(codePage, text.data(), length, narrow.data(), size);
+    return narrow;
+}
+
 std::wstring WideFromCodePage(UINT codePage, std::string_view text)
 {
     std::wstring wide;

@@ -39,6 +39,9 @@ public:
 ServiceSlot<TextService>& TextSlot() noexcept;
 inline TextService& Text() noexcept { return TextSlot().Get(); }
 
+/// All of a wide text in a code page; empty where it cannot be converted. Only the low 32 bits of its length count.
+[[nodiscard]] std::string CodePageFromWide(UINT codePage, std::wstring_view text);
+
 /// All of a narrow text as wide text; empty where it cannot be converted, which more than 2^31 - 1 bytes cannot.
 [[nodiscard]] std::wstring WideFromCodePage(UINT codePage, std::string_view text);
 

@@ -22,10 +22,5 @@ std::string from_utf(const std::wstring& text, unsigned int codePage)
 
 std::string from_utf(const wchar_t* text, std::uint64_t length, unsigned int codePage)
 {
-    auto& service = utility::platform::Text();
-    const int size = service.ToCodePage(codePage, text, static_cast<int>(length), nullptr, 0);
-    std::string result(static_cast<std::size_t>(size), '\0');
-    if (size != 0)
-        service.ToCodePage(codePage, text, static_cast<int>(length), result.data(), size);
-    return result;
+    return utility::platform::CodePageFromWide(codePage, {text, length});
 }

@@ -1,0 +1,3 @@
+#include "examples/units/Tool.h"
+
+bool EditInDialog(Tool& tool) { return EditInTerminal(tool); }
