@@ -1,0 +1,42 @@
+#pragma once
+
+// Faults of the processor and what becomes of them. Plain functions, since they are called within a fault.
+
+#include "utility/platform/ExceptionRecord.h"
+
+namespace utility::platform
+{
+
+/// What is called for a fault that nobody has handled, on the thread that faulted, and gives what is to be done then: 0
+/// leaves it to the system, -1 goes on where it happened.
+#ifdef _WIN32
+using FaultFilter = LPTOP_LEVEL_EXCEPTION_FILTER;
+#else
+using FaultFilter = std::int32_t (*)(_EXCEPTION_POINTERS*);
+#endif
+
+/// Makes `filter` the one of the process, and gives the earlier one, null if there was none.
+///
+/// On Linux the first filter takes over the signals of faults and of abort, and what is given for "earlier" calls the
+/// action that each signal had; given back, or null, it restores them, save those that somebody else has taken since.
+FaultFilter SetFaultFilter(FaultFilter filter) noexcept;
+
+/// Called for a fault on its thread, ahead of the filter, with the exception's code. It throws, or returns to let the
+/// fault go on.
+using FaultTranslator = void (*)(unsigned int code, _EXCEPTION_POINTERS* fault);
+
+/// Makes `translator` the one of the calling thread and gives the earlier one, null if there was none.
+FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept;
+
+/// Sees to it that a fault on this thread finds a stack even where its own is exhausted. Counted: each Enter has its
+/// Leave, on the same thread. Without memory for it nothing is done. (Windows has what it needs.)
+void EnterFaultStack() noexcept;
+void LeaveFaultStack() noexcept;
+
+/// Has another program write the report of a fault of this process, and waits for it. False if it could not be started:
+/// then the process has to do it itself. On Windows always false. Nothing is allocated, and no lock is taken.
+///
+/// `log` is what of the log is to stand beside the report, null if nothing.
+bool ReportFromOutside(const _EXCEPTION_POINTERS& fault, const void* log) noexcept;
+
+}
