@@ -1,0 +1,48 @@
+#include "utility/platform/posix/faults/ReportedProcess.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+namespace utility::platform::posix
+{
+
+namespace
+{
+
+/// Zero for this one: a child of fork is another one than its parent.
+pid_t reportedProcess = 0;
+
+/// Where the system, or what it is run in, knows no better way.
+std::size_t ReadFile(std::uint64_t address, void* bytes, std::size_t size) noexcept
+{
+    char path[32];
+    std::snprintf(path, sizeof(path), "/proc/%d/mem", ReportedProcess());
+    const int file = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return 0;
+    const ssize_t read = ::pread(file, bytes, size, static_cast<off_t>(address));
+    ::close(file);
+    return static_cast<std::size_t>(std::max<ssize_t>(read, 0));
+}
+
+}
+
+pid_t ReportedProcess() noexcept { return reportedProcess != 0 ? reportedProcess : ::getpid(); }
+
+void SetReportedProcess(pid_t process) noexcept { reportedProcess = process; }
+
+std::size_t ReadReportedProcess(std::uint64_t address, void* bytes, std::size_t size) noexcept
+{
+    const iovec here = {bytes, size};
+    const iovec there = {reinterpret_cast<void*>(address), size};
+    const ssize_t read = ::process_vm_readv(ReportedProcess(), &here, 1, &there, 1, 0);
+    if (read < 0 && errno != EFAULT)
+        return ReadFile(address, bytes, size);
+    return static_cast<std::size_t>(std::max<ssize_t>(read, 0));
+}
+
+}
