@@ -6,6 +6,7 @@
 #include "utility/codec/CyclicRedundancyCheck.h"
 #include "utility/codec/VRMLFile.h"
 #include "utility/codec/ZEngine.h"
+#include "utility/crash/ReportLog.h"
 #include "utility/diagnostics/Assertions.h"
 #include "utility/failures/Failures.h"
 #include "utility/files/BackupFile.h"

@@ -119,6 +119,13 @@ TEST_F(HeaderExampleTest, ZEngine)
     EXPECT_LT(stream.total_out, sizeof(text));
 }
 
+TEST_F(HeaderExampleTest, ReportLog)
+{
+    const void* const database = NewOwner();
+#include "crash/ReportLog.example"
+    EXPECT_EQ(TakeLog(database), (std::vector<Logged>{{LogSeverityInformation, L"Tool change\n"}}));
+}
+
 TEST_F(HeaderExampleTest, Assertions)
 {
     const int count = 0;

@@ -1,6 +1,7 @@
 #include "utility/logging/LogMessages.h"
 
 #include "utility/guards/internal/LockGuard.h"
+#include "utility/logging/internal/KeptLog.h"
 #include "utility/platform/AtFork.h"
 #include "utility/platform/UntilUnload.h"
 
@@ -37,6 +38,7 @@ public:
         {
             const std::uint64_t capacity = CLogMessages::m_nDefaultLogCapacity.load(std::memory_order_relaxed);
             std::unique_ptr<CLogMessages> store(new CLogMessages(capacity));
+            store->m_owner = owner;
             place = m_stores.emplace_hint(place, owner, std::move(store));
         }
         return *place->second;
@@ -114,6 +116,9 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
 {
     if (message.empty())
         return;
+    // Ahead of the lock, and of a failed allocation.
+    if (utility::detail::KeptLog* const kept = utility::detail::TheKeptLog())
+        kept->Add(m_owner, severity, message);
     const utility::LockGuard guard(m_lock);
     if (m_ring.full() && !m_ring.empty())
     {

@@ -83,4 +83,5 @@ private:
     Ring m_ring;
     /// That of the ring, to be read without the lock.
     std::atomic<std::uint64_t> m_capacity;
+    const void* m_owner = nullptr;
 };

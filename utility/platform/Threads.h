@@ -19,6 +19,9 @@ void FreeThreadSlot(DWORD slot) noexcept;
 [[nodiscard]] void* ThreadSlotValue(DWORD slot) noexcept;
 void SetThreadSlotValue(DWORD slot, void* value) noexcept;
 
+/// The system's number of the calling thread, as debuggers show it.
+[[nodiscard]] DWORD ThreadNumber() noexcept;
+
 /// A lock that a thread may take again while it holds it. A thread that has to wait first tries `spinCount` times
 /// where there is more than one processor.
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept;

@@ -82,6 +82,8 @@ void Codec()
     static_cast<void>(check == check || check != check);
 }
 
+void Crash() { KeepLogForExceptionReports(); }
+
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
 
 void Failures()
@@ -783,6 +785,7 @@ int main(int argumentCount, char**)
     if (argumentCount > 0)
         return 0;
     Codec();
+    Crash();
     Diagnostics();
     Failures();
     Files();

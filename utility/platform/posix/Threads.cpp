@@ -51,6 +51,8 @@ void* ThreadSlotValue(DWORD slot) noexcept { return ::pthread_getspecific(slot);
 
 void SetThreadSlotValue(DWORD slot, void* value) noexcept { ::pthread_setspecific(slot, value); }
 
+DWORD ThreadNumber() noexcept { return static_cast<DWORD>(::gettid()); }
+
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept
 {
     section.spinCount = spinCount;

@@ -11,6 +11,8 @@ void* ThreadSlotValue(DWORD slot) noexcept { return ::TlsGetValue(slot); }
 
 void SetThreadSlotValue(DWORD slot, void* value) noexcept { ::TlsSetValue(slot, value); }
 
+DWORD ThreadNumber() noexcept { return ::GetCurrentThreadId(); }
+
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept
 {
     ::InitializeCriticalSectionAndSpinCount(&section, spinCount);
