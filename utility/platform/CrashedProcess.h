@@ -20,6 +20,9 @@ struct LoadedModule
     std::wstring path;
     std::uint64_t base = 0;
     std::uint64_t size = 0; ///< in bytes
+    /// When its file was changed last, in seconds since 1970, 0 if there is no file to ask. Nothing where modules tell
+    /// themselves when they were linked, as on Windows.
+    std::optional<DWORD> time;
 };
 
 struct SystemVersion
@@ -43,10 +46,6 @@ public:
     virtual std::wstring ProgramPath() = 0;
 
     virtual std::vector<LoadedModule> Modules() = 0;
-
-    /// When the file of a module was changed last, in seconds since 1970, 0 if there is no file to ask. Nothing where
-    /// the modules tell themselves when they were linked, as on Windows.
-    virtual std::optional<DWORD> ModuleTime(const LoadedModule& module) = 0;
 
     /// The module that holds an address; null if none does.
     virtual HINSTANCE ModuleAt(const void* address) = 0;

@@ -5,6 +5,8 @@
 
 #include "utility/platform/Types.h"
 
+#include <cstdint>
+
 #ifndef _WIN32
 
 /// What happened.
@@ -53,3 +55,18 @@ struct _EXCEPTION_POINTERS
 };
 
 #endif
+
+namespace utility::platform
+{
+
+/// What is to be done about a fault: 0 leaves it to the system, -1 goes on where it happened.
+#ifdef _WIN32
+using FaultDisposition = LONG;
+#else
+using FaultDisposition = std::int32_t;
+#endif
+
+/// What is called for a fault that nobody has handled, on the thread that faulted.
+using FaultFilter = FaultDisposition (*)(_EXCEPTION_POINTERS*);
+
+}

@@ -7,14 +7,6 @@
 namespace utility::platform
 {
 
-/// What is called for a fault that nobody has handled, on the thread that faulted, and gives what is to be done then: 0
-/// leaves it to the system, -1 goes on where it happened.
-#ifdef _WIN32
-using FaultFilter = LPTOP_LEVEL_EXCEPTION_FILTER;
-#else
-using FaultFilter = std::int32_t (*)(_EXCEPTION_POINTERS*);
-#endif
-
 /// Makes `filter` the one of the process, and gives the earlier one, null if there was none.
 ///
 /// On Linux the first filter takes over the signals of faults and of abort, and what is given for "earlier" calls the

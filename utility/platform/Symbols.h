@@ -92,7 +92,8 @@ public:
     virtual bool TypeBase(SymbolType type, DWORD& base) = 0;
 
     /// Reads memory of the process. What is not there is a second fault: on Windows just that, on Linux a
-    /// ReportEnd.
+    /// ReportEnd. On Linux a value that is not in memory has an address all the same, with zeros behind the value up to
+    /// the end of its page: a text is read as far as that at once.
     virtual void Read(std::uint64_t address, void* bytes, std::size_t size) = 0;
 };
 

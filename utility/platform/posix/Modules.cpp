@@ -5,6 +5,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/posix/modules/LoadedFiles.h"
+#include "utility/platform/posix/modules/PlaceOf.h"
 #include "utility/platform/SystemService.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -34,17 +35,6 @@ constexpr NumberedString ownStrings[] = {
 #undef UTILITY_STRING
 };
 
-/// What the system says of the place of a file that a program runs from, without the mark that it is no longer there.
-boost::filesystem::path PlaceOf(const boost::filesystem::path& told)
-{
-    constexpr std::string_view mark = " (deleted)";
-    boost::system::error_code ignored;
-    std::string text = told.native();
-    if (text.ends_with(mark) && !boost::filesystem::exists(told, ignored))
-        text.resize(text.size() - mark.size());
-    return text;
-}
-
 /// The path of the file that is mapped from this address on; empty if there is none.
 boost::filesystem::path MappedFileAt(const void* address)
 {
@@ -53,7 +43,7 @@ boost::filesystem::path MappedFileAt(const void* address)
     for (std::string line; std::getline(maps, line);)
     {
         if (std::strtoull(line.c_str(), nullptr, 16) == reinterpret_cast<std::uintptr_t>(address))
-            return PlaceOf(line.substr(std::min(line.find('/'), line.size())));
+            return posix::PlaceOf(line.substr(std::min(line.find('/'), line.size())));
     }
     return {};
 }
@@ -83,7 +73,7 @@ boost::filesystem::path PathOf(HINSTANCE module)
     path = boost::filesystem::read_symlink("/proc/self/exe", error);
     if (error)
         SetLastError(posix::ErrorOfErrno(error.value()));
-    return PlaceOf(path);
+    return posix::PlaceOf(path);
 }
 
 class PosixModules final : public ModuleService

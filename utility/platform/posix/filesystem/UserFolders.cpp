@@ -35,6 +35,16 @@ path HomeFolder()
     return home.starts_with('/') ? home : "";
 }
 
+/// The folder that a variable names, or else this one in the home folder.
+path FolderBy(const char* variable, const char* inHome)
+{
+    const char* const given = std::getenv(variable);
+    if (given != nullptr && *given == '/')
+        return given;
+    const path home = HomeFolder();
+    return home.empty() ? home : home / inHome;
+}
+
 /// The text that a shell would see ahead of the quotation mark that ends this one.
 std::string Unquoted(std::string_view text)
 {
@@ -49,14 +59,9 @@ std::string Unquoted(std::string_view text)
 
 }
 
-path UserConfigurationFolder()
-{
-    const char* const given = std::getenv("XDG_CONFIG_HOME");
-    if (given != nullptr && *given == '/')
-        return given;
-    const path home = HomeFolder();
-    return home.empty() ? home : home / ".config";
-}
+path UserConfigurationFolder() { return FolderBy("XDG_CONFIG_HOME", ".config"); }
+
+path UserDataFolder() { return FolderBy("XDG_DATA_HOME", ".local/share"); }
 
 path DocumentsFolder()
 {

@@ -10,6 +10,9 @@ namespace utility::platform::posix
 /// Where programs keep their settings.
 boost::filesystem::path UserConfigurationFolder();
 
+/// Where they keep what else is the user's.
+boost::filesystem::path UserDataFolder();
+
 /// The one that the desktop's settings name, or else the home folder.
 boost::filesystem::path DocumentsFolder();
 

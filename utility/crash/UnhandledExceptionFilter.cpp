@@ -1,0 +1,48 @@
+#include "utility/crash/UnhandledExceptionFilter.h"
+
+#include "utility/crash/internal/ExceptionReport.h"
+#include "utility/platform/Faults.h"
+#include "utility/platform/UntilUnload.h"
+
+using utility::platform::FaultDisposition;
+
+namespace
+{
+
+CUnhandledExceptionFilter& TheFilter()
+{
+    static utility::platform::UntilUnload<CUnhandledExceptionFilter> filter;
+    return *filter;
+}
+
+/// Behind what the library has in its language.
+[[gnu::constructor(105)]] void InstallFilter() { TheFilter(); }
+
+}
+
+constinit bool CUnhandledExceptionFilter::g_bGenerateExceptionReport = true;
+
+CUnhandledExceptionFilter::CUnhandledExceptionFilter()
+    : m_pPrevious(utility::platform::SetFaultFilter(&UnhandledExceptionFilter))
+{
+}
+
+CUnhandledExceptionFilter& CUnhandledExceptionFilter::operator=(const CUnhandledExceptionFilter&) = default;
+
+CUnhandledExceptionFilter::~CUnhandledExceptionFilter() { utility::platform::SetFaultFilter(m_pPrevious); }
+
+FaultDisposition CUnhandledExceptionFilter::UnhandledExceptionFilter(_EXCEPTION_POINTERS* fault)
+{
+    CUnhandledExceptionFilter& filter = TheFilter();
+    const FaultDisposition disposition = filter.m_pPrevious != nullptr ? filter.m_pPrevious(fault) : 0;
+    if (g_bGenerateExceptionReport)
+        filter.GenerateExceptionReport(fault);
+    return disposition;
+}
+
+void CUnhandledExceptionFilter::GenerateExceptionReport(_EXCEPTION_POINTERS* const fault)
+{
+    // Without registers there is this process's own stack to tell of.
+    if (fault->ContextRecord == nullptr || !utility::platform::ReportFromOutside(*fault, nullptr))
+        utility::detail::WriteExceptionReport(*fault);
+}
