@@ -15,6 +15,14 @@ set(package_files UtilityConfig.cmake UtilityVersionRecord.cmake VersionRecord.c
 list(TRANSFORM package_files PREPEND "${PROJECT_SOURCE_DIR}/cmake/")
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" ${package_files} DESTINATION "${package_folder}")
 
+if(NOT WIN32)
+  # Beside the library, which looks for it there.
+  install(
+    TARGETS UtilityCrashReport
+    EXPORT UtilityTargets
+    RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
+
 if(UTILITY_SATELLITES)
   get_target_property(satellites UtilitySatellites UTILITY_FILES)
   set(satellite_folder "${CMAKE_INSTALL_LIBDIR}")

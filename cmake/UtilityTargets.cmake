@@ -38,12 +38,17 @@ function(utility_precompile target)
 endfunction()
 
 # Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder and, with
-# LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. Makes the
-# target `name` for it.
+# LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. On Linux a
+# program that has the library in it looks there for what writes the report of its crash. Makes the target `name` for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
   if(NOT WIN32)
-    add_custom_target(${name})
+    add_custom_command(
+      OUTPUT UtilityCrashReport
+      COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:UtilityCrashReport> .
+      DEPENDS $<TARGET_FILE:UtilityCrashReport>
+      VERBATIM)
+    add_custom_target(${name} DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/UtilityCrashReport")
     return()
   endif()
   utility_runtime_files(files)
