@@ -2,6 +2,7 @@
 
 #include "utility/diagnostics/Assertions.h"
 #include "utility/platform/Debugger.h"
+#include "utility/platform/Faults.h"
 #include "utility/platform/ThreadSlot.h"
 #include "utility/platform/UntilUnload.h"
 
@@ -67,12 +68,16 @@ CQLMNodeAllocator* ResetThreadAllocator(bool create)
 
 CThreadAllocatorManager::CThreadAllocatorManager() : m_owner(Allocator() == nullptr)
 {
-    if (m_owner)
-        ResetThreadAllocator(true);
+    if (!m_owner)
+        return;
+    ResetThreadAllocator(true);
+    utility::platform::EnterFaultStack();
 } // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the slot has the allocator, and without one it is lost
 
 CThreadAllocatorManager::~CThreadAllocatorManager()
 {
-    if (m_owner)
-        ResetThreadAllocator(false);
+    if (!m_owner)
+        return;
+    utility::platform::LeaveFaultStack();
+    ResetThreadAllocator(false);
 }

@@ -25,6 +25,10 @@ FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept;
 void EnterFaultStack() noexcept;
 void LeaveFaultStack() noexcept;
 
+/// After a stack overflow that was caught on this thread: takes back the room that was made on its stack for what was
+/// thrown, so that the next one is found again. To be called where the stack is no longer deep.
+void RestoreStackGuard() noexcept;
+
 /// Has another program write the report of a fault of this process, and waits for it. False if it could not be started:
 /// then the process has to do it itself. On Windows always false. Nothing is allocated, and no lock is taken.
 ///
