@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <optional>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -73,7 +74,7 @@ struct Place
 /// What the thread writes a report of.
 UTILITY_OF_THREAD const Fault* reported = nullptr;
 /// Where the latest fault was that an earlier action returned from.
-UTILITY_OF_THREAD Place latest = {};
+UTILITY_OF_THREAD std::optional<Place> latest = std::nullopt;
 UTILITY_OF_THREAD FaultTranslator threadTranslator = nullptr;
 
 #undef UTILITY_OF_THREAD
@@ -254,7 +255,7 @@ std::int32_t AskFilter(const Fault& fault, _EXCEPTION_RECORD& record, _CONTEXT& 
     if (filter == nullptr)
         return continueSearch;
     const Place place = {registers.Rip, posix::IsOfProcessor(*fault.info) ? fault.info->si_addr : nullptr};
-    const bool isKnown = place == std::exchange(latest, {});
+    const bool isKnown = place == std::exchange(latest, std::nullopt);
     _EXCEPTION_POINTERS pointers = {&record, &registers};
     const Reporting scope(fault);
     const std::int32_t disposition = (isKnown ? &CallEarlierAction : filter)(&pointers);
