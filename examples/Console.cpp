@@ -3,16 +3,22 @@
 #include "utility/Utility.h"
 
 #include <boost/filesystem/operations.hpp>
+#include <boost/locale/encoding_utf.hpp>
 
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
+#include <cstring>
 
 #ifdef _WIN32
 #include <fcntl.h>
 #include <io.h>
+#include <process.h>
 #include <shellapi.h>
 #else
-#include <boost/locale/encoding_utf.hpp>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -37,9 +43,34 @@ std::string Utf8(const boost::filesystem::path& path) { return from_utf(path.nat
 
 std::wstring Wide(const boost::filesystem::path& path) { return path.native(); }
 
+boost::filesystem::path PathOf(const std::string& text) { return boost::locale::conv::utf_to_utf<wchar_t>(text); }
+
 void MakeOutputBinary() { ::_setmode(::_fileno(stdout), _O_BINARY); }
 
 bool OutputIsTerminal() { return ::_isatty(::_fileno(stdout)) != 0; }
+
+std::string RunAgain(const std::vector<std::string>& arguments)
+{
+    std::vector<std::wstring> texts = {L"again"};
+    for (const std::string& argument : arguments)
+        texts.emplace_back(argument.begin(), argument.end());
+    std::vector<const wchar_t*> pointers;
+    for (const std::wstring& text : texts)
+        pointers.push_back(text.c_str());
+    pointers.push_back(nullptr);
+    wchar_t program[32768] = L"";
+    ::GetModuleFileNameW(nullptr, program, 32768);
+    char text[32];
+    std::snprintf(text, sizeof text, "with 0x%llX",
+                  static_cast<unsigned long long>(::_wspawnv(_P_WAIT, program, pointers.data())) & 0xFFFFFFFF);
+    return text;
+}
+
+boost::filesystem::path LocalData()
+{
+    const wchar_t* const folder = ::_wgetenv(L"LOCALAPPDATA");
+    return folder != nullptr ? folder : L"";
+}
 
 #else
 
@@ -55,9 +86,37 @@ std::wstring Wide(const boost::filesystem::path& path)
     return boost::locale::conv::utf_to_utf<wchar_t>(path.native());
 }
 
+boost::filesystem::path PathOf(const std::string& text) { return text; }
+
 void MakeOutputBinary() {}
 
 bool OutputIsTerminal() { return ::isatty(STDOUT_FILENO) != 0; }
+
+std::string RunAgain(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> texts = {"again"};
+    texts.insert(texts.end(), arguments.begin(), arguments.end());
+    std::vector<char*> pointers;
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    pid_t process = 0;
+    int status = 0;
+    const int error = ::posix_spawn(&process, "/proc/self/exe", nullptr, nullptr, pointers.data(), environ);
+    if (error != 0 || ::waitpid(process, &status, 0) != process)
+        return std::string("before it began: ") + std::strerror(error != 0 ? error : errno);
+    if (WIFSIGNALED(status))
+        return "by signal " + std::to_string(WTERMSIG(status)) + " (" + ::strsignal(WTERMSIG(status)) + ')';
+    return "with " + std::to_string(WEXITSTATUS(status));
+}
+
+boost::filesystem::path LocalData()
+{
+    if (const char* const folder = std::getenv("XDG_DATA_HOME"); folder != nullptr && *folder == '/')
+        return folder;
+    const char* const home = std::getenv("HOME");
+    return home != nullptr ? boost::filesystem::path(home) / ".local/share" : boost::filesystem::path();
+}
 
 #endif
 

@@ -22,11 +22,20 @@ std::vector<boost::filesystem::path> Arguments(int count, char** arguments);
 std::string Utf8(const boost::filesystem::path& path);
 std::wstring Wide(const boost::filesystem::path& path);
 
+/// A path that is given as UTF-8. What is none is left out on Windows.
+boost::filesystem::path PathOf(const std::string& text);
+
 /// Prints zero bytes too, which the content of a file may have anywhere.
 void Print(std::FILE* stream, const std::string& text);
 
 /// Why a file could not be opened or written, as UTF-8. Ends the failure.
 std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
+
+/// Runs this program once more, with arguments that have no blanks and no quotes, and waits for it. Tells how it ended.
+std::string RunAgain(const std::vector<std::string>& arguments);
+
+/// The folder for what programs keep of one user on one machine; empty if the environment names none.
+boost::filesystem::path LocalData();
 
 /// What is printed from here on is left as it is, line ends too.
 void MakeOutputBinary();

@@ -1,6 +1,7 @@
 #include "utility/crash/UnhandledExceptionFilter.h"
 
 #include "utility/crash/internal/ExceptionReport.h"
+#include "utility/crash/internal/ReportLog.h"
 #include "utility/platform/Faults.h"
 #include "utility/platform/UntilUnload.h"
 
@@ -43,6 +44,9 @@ FaultDisposition CUnhandledExceptionFilter::UnhandledExceptionFilter(_EXCEPTION_
 void CUnhandledExceptionFilter::GenerateExceptionReport(_EXCEPTION_POINTERS* const fault)
 {
     // Without registers there is this process's own stack to tell of.
-    if (fault->ContextRecord == nullptr || !utility::platform::ReportFromOutside(*fault, nullptr))
-        utility::detail::WriteExceptionReport(*fault);
+    if (fault->ContextRecord != nullptr && utility::platform::ReportFromOutside(*fault, utility::detail::TheKeptLog()))
+        return;
+    const boost::filesystem::path report = utility::detail::WriteExceptionReport(*fault);
+    if (!report.empty())
+        utility::detail::WriteReportLog(report);
 }
