@@ -58,6 +58,7 @@ public:
 
     void BeginWalk(const _CONTEXT& context)
     {
+        m_entries.clear();
         m_frame = m_unwinder.First(Registers(context));
         m_isFirst = true;
         Look();
@@ -123,7 +124,7 @@ public:
     {
         if (m_scope == nullptr)
             return;
-        Variables(m_elfutils, m_program, m_unwinder, *m_frame)
+        Variables(m_elfutils, m_program, m_unwinder, m_entries, *m_frame)
             .Each(*m_scope, [this, &visit](const Variable& variable) { visit(Described(variable)); });
     }
 
@@ -227,6 +228,7 @@ private:
     Program m_program;
     const Unwinder m_unwinder;
     Types m_types;
+    EntryValues m_entries;
     std::optional<Frame> m_frame;
     const Code* m_code = nullptr;
     unsigned m_depth = 0; ///< how many functions have this frame

@@ -104,10 +104,13 @@ void Unwinder::FindCaller(Frame& frame) const
 {
     if (Dwfl_Module* const module = m_program.ModuleAt(frame.LookUp()))
     {
-        Dwarf_Addr bias = 0;
-        if (ByInformation(frame, m_elfutils.dwfl_module_eh_cfi(module, &bias), bias) ||
-            ByInformation(frame, m_elfutils.dwfl_module_dwarf_cfi(module, &bias), bias))
-            return;
+        for (const auto information : {m_elfutils.dwfl_module_eh_cfi, m_elfutils.dwfl_module_dwarf_cfi})
+        {
+            Dwarf_Addr bias = 0;
+            Dwarf_CFI* const found = information(module, &bias);
+            if (found != nullptr && ByInformation(frame, found, bias))
+                return;
+        }
     }
     if (!ByWildCall(frame, m_program))
         ByFramePointer(frame);

@@ -1,9 +1,12 @@
 #include "utility/platform/posix/symbols/Variables.h"
 
+#include "utility/platform/posix/faults/ReportedProcess.h"
+
 #include <algorithm>
 #include <cstring>
 #include <dwarf.h>
 #include <set>
+#include <unistd.h>
 
 namespace utility::platform::posix
 {
@@ -162,18 +165,32 @@ std::optional<std::uint64_t> Variables::FrameBase() const
 
 std::optional<std::uint64_t> Variables::AtEntry(Dwarf_Attribute& value) const
 {
-    static constexpr unsigned maximumDepth = 16;
     Dwarf_Op* operations = nullptr;
     std::size_t count = 0;
-    if (m_depth == maximumDepth || m_elfutils.dwarf_getlocation(&value, &operations, &count) != 0)
+    if (m_elfutils.dwarf_getlocation(&value, &operations, &count) != 0)
         return std::nullopt;
     const std::optional<std::uint64_t> number = RegisterOf(operations, count);
-    const std::optional<Frame> frame = number ? m_unwinder.CallerOf(m_frame) : std::nullopt;
+    if (!number)
+        return std::nullopt;
+    const auto [entry, isNew] = m_entries.try_emplace({m_frame.address, *number});
+    if (isNew)
+        entry->second = PassedIn(*number);
+    return entry->second;
+}
+
+/// What a recursive function was called with can go back through all its calls.
+std::optional<std::uint64_t> Variables::PassedIn(std::uint64_t number) const
+{
+    // In the process that faulted it is the handler's own small stack that this takes.
+    const unsigned maximumDepth = ReportedProcess() == ::getpid() ? 8 : 1000;
+    if (m_depth == maximumDepth)
+        return std::nullopt;
+    const std::optional<Frame> frame = m_unwinder.CallerOf(m_frame);
     if (!frame || !frame->isCall)
         return std::nullopt;
-    const Variables caller(m_elfutils, m_program, m_unwinder, *frame, m_depth + 1);
+    const Variables caller(m_elfutils, m_program, m_unwinder, m_entries, *frame, m_depth + 1);
     const std::optional<Dwarf_Die> call = caller.CallOf(*this);
-    return call ? caller.Passed(*call, *number) : std::nullopt;
+    return call ? caller.Passed(*call, number) : std::nullopt;
 }
 
 std::optional<Dwarf_Die> Variables::CallOf(const Variables& callee) const

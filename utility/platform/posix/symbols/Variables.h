@@ -4,7 +4,9 @@
 #include "utility/platform/posix/symbols/Unwinder.h"
 
 #include <functional>
+#include <map>
 #include <optional>
+#include <utility>
 
 namespace utility::platform::posix
 {
@@ -19,12 +21,16 @@ struct Variable
     Location location;
 };
 
+/// What registers held when a function was entered, by the address of its frame, as far as it was asked for.
+using EntryValues = std::map<std::pair<std::uint64_t, std::uint64_t>, std::optional<std::uint64_t>>;
+
 /// Evaluates what debugging information tells of a frame's variables.
 class Variables final : public ExpressionFrame
 {
 public:
-    Variables(const Elfutils& elfutils, Program& program, const Unwinder& unwinder, const Frame& frame)
-        : Variables(elfutils, program, unwinder, frame, 0)
+    Variables(const Elfutils& elfutils, Program& program, const Unwinder& unwinder, EntryValues& entries,
+              const Frame& frame)
+        : Variables(elfutils, program, unwinder, entries, frame, 0)
     {
     }
 
@@ -39,10 +45,12 @@ public:
     std::uint64_t ProgramCounter() const override { return m_code.FileAddress(); }
 
 private:
-    Variables(const Elfutils& elfutils, Program& program, const Unwinder& unwinder, const Frame& frame, unsigned depth)
+    Variables(const Elfutils& elfutils, Program& program, const Unwinder& unwinder, EntryValues& entries,
+              const Frame& frame, unsigned depth)
         : m_elfutils(elfutils),
           m_program(program),
           m_unwinder(unwinder),
+          m_entries(entries),
           m_frame(frame),
           m_code(program.CodeAt(frame.LookUp())),
           m_depth(depth)
@@ -55,6 +63,7 @@ private:
     std::optional<Location> Locate(Dwarf_Attribute& attribute, std::size_t size) const;
     std::optional<std::uint64_t> Compute(Dwarf_Die& die, unsigned attribute, unsigned earlierAttribute) const;
 
+    std::optional<std::uint64_t> PassedIn(std::uint64_t number) const;
     /// The description of the call from which `callee` is to return.
     std::optional<Dwarf_Die> CallOf(const Variables& callee) const;
     bool Calls(Dwarf_Die& call, const Variables& callee) const;
@@ -63,6 +72,7 @@ private:
     const Elfutils& m_elfutils;
     Program& m_program;
     const Unwinder& m_unwinder;
+    EntryValues& m_entries;
     const Frame& m_frame;
     const Code& m_code;
     const unsigned m_depth;
