@@ -1,4 +1,5 @@
 #include "tests/support/OwnHives.h"
+#include "utility/crash/UnhandledExceptionFilter.h"
 #include "utility/startup/LibraryFrame.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,8 @@ int main(int argumentCount, char** arguments)
     std::setlocale(LC_ALL, "C");
     ::testing::InitGoogleTest(&argumentCount, arguments);
     support::UseOwnHives();
+    // A test that fails by a fault tells that by itself, and the user's home is not for tests.
+    CUnhandledExceptionFilter::g_bGenerateExceptionReport = false;
     InitialiseUtilityDLL();
     return RUN_ALL_TESTS();
 }

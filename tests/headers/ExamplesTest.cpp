@@ -126,6 +126,11 @@ TEST_F(HeaderExampleTest, ReportLog)
     EXPECT_EQ(TakeLog(database), (std::vector<Logged>{{LogSeverityInformation, L"Tool change\n"}}));
 }
 
+TEST_F(HeaderExampleTest, UnhandledExceptionFilter)
+{
+#include "crash/UnhandledExceptionFilter.example"
+}
+
 TEST_F(HeaderExampleTest, Assertions)
 {
     const int count = 0;

@@ -43,10 +43,11 @@ FaultDisposition CUnhandledExceptionFilter::UnhandledExceptionFilter(_EXCEPTION_
 
 void CUnhandledExceptionFilter::GenerateExceptionReport(_EXCEPTION_POINTERS* const fault)
 {
+    using namespace utility;
     // Without registers there is this process's own stack to tell of.
-    if (fault->ContextRecord != nullptr && utility::platform::ReportFromOutside(*fault, utility::detail::TheKeptLog()))
+    if (fault->ContextRecord != nullptr && platform::ReportFromOutside(*fault, detail::TheKeptLog()))
         return;
-    const boost::filesystem::path report = utility::detail::WriteExceptionReport(*fault);
+    const boost::filesystem::path report = detail::WriteExceptionReport(*fault);
     if (!report.empty())
-        utility::detail::WriteReportLog(report);
+        detail::WriteReportLog(report);
 }

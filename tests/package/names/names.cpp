@@ -82,7 +82,14 @@ void Codec()
     static_cast<void>(check == check || check != check);
 }
 
-void Crash() { KeepLogForExceptionReports(); }
+void Crash()
+{
+    KeepLogForExceptionReports();
+    CUnhandledExceptionFilter filter;
+    filter = CUnhandledExceptionFilter();
+    CUnhandledExceptionFilter::g_bGenerateExceptionReport =
+        CUnhandledExceptionFilter::UnhandledExceptionFilter(nullptr) != 0;
+}
 
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
 
