@@ -76,7 +76,7 @@ void KeptLog::Add(const void* owner, LogSeverity severity, std::wstring_view tex
             continue;
         Store(message.owner, address);
         Store(message.time, Now());
-        Store(message.thread, platform::ThreadNumber());
+        Store<std::uint32_t>(message.thread, platform::ThreadNumber());
         Store(message.severity, severity);
         Store(message.length, static_cast<std::uint32_t>(text.size()));
         for (std::size_t i = 0; i != std::min(text.size(), KeptMessage::textCapacity); ++i)
