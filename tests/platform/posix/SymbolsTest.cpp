@@ -1,14 +1,11 @@
 #include "utility/platform/Symbols.h"
 
+#include "tests/support/posix/FaultedProgram.h"
 #include "utility/platform/posix/faults/ReportedProcess.h"
 #include "utility/platform/PresentContext.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cerrno>
-#include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,9 +14,7 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <sys/ptrace.h>
-#include <sys/user.h>
-#include <sys/wait.h>
+#include <sys/types.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -28,67 +23,6 @@ using namespace utility::platform;
 
 namespace
 {
-
-/// A program that was stopped at the instruction that faulted, and its registers there.
-class FaultedProgram
-{
-public:
-    explicit FaultedProgram(const char* path) : m_process(::fork())
-    {
-        if (m_process == 0)
-        {
-            ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-            ::execl(path, path, static_cast<char*>(nullptr));
-            ::_exit(127);
-        }
-        int status = 0;
-        if (::waitpid(m_process, &status, 0) != m_process || !WIFSTOPPED(status) ||
-            ::ptrace(PTRACE_CONT, m_process, nullptr, nullptr) != 0 || ::waitpid(m_process, &status, 0) != m_process ||
-            !WIFSTOPPED(status) || WSTOPSIG(status) != SIGSEGV)
-            return;
-        user_regs_struct general = {};
-        user_fpregs_struct vectors = {};
-        m_isStopped = ::ptrace(PTRACE_GETREGS, m_process, nullptr, &general) == 0 &&
-                      ::ptrace(PTRACE_GETFPREGS, m_process, nullptr, &vectors) == 0 &&
-                      ::ptrace(PTRACE_DETACH, m_process, nullptr, SIGSTOP) == 0;
-        m_context.Rax = general.rax;
-        m_context.Rcx = general.rcx;
-        m_context.Rdx = general.rdx;
-        m_context.Rbx = general.rbx;
-        m_context.Rsp = general.rsp;
-        m_context.Rbp = general.rbp;
-        m_context.Rsi = general.rsi;
-        m_context.Rdi = general.rdi;
-        m_context.R8 = general.r8;
-        m_context.R9 = general.r9;
-        m_context.R10 = general.r10;
-        m_context.R11 = general.r11;
-        m_context.R12 = general.r12;
-        m_context.R13 = general.r13;
-        m_context.R14 = general.r14;
-        m_context.R15 = general.r15;
-        m_context.Rip = general.rip;
-        for (std::size_t i = 0; i < std::size(m_context.Xmm); ++i)
-            std::memcpy(&m_context.Xmm[i], &vectors.xmm_space[4 * i], sizeof(m_context.Xmm[i]));
-    }
-    FaultedProgram(const FaultedProgram&) = delete;
-    FaultedProgram& operator=(const FaultedProgram&) = delete;
-    ~FaultedProgram()
-    {
-        posix::SetReportedProcess(0);
-        ::kill(m_process, SIGKILL);
-        ::waitpid(m_process, nullptr, 0);
-    }
-
-    bool IsStopped() const { return m_isStopped; }
-    pid_t Process() const { return m_process; }
-    const _CONTEXT& Context() const { return m_context; }
-
-private:
-    _CONTEXT m_context = {};
-    bool m_isStopped = false;
-    const pid_t m_process;
-};
 
 /// The symbols of a process, for as long as it lives.
 class OpenSymbols
@@ -356,7 +290,7 @@ protected:
     /// False, with the test's outcome told, if there is nothing to compare.
     void CompareWithDebugger(const char* path, Comparison& comparison)
     {
-        const FaultedProgram program(path);
+        const support::FaultedProgram program(path);
         ASSERT_TRUE(program.IsStopped());
         const std::vector<ToldFrame> told = AskDebugger(program.Process());
         const OpenSymbols symbols(program.Process());
@@ -487,7 +421,7 @@ class SymbolVariables : public testing::Test
 protected:
     void SetUp() override
     {
-        const FaultedProgram program(UTILITY_STOPPED_PROGRAM);
+        const support::FaultedProgram program(UTILITY_STOPPED_PROGRAM);
         ASSERT_TRUE(program.IsStopped());
         const OpenSymbols symbols(program.Process());
         for (const FoundFrame& frame : Walk(program.Context()))
@@ -557,7 +491,7 @@ TEST_F(SymbolVariables, TellParametersLocalsAndStaticOnesApart)
 
 TEST(SymbolVariablesInRegisters, HaveTheNumbersOfCodeView)
 {
-    const FaultedProgram program(UTILITY_STOPPED_PROGRAM_OPTIMISED);
+    const support::FaultedProgram program(UTILITY_STOPPED_PROGRAM_OPTIMISED);
     ASSERT_TRUE(program.IsStopped());
     const OpenSymbols symbols(program.Process());
     const std::vector<FoundFrame> frames = Walk(program.Context());
