@@ -103,11 +103,11 @@ void IllegalInstruction() { __builtin_trap(); }
 
 void Heap()
 {
-    auto* const text = static_cast<char*>(std::malloc(24));
-    std::memset(text, 'x', static_cast<std::size_t>(Unknown(64))); // over the end
-    std::free(text);
-    std::free(std::malloc(2000));
-    std::abort(); // where nobody looked
+    auto* const first = static_cast<char*>(std::malloc(3000));
+    auto* const second = static_cast<char*>(std::malloc(3000));
+    std::memset(first, 'x', static_cast<std::size_t>(Unknown(3064))); // over the end
+    std::free(second);
+    std::abort(); // where nobody notices
 }
 
 }
