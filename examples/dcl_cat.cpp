@@ -200,7 +200,8 @@ ExitStatus Print(const CMemoryMappedFile& file, const boost::filesystem::path& p
 ExitStatus Save(const CMemoryMappedFile& file, const boost::filesystem::path& path)
 {
     const boost::filesystem::path expandedPath = boost::filesystem::path(path).replace_extension();
-    if (expandedPath == path)
+    const boost::filesystem::path name = path.stem();
+    if (name == path.filename() || name.empty() || name.filename_is_dot() || name.filename_is_dot_dot())
     {
         console::Print(stderr, console::Utf8(path) + " has no extension that its expanded file could lack\n");
         return exitNotReadable;

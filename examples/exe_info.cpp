@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -151,6 +152,10 @@ int main(int argumentCount, char** argumentTexts)
     catch (CException* failure)
     {
         console::Print(stderr, console::ReasonOf(failure, arguments[0]));
-        return exitNotReadable;
     }
+    catch (const std::exception& failure)
+    {
+        console::Print(stderr, std::string(failure.what()) + '\n');
+    }
+    return exitNotReadable;
 }

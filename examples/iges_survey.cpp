@@ -17,6 +17,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <map>
 #include <string>
@@ -399,11 +400,10 @@ int main(int argumentCount, char** arguments)
     catch (CException* failure)
     {
         console::Print(stderr, console::ReasonOf(failure, options.path));
-        return exitNotReadable;
     }
-    catch (const boost::filesystem::filesystem_error& failure)
+    catch (const std::exception& failure)
     {
         console::Print(stderr, std::string(failure.what()) + '\n');
-        return exitNotReadable;
     }
+    return exitNotReadable;
 }

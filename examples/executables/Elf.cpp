@@ -8,6 +8,8 @@ namespace
 {
 
 constexpr std::uint64_t mostBytesOfBuildId = 64;
+/// Any number of segments and sections may say that they are the whole file.
+constexpr unsigned mostNotes = 1000;
 
 enum SegmentType
 {
@@ -106,16 +108,18 @@ private:
 
     void ReadSegments()
     {
+        Bytes dynamic; // the last one, as others may be the whole file too
         EachSegment(
-            [this](std::uint64_t type, std::uint64_t, const Bytes& content)
+            [&](std::uint64_t type, std::uint64_t, const Bytes& content)
             {
                 if (type == segmentInterpreter)
                     m_executable.interpreter = content.Text(0);
                 else if (type == segmentNotes)
                     ReadNotes(content);
                 else if (type == segmentDynamic)
-                    ReadNeeded(content);
+                    dynamic = content;
             });
+        ReadNeeded(dynamic);
     }
 
     void ReadSections()
@@ -136,7 +140,7 @@ private:
     void ReadNotes(const Bytes& notes)
     {
         const auto aligned = [](std::uint64_t size) { return (size + 3) / 4 * 4; };
-        for (std::uint64_t at = 0; notes.Has(at, 12);)
+        for (std::uint64_t at = 0; notes.Has(at, 12) && m_notes < mostNotes; ++m_notes)
         {
             const std::uint64_t nameSize = notes.Number(at, 4);
             const std::uint64_t size = notes.Number(at + 4, 4);
@@ -170,7 +174,7 @@ private:
         constexpr std::uint64_t flags = 0x6FFFFFFB;
         constexpr std::uint64_t flagOfProgram = 0x08000000;
         std::vector<std::uint64_t> needed;
-        Bytes table;
+        std::uint64_t textsAt = ~std::uint64_t{0};
         for (std::uint64_t at = 0; entries.Has(at, 2 * std::uint64_t{m_width}); at += 2 * m_width)
         {
             const std::uint64_t tag = entries.Number(at, m_width);
@@ -180,13 +184,13 @@ private:
             if (tag == library && needed.size() < Executable::mostNeeded)
                 needed.push_back(value);
             else if (tag == texts)
-                table = FromAddress(value);
+                textsAt = value;
             else if (tag == ownName)
                 m_hasOwnName = true;
             else if (tag == flags)
                 m_isProgram = (value & flagOfProgram) != 0;
         }
-        m_executable.needed.clear();
+        const Bytes table = FromAddress(textsAt);
         for (const std::uint64_t at : needed)
             m_executable.needed.push_back(table.Text(at));
     }
@@ -227,6 +231,7 @@ private:
     Bytes m_segments;
     Bytes m_sections;
     Bytes m_names;
+    unsigned m_notes = 0;
     bool m_hasOwnName = false;
     bool m_isProgram = false;
     Executable m_executable;

@@ -58,11 +58,15 @@ std::optional<Executable> Examine(const CPEExeFile& file)
 
 std::string Shown(const std::string& text)
 {
+    // The commands beyond ASCII are U+0080 to U+009F.
+    const auto isBegun = [&text](std::size_t at)
+    { return text[at] == '\xC2' && at + 1 < text.size() && (text[at + 1] & 0xE0) == 0x80; };
     std::string shown;
-    for (const char c : text)
+    for (std::size_t at = 0; at < text.size(); ++at)
     {
-        const auto byte = static_cast<unsigned char>(c);
-        shown += byte < 32 || byte == 127 ? "\\x" + Hex(byte, 2).substr(2) : std::string(1, c);
+        const auto byte = static_cast<unsigned char>(text[at]);
+        const bool isCommand = byte < 32 || byte == 127 || isBegun(at) || (at > 0 && isBegun(at - 1));
+        shown += isCommand ? "\\x" + Hex(byte, 2).substr(2) : std::string(1, text[at]);
     }
     return shown;
 }

@@ -105,8 +105,7 @@ public:
                SectionHeader(8, 8, {1, 1'000'000}) + SectionHeader(13, 1, texts);
     }
 
-    static constexpr std::uint64_t base = 0x10000;
-
+    std::uint64_t base = 0x10000;
     std::uint64_t type = 3;
     std::uint64_t machine = 183;
     bool hasInterpreter = true;
@@ -236,7 +235,11 @@ TEST_P(ElfTest, FirstSectionCountsWhatSixteenBitsCannot)
 TEST_P(ElfTest, NamesAreMissingWithoutTheirTable)
 {
     m_elf.dynamic.erase(m_elf.dynamic.begin() + 1);
-    EXPECT_EQ(ExaminedBytes(m_elf.File())->needed, (std::vector<std::string>{"", ""}));
+    for (const std::uint64_t base : {0, 0x10000})
+    {
+        m_elf.base = base;
+        EXPECT_EQ(ExaminedBytes(m_elf.File())->needed, (std::vector<std::string>{"", ""}));
+    }
 }
 
 TEST_P(ElfTest, LibrariesAreListedUpToALimit)
@@ -324,6 +327,61 @@ TEST(ExecutablesTest, TableOfMoreSectionsThanBytesIsNotRead)
         bytes.replace(first + 32, 8, elf.Word(count));
         EXPECT_EQ(ExaminedBytes(bytes)->faults, Faults{"a table of its header is not all there"});
     }
+}
+
+TEST(ExecutablesTest, LastTableOfLibrariesCounts)
+{
+    ElfBytes elf(8, false);
+    elf.dynamic.emplace_back(14, 1);
+    std::string bytes = elf.File();
+    const std::string segment = bytes.substr(64 + 56, 56);
+    EXPECT_TRUE(ExaminedBytes(bytes)->kind.ends_with("library")) << "with a name of its own";
+    bytes.replace(64 + 2 * 56, 56, segment);
+    bytes.replace(64 + 56 + 32, 8, elf.Word(32));
+    EXPECT_TRUE(ExaminedBytes(bytes)->kind.ends_with("library"));
+    bytes.replace(64 + 56, 56, segment);
+    bytes.replace(64 + 2 * 56 + 32, 8, elf.Word(32));
+    EXPECT_TRUE(ExaminedBytes(bytes)->kind.ends_with("program"));
+}
+
+TEST(ExecutablesTest, BuildIdIsLookedForInSoManyNotes)
+{
+    const ElfBytes elf(8, false);
+    const std::string other = elf.Four(0) + elf.Four(0) + elf.Four(1);
+    const std::string id = elf.Four(4) + elf.Four(1) + elf.Four(3) + std::string("GNU\0\xAB\0\0\0", 8);
+    for (const std::size_t others : {999, 1000})
+    {
+        std::string notes;
+        for (std::size_t i = 0; i < others; ++i)
+            notes += other;
+        notes += id;
+        std::string bytes = elf.File();
+        const std::size_t segment = 64 + 3 * 56;
+        bytes.replace(segment + 8, 8, elf.Word(bytes.size()));
+        bytes.replace(segment + 32, 8, elf.Word(notes.size()));
+        EXPECT_EQ(ExaminedBytes(bytes + notes)->buildId, others == 999 ? "ab" : "");
+    }
+}
+
+// One after the other that would take days.
+TEST(ExecutablesTest, SegmentsThatAreAllTheWholeFileAreHarmless)
+{
+    const ElfBytes elf(8, false);
+    constexpr std::uint64_t segments = 0xFFFE;
+    std::string bytes = elf.File().substr(0, 64);
+    bytes.replace(40, 8, elf.Word(0));
+    bytes.replace(56, 2, elf.Half(segments));
+    bytes.replace(60, 4, elf.Half(0) + elf.Half(0));
+    const std::uint64_t contentAt = 64 + segments * 56;
+    std::string content;
+    for (std::size_t i = 0; i < 100'000; ++i)
+        content += elf.Word(5) + elf.Word(1);
+    for (std::uint64_t i = 0; i < segments; ++i)
+        bytes += elf.Segment(i % 2 == 0 ? 2 : 4, {contentAt, content.size()});
+    const auto examined = ExaminedBytes(bytes + content);
+    ASSERT_TRUE(examined);
+    EXPECT_EQ(examined->faults, Faults());
+    EXPECT_TRUE(examined->needed.empty());
 }
 
 TEST(ExecutablesTest, LongTextIsCut)
@@ -499,4 +557,6 @@ TEST(ExecutablesTest, MachinesHaveNames)
 TEST(ExecutablesTest, NothingThatIsShownIsACommandToATerminal)
 {
     EXPECT_EQ(executables::Shown("lib\x1B[2J\nü\x7F~ "), "lib\\x1B[2J\\x0Aü\\x7F~ ");
+    EXPECT_EQ(executables::Shown("\u009B31m\u0080\u009F"), "\\xC2\\x9B31m\\xC2\\x80\\xC2\\x9F");
+    EXPECT_EQ(executables::Shown("\u00A0é\u201B\xC2"), "\u00A0é\u201B\xC2");
 }
