@@ -4,12 +4,13 @@
 //     units inch              on Windows in a dialog, on Linux in the terminal
 //     units inch --terminal   in the terminal
 //
-// The unit is mm, inch or metre. The language is the display language, which examples/display_language chooses. The
-// exit status is 0 if the tool was stored, 1 if not, and 2 for arguments that are none.
+// The unit is mm, inch or metre. The language is the display language, and no argument: the library looks for it when it
+// is loaded, ahead of main, and keeps to it. examples/display_language chooses it for all programs of a user; on Linux,
+// as long as none is chosen, LC_ALL=de_DE.UTF-8 does so for one run. The exit status is 0 if the tool was stored, 1 if
+// not, and 2 for arguments that are none.
 
 #include "examples/units/Tool.h"
 
-#include <cstdio>
 #include <iostream>
 #include <optional>
 #include <string_view>
@@ -48,5 +49,8 @@ int main(int argumentCount, char** arguments)
     const auto text = [](double value) { return from_utf(to_wstring(value, 4), CP_UTF8); };
     std::cout << "diameter " << text(tool.diameter) << " mm, length " << text(tool.length) << " mm, feed "
               << text(tool.feed) << " mm/min\n";
-    return 0;
+    if (std::cout.flush())
+        return 0;
+    std::cerr << "the output cannot be written\n";
+    return 1;
 }

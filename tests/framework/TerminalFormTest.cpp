@@ -42,6 +42,19 @@ TEST_F(TerminalFormTest, AsksForEachFieldWithWhatStandsInIt)
     EXPECT_EQ(Text(2), L"30");
 }
 
+TEST_F(TerminalFormTest, NullThatIsTypedDoesNotHideWhatFollowsIt)
+{
+    m_in.str(std::string("1\0002\n\0\n", 6));
+    EXPECT_TRUE(m_form.Edit());
+    EXPECT_EQ(Text(1), L"1\uFFFD2");
+    EXPECT_EQ(Text(2), L"\uFFFD");
+    m_form.Focus(1);
+    m_in.clear();
+    m_out.str("");
+    EXPECT_FALSE(m_form.Edit());
+    EXPECT_EQ(m_out.str(), "Diameter [" + CodePageFromWide(CP_ACP, L"1\uFFFD2") + "]: ");
+}
+
 TEST_F(TerminalFormTest, EmptyLineLeavesAField)
 {
     m_in.str("\n\r\n");

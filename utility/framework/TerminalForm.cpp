@@ -60,7 +60,10 @@ bool TerminalForm::Ask(Field& field)
     if (line.ends_with('\r'))
         line.pop_back();
     if (!line.empty())
+    {
         field.text = platform::WideFromCodePage(CP_ACP, line);
+        std::ranges::replace(field.text, L'\0', L'\uFFFD'); // a null would hide what follows it
+    }
     return true;
 }
 
