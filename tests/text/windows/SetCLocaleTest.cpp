@@ -49,6 +49,30 @@ TEST(SetCLocaleThreadTest, WholeProcessGoesByItAsLongAsThereIsOneInAnyThread)
     EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "German_Germany.1252");
 }
 
+TEST(SetCLocaleThreadTest, CopyThatDiesLeavesOtherThreadsAlone)
+{
+    const support::DecimalComma comma;
+    auto here = std::make_unique<CSetCLocale>();
+    auto copy = std::make_unique<CSetCLocale>(*here);
+    std::atomic<int> step = 0;
+    std::thread thread(
+        [&step]
+        {
+            const CSetCLocale there;
+            step = 1;
+            while (step != 2)
+                std::this_thread::yield();
+            EXPECT_EQ(SymbolOfThread(), '.');
+        });
+    while (step != 1)
+        std::this_thread::yield();
+    here.reset();
+    copy.reset();
+    step = 2;
+    thread.join();
+    EXPECT_EQ(SymbolOfThread(), ',');
+}
+
 TEST(SetCLocaleThreadTest, ManyThreadsAtOnceEachHaveThePointAndLeaveTheEarlierLocale)
 {
     const support::DecimalComma comma;

@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <mutex>
+#include <set>
 #include <string>
 
 namespace utility::platform
@@ -75,15 +76,17 @@ public:
 
     void UseRuntimeLocale(const RuntimeLocale& earlier) override
     {
-        if (earlier.mode == noLocalesOfThreads)
-            return m_processLocale.Use(earlier.name);
+        if (earlier.mode <= noLocalesOfThreads)
+            return m_processLocale.Use(earlier);
         // In this order, so that no other thread is touched.
         ::_wsetlocale(LC_ALL, earlier.name.c_str());
         ::_configthreadlocale(earlier.mode);
     }
 
 private:
-    static constexpr int noLocalesOfThreads = -1;
+    // Modes of what was put aside where the C library has no locales of threads.
+    static constexpr int noLocalesOfThreads = -1; // as the C library says so
+    static constexpr int isWithinAnother = -2;    // by a thread that wanted "C" already
 
     /// The locale of the whole process is "C" as long as any thread wants it.
     class ProcessLocale
@@ -92,26 +95,27 @@ private:
         RuntimeLocale UseC()
         {
             const std::lock_guard lock(m_mutex);
-            if (m_users == 0)
+            if (m_threads.empty())
                 m_earlier = ::_wsetlocale(LC_ALL, nullptr);
             RuntimeLocale earlier{m_earlier, noLocalesOfThreads, nullptr};
-            ++m_users;
+            if (!m_threads.insert(::GetCurrentThreadId()).second)
+                earlier.mode = isWithinAnother;
             ::_wsetlocale(LC_ALL, L"C");
             return earlier;
         }
 
-        void Use(const std::wstring& earlier)
+        void Use(const RuntimeLocale& earlier)
         {
             const std::lock_guard lock(m_mutex);
-            if (m_users > 0)
-                --m_users;
-            if (m_users == 0)
-                ::_wsetlocale(LC_ALL, earlier.c_str());
+            if (earlier.mode != isWithinAnother)
+                m_threads.erase(::GetCurrentThreadId());
+            if (m_threads.empty())
+                ::_wsetlocale(LC_ALL, earlier.name.c_str());
         }
 
     private:
         std::mutex m_mutex;
-        int m_users = 0;
+        std::set<DWORD> m_threads; // that want "C"
         std::wstring m_earlier;
     };
 
