@@ -7,16 +7,15 @@
 namespace support
 {
 
-/// What XMLEncode gives, a pass for each character that is replaced.
-inline std::wstring InSixPasses(std::wstring text, bool namedDegree)
+/// What XMLEncode gives, in the way in which one would write it: a pass for each character that is replaced.
+inline std::wstring InSixPasses(const std::wstring& text, bool namedDegree)
 {
-    boost::replace_all(text, L"&", L"&amp;");
-    boost::replace_all(text, L"<", L"&lt;");
-    boost::replace_all(text, L">", L"&gt;");
-    boost::replace_all(text, L"'", L"&apos;");
-    boost::replace_all(text, L"\"", L"&quot;");
-    boost::replace_all(text, L"\u00B0", namedDegree ? L"&deg;" : L"&#176;");
-    return text;
+    std::wstring encoded = boost::replace_all_copy(text, L"&", L"&amp;");
+    encoded = boost::replace_all_copy(encoded, L"<", L"&lt;");
+    encoded = boost::replace_all_copy(encoded, L">", L"&gt;");
+    encoded = boost::replace_all_copy(encoded, L"'", L"&apos;");
+    encoded = boost::replace_all_copy(encoded, L"\"", L"&quot;");
+    return boost::replace_all_copy(encoded, L"\u00B0", namedDegree ? L"&deg;" : L"&#176;");
 }
 
 }
