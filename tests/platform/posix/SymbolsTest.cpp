@@ -304,8 +304,8 @@ protected:
             EXPECT_EQ(static_cast<int>(frames[i].line.line), told[i].line) << frames[i].symbol.name;
             Compare(frames[i], told[i], comparison);
         }
-        std::printf("the debugger gives %zu values, %zu are found; of %zu scalars the bytes were compared\n",
-                    comparison.given, comparison.found, comparison.scalars);
+        std::printf("the debugger gives %zu values, %zu are found; of %zu scalars the bytes were compared\n%s",
+                    comparison.given, comparison.found, comparison.scalars, comparison.missing.c_str());
     }
 };
 

@@ -405,9 +405,7 @@ private:
         Dwarf_Attribute other;
         if (IsOneOf(atom, {DW_OP_entry_value, DW_OP_GNU_entry_value}))
         {
-            m_isRelative = true;
-            return m_elfutils.dwarf_getlocation_attr(m_attribute, &operation, &other) == 0 &&
-                   PushKnown(m_frame.AtEntry(other));
+            return m_elfutils.dwarf_getlocation_attr(m_attribute, &operation, &other) == 0 && AtEntry(other);
         }
         if (IsOneOf(atom, {DW_OP_addrx, DW_OP_constx, DW_OP_GNU_addr_index, DW_OP_GNU_const_index}))
         {
@@ -429,6 +427,22 @@ private:
         if (IsOneOf(atom, {DW_OP_call2, DW_OP_call4, DW_OP_call_ref}))
             return Call(operation);
         return Typed(operation);
+    }
+
+    bool AtEntry(Dwarf_Attribute& value)
+    {
+        Dwarf_Op* operations = nullptr;
+        std::size_t count = 0;
+        if (m_elfutils.dwarf_getlocation(&value, &operations, &count) != 0 || count != 1)
+            return false;
+        const bool isTyped = IsOneOf(operations->atom, {DW_OP_regval_type, DW_OP_GNU_regval_type});
+        const std::optional<std::uint64_t> number = isTyped ? operations->number : RegisterOf(*operations);
+        const std::optional<Type> type = isTyped ? TypeOf(value, *operations) : Type();
+        const std::optional<std::uint64_t> held = number ? m_frame.AtEntry(*number) : std::nullopt;
+        m_isRelative = true;
+        if (held && type)
+            m_stack.push_back({Extended(*held, *type), *type});
+        return held && type;
     }
 
     bool Call(const Dwarf_Op& operation)
@@ -457,7 +471,7 @@ private:
     bool Typed(const Dwarf_Op& operation)
     {
         const unsigned atom = operation.atom;
-        const std::optional<Type> type = TypeOf(operation);
+        const std::optional<Type> type = TypeOf(*m_attribute, operation);
         if (!type || type->size > sizeof(std::uint64_t))
             return false;
         if (IsOneOf(atom, {DW_OP_regval_type, DW_OP_GNU_regval_type}))
@@ -491,7 +505,7 @@ private:
         return item.has_value();
     }
 
-    std::optional<Type> TypeOf(const Dwarf_Op& operation)
+    std::optional<Type> TypeOf(Dwarf_Attribute& of, const Dwarf_Op& operation)
     {
         if (IsOneOf(operation.atom, {DW_OP_convert, DW_OP_GNU_convert, DW_OP_reinterpret, DW_OP_GNU_reinterpret}) &&
             operation.number == 0)
@@ -500,7 +514,7 @@ private:
         Dwarf_Attribute attribute;
         Dwarf_Word size = 0;
         Dwarf_Word encoding = 0;
-        if (m_elfutils.dwarf_getlocation_die(m_attribute, &operation, &die) != 0 ||
+        if (m_elfutils.dwarf_getlocation_die(&of, &operation, &die) != 0 ||
             m_elfutils.dwarf_formudata(m_elfutils.dwarf_attr(&die, DW_AT_byte_size, &attribute), &size) != 0 ||
             m_elfutils.dwarf_formudata(m_elfutils.dwarf_attr(&die, DW_AT_encoding, &attribute), &encoding) != 0)
             return std::nullopt;
@@ -557,10 +571,8 @@ public:
         if (operations.empty())
             return std::nullopt;
         const Dwarf_Op& first = operations.front();
-        if (first.atom == DW_OP_regx)
-            return InRegister(first.number);
-        if (first.atom >= DW_OP_reg0 && first.atom <= DW_OP_reg31)
-            return InRegister(first.atom - DW_OP_reg0);
+        if (const std::optional<std::uint64_t> number = RegisterOf(first))
+            return InRegister(*number);
         Location location;
         if (first.atom == DW_OP_implicit_value)
         {
@@ -602,6 +614,13 @@ private:
     Dwarf_Attribute* m_attribute;
 };
 
+}
+
+std::optional<std::uint64_t> RegisterOf(const Dwarf_Op& operation)
+{
+    if (operation.atom >= DW_OP_reg0 && operation.atom <= DW_OP_reg31)
+        return operation.atom - DW_OP_reg0;
+    return operation.atom == DW_OP_regx ? std::optional(operation.number) : std::nullopt;
 }
 
 std::optional<std::uint64_t> Expression::Compute(const Dwarf_Op* operations, std::size_t count) const

@@ -19,8 +19,8 @@ public:
     /// Where the caller's stack pointer was ahead of its call: the canonical frame address.
     virtual std::optional<std::uint64_t> CallFrameAddress() const = 0;
     virtual std::optional<std::uint64_t> FrameBase() const = 0;
-    /// What `value`, a register as a rule, was when the function was entered.
-    virtual std::optional<std::uint64_t> AtEntry(Dwarf_Attribute& value) const = 0;
+    /// What a register held when the function was entered.
+    virtual std::optional<std::uint64_t> AtEntry(std::uint64_t number) const = 0;
     /// What has to be added to an address of the file.
     virtual std::uint64_t Bias() const = 0;
     /// As it was looked up: of the file.
@@ -45,6 +45,9 @@ struct Location
     bool isRelative = false;  ///< the address was found by the frame
     std::vector<std::byte> bytes;
 };
+
+/// The register that an operation stands for.
+std::optional<std::uint64_t> RegisterOf(const Dwarf_Op& operation);
 
 /// Evaluates the expressions of one attribute, or those of call frame information, which are of none.
 class Expression

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/symbols/Program.h"
 
 #include "utility/platform/posix/faults/ReportedProcess.h"
+#include "utility/platform/posix/symbols/Dies.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -139,17 +140,8 @@ std::string Program::NameOf(const Function& function)
 {
     if (const char* const name = LinkageName(function.die))
         return Undecorated(name);
-    Dwarf_Die die = function.die;
-    Dwarf_Attribute attribute;
     // What has a place in the program has it where it is declared.
-    for (const unsigned origin : {DW_AT_abstract_origin, DW_AT_specification})
-    {
-        Dwarf_Die declared;
-        if (m_elfutils.dwarf_attr(&die, origin, &attribute) != nullptr &&
-            m_elfutils.dwarf_formref_die(&attribute, &declared) != nullptr)
-            die = declared;
-    }
-    return m_units.QualifiedName(die);
+    return m_units.QualifiedName(OriginOf(m_elfutils, function.die));
 }
 
 bool Program::IsDecorated(const Function& function) const { return LinkageName(function.die) != nullptr; }
@@ -198,11 +190,11 @@ std::uint64_t Program::BeginOf(const Code& code, const Function& function) const
 
 std::string Program::LineOf(const Code& code, int& line) const
 {
-    Dwfl_Line* const found =
-        code.unit.cu != nullptr ? m_elfutils.dwfl_module_getsrc(code.module, code.address) : nullptr;
-    if (found == nullptr)
+    Dwarf_Die unit = code.unit;
+    Dwarf_Line* const found = unit.cu != nullptr ? m_elfutils.dwarf_getsrc_die(&unit, code.FileAddress()) : nullptr;
+    if (found == nullptr || m_elfutils.dwarf_lineno(found, &line) != 0)
         return {};
-    return WholePath(m_elfutils.dwfl_lineinfo(found, nullptr, &line, nullptr, nullptr, nullptr), code.unit);
+    return WholePath(m_elfutils.dwarf_linesrc(found, nullptr, nullptr), code.unit);
 }
 
 std::string Program::LineOfCall(const Code& code, const Function& inlined, int& line) const

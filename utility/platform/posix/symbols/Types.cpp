@@ -1,8 +1,10 @@
 #include "utility/platform/posix/symbols/Types.h"
 
 #include "utility/platform/formats/Utf8.h"
+#include "utility/platform/posix/symbols/Dies.h"
 
 #include <dwarf.h>
+#include <optional>
 #include <string_view>
 
 namespace utility::platform::posix
@@ -39,24 +41,6 @@ enum class Base : DWORD
     character8 = 34,
 };
 
-bool IsOtherName(int tag)
-{
-    switch (tag)
-    {
-    case DW_TAG_typedef:
-    case DW_TAG_const_type:
-    case DW_TAG_volatile_type:
-    case DW_TAG_restrict_type:
-    case DW_TAG_atomic_type:
-    case DW_TAG_immutable_type:
-    case DW_TAG_packed_type:
-    case DW_TAG_shared_type:
-        return true;
-    default:
-        return false;
-    }
-}
-
 Base BaseOf(Dwarf_Word encoding, std::string_view name, Dwarf_Word length)
 {
     switch (encoding)
@@ -89,19 +73,11 @@ Base BaseOf(Dwarf_Word encoding, std::string_view name, Dwarf_Word length)
 
 SymbolType Types::Number(Dwarf_Die type)
 {
-    // Damaged information can go round in a circle.
-    for (int i = 0; i < 64 && IsOtherName(m_elfutils.dwarf_tag(&type)); ++i)
-    {
-        Dwarf_Attribute attribute;
-        Dwarf_Die named;
-        if (m_elfutils.dwarf_attr(&type, DW_AT_type, &attribute) == nullptr)
-            return voidType;
-        if (m_elfutils.dwarf_formref_die(&attribute, &named) == nullptr)
-            break;
-        type = named;
-    }
-    const auto number = reinterpret_cast<SymbolType>(type.addr);
-    m_types.emplace(number, type);
+    const std::optional<Dwarf_Die> itself = TypeItself(m_elfutils, type);
+    if (!itself)
+        return voidType;
+    const auto number = reinterpret_cast<SymbolType>(itself->addr);
+    m_types.emplace(number, *itself);
     return number;
 }
 

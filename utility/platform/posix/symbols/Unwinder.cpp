@@ -16,6 +16,12 @@ namespace
 constexpr std::size_t framePointer = 6;
 constexpr std::uint64_t wordSize = sizeof(std::uint64_t);
 
+/// RBX, RBP and R12 to R15 are the caller's again where a function returns.
+bool IsKeptByCallees(std::size_t number)
+{
+    return number == 3 || number == framePointer || (number >= 12 && number <= 15);
+}
+
 std::optional<std::uint64_t> WordAt(std::uint64_t address)
 {
     std::uint64_t word = 0;
@@ -33,7 +39,7 @@ public:
     std::optional<std::uint64_t> Register(std::uint64_t number) const override { return m_registers[number]; }
     std::optional<std::uint64_t> CallFrameAddress() const override { return m_address; }
     std::optional<std::uint64_t> FrameBase() const override { return std::nullopt; }
-    std::optional<std::uint64_t> AtEntry(Dwarf_Attribute&) const override { return std::nullopt; }
+    std::optional<std::uint64_t> AtEntry(std::uint64_t) const override { return std::nullopt; }
     std::uint64_t Bias() const override { return 0; }
     std::uint64_t ProgramCounter() const override { return 0; }
 
@@ -147,8 +153,8 @@ bool Unwinder::ByInformation(Frame& frame, Dwarf_CFI* information, std::uint64_t
         const auto index = static_cast<std::size_t>(number);
         if (count == 0)
         {
-            const bool isSame = operations == nullptr && index != Registers::stackPointer;
-            if (isSame)
+            // Not by what elfutils says of a register without a rule: it takes RAX for RBX.
+            if (IsKeptByCallees(index))
                 caller.Set(index, frame.registers[index]);
             continue;
         }

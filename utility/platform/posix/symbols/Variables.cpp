@@ -1,6 +1,7 @@
 #include "utility/platform/posix/symbols/Variables.h"
 
 #include "utility/platform/posix/faults/ReportedProcess.h"
+#include "utility/platform/posix/symbols/Dies.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,38 +11,6 @@
 
 namespace utility::platform::posix
 {
-
-namespace
-{
-
-/// The declaration that a piece of debugging information goes back to.
-Dwarf_Die Origin(const Elfutils& elfutils, Dwarf_Die die)
-{
-    Dwarf_Attribute attribute;
-    Dwarf_Die origin;
-    // Damaged information can go round in a circle.
-    for (int i = 0; i < 16; ++i)
-    {
-        if ((elfutils.dwarf_attr(&die, DW_AT_abstract_origin, &attribute) == nullptr &&
-             elfutils.dwarf_attr(&die, DW_AT_specification, &attribute) == nullptr) ||
-            elfutils.dwarf_formref_die(&attribute, &origin) == nullptr)
-            break;
-        die = origin;
-    }
-    return die;
-}
-
-/// The registers that hold what a call passed.
-std::optional<std::uint64_t> RegisterOf(const Dwarf_Op* operations, std::size_t count)
-{
-    if (count == 1 && operations->atom >= DW_OP_reg0 && operations->atom <= DW_OP_reg31)
-        return operations->atom - DW_OP_reg0;
-    if (count == 1 && operations->atom == DW_OP_regx)
-        return operations->number;
-    return std::nullopt;
-}
-
-}
 
 void Variables::Each(const Function& function, const std::function<void(const Variable&)>& visit) const
 {
@@ -92,7 +61,8 @@ void Variables::Visit(Dwarf_Die die, const std::function<void(const Variable&)>&
             nullptr)
         return;
     Dwarf_Word size = 0;
-    if (m_elfutils.dwarf_aggregate_size(&variable.type, &size) != 0)
+    std::optional<Dwarf_Die> type = TypeItself(m_elfutils, variable.type);
+    if (!type || m_elfutils.dwarf_aggregate_size(&*type, &size) != 0)
         size = sizeof(std::uint64_t);
     std::optional<Location> location;
     if (m_elfutils.dwarf_attr_integrate(&die, DW_AT_const_value, &attribute) != nullptr)
@@ -163,18 +133,11 @@ std::optional<std::uint64_t> Variables::FrameBase() const
     return base->kind == Location::Kind::reg ? Register(base->number) : base->number;
 }
 
-std::optional<std::uint64_t> Variables::AtEntry(Dwarf_Attribute& value) const
+std::optional<std::uint64_t> Variables::AtEntry(std::uint64_t number) const
 {
-    Dwarf_Op* operations = nullptr;
-    std::size_t count = 0;
-    if (m_elfutils.dwarf_getlocation(&value, &operations, &count) != 0)
-        return std::nullopt;
-    const std::optional<std::uint64_t> number = RegisterOf(operations, count);
-    if (!number)
-        return std::nullopt;
-    const auto [entry, isNew] = m_entries.try_emplace({m_frame.address, *number});
+    const auto [entry, isNew] = m_entries.try_emplace({m_frame.address, number});
     if (isNew)
-        entry->second = PassedIn(*number);
+        entry->second = PassedIn(number);
     return entry->second;
 }
 
@@ -237,7 +200,7 @@ bool Variables::Calls(Dwarf_Die& call, const Variables& callee) const
     {
         if (m_elfutils.dwarf_formref_die(&attribute, &target) == nullptr)
             return false;
-        return Origin(m_elfutils, target).addr == Origin(m_elfutils, function.die).addr ||
+        return OriginOf(m_elfutils, target).addr == OriginOf(m_elfutils, function.die).addr ||
                m_program.NameOf({target, {}}) == m_program.NameOf(function);
     }
     return Compute(call, DW_AT_call_target, DW_AT_GNU_call_site_target) == m_program.BeginOf(callee.m_code, function);
@@ -266,8 +229,8 @@ std::optional<std::uint64_t> Variables::Passed(Dwarf_Die call, std::uint64_t num
         Dwarf_Op* operations = nullptr;
         std::size_t count = 0;
         if (m_elfutils.dwarf_attr(&child, DW_AT_location, &attribute) != nullptr &&
-            m_elfutils.dwarf_getlocation(&attribute, &operations, &count) == 0 &&
-            RegisterOf(operations, count) == number)
+            m_elfutils.dwarf_getlocation(&attribute, &operations, &count) == 0 && count == 1 &&
+            RegisterOf(*operations) == number)
             return Compute(child, DW_AT_call_value, DW_AT_GNU_call_site_value);
     } while (m_elfutils.dwarf_siblingof(&child, &child) == 0);
     return std::nullopt;

@@ -40,7 +40,7 @@ public:
     std::optional<std::uint64_t> Register(std::uint64_t number) const override { return m_frame.registers[number]; }
     std::optional<std::uint64_t> CallFrameAddress() const override { return m_frame.address; }
     std::optional<std::uint64_t> FrameBase() const override;
-    std::optional<std::uint64_t> AtEntry(Dwarf_Attribute& value) const override;
+    std::optional<std::uint64_t> AtEntry(std::uint64_t number) const override;
     std::uint64_t Bias() const override { return m_code.bias; }
     std::uint64_t ProgramCounter() const override { return m_code.FileAddress(); }
 
