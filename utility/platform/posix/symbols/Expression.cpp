@@ -437,7 +437,7 @@ private:
             return false;
         const bool isTyped = IsOneOf(operations->atom, {DW_OP_regval_type, DW_OP_GNU_regval_type});
         const std::optional<std::uint64_t> number = isTyped ? operations->number : RegisterOf(*operations);
-        const std::optional<Type> type = isTyped ? TypeOf(value, *operations) : Type();
+        const std::optional<Type> type = isTyped ? TypeOf(*operations) : Type();
         const std::optional<std::uint64_t> held = number ? m_frame.AtEntry(*number) : std::nullopt;
         m_isRelative = true;
         if (held && type)
@@ -471,7 +471,7 @@ private:
     bool Typed(const Dwarf_Op& operation)
     {
         const unsigned atom = operation.atom;
-        const std::optional<Type> type = TypeOf(*m_attribute, operation);
+        const std::optional<Type> type = TypeOf(operation);
         if (!type || type->size > sizeof(std::uint64_t))
             return false;
         if (IsOneOf(atom, {DW_OP_regval_type, DW_OP_GNU_regval_type}))
@@ -505,7 +505,7 @@ private:
         return item.has_value();
     }
 
-    std::optional<Type> TypeOf(Dwarf_Attribute& of, const Dwarf_Op& operation)
+    std::optional<Type> TypeOf(const Dwarf_Op& operation)
     {
         if (IsOneOf(operation.atom, {DW_OP_convert, DW_OP_GNU_convert, DW_OP_reinterpret, DW_OP_GNU_reinterpret}) &&
             operation.number == 0)
@@ -514,7 +514,7 @@ private:
         Dwarf_Attribute attribute;
         Dwarf_Word size = 0;
         Dwarf_Word encoding = 0;
-        if (m_elfutils.dwarf_getlocation_die(&of, &operation, &die) != 0 ||
+        if (m_elfutils.dwarf_getlocation_die(m_attribute, &operation, &die) != 0 ||
             m_elfutils.dwarf_formudata(m_elfutils.dwarf_attr(&die, DW_AT_byte_size, &attribute), &size) != 0 ||
             m_elfutils.dwarf_formudata(m_elfutils.dwarf_attr(&die, DW_AT_encoding, &attribute), &encoding) != 0)
             return std::nullopt;
