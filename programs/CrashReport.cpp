@@ -41,14 +41,12 @@ int main()
         return 2;
     SetReportedProcess(request.process);
     const _EXCEPTION_POINTERS fault = {&request.record, &request.context};
-    const boost::filesystem::path report = detail::WriteExceptionReport(fault);
-    if (report.empty())
-        return 1;
-    if (request.log != nullptr)
+    const auto writeLog = [&request](const boost::filesystem::path& report)
     {
         const auto read = [](std::uint64_t address, void* bytes, std::size_t size)
         { return ReadReportedProcess(address, bytes, size) == size; };
-        detail::WriteReportLog(reinterpret_cast<std::uintptr_t>(request.log), read, report);
-    }
-    return 0;
+        if (request.log != nullptr)
+            detail::WriteReportLog(reinterpret_cast<std::uintptr_t>(request.log), read, report);
+    };
+    return detail::WriteExceptionReport(fault, writeLog).empty() ? 1 : 0;
 }

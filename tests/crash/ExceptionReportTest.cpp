@@ -690,6 +690,20 @@ TEST_F(ExceptionReportTest, OfAProgramWithoutANameIsInTheOneOfItsFolder)
               std::wstring::npos);
 }
 
+TEST_F(ExceptionReportTest, TellsItsFileAheadOfAllThatMayHaveNoEnd)
+{
+    boost::filesystem::path told;
+    const auto opened = [&](const boost::filesystem::path& file)
+    {
+        told = file;
+        EXPECT_EQ(process.Report(), L"");
+    };
+    const boost::filesystem::path file = utility::detail::WriteExceptionReport({&record, &context}, opened);
+    EXPECT_EQ(told, file);
+    EXPECT_FALSE(file.empty());
+    EXPECT_EQ(process.Report(), Whole(noCalls));
+}
+
 TEST_F(ExceptionReportTest, IsNotThereWithoutSymbols)
 {
     symbols.canBegin = false;

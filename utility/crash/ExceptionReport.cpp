@@ -479,7 +479,9 @@ boost::filesystem::path FolderFor(const std::wstring& program, const VS_FIXEDFIL
 }
 
 /// While the symbols are there. `file` becomes the one that was opened, and `keepsSymbols` true if they are to stay.
-void WriteReportFile(const _EXCEPTION_POINTERS& fault, boost::filesystem::path& file, bool& keepsSymbols)
+void WriteReportFile(const _EXCEPTION_POINTERS& fault,
+                     const std::function<void(const boost::filesystem::path&)>& opened, boost::filesystem::path& file,
+                     bool& keepsSymbols)
 {
     const boost::filesystem::path dataFolder = CrashedProcess().LocalDataFolder();
     if (dataFolder.empty())
@@ -500,12 +502,15 @@ void WriteReportFile(const _EXCEPTION_POINTERS& fault, boost::filesystem::path& 
     if (stream == nullptr)
         return;
     file = name;
+    if (opened)
+        opened(file);
     WriteDocument(fault, program, *stream);
 }
 
 }
 
-boost::filesystem::path WriteExceptionReport(const _EXCEPTION_POINTERS& fault) noexcept
+boost::filesystem::path WriteExceptionReport(const _EXCEPTION_POINTERS& fault,
+                                             const std::function<void(const boost::filesystem::path&)>& opened) noexcept
 {
     boost::filesystem::path file;
     bool keepsSymbols = true;
@@ -513,7 +518,7 @@ boost::filesystem::path WriteExceptionReport(const _EXCEPTION_POINTERS& fault) n
     {
         keepsSymbols = !Symbols().Begin();
         if (!keepsSymbols)
-            WriteReportFile(fault, file, keepsSymbols);
+            WriteReportFile(fault, opened, file, keepsSymbols);
     }
     catch (CException* failure) // of a module's file
     {

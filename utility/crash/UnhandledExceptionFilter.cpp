@@ -47,7 +47,5 @@ void CUnhandledExceptionFilter::GenerateExceptionReport(_EXCEPTION_POINTERS* con
     // Without registers there is this process's own stack to tell of.
     if (fault->ContextRecord != nullptr && platform::ReportFromOutside(*fault, detail::TheKeptLog()))
         return;
-    const boost::filesystem::path report = detail::WriteExceptionReport(*fault);
-    if (!report.empty())
-        detail::WriteReportLog(report);
+    detail::WriteExceptionReport(*fault, [](const boost::filesystem::path& report) { detail::WriteReportLog(report); });
 }

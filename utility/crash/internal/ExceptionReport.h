@@ -4,6 +4,8 @@
 
 #include <boost/filesystem/path.hpp>
 
+#include <functional>
+
 namespace utility::detail
 {
 
@@ -12,6 +14,11 @@ namespace utility::detail
 ///
 /// Runs within a fault. It takes no lock of its own and allocates, as do the services; nothing here guards it against
 /// a second fault. On Linux the process starts another program that calls this, whose memory and locks are sound.
-boost::filesystem::path WriteExceptionReport(const _EXCEPTION_POINTERS& fault) noexcept;
+///
+/// `opened` is given the file ahead of all that may have no end or be a second fault, so that what it writes beside the
+/// report is there whatever becomes of that.
+boost::filesystem::path
+WriteExceptionReport(const _EXCEPTION_POINTERS& fault,
+                     const std::function<void(const boost::filesystem::path&)>& opened = {}) noexcept;
 
 }
