@@ -67,7 +67,7 @@ void ResetSignals()
 /// What was set low for the process that faulted need not do for the one that looks at it.
 void RaiseLimits()
 {
-    for (const auto resource : {RLIMIT_AS, RLIMIT_DATA, RLIMIT_NOFILE})
+    for (const auto resource : {RLIMIT_AS, RLIMIT_DATA, RLIMIT_NOFILE, RLIMIT_STACK})
     {
         rlimit limit;
         if (::getrlimit(resource, &limit) != 0)

@@ -1,0 +1,534 @@
+#include "tests/support/CrashReport.h"
+#include "tests/support/Crasher.h"
+
+#include <boost/algorithm/hex.hpp>
+#include <boost/filesystem/operations.hpp>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <link.h>
+#include <sched.h>
+#include <span>
+#include <string>
+#include <string_view>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+// Where a program crashes in a world that is not as it should be.
+
+using support::ComplaintAbout;
+using support::Crasher;
+using support::CrashReport;
+
+namespace
+{
+
+constexpr char reportProgram[] = "UtilityCrashReport";
+
+/// Where the debugging information of a module is that names its build, as packages install it; empty if it does not.
+boost::filesystem::path DebugFileOf(const dl_phdr_info& module)
+{
+    for (const ElfW(Phdr) & each : std::span(module.dlpi_phdr, module.dlpi_phnum))
+    {
+        if (each.p_type != PT_NOTE)
+            continue;
+        const auto* at = reinterpret_cast<const char*>(module.dlpi_addr + each.p_vaddr);
+        for (const char* const end = at + each.p_memsz; at < end;)
+        {
+            const auto& note = *reinterpret_cast<const ElfW(Nhdr)*>(at);
+            const char* const build = at + sizeof(note) + (note.n_namesz + 3) / 4 * 4;
+            if (note.n_type == NT_GNU_BUILD_ID)
+            {
+                std::string name;
+                boost::algorithm::hex_lower(build, build + note.n_descsz, std::back_inserter(name));
+                return "/usr/lib/debug/.build-id/" + name.substr(0, 2) + '/' + name.substr(2) + ".debug";
+            }
+            at = build + (note.n_descsz + 3) / 4 * 4;
+        }
+    }
+    return {};
+}
+
+/// Whether the C library's variables are known here. Its functions for memory and for the end of a process have
+/// pointers to pointers, where a report breaks off.
+bool HasLibraryVariables()
+{
+    const auto look = [](dl_phdr_info* module, std::size_t, void* isThere)
+    {
+        if (std::string_view(module->dlpi_name).find("/libc.so.") != std::string_view::npos)
+            *static_cast<bool*>(isThere) = boost::filesystem::exists(DebugFileOf(*module));
+        return 0;
+    };
+    bool isThere = false;
+    ::dl_iterate_phdr(look, &isThere);
+    return isThere;
+}
+
+void MakeShell(const boost::filesystem::path& file, const char* what)
+{
+    std::ofstream(file.string()) << "#!/bin/sh\n" << what << '\n';
+    boost::filesystem::permissions(file, boost::filesystem::owner_all);
+}
+
+/// The calling process has mounts of its own from here on.
+void LeaveMounts()
+{
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+        ::_exit(125);
+}
+
+void Mount(const char* kind, const boost::filesystem::path& place, unsigned long flags, const char* options)
+{
+    if (::mount("none", place.c_str(), kind, flags, options) != 0)
+        ::_exit(125);
+}
+
+void Limit(int resource, rlim_t limit)
+{
+    const rlimit both = {limit, limit};
+    ::setrlimit(static_cast<decltype(RLIMIT_AS)>(resource), &both);
+}
+
+/// One that is exhausted at once, and may be made larger.
+void UseSmallStack()
+{
+    rlimit limit;
+    ::getrlimit(RLIMIT_STACK, &limit);
+    limit.rlim_cur = 256 * 1024;
+    ::setrlimit(RLIMIT_STACK, &limit);
+}
+
+class PosixCrashReport : public ::testing::Test
+{
+protected:
+    explicit PosixCrashReport(const char* program = "Crasher") : m_crasher(program) {}
+
+    void ExpectEndBy(int signal, const char* cause, const std::function<void()>& inside = nullptr)
+    {
+        m_end = m_crasher.Run(cause, inside);
+        EXPECT_TRUE(m_end.isCrash) << m_end.output;
+        EXPECT_EQ(m_end.outcome, static_cast<std::uint32_t>(signal)) << m_end.output;
+    }
+
+    CrashReport Report()
+    {
+        m_text = m_crasher.Report();
+        EXPECT_NE(m_text, "") << m_crasher.Reports().size() << " reports";
+        return CrashReport(m_text);
+    }
+
+    void ExpectWholeReport(std::uint32_t code)
+    {
+        const CrashReport report = Report();
+        EXPECT_EQ(report.code, code);
+        EXPECT_TRUE(report.isWhole) << m_text;
+        EXPECT_EQ(ComplaintAbout(m_text), "");
+    }
+
+    void ExpectNoReport() { EXPECT_TRUE(m_crasher.Reports().empty()); }
+
+    Crasher m_crasher;
+    Crasher::End m_end;
+    std::string m_text;
+};
+
+/// A program that has the library in it, and beside it what each test puts there.
+class PosixCrashReportAlone : public PosixCrashReport
+{
+protected:
+    PosixCrashReportAlone() : PosixCrashReport("CrasherStatic") { m_crasher.UseCopy("CrasherStatic"); }
+
+    boost::filesystem::path Helper() const { return m_crasher.Program().parent_path() / reportProgram; }
+    void UseHastyHelper()
+    {
+        boost::filesystem::copy_file(boost::filesystem::path(UTILITY_CRASHERS) / "HastyCrashReport", Helper());
+    }
+};
+
+}
+
+// How the process ends.
+
+TEST_F(PosixCrashReport, ProcessEndsByTheSignalOfTheFault)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    EXPECT_FALSE(m_end.hasCore);
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, ProcessLeavesTheImageOfItsMemoryThatItWouldHaveLeft)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { Limit(RLIMIT_CORE, RLIM_INFINITY); });
+    ExpectWholeReport(0xC0000005);
+    if (!m_end.hasCore)
+        GTEST_SKIP() << "The machine lacks images of processes";
+}
+
+TEST_F(PosixCrashReport, AbortHasZeroCharactersForADescriptionDeliberately)
+{
+    ExpectEndBy(SIGABRT, "abort");
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0x40000015U);
+    EXPECT_EQ(report.description, std::string(128, '\0'));
+    EXPECT_TRUE(report.isWhole) << m_text;
+    EXPECT_NE(ComplaintAbout(m_text), "") << "zero characters";
+}
+
+TEST_F(PosixCrashReport, TellsOfAnAssertion)
+{
+    ExpectEndBy(SIGABRT, "assert");
+    EXPECT_NE(m_end.output.find("weight > 0"), std::string::npos) << m_end.output;
+    EXPECT_EQ(Report().code, 0x40000015U);
+    EXPECT_NE(m_text.find("<Symbol>weight</Symbol>"), std::string::npos) << m_text;
+}
+
+TEST_F(PosixCrashReport, TellsOfAFailureThatNobodyCaught)
+{
+    ExpectEndBy(SIGABRT, "throw");
+    EXPECT_EQ(Report().code, 0x40000015U);
+    EXPECT_NE(m_text.find("NoSuch"), std::string::npos) << m_text;
+}
+
+TEST_F(PosixCrashReport, TellsOfAFileThatWasShortenedWhileItWasMapped)
+{
+    ExpectEndBy(SIGBUS, "bus");
+    ExpectWholeReport(0xC0000006);
+}
+
+TEST_F(PosixCrashReport, TellsOfAStackThatIsExhausted)
+{
+    Crasher optimised("CrasherOptimised");
+    m_end = optimised.Run("exhausted", UseSmallStack);
+    EXPECT_EQ(m_end.outcome, static_cast<std::uint32_t>(SIGSEGV)) << m_end.output;
+    m_text = optimised.Report();
+    const CrashReport report(m_text);
+    EXPECT_EQ(report.code, 0xC00000FDU);
+    EXPECT_EQ(report.description, "STACK_OVERFLOW");
+    EXPECT_TRUE(report.isWhole);
+    EXPECT_GT(report.frames.size(), 300U);
+}
+
+TEST_F(PosixCrashReport, BreaksOffAtAVariableThatAnExhaustedStackHasNoRoomFor)
+{
+    ExpectEndBy(SIGSEGV, "exhausted", UseSmallStack);
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0xC00000FDU);
+    EXPECT_NE(report.frames.at(0).symbol.find("Nested"), std::string::npos);
+    // Where the stack ends is left to chance: within the variables, or between two calls.
+    EXPECT_TRUE(report.isWhole ? report.frames.size() > 300 : report.frames.size() == 1) << report.frames.size();
+}
+
+TEST_F(PosixCrashReport, SignalFromAnotherProcessEndsThisOneAsItWasMeantTo)
+{
+    m_crasher.SendWhenReady(SIGSEGV);
+    ExpectEndBy(SIGSEGV, "signal");
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0xC0000005U);
+}
+
+TEST_F(PosixCrashReport, FaultWhoseSignalIsBlockedEndsTheProcessWithoutAReport)
+{
+    ExpectEndBy(SIGSEGV, "blocked");
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, SignalThatTheHostIgnoresDoesNothing)
+{
+    m_end = m_crasher.Run("ignored");
+    EXPECT_FALSE(m_end.isCrash);
+    EXPECT_EQ(m_end.output, "ready\n");
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, TwoThreadsThatCrashAtOnceEndTheProcessByTheSignalOfOneOfThem)
+{
+    for (int run = 0; run < 5; ++run)
+    {
+        m_end = m_crasher.Run("threads");
+        EXPECT_TRUE(m_end.isCrash);
+        EXPECT_TRUE(m_end.outcome == SIGSEGV || m_end.outcome == SIGFPE) << m_end.outcome;
+    }
+    ASSERT_FALSE(m_crasher.Reports().empty());
+    for (const boost::filesystem::path& each : m_crasher.Reports())
+    {
+        m_text = support::TemporaryFolder::BytesOf(each);
+        EXPECT_TRUE(CrashReport(m_text).isWhole) << m_text;
+        EXPECT_EQ(ComplaintAbout(m_text), "");
+    }
+}
+
+// Handlers of the host.
+
+TEST_F(PosixCrashReport, HandlerThatWasThereEarlierIsCalledAheadOfTheReport)
+{
+    ExpectEndBy(SIGSEGV, "earlier");
+    EXPECT_EQ(m_end.output.substr(0, 8), "handled\n");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, HandlerThatWasThereEarlierMayEndTheProcess)
+{
+    m_end = m_crasher.Run("earlier-ends");
+    EXPECT_FALSE(m_end.isCrash);
+    EXPECT_EQ(m_end.outcome, 7U);
+    EXPECT_EQ(m_end.output, "handled\n");
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, EarlierHandlerThatCrashesEndsTheProcessAsItWouldHave)
+{
+    ExpectEndBy(SIGSEGV, "earlier-crashes");
+    EXPECT_EQ(m_end.output, "handled\n");
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, FaultOfAProcessThatIgnoresItsSignalEndsIt) { ExpectEndBy(SIGSEGV, "earlier-ignores"); }
+
+TEST_F(PosixCrashReport, HandlerOfTheHostThatComesLaterHandsOn)
+{
+    ExpectEndBy(SIGSEGV, "later");
+    EXPECT_EQ(m_end.output.substr(0, 8), "handled\n");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, HandlerOfTheHostThatComesLaterHasTheLastWord)
+{
+    m_end = m_crasher.Run("later-ends");
+    EXPECT_FALSE(m_end.isCrash);
+    EXPECT_EQ(m_end.outcome, 7U);
+    ExpectNoReport();
+}
+
+// Where the report goes.
+
+TEST_F(PosixCrashReport, GoesToTheHomeFolderWithoutAFolderForData)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { ::unsetenv("XDG_DATA_HOME"); });
+    EXPECT_TRUE(m_crasher.Reports().empty());
+    const auto folder =
+        m_crasher.Folder() / "home/.local/share/Selvane Production Software/Exception Reports/Crasher/0.0";
+    EXPECT_TRUE(boost::filesystem::exists(folder)) << folder;
+}
+
+TEST_F(PosixCrashReport, HomeThatCannotBeMadeCostsTheReportAlone)
+{
+    m_crasher.Folder().File("file", "");
+    ExpectEndBy(SIGSEGV, "null", [&] { ::setenv("XDG_DATA_HOME", (m_crasher.Folder() / "file/below").c_str(), 1); });
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, HomeThatMayOnlyBeReadCostsTheReportAlone)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "The user lacks the right to mount";
+    boost::filesystem::create_directory(m_crasher.DataFolder());
+    ExpectEndBy(SIGSEGV, "null",
+                [&]
+                {
+                    LeaveMounts();
+                    Mount("tmpfs", m_crasher.DataFolder(), MS_RDONLY, "");
+                });
+    ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, FullDiskCostsTheRestOfTheReport)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "The user lacks the right to mount";
+    boost::filesystem::create_directory(m_crasher.DataFolder());
+    ExpectEndBy(SIGSEGV, "deep",
+                [&]
+                {
+                    LeaveMounts();
+                    Mount("tmpfs", m_crasher.DataFolder(), 0, "size=16k");
+                });
+}
+
+TEST_F(PosixCrashReport, LimitOfTheSizeOfFilesCostsTheRestOfTheReport)
+{
+    ExpectEndBy(SIGSEGV, "deep", [] { Limit(RLIMIT_FSIZE, 4096); });
+    const CrashReport report = Report();
+    EXPECT_FALSE(report.isWhole);
+    EXPECT_EQ(m_text.size(), 4096U);
+    EXPECT_EQ(report.code, 0xC0000005U);
+}
+
+// What the process lacks.
+
+TEST_F(PosixCrashReport, IsThereWithoutDescriptors)
+{
+    ExpectEndBy(SIGSEGV, "descriptors");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, IsThereWithoutADescriptorThatIsFree)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { Limit(RLIMIT_NOFILE, 4); });
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0xC0000005U);
+}
+
+TEST_F(PosixCrashReport, IsThereUnderALimitOfMemory)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { Limit(RLIMIT_AS, 64 * 1024 * 1024); });
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, IsThereWhenTheHeapIsCorrupted)
+{
+    ExpectEndBy(SIGABRT, "heap");
+    EXPECT_EQ(Report().code, 0x40000015U);
+}
+
+TEST_F(PosixCrashReport, IsThereWhenTheLockOfTheAllocatorIsHeld)
+{
+    ExpectEndBy(SIGSEGV, "malloc");
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0xC0000005U);
+    EXPECT_TRUE(report.isWhole) << m_text;
+    EXPECT_NE(m_text.find("WithinMalloc"), std::string::npos) << m_text;
+}
+
+TEST_F(PosixCrashReport, ProcessWithoutProcEndsByTheSignalOfTheFault)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "The user lacks the right to mount";
+    ExpectEndBy(SIGSEGV, "null",
+                []
+                {
+                    LeaveMounts();
+                    if (::umount2("/proc", MNT_DETACH) != 0)
+                        ::_exit(125);
+                });
+}
+
+// What the names are.
+
+TEST_F(PosixCrashReport, NamesThatAreNoUtf8AndHaveMarkupAreRead)
+{
+    m_crasher.UseCopy("R&D \"new\" \xFF");
+    ExpectEndBy(SIGSEGV, "null");
+    const CrashReport report = Report();
+    EXPECT_TRUE(report.isWhole) << m_text;
+    EXPECT_TRUE(report.path.value_or("").ends_with("R&D \"new\" \xEF\xBF\xBD")) << m_text;
+    EXPECT_TRUE(report.faultingModule.ends_with("R&D \"new\" \xEF\xBF\xBD")) << m_text;
+}
+
+TEST_F(PosixCrashReport, FunctionsAndFilesMayHaveAnyName)
+{
+    ExpectEndBy(SIGSEGV, "hostile");
+    ExpectWholeReport(0xC0000005);
+    const CrashReport report = Report();
+    EXPECT_EQ(report.frames.at(0).path.value_or(""), "/parts/R&D \"new\"/\xEF\xBF\xBD<1>.cpp");
+    EXPECT_NE(report.frames.at(0).symbol.find("Hostile"), std::string::npos) << report.frames.at(0).symbol;
+}
+
+TEST_F(PosixCrashReport, HasNoAnswerForAStrippedProgramButItsModules)
+{
+    Crasher stripped("CrasherStripped");
+    EXPECT_TRUE(stripped.Run("null").isCrash);
+    const std::string text = stripped.Report();
+    const CrashReport report(text);
+    EXPECT_TRUE(report.isWhole) << text;
+    EXPECT_EQ(ComplaintAbout(text), "");
+    EXPECT_TRUE(std::none_of(report.frames.begin(), report.frames.end(),
+                             [](const CrashReport::Frame& each) { return each.hasVariables; }))
+        << text;
+    EXPECT_FALSE(report.modules.empty());
+}
+
+// Modules.
+
+TEST_F(PosixCrashReport, HasTheModulesWithTheTimesOfTheirFiles)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    const CrashReport report = Report();
+    bool hasProgram = false;
+    bool hasKernels = false;
+    for (const CrashReport::Module& each : report.modules)
+    {
+        std::time_t time = 0;
+        struct stat status;
+        if (::stat(each.path.c_str(), &status) == 0)
+            time = status.st_mtime;
+        char built[32];
+        std::strftime(built, sizeof(built), "%Y%m%d-%H%M%S", std::gmtime(&time));
+        EXPECT_EQ(each.built, built) << each.path;
+        EXPECT_EQ(each.base % 4096, 0U);
+        EXPECT_EQ(each.size % 4096, 0U);
+        EXPECT_NE(each.size, 0U);
+        hasProgram = hasProgram || each.path == report.path;
+        hasKernels = hasKernels || time == 0;
+    }
+    EXPECT_TRUE(hasProgram);
+    EXPECT_TRUE(hasKernels) << "the kernel's own module has no file";
+}
+
+// The program that writes the report.
+
+TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWithoutTheProgramForReports)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    ExpectWholeReport(0xC0000005);
+    EXPECT_EQ(Report().frames.at(0).line != 0, true);
+}
+
+TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsMayNotBeRun)
+{
+    std::ofstream(Helper().string()) << "no program";
+    ExpectEndBy(SIGSEGV, "null");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsIsAnother)
+{
+    MakeShell(Helper(), "exit 3");
+    ExpectEndBy(SIGSEGV, "null");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReportAlone, ProgramForReportsThatIsKilledCostsTheReport)
+{
+    MakeShell(Helper(), "kill -KILL $$");
+    ExpectEndBy(SIGSEGV, "null");
+}
+
+TEST_F(PosixCrashReportAlone, ProgramForReportsThatHangsIsEnded)
+{
+    MakeShell(Helper(), "exec sleep 1000");
+    ExpectEndBy(SIGSEGV, "null");
+}
+
+TEST_F(PosixCrashReportAlone, FaultWithinTheReportLeavesWhatIsWrittenAndEndsTheProcessByItsFirstSignal)
+{
+    ExpectEndBy(SIGSEGV, "smashed");
+    const CrashReport report = Report();
+    EXPECT_FALSE(report.isWhole);
+    EXPECT_TRUE(m_text.ends_with("<BaseType>6</BaseType>")) << m_text;
+}
+
+TEST_F(PosixCrashReportAlone, PointerToAPointerDeliberatelyKeepsTheReportFromEnding)
+{
+    UseHastyHelper();
+    ExpectEndBy(SIGSEGV, "unending");
+    const CrashReport report = Report();
+    EXPECT_FALSE(report.isWhole);
+    EXPECT_TRUE(m_text.ends_with("<Symbol>place</Symbol>\n")) << m_text;
+}
+
+TEST_F(PosixCrashReportAlone, TellsOfADestructorOfAStaticObject)
+{
+    UseHastyHelper();
+    ExpectEndBy(SIGSEGV, "destructor");
+    const CrashReport report = Report();
+    EXPECT_NE(m_text.find("~AtTheEnd"), std::string::npos) << m_text;
+    EXPECT_EQ(report.isWhole, !HasLibraryVariables()) << m_text;
+}
