@@ -1,19 +1,27 @@
 #include "utility/platform/Symbols.h"
 
 #include "tests/support/posix/FaultedProgram.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Thorough.h"
 #include "utility/platform/posix/faults/ReportedProcess.h"
 #include "utility/platform/PresentContext.h"
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <elf.h>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <thread>
 #include <unistd.h>
@@ -350,6 +358,21 @@ TEST(Symbols, WalkOfAThreadEndsAheadOfWhatTheSystemStartsItWith)
     }
 }
 
+std::vector<FoundFrame> framesOfHandler;
+
+TEST(Symbols, WalkGoesOnBehindAHandlerOfASignal)
+{
+    struct sigaction action = {};
+    struct sigaction earlier = {};
+    action.sa_handler = [](int) { framesOfHandler = WalkHere(); };
+    ::sigaction(SIGUSR1, &action, &earlier);
+    ::raise(SIGUSR1);
+    ::sigaction(SIGUSR1, &earlier, nullptr);
+    ASSERT_FALSE(framesOfHandler.empty());
+    EXPECT_EQ(framesOfHandler.back().symbol.name, "main");
+    framesOfHandler.clear();
+}
+
 TEST(Symbols, FrameThatWasLeftHasNoScopeAndNoSymbol)
 {
     _CONTEXT context = {};
@@ -473,6 +496,68 @@ TEST_F(SymbolVariables, TellParametersLocalsAndStaticOnesApart)
     EXPECT_EQ(Find("this").flags, SymbolVariable::isParameter | SymbolVariable::isFrameRelative);
     EXPECT_EQ(Find("local").flags, SymbolVariable::isLocal | SymbolVariable::isFrameRelative);
     EXPECT_EQ(Find("counter").flags, DWORD(SymbolVariable::isLocal));
+}
+
+TEST(SymbolsOfExhaustedStack, ThereIsNothingOfWhatHadNoRoom)
+{
+    const support::FaultedProgram program(UTILITY_EXHAUSTED_STACK);
+    ASSERT_TRUE(program.IsStopped());
+    const OpenSymbols symbols(program.Process());
+    const std::vector<FoundFrame> frames = Walk(program.Context()); // which reads each variable
+    ASSERT_GT(frames.size(), 200U);
+    EXPECT_EQ(frames[0].Find("depth"), nullptr);
+    ASSERT_NE(frames[1].Find("depth"), nullptr);
+    ASSERT_NE(frames[1].Find("twice"), nullptr);
+    EXPECT_EQ(As<int>(*frames[1].Find("twice")), 2 * *As<int>(*frames[1].Find("depth")));
+    EXPECT_EQ(frames.back().symbol.name, "main");
+}
+
+/// Where the bytes begin that are not loaded into memory: debugging information, and the names of symbols.
+std::size_t EndOfLoaded(const std::string& bytes)
+{
+    Elf64_Ehdr header;
+    std::memcpy(&header, bytes.data(), sizeof(header));
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < header.e_phnum; ++i)
+    {
+        Elf64_Phdr segment;
+        std::memcpy(&segment, bytes.data() + header.e_phoff + i * sizeof(segment), sizeof(segment));
+        if (segment.p_type == PT_LOAD)
+            end = std::max<std::size_t>(end, segment.p_offset + segment.p_filesz);
+    }
+    return end;
+}
+
+TEST(SymbolsOfDamagedProgram, WhatIsNotKnownIsLeftOut)
+{
+    std::ifstream file(UTILITY_STOPPED_PROGRAM_OPTIMISED, std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::size_t begin = EndOfLoaded(whole);
+    ASSERT_LT(begin, whole.size());
+    const support::TemporaryFolder folder;
+    std::mt19937 random(1); // NOLINT: the same each time
+    std::size_t variables = 0;
+    for (int round = 0; round < support::Cases(400); ++round)
+    {
+        std::string damaged = whole;
+        for (int i = 0; i < 1 << round % 12; ++i)
+            damaged[begin + random() % (whole.size() - begin)] = static_cast<char>(random());
+        const std::string path = folder.File(std::to_string(round).c_str(), damaged).native();
+        ::chmod(path.c_str(), 0700);
+        const support::FaultedProgram program(path.c_str());
+        ASSERT_TRUE(program.IsStopped());
+        const OpenSymbols symbols(program.Process());
+        try
+        {
+            for (const FoundFrame& frame : Walk(program.Context()))
+                variables += frame.variables.size();
+        }
+        catch (const ReportEnd&)
+        {
+            // An address that is wrong.
+        }
+    }
+    EXPECT_GT(variables, 0U);
 }
 
 TEST(SymbolVariablesInRegisters, HaveTheNumbersOfCodeView)

@@ -125,7 +125,12 @@ public:
         if (m_scope == nullptr)
             return;
         Variables(m_elfutils, m_program, m_unwinder, m_entries, *m_frame)
-            .Each(*m_scope, [this, &visit](const Variable& variable) { visit(Described(variable)); });
+            .Each(*m_scope,
+                  [this, &visit](const Variable& variable)
+                  {
+                      if (!m_isFirst || HasRoom(variable))
+                          visit(Described(variable));
+                  });
     }
 
     Types& AllTypes() { return m_types; }
@@ -180,6 +185,14 @@ private:
                 return symbol;
         }
         return name;
+    }
+
+    /// An exhausted stack has none for what the function was about to keep there.
+    static bool HasRoom(const Variable& variable)
+    {
+        std::byte first;
+        return variable.location.kind != Location::Kind::memory || !variable.location.isRelative ||
+               ReadReportedProcess(variable.location.number, &first, sizeof(first)) == sizeof(first);
     }
 
     SymbolVariable Described(const Variable& variable)
