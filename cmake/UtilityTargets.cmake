@@ -21,7 +21,9 @@ function(utility_options target)
     PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${UTILITY_WERROR}>:-Werror>
             # A contracted multiplication and addition rounds once instead of twice: results would depend on the
             # processor.
-            -ffp-contract=off)
+            -ffp-contract=off
+            # A fault of the processor may become a failure that is thrown: what is on the way must expect it anywhere.
+            -fnon-call-exceptions)
   if(WIN32)
     target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
     # The version that Wine's own symbol reader understands.

@@ -126,6 +126,14 @@ TEST_F(HeaderExampleTest, ReportLog)
     EXPECT_EQ(TakeLog(database), (std::vector<Logged>{{LogSeverityInformation, L"Tool change\n"}}));
 }
 
+TEST_F(HeaderExampleTest, SETranslator)
+{
+    const int part = 7;
+    const auto Read = [](int) {};
+#include "crash/SETranslator.example"
+    EXPECT_EQ(shown, L"");
+}
+
 TEST_F(HeaderExampleTest, UnhandledExceptionFilter)
 {
 #include "crash/UnhandledExceptionFilter.example"

@@ -69,4 +69,8 @@ using FaultDisposition = std::int32_t;
 /// What is called for a fault that nobody has handled, on the thread that faulted.
 using FaultFilter = FaultDisposition (*)(_EXCEPTION_POINTERS*);
 
+/// What is called for a fault on a thread that has asked for it, ahead of the filter, with the exception's code. It
+/// throws, or returns to let the fault go on.
+using FaultTranslator = void (*)(unsigned int code, _EXCEPTION_POINTERS*);
+
 }

@@ -13,10 +13,6 @@ namespace utility::platform
 /// action that each signal had; given back, or null, it restores them, save those that somebody else has taken since.
 FaultFilter SetFaultFilter(FaultFilter filter) noexcept;
 
-/// Called for a fault on its thread, ahead of the filter, with the exception's code. It throws, or returns to let the
-/// fault go on.
-using FaultTranslator = void (*)(unsigned int code, _EXCEPTION_POINTERS* fault);
-
 /// Makes `translator` the one of the calling thread and gives the earlier one, null if there was none.
 FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept;
 

@@ -13,4 +13,7 @@ unsigned int FloatingControl(unsigned int value, unsigned int mask) noexcept;
 /// Discards the calling thread's pending floating-point status flags.
 void ClearFloatingStatus() noexcept;
 
+/// Gives the calling thread the floating-point state of a new process.
+void ResetFloatingPoint() noexcept;
+
 }

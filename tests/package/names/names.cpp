@@ -89,6 +89,16 @@ void Crash()
     filter = CUnhandledExceptionFilter();
     CUnhandledExceptionFilter::g_bGenerateExceptionReport =
         CUnhandledExceptionFilter::UnhandledExceptionFilter(nullptr) != 0;
+
+    CSETranslator translator;
+    CStructuredException(0, nullptr).GetErrorMessage(nullptr, 0, nullptr);
+    CStructuredException failure(0, nullptr);
+    failure.CStructuredException::GetErrorMessage(nullptr, 0, nullptr);
+    failure.GetExceptionPointers();
+    Catch<CStructuredException>();
+    ZeloIsDebuggerPresent();
+    ZeloDliHook(0, nullptr);
+    utility::platform::OpenDelayed("", &ZeloDliHook);
 }
 
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }

@@ -75,4 +75,10 @@ void ClearFloatingStatus() noexcept
     _mm_setcsr(_mm_getcsr() & ~sseStatus);
 }
 
+void ResetFloatingPoint() noexcept
+{
+    asm volatile("fninit");
+    _mm_setcsr(sseMasks);
+}
+
 }

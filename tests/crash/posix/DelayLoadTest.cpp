@@ -1,0 +1,60 @@
+#include "utility/crash/DelayLoad.h"
+
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+#include <string>
+
+using utility::platform::DelayLoadResult;
+using utility::platform::OpenDelayed;
+
+namespace
+{
+
+int hookCalls = 0;
+std::string askedFor;
+
+DelayLoadResult RememberAndGiveNothing(unsigned int notification, DelayLoadInfo* info)
+{
+    ++hookCalls;
+    EXPECT_EQ(notification, 3U);
+    EXPECT_EQ(info->cb, sizeof(*info));
+    EXPECT_EQ(info->dwLastError, 126U);
+    askedFor = info->szDll;
+    return nullptr;
+}
+
+}
+
+TEST(PosixDelayLoadTest, LibraryThatTheSystemFindsIsLoadedWithoutTheHook)
+{
+    hookCalls = 0;
+    void* const library = OpenDelayed("libm.so.6", &RememberAndGiveNothing);
+    ASSERT_NE(library, nullptr);
+    EXPECT_NE(::dlsym(library, "cos"), nullptr);
+    EXPECT_EQ(::dlclose(library), 0);
+    EXPECT_EQ(hookCalls, 0);
+}
+
+TEST(PosixDelayLoadTest, HookIsAskedForALibraryThatIsNotFound)
+{
+    hookCalls = 0;
+    EXPECT_EQ(OpenDelayed("nowhere/libnothing.so", &RememberAndGiveNothing), nullptr);
+    EXPECT_EQ(hookCalls, 1);
+    EXPECT_EQ(askedFor, "nowhere/libnothing.so");
+    EXPECT_EQ(OpenDelayed("nowhere/libnothing.so", nullptr), nullptr);
+}
+
+TEST(PosixDelayLoadTest, LibraryThatIsNotFoundIsTriedBesideTheProgramByItsNameAlone)
+{
+    const std::string module = UTILITY_VERSIONED_MODULE;
+    const std::string elsewhere = "/nowhere" + module.substr(module.rfind('/'));
+    void* const library = OpenDelayed(elsewhere.c_str(), &ZeloDliHook);
+    ASSERT_NE(library, nullptr);
+    void* const same = ::dlopen(module.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    EXPECT_EQ(library, same);
+    EXPECT_EQ(::dlclose(same), 0);
+    EXPECT_EQ(::dlclose(library), 0);
+    EXPECT_EQ(OpenDelayed("/nowhere/libnothing.so", &ZeloDliHook), nullptr);
+    EXPECT_EQ(OpenDelayed("/nowhere/", &ZeloDliHook), nullptr);
+}
