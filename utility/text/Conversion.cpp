@@ -1,6 +1,8 @@
 #include "utility/text/Conversion.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cwchar>
 #include <typeinfo>
 
@@ -42,13 +44,29 @@ std::wstring converter<wchar_t>::convert(const std::string& text, const std::loc
                                    [&facet](auto&&... arguments) { return facet.in(arguments...); });
 }
 
+namespace
+{
+
+std::string Narrow(const std::wstring& text, const Facet& facet)
+{
+    return Converted<std::string>(text, static_cast<std::size_t>(facet.max_length()) * text.size(),
+                                  [&facet](auto&&... arguments) { return facet.out(arguments...); });
+}
+
+bool IsTag(wchar_t c) { return static_cast<std::uint32_t>(c) >> 7 == 0xE0000 >> 7; }
+
+}
+
 std::string converter<char>::convert(const std::wstring& text, const std::locale& locale)
 {
     if (text.empty())
         return {};
     const Facet& facet = FacetOf(locale);
-    return Converted<std::string>(text, static_cast<std::size_t>(facet.max_length()) * text.size(),
-                                  [&facet](auto&&... arguments) { return facet.out(arguments...); });
+    // Where a locale has no tags, the GNU C library leaves them out, and ends the process where there is nothing else.
+    const auto tag = std::ranges::find_if(text, IsTag);
+    if (tag != text.end() && Narrow({L'a', *tag}, facet) == "a")
+        throw std::bad_cast();
+    return Narrow(text, facet);
 }
 
 }

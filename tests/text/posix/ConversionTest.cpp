@@ -18,3 +18,19 @@ TEST(ConversionTest, LocaleOfUtf8ConvertsWholeCharactersAlone)
         EXPECT_THROW(static_cast<void>(converter<wchar_t>::convert(bad, locale)), std::bad_cast) << bad;
     EXPECT_THROW(static_cast<void>(converter<char>::convert(L"a\xD800", locale)), std::bad_cast);
 }
+
+TEST(ConversionTest, TagsThatTheLocaleDoesNotHaveThrowBadCastAndDoNotEndTheProcess)
+{
+    for (const wchar_t tag : {L'\U000E0000', L'\U000E0041', L'\U000E007F'})
+    {
+        for (const std::wstring& text :
+             {std::wstring(1, tag), L"a" + std::wstring(2, tag), tag + std::wstring(L"\0b", 2)})
+        {
+            EXPECT_THROW(static_cast<void>(converter<char>::convert(text, std::locale::classic())), std::bad_cast);
+            const std::locale unicode("C.UTF-8");
+            EXPECT_EQ(converter<wchar_t>::convert(converter<char>::convert(text, unicode), unicode), text);
+        }
+    }
+    for (const wchar_t next : {L'\U000DFFFF', L'\U000E0080'})
+        EXPECT_THROW(static_cast<void>(converter<char>::convert({next}, std::locale::classic())), std::bad_cast);
+}
