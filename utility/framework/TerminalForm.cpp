@@ -3,6 +3,7 @@
 #include "utility/platform/Text.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <istream>
 #include <ostream>
 #include <string_view>
@@ -10,6 +11,24 @@
 
 namespace utility::framework
 {
+
+namespace
+{
+
+/// A signal that interrupts the reading is not the end of the input, though a stream over the C library says so.
+bool ReadLine(std::istream& in, std::string& line)
+{
+    for (std::string part;; in.clear())
+    {
+        errno = 0;
+        std::getline(in, part);
+        line += part;
+        if (!in.eof() || errno != EINTR)
+            return !in.bad() && (!in.fail() || !line.empty());
+    }
+}
+
+}
 
 TerminalForm::TerminalForm(std::istream& in, std::ostream& out, std::vector<Field> fields)
     : m_in(in), m_out(out), m_fields(std::move(fields))
@@ -55,7 +74,7 @@ bool TerminalForm::Ask(Field& field)
     m_out << platform::CodePageFromWide(CP_ACP, field.label) << " [" << platform::CodePageFromWide(CP_ACP, field.text)
           << "]: " << std::flush;
     std::string line;
-    if (!std::getline(m_in, line))
+    if (!ReadLine(m_in, line))
         return false;
     if (line.ends_with('\r'))
         line.pop_back();

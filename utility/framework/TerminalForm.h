@@ -32,7 +32,8 @@ public:
     TerminalForm(std::istream& in, std::ostream& out, std::vector<Field> fields);
 
     /// Asks for the field in question, or where none is for all, each with its label and what stands in it, which an
-    /// empty line leaves. A null character that is typed becomes U+FFFD. False at the end of the input.
+    /// empty line leaves. A null character that is typed becomes U+FFFD. False at the end of the input, which a signal
+    /// that interrupts the reading is not.
     bool Edit();
 
     bool HasField(int id) override;
