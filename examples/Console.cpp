@@ -163,8 +163,10 @@ Progress::Progress(std::uint64_t total) : m_total(OutputIsTerminal() ? total : 0
 
 Progress::~Progress()
 {
-    if (m_shown >= 0)
-        std::fputs("\r    \r", stdout);
+    if (m_shown < 0)
+        return;
+    std::fputs("\r    \r", stdout);
+    std::fflush(stdout); // what is said next may go another way
 }
 
 void Progress::Show(std::uint64_t done)
