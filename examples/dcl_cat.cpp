@@ -16,6 +16,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -125,6 +126,7 @@ Outcome Expand(Blocks& blocks, const Sink& sink)
         return Outcome::notImploded;
 
     std::array<unsigned char, 1 << 16> part;
+    int earlier = code;
     for (std::uint64_t given = 0;;)
     {
         std::uint64_t size = 0;
@@ -139,6 +141,9 @@ Outcome Expand(Blocks& blocks, const Sink& sink)
         given += size;
         if (isWhole && given == wholeSize)
             return Outcome::whole;
+        // What was expanded ahead of a cut comes with one more call.
+        if (code == 2 && std::exchange(earlier, code) != code)
+            continue;
         if (code != 0)
             return code == 2 ? Outcome::cut : Outcome::damaged;
     }
