@@ -30,7 +30,7 @@
 //
 // All that is known of the process comes from two services, and all of its memory that is looked at from one operation
 // of theirs, Read: so the process may be another one. Where a report cannot go on it ends, without a word and with what
-// stands in the file by then.
+// stands in the file by then. So all of it goes to the file ahead of what may be a second fault, or have no end.
 
 namespace utility::detail
 {
@@ -287,6 +287,7 @@ void EnumSymbolsParameters(const SymbolVariable& variable, const EnumSymbolsCont
     if ((variable.flags & (SymbolVariable::isRegisterRelative | SymbolVariable::isFrameRelative)) != 0)
         address += context.frame->frameAddress;
 
+    stream.flush();
     SymbolType type = variable.type;
     std::uint32_t pointerDepth = 0;
     DWORD tag = 0;
@@ -304,6 +305,7 @@ void EnumSymbolsParameters(const SymbolVariable& variable, const EnumSymbolsCont
         stream << L"<Register>0x" << HexPlain{variable.registerNumber} << L"</Register>";
     stream << L"<Tag>" << Decimal{tag} << L"</Tag>";
 
+    stream.flush();
     std::wstring name;
     std::uint64_t length = 0;
     DWORD base = 0;
@@ -444,6 +446,7 @@ void WriteProcessInformation(std::wostream& stream)
                    << Decimal{HighWord(version.dwFileVersionLS)} << L"</Release>\n<Build>"
                    << Decimal{LowWord(version.dwFileVersionLS)} << L"</Build>\n";
         }
+        stream.flush();
         const std::chrono::seconds built(module.time ? *module.time : LinkTime(module.path));
         stream << L"<BuildTime>" << Timestamp(std::chrono::sys_seconds(built))
                << L"</BuildTime>\n</FileVersion>\n</VersionInfo>\n</ModuleEntry>\n";

@@ -320,6 +320,26 @@ void WithoutDescriptors()
     Null();
 }
 
+/// The program's file is gone.
+void Unlinked()
+{
+    char file[4096] = {};
+    if (::readlink("/proc/self/exe", file, sizeof(file) - 1) > 0)
+        ::unlink(file);
+    Null();
+}
+
+/// Another file has the name of the program's.
+void Replaced()
+{
+    char file[4096] = {};
+    if (::readlink("/proc/self/exe", file, sizeof(file) - 1) <= 0)
+        return;
+    ::unlink(file);
+    ::close(::open(file, O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    Null();
+}
+
 void HostileNames() { kept = Hostile(nullptr); }
 
 /// Runs ahead of every constructor, those of libraries among them, while the cause is not known yet.
@@ -383,6 +403,8 @@ constexpr Cause causes[] = {
     {"heap", &Heap},
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
+    {"unlinked", &Unlinked},
+    {"replaced", &Replaced},
     {"hostile", &HostileNames},
 #endif
 };

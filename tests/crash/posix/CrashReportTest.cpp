@@ -361,6 +361,31 @@ TEST_F(PosixCrashReport, LimitOfTheSizeOfFilesCostsTheRestOfTheReport)
     EXPECT_EQ(report.code, 0xC0000005U);
 }
 
+TEST_F(PosixCrashReportAlone, LimitOfTheSizeOfFilesCostsTheRestOfTheReportFromInsideToo)
+{
+    ExpectEndBy(SIGSEGV, "deep", [] { Limit(RLIMIT_FSIZE, 4096); });
+    EXPECT_FALSE(Report().isWhole);
+    EXPECT_EQ(m_text.size(), 4096U);
+}
+
+TEST_F(PosixCrashReport, IsForTheUserAlone)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    struct stat status;
+    ASSERT_EQ(::stat(m_crasher.Reports().at(0).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+}
+
+TEST_F(PosixCrashReport, OfALaterSecondHasAFileOfItsOwn)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    ::usleep(1100 * 1000);
+    ExpectEndBy(SIGSEGV, "null");
+    ASSERT_EQ(m_crasher.Reports().size(), 2U);
+    for (const boost::filesystem::path& each : m_crasher.Reports())
+        EXPECT_TRUE(CrashReport(support::TemporaryFolder::BytesOf(each)).isWhole);
+}
+
 // What the process lacks.
 
 TEST_F(PosixCrashReport, IsThereWithoutDescriptors)
@@ -470,6 +495,20 @@ TEST_F(PosixCrashReport, HasTheModulesWithTheTimesOfTheirFiles)
     }
     EXPECT_TRUE(hasProgram);
     EXPECT_TRUE(hasKernels) << "the kernel's own module has no file";
+}
+
+TEST(PosixCrashReportModules, FileThatIsGoneOrAnotherHasNoTime)
+{
+    for (const char* const cause : {"unlinked", "replaced"})
+    {
+        Crasher crasher("CrasherStatic");
+        crasher.UseCopy(cause);
+        EXPECT_EQ(crasher.Run(cause).outcome, static_cast<std::uint32_t>(SIGSEGV));
+        const std::string text = crasher.Report();
+        const CrashReport report(text);
+        EXPECT_EQ(report.modules.at(0).path, crasher.Program().native());
+        EXPECT_EQ(report.modules.at(0).built, "19700101-000000");
+    }
 }
 
 // The program that writes the report.

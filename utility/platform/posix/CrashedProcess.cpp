@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cinttypes>
+#include <csignal>
 #include <cstdio>
 #include <locale>
 #include <streambuf>
@@ -70,6 +71,30 @@ DWORD TimeOf(const boost::filesystem::path& path, std::uint64_t inode)
     return isThat ? static_cast<DWORD>(status.st_mtime) : 0;
 }
 
+/// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it.
+class WithoutSignalForSize
+{
+public:
+    WithoutSignalForSize()
+    {
+        ::sigemptyset(&m_signal);
+        ::sigaddset(&m_signal, SIGXFSZ);
+        ::pthread_sigmask(SIG_BLOCK, &m_signal, &m_before);
+    }
+    WithoutSignalForSize(const WithoutSignalForSize&) = delete;
+    WithoutSignalForSize& operator=(const WithoutSignalForSize&) = delete;
+    ~WithoutSignalForSize()
+    {
+        constexpr timespec noTime = {};
+        ::sigtimedwait(&m_signal, nullptr, &noTime);
+        ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
+    }
+
+private:
+    sigset_t m_signal;
+    sigset_t m_before;
+};
+
 /// Text as UTF-8 in a file. The file is closed with it.
 class Utf8Buffer final : public std::wstreambuf
 {
@@ -96,6 +121,7 @@ protected:
     {
         const std::string bytes = formats::Utf8FromWide({pbase(), static_cast<std::size_t>(pptr() - pbase())});
         setp(m_text, std::end(m_text));
+        const WithoutSignalForSize scope;
         DWORD written = 0;
         for (std::string_view left = bytes; !left.empty(); left.remove_prefix(written))
         {
