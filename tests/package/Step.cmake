@@ -43,6 +43,16 @@ if(STEP STREQUAL "install")
     endif()
   endif()
 
+  if(NOT TOOLCHAIN)
+    # Without a request the program that writes crash reports ends with 2.
+    file(GLOB_RECURSE library "${PREFIX}/libUtility.so" "${PREFIX}/libUtility.a")
+    cmake_path(GET library PARENT_PATH folder)
+    execute_process(COMMAND "${folder}/UtilityCrashReport" INPUT_FILE /dev/null RESULT_VARIABLE result)
+    if(NOT result EQUAL 2)
+      message(FATAL_ERROR "${folder}/UtilityCrashReport: ${result}")
+    endif()
+  endif()
+
 elseif(STEP STREQUAL "headers")
   execute_process(
     COMMAND ${CXX_COMPILER} -std=c++20 -MM -I "${SOURCE}" -isystem "${BOOST_INCLUDE}" "${SOURCE}/utility/Utility.h"
