@@ -560,6 +560,29 @@ TEST(SymbolsOfDamagedProgram, WhatIsNotKnownIsLeftOut)
     EXPECT_GT(variables, 0U);
 }
 
+TEST(SymbolsOfTailCall, ArgumentsOfTheCallThatIsOnTheStackAreNotTakenForItsOwn)
+{
+    const support::FaultedProgram program(UTILITY_TAIL_CALL_OPTIMISED);
+    ASSERT_TRUE(program.IsStopped());
+    const OpenSymbols symbols(program.Process());
+    const std::vector<FoundFrame> frames = Walk(program.Context());
+    ASSERT_GT(frames.size(), 1U);
+    EXPECT_NE(frames[0].symbol.name.find("Entered"), std::string::npos);
+    EXPECT_NE(frames[1].symbol.name.find("Calling"), std::string::npos);
+    EXPECT_EQ(frames[0].Find("value"), nullptr);
+}
+
+TEST(SymbolsOfLambda, AreNamedWithTheFunctionThatItIsIn)
+{
+    const support::FaultedProgram program(UTILITY_STOPPED_PROGRAM);
+    ASSERT_TRUE(program.IsStopped());
+    const OpenSymbols symbols(program.Process());
+    std::set<std::string> names;
+    for (const FoundFrame& frame : Walk(program.Context()))
+        names.insert(frame.symbol.name);
+    EXPECT_EQ(names.count("shop::Tool::Cut(int, double)::{lambda(int)#1}::operator()(int) const"), 1U);
+}
+
 TEST(SymbolVariablesInRegisters, HaveTheNumbersOfCodeView)
 {
     const support::FaultedProgram program(UTILITY_STOPPED_PROGRAM_OPTIMISED);
