@@ -546,6 +546,13 @@ TEST_F(PosixCrashReportAlone, ProgramForReportsThatHangsIsEnded)
     ExpectEndBy(SIGSEGV, "null");
 }
 
+TEST_F(PosixCrashReportAlone, ReportFromInsideThatWaitsForTheLockOfTheAllocatorIsEnded)
+{
+    ExpectEndBy(SIGSEGV, "malloc");
+}
+
+TEST_F(PosixCrashReportAlone, ReportFromInsideThatFindsTheHeapCorruptedIsEnded) { ExpectEndBy(SIGABRT, "heap"); }
+
 TEST_F(PosixCrashReportAlone, FaultWithinTheReportLeavesWhatIsWrittenAndEndsTheProcessByItsFirstSignal)
 {
     ExpectEndBy(SIGSEGV, "smashed");

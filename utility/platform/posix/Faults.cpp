@@ -76,6 +76,8 @@ UTILITY_OF_THREAD const Fault* reported = nullptr;
 /// Where the latest fault was that an earlier action returned from.
 UTILITY_OF_THREAD std::optional<Place> latest = std::nullopt;
 UTILITY_OF_THREAD FaultTranslator threadTranslator = nullptr;
+/// The kernel's number of the timer that ends the report, or none.
+UTILITY_OF_THREAD int reportTimer = -1;
 
 #undef UTILITY_OF_THREAD
 
@@ -103,6 +105,8 @@ public:
     Reporting& operator=(const Reporting&) = delete;
     ~Reporting()
     {
+        if (const int timer = std::exchange(reportTimer, -1); timer >= 0)
+            ::syscall(SYS_timer_delete, timer);
         --writers;
         reported = nullptr;
     }
@@ -238,8 +242,7 @@ void Translate(const Fault& fault, const _EXCEPTION_RECORD& record, const _CONTE
     ucontext_t& interrupted = *fault.interrupted;
     if (!FindThrower(record, registers, interrupted))
         return;
-    if (record.ExceptionCode == posix::codeOfStackOverflow &&
-        !posix::MakeRoomOnStack(record.ExceptionInformation[1]))
+    if (record.ExceptionCode == posix::codeOfStackOverflow && !posix::MakeRoomOnStack(record.ExceptionInformation[1]))
         return;
     translated.record = record;
     translated.registers = registers;
@@ -322,6 +325,26 @@ void GiveSignalsBack()
     }
 }
 
+}
+
+void posix::LimitReport() noexcept
+{
+    if (reported == nullptr)
+        return;
+    // A handler of the host's that hands on what it gets may have blocked it. At its end that is put back.
+    sigset_t own;
+    ::sigemptyset(&own);
+    ::sigaddset(&own, reported->signal);
+    ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+    sigevent event = {};
+    event.sigev_notify = SIGEV_THREAD_ID;
+    event.sigev_signo = reported->signal;
+    event._sigev_un._tid = ::gettid();
+    itimerspec time = {};
+    time.it_value.tv_sec = reportSeconds + 2;
+    // The kernel's own calls: those of the C library may allocate.
+    if (::syscall(SYS_timer_create, CLOCK_MONOTONIC, &event, &reportTimer) == 0)
+        ::syscall(SYS_timer_settime, reportTimer, 0, &time, nullptr);
 }
 
 FaultFilter SetFaultFilter(FaultFilter filter) noexcept

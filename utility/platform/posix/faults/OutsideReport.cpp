@@ -140,7 +140,10 @@ void posix::FindReportProgram() noexcept
         libraryFile[0] = '\0';
 }
 
-bool ReportFromOutside(const _EXCEPTION_POINTERS& fault, const void* log) noexcept
+namespace
+{
+
+bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log)
 {
     Job job;
     job.request = {::getpid(), ::gettid(), *fault.ExceptionRecord, *fault.ContextRecord, log};
@@ -160,6 +163,16 @@ bool ReportFromOutside(const _EXCEPTION_POINTERS& fault, const void* log) noexce
     ::prctl(PR_SET_PTRACER, 0);
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return job.isDone;
+}
+
+}
+
+bool ReportFromOutside(const _EXCEPTION_POINTERS& fault, const void* log) noexcept
+{
+    const bool isWritten = WriteFromOutside(fault, log);
+    if (!isWritten)
+        posix::LimitReport();
+    return isWritten;
 }
 
 }
