@@ -248,8 +248,8 @@ TEST_P(CrashReportTest, IsAnotherFileInALaterSecond)
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
     crasher.Run("divide");
     ASSERT_EQ(crasher.Reports().size(), 2U);
-    EXPECT_EQ(CrashReport(support::TemporaryFolder::BytesOf(crasher.Reports()[0])).code, 0xC0000005);
-    EXPECT_EQ(CrashReport(support::TemporaryFolder::BytesOf(crasher.Reports()[1])).code, 0xC0000094);
+    EXPECT_EQ(CrashReport(Crasher::TextOf(crasher.Reports()[0])).code, 0xC0000005);
+    EXPECT_EQ(CrashReport(Crasher::TextOf(crasher.Reports()[1])).code, 0xC0000094);
 }
 
 TEST(CrashReportNames, FileIsNamedAfterTheTimeInUtc)

@@ -53,8 +53,10 @@ public:
     boost::filesystem::path ReportFolder() const;
     /// The reports, in order.
     std::vector<boost::filesystem::path> Reports() const;
-    /// The bytes of the one report that there has to be, each end of a line one character; else nothing.
+    /// The text of the one report that there has to be, else nothing.
     std::string Report() const;
+    /// The bytes of a report, with one character for each end of a line.
+    static std::string TextOf(const boost::filesystem::path& report);
 
 private:
     TemporaryFolder m_folder;

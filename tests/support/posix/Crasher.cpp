@@ -49,14 +49,6 @@ Crasher::Crasher(const char* program) : m_program(boost::filesystem::path(UTILIT
 
 Crasher::~Crasher() = default;
 
-void Crasher::UseCopy(const std::string& name)
-{
-    const boost::filesystem::path folder = m_folder / "program";
-    boost::filesystem::create_directory(folder);
-    boost::filesystem::copy_file(m_program, folder / name);
-    m_program = folder / name;
-}
-
 std::string Crasher::PathInReport() const { return boost::filesystem::canonical(m_program).string(); }
 
 boost::filesystem::path Crasher::DataFolder() const { return m_folder / "data"; }
@@ -98,27 +90,6 @@ Crasher::End Crasher::Run(const std::string& cause, const std::function<void()>&
     end.outcome = static_cast<std::uint32_t>(end.isCrash ? WTERMSIG(status) : WEXITSTATUS(status));
     end.hasCore = end.isCrash && WCOREDUMP(status);
     return end;
-}
-
-boost::filesystem::path Crasher::ReportFolder() const
-{
-    return DataFolder() / "Selvane Production Software/Exception Reports" / m_program.stem() / "0.0";
-}
-
-std::vector<boost::filesystem::path> Crasher::Reports() const
-{
-    std::vector<boost::filesystem::path> reports;
-    boost::system::error_code missing;
-    for (const auto& each : boost::filesystem::directory_iterator(ReportFolder(), missing))
-        reports.push_back(each.path());
-    std::sort(reports.begin(), reports.end());
-    return reports;
-}
-
-std::string Crasher::Report() const
-{
-    const std::vector<boost::filesystem::path> reports = Reports();
-    return reports.size() == 1 ? TemporaryFolder::BytesOf(reports[0]) : std::string();
 }
 
 std::string ComplaintAbout(const std::string& xml)
