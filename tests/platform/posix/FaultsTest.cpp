@@ -32,7 +32,7 @@ namespace
 {
 
 /// What a child that faults tells its parent.
-struct Told
+struct ToldFault
 {
     std::atomic<int> filters = 0;
     std::atomic<int> reports = 0;
@@ -44,7 +44,7 @@ struct Told
     std::atomic<int> value = 0;
 };
 
-Told* told = nullptr;
+ToldFault* told = nullptr;
 FaultFilter earlierFilter = nullptr;
 std::function<void()> whileReporting;
 
@@ -85,14 +85,15 @@ protected:
     FaultsTest()
     {
         void* const shared =
-            ::mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        told = ::new (shared) Told;
+            ::mmap(nullptr, sizeof(ToldFault), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        told = ::new (shared) ToldFault;
     }
-    ~FaultsTest() override { ::munmap(told, sizeof(Told)); }
+    ~FaultsTest() override { ::munmap(told, sizeof(ToldFault)); }
 
     /// The signal that a child ends by, or the negative of its exit code. It does `work`, with actions that `prepare`
     /// sets ahead of the filter.
-    static int EndOf(const std::function<void()>& work, const std::function<void()>& prepare = [] {})
+    static int EndOf(
+        const std::function<void()>& work, const std::function<void()>& prepare = [] {})
     {
         Child child(
             [&]
