@@ -208,6 +208,9 @@ public:
 
     std::wstring Report() const { return m_text.str(); }
 
+    /// What of it was in the file at the latest flush.
+    const std::wstring& Flushed() const { return m_text.flushed; }
+
     std::wstring programPath;
     int lastPathAnswered = 1000; ///< later questions for the program's path fail
     std::vector<utility::platform::LoadedModule> modules;
@@ -228,7 +231,18 @@ public:
     std::vector<boost::filesystem::path> opened;
 
 private:
-    std::wstringbuf m_text;
+    struct Text final : std::wstringbuf
+    {
+        int sync() override
+        {
+            flushed = str();
+            return 0;
+        }
+
+        std::wstring flushed;
+    };
+
+    Text m_text;
     Substitute<utility::platform::CrashedProcessService> m_substitute{utility::platform::CrashedProcessSlot(), *this};
 };
 
