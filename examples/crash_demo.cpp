@@ -37,10 +37,10 @@ std::string Usage()
     return usage;
 }
 
-/// The latest of the reports of this program that were not there at a time.
+/// The first report of this program since a time. A fault of the report itself may have left another.
 boost::filesystem::path ReportSince(std::time_t time)
 {
-    boost::filesystem::path latest;
+    boost::filesystem::path first;
     boost::system::error_code ignored;
     const boost::filesystem::path folder =
         console::LocalData() / "Selvane Production Software" / "Exception Reports" / "crash_demo";
@@ -49,10 +49,10 @@ boost::filesystem::path ReportSince(std::time_t time)
     {
         const boost::filesystem::path& path = each->path();
         // The names of a folder's reports are in the order of their times.
-        if (path.extension() == ".xml" && last_write_time(path, ignored) >= time && path > latest)
-            latest = path;
+        if (path.extension() == ".xml" && last_write_time(path, ignored) >= time && (first.empty() || path < first))
+            first = path;
     }
-    return latest;
+    return first;
 }
 
 int Crash(const crash::Cause& cause)

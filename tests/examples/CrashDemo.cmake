@@ -18,6 +18,7 @@ if(NOT output MATCHES "Its report is ([^\n]+[.]xml)\n" OR NOT status STREQUAL 0)
   message(FATAL_ERROR "There is no report, and the exit status is ${status}:\n${output}\n${errors}")
 endif()
 run("${VIEW}" "${CMAKE_MATCH_1}")
-if(NOT status STREQUAL 0 OR NOT output MATCHES "${MATCH}" OR NOT output MATCHES "\nlog\n.*crash_demo ${CAUSE}: ")
+# Wine's own modules have variables without a place, at which a report breaks off.
+if(NOT (status STREQUAL 0 OR EMULATOR AND status STREQUAL 1) OR NOT output MATCHES "${MATCH}" OR NOT output MATCHES "\nlog\n.*crash_demo ${CAUSE}: ")
   message(FATAL_ERROR "The exit status is ${status}, and this does not match ${MATCH}:\n${output}\n${errors}")
 endif()
