@@ -2,6 +2,7 @@
 
 #include "utility/Utility.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -110,6 +111,22 @@ void Heap()
     std::abort(); // where nobody notices
 }
 
+void Caught()
+{
+    const CSETranslator translator;
+    try
+    {
+        NullPointer();
+    }
+    catch (CStructuredException* failure)
+    {
+        wchar_t text[512] = L"";
+        failure->GetErrorMessage(text, 512, nullptr);
+        failure->Delete();
+        std::printf("Caught, and the program goes on: %s\n", from_utf(text, 65001).c_str());
+    }
+}
+
 }
 
 std::vector<Cause> Causes()
@@ -122,7 +139,8 @@ std::vector<Cause> Causes()
             {"overflow", "calls itself without end", Overflow},
             {"illegal", "runs into what is no instruction", IllegalInstruction},
             {"thread", "reads through a null pointer on a second thread", NullPointer, true},
-            {"heap", "writes over the end of a block of memory", Heap}};
+            {"heap", "writes over the end of a block of memory", Heap},
+            {"caught", "reads through a null pointer, catches that and goes on", Caught}};
 }
 
 }

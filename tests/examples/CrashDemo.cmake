@@ -19,6 +19,6 @@ if(NOT output MATCHES "Its report is ([^\n]+[.]xml)\n" OR NOT status STREQUAL 0)
 endif()
 run("${VIEW}" "${CMAKE_MATCH_1}")
 # Wine's own modules have variables without a place, at which a report breaks off.
-if(NOT (status STREQUAL 0 OR EMULATOR AND status STREQUAL 1) OR NOT output MATCHES "${MATCH}" OR NOT output MATCHES "\nlog\n.*crash_demo ${CAUSE}: ")
+if(NOT (status STREQUAL 0 OR (EMULATOR AND status STREQUAL 1)) OR NOT output MATCHES "${MATCH}" OR NOT output MATCHES "\nlog\n.*crash_demo ${CAUSE}: ")
   message(FATAL_ERROR "The exit status is ${status}, and this does not match ${MATCH}:\n${output}\n${errors}")
 endif()
