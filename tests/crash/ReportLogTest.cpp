@@ -24,7 +24,7 @@ struct ReportLogTest : testing::Test
     {
         log->Add(nullptr, severity, text);
         KeptMessage& message = log->lanes[0].messages[(log->lanes[0].written - 1) % KeptLog::laneLength];
-        message.time = 1790000000123456;
+        message.time = 1790000000012345;
         message.thread = 4711;
         return message;
     }
@@ -54,7 +54,7 @@ struct ReportLogTest : testing::Test
     std::string LineOf(const std::wstring& text)
     {
         Add(LogSeverityError, text);
-        constexpr std::string_view ahead = "2026-09-21 14:13:20.123456 error       0000000000000000 4711 ";
+        constexpr std::string_view ahead = "2026-09-21 14:13:20.012345 error       0000000000000000 4711 ";
         const std::string lines = Lines();
         EXPECT_TRUE(lines.starts_with(ahead)) << lines;
         return lines.substr(ahead.size());
@@ -96,8 +96,8 @@ TEST_F(ReportLogTest, MessageIsALine)
 {
     Add(LogSeverityWarning, L"Tool 7 is worn\n").owner = 0x7F00DEADBEEF;
     Add(LogSeverityTiming, L"no line feed");
-    EXPECT_EQ(Lines(), "2026-09-21 14:13:20.123456 warning     00007f00deadbeef 4711 Tool 7 is worn\n"
-                       "2026-09-21 14:13:20.123456 timing      0000000000000000 4711 no line feed\n");
+    EXPECT_EQ(Lines(), "2026-09-21 14:13:20.012345 warning     00007f00deadbeef 4711 Tool 7 is worn\n"
+                       "2026-09-21 14:13:20.012345 timing      0000000000000000 4711 no line feed\n");
 }
 
 TEST_F(ReportLogTest, SeverityHasItsName)
