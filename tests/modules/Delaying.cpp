@@ -26,7 +26,10 @@ LONG WINAPI EndByCode(EXCEPTION_POINTERS* fault)
 
 }
 
-extern "C" PfnDliHook __pfnDliFailureHook2 = &Hook;
+extern "C"
+{
+PfnDliHook __pfnDliFailureHook2 = &Hook;
+}
 
 int main(int argumentCount, char**)
 {
