@@ -48,6 +48,8 @@ LONG CallNext(_EXCEPTION_POINTERS* fault)
 {
     thread.translator(thread.record.ExceptionCode, &thread.pointers);
     thread.isLetGo = true;
+    // What the system's own record of the registers has behind it is not copied.
+    thread.registers.ContextFlags = CONTEXT_FULL;
     ::RtlRestoreContext(&thread.registers, nullptr);
 }
 
@@ -96,7 +98,11 @@ FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept
     return std::exchange(thread.translator, translator);
 }
 
-void EnterFaultStack() noexcept {}
+void EnterFaultStack() noexcept
+{
+    ULONG size = 64 * 1024;
+    ::SetThreadStackGuarantee(&size);
+}
 
 void LeaveFaultStack() noexcept {}
 
