@@ -7,6 +7,7 @@ install(
   TARGETS Utility
   EXPORT UtilityTargets
   FILE_SET HEADERS)
+install(TARGETS CatchableFaults EXPORT UtilityTargets)
 
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Utility")
 install(EXPORT UtilityTargets NAMESPACE Utility:: DESTINATION "${package_folder}")

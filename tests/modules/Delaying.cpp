@@ -1,6 +1,6 @@
 // A program whose delayed import names a library where there is none.
 //   Delaying          has the library's hook in its slot, which finds it beside the program
-//   Delaying without  has none: the system's exception ends it
+//   Delaying without  has none, and waits for the system's exception
 
 #include "utility/crash/DelayLoad.h"
 #include "utility/crash/UnhandledExceptionFilter.h"
@@ -21,7 +21,7 @@ FARPROC WINAPI Hook(unsigned int notification, PDelayLoadInfo info)
 
 LONG WINAPI EndByCode(EXCEPTION_POINTERS* fault)
 {
-    ::ExitProcess(fault->ExceptionRecord->ExceptionCode == 0xC06D007E ? 7 : 8);
+    ::ExitProcess(fault->ExceptionRecord->ExceptionCode == 0xC06D007E ? 0 : 1);
 }
 
 }
@@ -37,5 +37,5 @@ int main(int argumentCount, char**)
     isHooked = argumentCount == 1;
     if (!isHooked)
         ::SetUnhandledExceptionFilter(&EndByCode);
-    return AnswerOfDelayed() == (isHooked ? 42 : 0) ? 0 : 1;
+    return AnswerOfDelayed() == 42 && isHooked ? 0 : 1;
 }

@@ -21,9 +21,10 @@
 // does, is no fault of the processor. Each fault leaves a report (see crash/UnhandledExceptionFilter.h), also one that
 // is caught. With a debugger attached nothing is translated: it sees the fault first.
 //
-// A host is to be compiled with -fnon-call-exceptions, as the library is. Without it destructors and handlers of the
-// function that the fault is in are not known of, and the program ends. It ends too where the fault is within a callee
-// that the compiler knows to throw nothing: noexcept functions, destructors, memcpy, strlen.
+// A host is to be compiled with -fnon-call-exceptions, as the library is; with CMake it links the target
+// Utility::CatchableFaults, which says so. Without it destructors and handlers of the function that the fault is in are
+// not known of, and the program ends. It ends too where the fault is within a callee that the compiler knows to throw
+// nothing: noexcept functions, destructors, memcpy, strlen.
 //
 // On Linux an action that the host has set for the signal ahead of the library is called first, and has to return; one
 // that it sets later takes the library's place, so that nothing is translated, and so does a signal that is ignored or

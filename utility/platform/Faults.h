@@ -17,7 +17,8 @@ FaultFilter SetFaultFilter(FaultFilter filter) noexcept;
 FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept;
 
 /// Sees to it that a fault on this thread finds a stack even where its own is exhausted. Counted: each Enter has its
-/// Leave, on the same thread. Without memory for it nothing is done. (Windows has what it needs.)
+/// Leave, on the same thread. Without memory for it nothing is done. On Windows the system keeps a part of the thread's
+/// own stack back for that, for good.
 void EnterFaultStack() noexcept;
 void LeaveFaultStack() noexcept;
 
