@@ -1,6 +1,6 @@
-// The report of a crash, as the program beside the library writes it, and the stack of the same process as debuggers print
-// it: gdb with all variables, eu-stack without any. Each is the time of a whole program, by the clock, so the three take
-// turns.
+// The report of a crash, as the program beside the library writes it, and the stack of the same process as debuggers
+// print it: gdb with all variables, eu-stack without any. Each is the time of a whole program, by the clock, so the
+// three take turns.
 //
 //     CrashBench [TURNS]
 //     unshare --mount sh -c 'mount -t tmpfs none /usr/lib/debug && CrashBench'

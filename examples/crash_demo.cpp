@@ -1,5 +1,5 @@
-// Crashes in the way asked for, so that anyone sees a crash report in a minute: it runs itself once more, which crashes,
-// and tells where the report of that is and how to look at it.
+// Crashes in the way asked for, so that anyone sees a crash report in a minute: it runs itself once more, which
+// crashes, and tells where the report of that is and how to look at it.
 //
 // There is nothing in it that has to do with reports but one call: a program that links the library leaves them.
 //

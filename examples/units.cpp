@@ -4,10 +4,10 @@
 //     units inch              on Windows in a dialog, on Linux in the terminal
 //     units inch --terminal   in the terminal
 //
-// The unit is mm, inch or metre. The language is the display language, and no argument: the library looks for it when it
-// is loaded, ahead of main, and keeps to it. examples/display_language chooses it for all programs of a user; on Linux,
-// as long as none is chosen, LC_ALL=de_DE.UTF-8 does so for one run. The exit status is 0 if the tool was stored, 1 if
-// not, and 2 for arguments that are none.
+// The unit is mm, inch or metre. The language is the display language, and no argument: the library looks for it when
+// it is loaded, ahead of main, and keeps to it. examples/display_language chooses it for all programs of a user; on
+// Linux, as long as none is chosen, LC_ALL=de_DE.UTF-8 does so for one run. The exit status is 0 if the tool was
+// stored, 1 if not, and 2 for arguments that are none.
 
 #include "examples/units/Tool.h"
 

@@ -1,5 +1,5 @@
-// The program that writes the report of another process's fault, which waits for it: the memory, the locks and the stack
-// here are sound, whatever happened there. It gives 0 if there is a report.
+// The program that writes the report of another process's fault, which waits for it: the memory, the locks and the
+// stack here are sound, whatever happened there. It gives 0 if there is a report.
 
 #include "utility/crash/internal/ExceptionReport.h"
 #include "utility/crash/internal/ReportLog.h"

@@ -134,8 +134,7 @@ TEST_F(HeaderExampleTest, SETranslator)
     EXPECT_EQ(shown, L"");
 }
 
-TEST_F(HeaderExampleTest, UnhandledExceptionFilter)
-{
+TEST_F(HeaderExampleTest, UnhandledExceptionFilter){
 #include "crash/UnhandledExceptionFilter.example"
 }
 
@@ -533,13 +532,11 @@ TEST_F(HeaderExampleTest, Messages){
 #include "text/Messages.example"
 }
 
-TEST_F(HeaderExampleTest, Conversion)
-{
+TEST_F(HeaderExampleTest, Conversion){
 #include "text/Conversion.example"
 }
 
-TEST_F(HeaderExampleTest, NarrowText)
-{
+TEST_F(HeaderExampleTest, NarrowText){
 #include "text/NarrowText.example"
 }
 
@@ -549,8 +546,7 @@ TEST_F(HeaderExampleTest, SetCLocale)
 #include "text/SetCLocale.example"
 }
 
-TEST_F(HeaderExampleTest, XMLEncode)
-{
+TEST_F(HeaderExampleTest, XMLEncode){
 #include "text/XMLEncode.example"
 }
 

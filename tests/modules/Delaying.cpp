@@ -28,7 +28,7 @@ LONG WINAPI EndByCode(EXCEPTION_POINTERS* fault)
 
 extern "C"
 {
-PfnDliHook __pfnDliFailureHook2 = &Hook;
+    PfnDliHook __pfnDliFailureHook2 = &Hook;
 }
 
 int main(int argumentCount, char**)

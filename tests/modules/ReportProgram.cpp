@@ -1,4 +1,5 @@
-// Stands beside Reporting for the program that writes reports, and tells in the file "told" beside it what it was given.
+// Stands beside Reporting for the program that writes reports, and tells in the file "told" beside it what it was
+// given.
 
 #include "utility/platform/posix/faults/ReportRequest.h"
 
@@ -38,10 +39,9 @@ int main()
                  "whole %d end %d descriptors %d code %x at %llx readable %d same %d parent %d blocked %d default %d "
                  "unlimited %d home %d\n",
                  isWhole, isEnd, descriptors, static_cast<unsigned>(request.record.ExceptionCode),
-                 static_cast<unsigned long long>(request.context.Rip), isReadable,
-                 code == request.record.ExceptionCode, ::getppid() == request.process,
-                 ::sigismember(&blocked, SIGTERM) | ::sigismember(&blocked, SIGSEGV), child.sa_handler == SIG_DFL,
-                 memory.rlim_cur == RLIM_INFINITY, std::getenv("HOME") != nullptr);
+                 static_cast<unsigned long long>(request.context.Rip), isReadable, code == request.record.ExceptionCode,
+                 ::getppid() == request.process, ::sigismember(&blocked, SIGTERM) | ::sigismember(&blocked, SIGSEGV),
+                 child.sa_handler == SIG_DFL, memory.rlim_cur == RLIM_INFINITY, std::getenv("HOME") != nullptr);
     std::fclose(told);
     const char* const end = std::getenv("REPORT_PROGRAM_END");
     if (end == nullptr)

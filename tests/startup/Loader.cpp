@@ -8,6 +8,7 @@
 
 #include "utility/platform/Threads.h"
 
+#include <boost/dll/runtime_symbol_info.hpp>
 #include <boost/dll/shared_library.hpp>
 #include <boost/filesystem/operations.hpp>
 
@@ -42,7 +43,9 @@ int End(const boost::filesystem::path& path)
 
 int EndWithin(const boost::filesystem::path& path)
 {
-    const boost::filesystem::path copy = path.parent_path() / ("copy of " + path.filename().string());
+    // Not that of another loader, which may run beside.
+    const std::string loader = boost::dll::program_location().filename().string();
+    const boost::filesystem::path copy = path.parent_path() / (loader + "'s copy of " + path.filename().string());
     boost::filesystem::copy_file(path, copy, boost::filesystem::copy_options::overwrite_existing);
     static auto* const other = new boost::dll::shared_library(copy); // never unloaded
     other->get<void(void (*)(char))>("MakeObjects")([](char name) { std::fputc(name, stderr); });

@@ -9,8 +9,8 @@
 // or else ~/.local/share). Below that, "Selvane Production Software/Exception Reports/milling/1.2/20260131-235959.xml"
 // is of a program `milling` of version 1.2, and of that time in UTC. It has the system, the modules, and the calls on
 // the stack of the thread with their parameters and local variables, as far as debugging information tells; of a value
-// no more than four bytes. Two reports in the same second have the same name: the later one is not written while the first is, and
-// afterwards takes its place.
+// no more than four bytes. Two reports in the same second have the same name: the later one is not written while the
+// first is, and afterwards takes its place.
 //
 // On Linux the file is UTF-8, whatever the locale; bytes that are no UTF-8 are U+FFFD. The program UtilityCrashReport,
 // which is installed beside the library, writes it from outside, so that it needs nothing of the process that may be

@@ -23,8 +23,8 @@
 // A sanitizer has handlers of its own, which come first.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
-using support::Caught;
 using support::CatchFault;
+using support::Caught;
 using support::Child;
 
 namespace

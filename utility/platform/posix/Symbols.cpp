@@ -13,8 +13,8 @@
 #include <memory>
 #include <string_view>
 
-// The walk and the variables come from elfutils. What has no address, because it is in a register, in pieces or only known,
-// gets one that no process has, and is read from there.
+// The walk and the variables come from elfutils. What has no address, because it is in a register, in pieces or only
+// known, gets one that no process has, and is read from there.
 
 namespace utility::platform
 {

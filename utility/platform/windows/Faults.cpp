@@ -6,8 +6,8 @@
 #include <utility>
 #include <xmmintrin.h>
 
-// The system calls the filter of the process for a fault that none of its own handlers has taken. On a thread that has a
-// translator this one lets the thread go on, but in a function that throws, as if the faulting instruction had called
+// The system calls the filter of the process for a fault that none of its own handlers has taken. On a thread that has
+// a translator this one lets the thread go on, but in a function that throws, as if the faulting instruction had called
 // it.
 
 namespace utility::platform
@@ -24,8 +24,8 @@ constinit std::atomic<FaultFilter> nextFilter = nullptr;
 struct ThreadFaults
 {
     FaultTranslator translator;
-    bool isLetGo;   ///< the translator has returned: the fault comes again, and is not its any more
-    bool isInNext;  ///< the next filter is called, which may call this one in its turn
+    bool isLetGo;  ///< the translator has returned: the fault comes again, and is not its any more
+    bool isInNext; ///< the next filter is called, which may call this one in its turn
     _EXCEPTION_RECORD record;
     _CONTEXT registers;
     _EXCEPTION_POINTERS pointers;

@@ -27,8 +27,7 @@ protected:
     std::string Run(const std::string& state, const std::string& environment = "HOME=/") const
     {
         std::string said;
-        const std::string command =
-            "env -i " + environment + " '" + (m_folder / "host").string() + "' '" + state + "'";
+        const std::string command = "env -i " + environment + " '" + (m_folder / "host").string() + "' '" + state + "'";
         std::FILE* const output = ::popen(command.c_str(), "r");
         for (int character = 0; (character = std::fgetc(output)) != EOF;)
             said += static_cast<char>(character);
@@ -87,6 +86,9 @@ TEST_F(OutsideReportTest, IsNotThereWhereTheProgramCannotDoIt)
     EXPECT_NE(Told(), "");
 }
 
-TEST_F(OutsideReportTest, ThatWasBegunIsNotBegunAnewWhereTheProgramDied) { EXPECT_EQ(Run("", "REPORT_PROGRAM_END=k"), done); }
+TEST_F(OutsideReportTest, ThatWasBegunIsNotBegunAnewWhereTheProgramDied)
+{
+    EXPECT_EQ(Run("", "REPORT_PROGRAM_END=k"), done);
+}
 
 #endif

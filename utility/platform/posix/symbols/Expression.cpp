@@ -9,9 +9,9 @@
 #include <initializer_list>
 #include <span>
 
-// The stack machine of DWARF, with its typed values: what is pushed by the older operations is an address, 64 bits without
-// a sign, and the newer ones push integers of a size and floating numbers. Integers are kept in 64 bits, extended as their
-// type wants it, and floating numbers by their bits.
+// The stack machine of DWARF, with its typed values: what is pushed by the older operations is an address, 64 bits
+// without a sign, and the newer ones push integers of a size and floating numbers. Integers are kept in 64 bits,
+// extended as their type wants it, and floating numbers by their bits.
 
 namespace utility::platform::posix
 {

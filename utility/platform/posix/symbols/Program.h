@@ -24,7 +24,8 @@ struct Code
     std::uint64_t FileAddress() const { return address - bias; }
 };
 
-/// The modules of the process that is reported, and their debugging information, each found where it is first asked for.
+/// The modules of the process that is reported, and their debugging information, each found where it is first asked
+/// for.
 class Program
 {
 public:
