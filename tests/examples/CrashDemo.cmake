@@ -4,16 +4,19 @@
 #   MATCH     a regular expression for what is shown of the report
 file(REMOVE_RECURSE "${FOLDER}")
 set(ENV{XDG_DATA_HOME} "${FOLDER}")
-macro(run)
+function(run program argument)
   execute_process(
-    COMMAND ${EMULATOR} ${ARGN}
+    COMMAND ${EMULATOR} "${program}" "${argument}"
     RESULT_VARIABLE status
     OUTPUT_VARIABLE output
     ERROR_VARIABLE errors)
   string(REPLACE "\r" "" output "${output}")
-endmacro()
+  set(status "${status}" PARENT_SCOPE)
+  set(output "${output}" PARENT_SCOPE)
+  set(errors "${errors}" PARENT_SCOPE)
+endfunction()
 
-run("${DEMO}" ${CAUSE})
+run("${DEMO}" "${CAUSE}")
 if(NOT output MATCHES "Its report is ([^\n]+[.]xml)\n" OR NOT status STREQUAL 0)
   message(FATAL_ERROR "There is no report, and the exit status is ${status}:\n${output}\n${errors}")
 endif()

@@ -3,6 +3,7 @@
 #include "utility/crash/internal/ExceptionReport.h"
 #include "utility/crash/internal/ReportLog.h"
 #include "utility/platform/Faults.h"
+#include "utility/platform/ThreadSlot.h"
 #include "utility/platform/UntilUnload.h"
 
 using utility::platform::FaultDisposition;
@@ -16,8 +17,17 @@ CUnhandledExceptionFilter& TheFilter()
     return *filter;
 }
 
+/// Of the thread that writes a report. A fault within that is the report's and not the program's: it has none of its
+/// own, or one would follow the other.
+constinit utility::platform::ThreadSlot reportingSlot;
+
 /// Behind what the library has in its language.
-[[gnu::constructor(105)]] void InstallFilter() { TheFilter(); }
+[[gnu::constructor(105)]] void InstallFilter()
+{
+    using utility::platform::UntilUnload;
+    static UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(reportingSlot);
+    TheFilter();
+}
 
 }
 
@@ -44,6 +54,9 @@ FaultDisposition CUnhandledExceptionFilter::UnhandledExceptionFilter(_EXCEPTION_
 void CUnhandledExceptionFilter::GenerateExceptionReport(_EXCEPTION_POINTERS* const fault)
 {
     using namespace utility;
+    if (reportingSlot.Value() != nullptr)
+        return;
+    const utility::platform::ThreadSlot::Mark reporting(reportingSlot);
     // Without registers there is this process's own stack to tell of.
     if (fault->ContextRecord != nullptr && platform::ReportFromOutside(*fault, detail::TheKeptLog()))
         return;

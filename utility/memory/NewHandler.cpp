@@ -23,23 +23,6 @@ constinit platform::ThreadSlot reportingSlot;
 
 using utility::detail::reportingSlot;
 
-namespace
-{
-
-/// Marks the thread as one that is reporting.
-class Reporting
-{
-public:
-    static bool IsUnderWay() { return reportingSlot.Value() != nullptr; }
-
-    Reporting() { reportingSlot.SetValue(this); }
-    Reporting(const Reporting&) = delete;
-    Reporting& operator=(const Reporting&) = delete;
-    ~Reporting() { reportingSlot.SetValue(nullptr); }
-};
-
-}
-
 CNewHandler::CNewHandler() : m_debuggerPresent(Debugger().IsPresent())
 {
     static utility::platform::UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(reportingSlot);
@@ -63,11 +46,11 @@ CNewHandler::~CNewHandler()
 int CNewHandler::NewHandler(std::size_t size)
 {
     // The report needs memory too. Where that is not to be had either, the failure is the same, without the rest of it.
-    if (Reporting::IsUnderWay())
+    if (reportingSlot.Value() != nullptr)
         utility::platform::ThrowBadAllocation();
-    const Reporting reporting;
+    const utility::platform::ThreadSlot::Mark reporting(reportingSlot);
     // To mark the thread may take memory as well; a report that does not know itself would go round for ever.
-    if (!Reporting::IsUnderWay())
+    if (reportingSlot.Value() == nullptr)
         utility::platform::ThrowBadAllocation();
     WalkAddressSpace();
     MEMORYSTATUSEX status{};

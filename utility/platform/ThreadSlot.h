@@ -33,6 +33,19 @@ public:
         ThreadSlot& m_slot;
     };
 
+    /// The thread is at something, for as long as this lives: the slot has a value meanwhile, and none afterwards.
+    class Mark
+    {
+    public:
+        explicit Mark(const ThreadSlot& slot) noexcept : m_slot(slot) { m_slot.SetValue(this); }
+        Mark(const Mark&) = delete;
+        Mark& operator=(const Mark&) = delete;
+        ~Mark() { m_slot.SetValue(nullptr); }
+
+    private:
+        const ThreadSlot& m_slot;
+    };
+
     bool IsAllocated() const noexcept { return m_index != TLS_OUT_OF_INDEXES; }
     void* Value() const noexcept { return IsAllocated() ? ThreadSlotValue(m_index) : nullptr; }
     void SetValue(void* value) const noexcept
