@@ -1,4 +1,4 @@
-// Calls itself until there is no stack left: the fault is in the first write to the frame of the last call.
+// Calls itself until there is no stack left: the fault is in the first write of the last call, or in that call.
 
 #include <sys/resource.h>
 
