@@ -418,6 +418,13 @@ TEST_F(PosixCrashReport, OfALaterSecondHasAFileOfItsOwn)
         EXPECT_TRUE(CrashReport(support::TemporaryFolder::BytesOf(each)).isWhole);
 }
 
+TEST_F(PosixCrashReport, IsTheOnlyFileWithoutTheCallForTheLog)
+{
+    ExpectEndBy(SIGSEGV, "null");
+    using boost::filesystem::directory_iterator;
+    EXPECT_EQ(std::distance(directory_iterator(m_crasher.ReportFolder()), directory_iterator()), 1);
+}
+
 // What the process lacks.
 
 TEST_F(PosixCrashReport, IsThereWithoutDescriptors)

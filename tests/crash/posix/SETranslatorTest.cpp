@@ -228,3 +228,13 @@ TEST(PosixSETranslatorReportTest, FaultThatIsCaughtLeavesAReportAllTheSame)
 }
 
 #endif
+
+TEST(SanitizedFaultDeathTest, IsToldByTheSanitizerAsEver)
+{
+#ifdef __SANITIZE_ADDRESS__
+    const CSETranslator translator;
+    EXPECT_DEATH(*static_cast<volatile int*>(nullptr) = 1, "AddressSanitizer: SEGV on unknown address 0x0");
+#else
+    GTEST_SKIP() << "The build lacks AddressSanitizer";
+#endif
+}
