@@ -8,10 +8,13 @@
 #include <ctime>
 #include <fstream>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
-// Programs crash, and their reports are held against what is known of the programs.
+// Programs crash, and their reports are held against what is known of the programs. On Windows a variable that is in a
+// register is deliberately read where none is: the report breaks off there. Code that is optimised has such ones, and so
+// have the frames of the system behind those of the program.
 
 using support::ComplaintAbout;
 using support::Crasher;
@@ -59,6 +62,28 @@ std::string ValueOf(const std::vector<CrashReport::Variable>& variables, const s
     return "missing";
 }
 
+/// How the function is called that is behind those of the program's that something is known of.
+constexpr const char* outermost = Crasher::readsRegistersAsAddresses ? "BaseThreadInitThunk" : "main";
+
+/// Whether a report has an end, or breaks off at the value of a variable that is in a register.
+bool EndsAsItShould(const CrashReport& report)
+{
+    if (report.isWhole || !Crasher::readsRegistersAsAddresses || report.frames.empty())
+        return report.isWhole;
+    const CrashReport::Frame& last = report.frames.back();
+    const std::vector<CrashReport::Variable>& variables = last.locals.empty() ? last.parameters : last.locals;
+    return !variables.empty() && variables.back().registerNumber.has_value() && !variables.back().value.has_value();
+}
+
+/// A text with the ends of the elements that were open when it broke off.
+std::string Completed(const std::string& text, const CrashReport& report)
+{
+    if (report.isWhole || report.frames.empty())
+        return text;
+    const char* const variables = report.frames.back().locals.empty() ? "</Parameters>" : "</LocalVariables>";
+    return text + "</Variable>" + variables + "</StackEntry></CallStack></ExceptionReport>";
+}
+
 /// The line of the crashers' source that says this.
 std::uint64_t LineThatSays(const std::string& text)
 {
@@ -84,7 +109,25 @@ protected:
         EXPECT_TRUE(m_end.isCrash) << m_end.output;
         m_text = crasher.Report();
         EXPECT_FALSE(m_text.empty()) << crasher.Reports().size() << " reports";
-        return CrashReport(m_text);
+        const CrashReport report(m_text);
+        EXPECT_TRUE(EndsAsItShould(report)) << m_text;
+        return report;
+    }
+
+    /// Whether the first variable of the program's that is in a register is the last of a report.
+    static bool BreaksOffAtRegisters()
+    {
+        return Crasher::readsRegistersAsAddresses && std::string_view(GetParam()).ends_with("Optimised");
+    }
+
+    /// A report has these functions and the outermost, or the first of them if it breaks off in code that is optimised.
+    void ExpectFunctions(const CrashReport& report, std::vector<std::string> expected)
+    {
+        expected.push_back(outermost);
+        const std::vector<std::string> names = NamesOf(report);
+        if (BreaksOffAtRegisters())
+            expected.resize(std::clamp<std::size_t>(names.size(), 1, expected.size()));
+        EXPECT_EQ(names, expected);
     }
 
     Crasher::End m_end;
@@ -99,18 +142,17 @@ TEST_P(CrashReportTest, TellsWhatHappenedAndWhere)
 {
     Crasher crasher(GetParam());
     const CrashReport report = Crash(crasher, "null");
-    EXPECT_TRUE(report.isWhole) << m_text;
-    EXPECT_EQ(ComplaintAbout(m_text), "");
+    EXPECT_EQ(ComplaintAbout(Completed(m_text, report)), "");
     EXPECT_EQ(report.code, 0xC0000005);
     EXPECT_EQ(report.description, "ACCESS_VIOLATION");
     ASSERT_FALSE(report.frames.empty());
     EXPECT_EQ(report.address, report.frames[0].address);
-    const std::vector<std::string> expected = {"WriteTo", "WriteAValue", "Null", "Crash", "main"};
-    EXPECT_EQ(NamesOf(report), expected);
+    ExpectFunctions(report, {"WriteTo", "WriteAValue", "Null", "Crash"});
     EXPECT_EQ(report.frames[0].line, LineThatSays("// writes to nowhere"));
     EXPECT_EQ(report.frames[0].path.value_or("").substr(report.frames[0].path.value_or("").find_last_of("/\\") + 1),
               "Causes.cpp");
-    EXPECT_FALSE(report.frames.back().path.has_value()) << "nothing is known of main";
+    const CrashReport::Frame* const main = FrameOf(report, "main");
+    EXPECT_TRUE(main == nullptr || !main->path.has_value()) << "it has no debugging information";
 }
 
 TEST_P(CrashReportTest, NamesTheProgramWithoutItsExtensionAsTheFaultingModule)
@@ -134,6 +176,11 @@ TEST_P(CrashReportTest, TellsWhatTheParametersAndVariablesAre)
     const CrashReport report = Crash(crasher, "null");
     const CrashReport::Frame* const frame = FrameOf(report, "WriteTo");
     ASSERT_NE(frame, nullptr) << m_text;
+    if (BreaksOffAtRegisters())
+    {
+        EXPECT_EQ(frame->parameters.size(), 1U) << "the first is in a register";
+        return;
+    }
     EXPECT_EQ(ValueOf(frame->parameters, "place"), "0000000000000000");
     EXPECT_EQ(ValueOf(frame->parameters, "count"), "4000000000");
     EXPECT_EQ(ValueOf(frame->parameters, "size"), "-5");
@@ -155,8 +202,12 @@ TEST_P(CrashReportTest, TellsOfADivision)
     const CrashReport report = Crash(crasher, "divide");
     EXPECT_EQ(report.code, 0xC0000094);
     EXPECT_EQ(report.description, "INT_DIVIDE_BY_ZERO");
+    ExpectFunctions(report, {"Dividend", "Divide", "Crash"});
     EXPECT_EQ(report.frames.at(0).line, LineThatSays("// divides"));
-    EXPECT_EQ(ValueOf(report.frames.at(0).parameters, "number"), "7");
+    if (!BreaksOffAtRegisters())
+    {
+        EXPECT_EQ(ValueOf(report.frames.at(0).parameters, "number"), "7");
+    }
 }
 
 TEST_P(CrashReportTest, TellsOfAFloatingDivision)
@@ -188,14 +239,16 @@ TEST_P(CrashReportTest, HasEachOfThreeHundredCalls)
 {
     Crasher crasher(GetParam());
     const CrashReport report = Crash(crasher, "deep");
-    EXPECT_TRUE(report.isWhole);
-    const std::vector<std::string> names = NamesOf(report);
-    EXPECT_EQ(std::count(names.begin(), names.end(), "Nested"), 297);
-    EXPECT_EQ(names.size(), 302U);
+    std::vector<std::string> expected(297, "Nested");
+    expected.insert(expected.begin(), {"WriteTo", "WriteAValue"});
+    expected.insert(expected.end(), {"Deep", "Crash"});
+    ExpectFunctions(report, expected);
     std::uint64_t last = 0;
     for (const CrashReport::Frame& each : report.frames)
     {
-        EXPECT_GE(each.frame, last);
+        if (NameOf(each) != "Nested")
+            continue;
+        EXPECT_GT(each.frame, last);
         last = each.frame;
     }
 }
@@ -204,11 +257,13 @@ TEST_P(CrashReportTest, TellsOfAnotherThread)
 {
     Crasher crasher(GetParam());
     const CrashReport report = Crash(crasher, "thread");
-    EXPECT_TRUE(report.isWhole) << m_text;
     const std::vector<std::string> names = NamesOf(report);
-    ASSERT_GE(names.size(), 3U);
+    ASSERT_GE(names.size(), 1U);
     EXPECT_EQ(names[0], "WriteTo");
-    EXPECT_EQ(names[2], "Null");
+    if (!BreaksOffAtRegisters())
+    {
+        EXPECT_EQ(names.at(2), "Null");
+    }
     EXPECT_EQ(std::count(names.begin(), names.end(), "main"), 0);
 }
 
@@ -216,7 +271,12 @@ TEST_P(CrashReportTest, TellsWhatTheLibraryWasCalledWith)
 {
     Crasher crasher(GetParam());
     const CrashReport report = Crash(crasher, "library");
-    EXPECT_TRUE(report.isWhole) << m_text;
+    if (Crasher::readsRegistersAsAddresses)
+    {
+        EXPECT_EQ(report.frames.size(), 1U) << "the library is optimised";
+        EXPECT_NE(report.frames.at(0).path.value_or("").find("codec"), std::string::npos);
+        return;
+    }
     const auto called = std::find_if(report.frames.begin(), report.frames.end(),
                                      [](const CrashReport::Frame& each)
                                      { return each.symbol.find("Incorporate") != std::string::npos; });
@@ -228,9 +288,12 @@ TEST_P(CrashReportTest, TellsWhatTheLibraryWasCalledWith)
 TEST_P(CrashReportTest, CharacterIsDeliberatelyATextThatRunsOn)
 {
     Crasher crasher(GetParam());
-    Crash(crasher, "control");
+    const CrashReport report = Crash(crasher, "control");
+    ExpectFunctions(report, {"Letter", "Control", "Crash"});
+    if (BreaksOffAtRegisters())
+        return;
     EXPECT_NE(m_text.find("<BaseType>2</BaseType><Value>\x02"), std::string::npos) << m_text;
-    EXPECT_NE(ComplaintAbout(m_text), "") << "a control character";
+    EXPECT_NE(ComplaintAbout(Completed(m_text, report)), "") << "a control character";
 }
 
 TEST_P(CrashReportTest, IsNotThereForAProgramThatWantsNone)
@@ -279,6 +342,7 @@ TEST(CrashReportNames, AmpersandInThePathOfTheProgramIsDeliberatelyRawInTheProce
     ASSERT_NE(text, "");
     EXPECT_NE(text.find("R&D'" + crasher.Program().extension().string() + "</Path>\n"), std::string::npos);
     EXPECT_NE(text.find("R&amp;D&apos;</FaultingModule>"), std::string::npos) << text;
-    EXPECT_NE(ComplaintAbout(text), "") << "a raw ampersand";
-    EXPECT_TRUE(CrashReport(text).isWhole);
+    const CrashReport report(text);
+    EXPECT_TRUE(EndsAsItShould(report));
+    EXPECT_NE(ComplaintAbout(Completed(text, report)), "") << "a raw ampersand";
 }

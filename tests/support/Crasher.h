@@ -25,6 +25,12 @@ public:
         std::string output;        ///< Linux: what it wrote on its output and its error stream
     };
 
+#ifdef _WIN32
+    static constexpr bool readsRegistersAsAddresses = true; ///< a report reads a variable's address, wherever it is
+#else
+    static constexpr bool readsRegistersAsAddresses = false;
+#endif
+
     /// `program` is the file name of one that the build has made.
     explicit Crasher(const char* program);
     Crasher(const Crasher&) = delete;
