@@ -4,6 +4,7 @@
 #include "utility/crash/ReportLog.h"
 #include "utility/logging/LogStream.h"
 
+#include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -74,6 +75,22 @@ TEST_F(ReportLogTest, IsBesideTheReport)
     EXPECT_EQ(folder.BytesOf(folder / "app.v2.log.txt").find("2026-09-21 14:13:20"), 0u);
 }
 
+TEST_F(ReportLogTest, IsAFileOfItsOwnWhateverHasItsName)
+{
+    Add(LogSeverityError, L"text");
+    const support::TemporaryFolder folder;
+    const boost::filesystem::path other = folder.File("other", "precious");
+    create_hard_link(other, folder / "report.log.txt");
+    Write(folder / "report.xml");
+    EXPECT_EQ(folder.BytesOf(other), "precious");
+    EXPECT_NE(folder.BytesOf(folder / "report.log.txt").find("text"), std::string::npos);
+    // On Windows it has the rights of its folder.
+    using namespace boost::filesystem;
+    if (sizeof(wchar_t) == 4)
+    {
+        EXPECT_EQ(status(folder / "report.log.txt").permissions(), owner_read | owner_write);
+    }
+}
 TEST_F(ReportLogTest, FileThatCannotBeMadeIsNoFailure)
 {
     Add(LogSeverityError, L"text");

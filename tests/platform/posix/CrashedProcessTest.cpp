@@ -3,10 +3,12 @@
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Error.h"
 
+#include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
+#include <sys/stat.h>
 
 using support::TemporaryFolder;
 using utility::platform::CrashedProcess;
@@ -46,4 +48,16 @@ TEST(PosixCrashedProcessTest, SystemSaysNothingOfExceptionsNorOfItsVersion)
     utility::platform::SystemVersion version;
     std::int32_t result = 0;
     EXPECT_FALSE(CrashedProcess().QueryVersion(version, result));
+}
+
+TEST(PosixCrashedProcessTest, ReportHarmsNothingElseThatHasItsName)
+{
+    const TemporaryFolder folder;
+    const boost::filesystem::path other = folder.File("other", "precious");
+    boost::filesystem::create_symlink(other, folder / "link.xml");
+    boost::filesystem::create_hard_link(other, folder / "name.xml");
+    ASSERT_EQ(::mkfifo((folder / "pipe.xml").c_str(), 0600), 0);
+    for (const char* const each : {"link.xml", "name.xml", "pipe.xml"})
+        EXPECT_EQ(CrashedProcess().OpenReport(folder / each), nullptr) << each;
+    EXPECT_EQ(TemporaryFolder::BytesOf(other), "precious");
 }

@@ -71,6 +71,13 @@ DWORD TimeOf(const boost::filesystem::path& path, std::uint64_t inode)
     return isThat ? static_cast<DWORD>(status.st_mtime) : 0;
 }
 
+/// Whether what stands at a path is no file, or one that has other names too: to write there would harm it.
+bool IsSomethingElse(const boost::filesystem::path& path)
+{
+    struct stat status;
+    return ::lstat(path.c_str(), &status) == 0 && (!S_ISREG(status.st_mode) || status.st_nlink != 1);
+}
+
 /// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it.
 class WithoutSignalForSize
 {
@@ -211,6 +218,8 @@ public:
 
     std::unique_ptr<std::wostream> OpenReport(const boost::filesystem::path& file) override
     {
+        if (IsSomethingElse(file))
+            return nullptr;
         const HANDLE opened = Files().OpenForWriting(file);
         if (opened == INVALID_HANDLE_VALUE)
             return nullptr;
