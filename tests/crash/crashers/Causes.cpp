@@ -320,6 +320,18 @@ void WithoutDescriptors()
     Null();
 }
 
+/// Has its signals handled on a stack of its own, as large as hosts commonly make it.
+void SmallStack()
+{
+    constexpr std::size_t guard = 4096;
+    constexpr std::size_t size = 8192;
+    void* const memory = ::mmap(nullptr, guard + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ::mprotect(memory, guard, PROT_NONE);
+    const stack_t stack{static_cast<char*>(memory) + guard, 0, size};
+    ::sigaltstack(&stack, nullptr);
+    Null();
+}
+
 /// The program's file is gone.
 void Unlinked()
 {
@@ -403,6 +415,7 @@ constexpr Cause causes[] = {
     {"heap", &Heap},
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
+    {"small-stack", &SmallStack},
     {"unlinked", &Unlinked},
     {"replaced", &Replaced},
     {"hostile", &HostileNames},

@@ -433,6 +433,12 @@ TEST_F(PosixCrashReport, IsThereWithoutDescriptors)
     ExpectWholeReport(0xC0000005);
 }
 
+TEST_F(PosixCrashReport, IsThereOnASmallStackOfTheHosts)
+{
+    ExpectEndBy(SIGSEGV, "small-stack");
+    ExpectWholeReport(0xC0000005);
+}
+
 TEST_F(PosixCrashReport, IsThereWithoutADescriptorThatIsFree)
 {
     // The one that is left is for loading the libraries.

@@ -4,6 +4,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/faults/ReportRequest.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -143,9 +144,18 @@ void posix::FindReportProgram() noexcept
 namespace
 {
 
-bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log)
+/// What a report needs. The stack of a handler may be the host's, and too small for it.
+struct Room
 {
     Job job;
+    alignas(16) char stack[4096];
+};
+constinit Room sharedRoom = {};
+constinit std::atomic_flag isSharedRoomTaken;
+
+bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log, Room& room)
+{
+    Job& job = room.job;
     job.request = {::getpid(), ::gettid(), *fault.ExceptionRecord, *fault.ContextRecord, log};
     job.isDone = false;
     if (!FindProgram(job.program))
@@ -156,8 +166,7 @@ bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log)
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     // Where only a process above another one may look into it, ours allows its descendants to.
     ::prctl(PR_SET_PTRACER, job.request.process);
-    alignas(16) char stack[4096];
-    const pid_t between = ::clone(&StartAndWait, stack + sizeof(stack), CLONE_VM | CLONE_VFORK, &job);
+    const pid_t between = ::clone(&StartAndWait, room.stack + sizeof(room.stack), CLONE_VM | CLONE_VFORK, &job);
     if (between > 0)
         posix::Uninterrupted([&] { return ::waitpid(between, nullptr, __WCLONE); });
     ::prctl(PR_SET_PTRACER, 0);
@@ -165,11 +174,22 @@ bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log)
     return job.isDone;
 }
 
+/// Of a thread that crashes while another one's report is written.
+[[gnu::noinline]] bool WriteFromOutsideWithOwnRoom(const _EXCEPTION_POINTERS& fault, const void* log)
+{
+    Room room;
+    return WriteFromOutside(fault, log, room);
+}
+
 }
 
 bool ReportFromOutside(const _EXCEPTION_POINTERS& fault, const void* log) noexcept
 {
-    const bool isWritten = WriteFromOutside(fault, log);
+    const bool isShared = !isSharedRoomTaken.test_and_set();
+    const bool isWritten =
+        isShared ? WriteFromOutside(fault, log, sharedRoom) : WriteFromOutsideWithOwnRoom(fault, log);
+    if (isShared)
+        isSharedRoomTaken.clear();
     if (!isWritten)
         posix::LimitReport();
     return isWritten;
