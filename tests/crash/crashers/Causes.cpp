@@ -320,17 +320,22 @@ void WithoutDescriptors()
     Null();
 }
 
-/// Has its signals handled on a stack of its own, as large as hosts commonly make it.
-void SmallStack()
+/// Has its signals handled on a stack of its own.
+void UseStack(std::size_t size)
 {
     constexpr std::size_t guard = 4096;
-    constexpr std::size_t size = 8192;
     void* const memory = ::mmap(nullptr, guard + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ::mprotect(memory, guard, PROT_NONE);
     const stack_t stack{static_cast<char*>(memory) + guard, 0, size};
     ::sigaltstack(&stack, nullptr);
     Null();
 }
+
+/// As large as hosts commonly make it.
+void SmallStack() { UseStack(8192); }
+
+/// Hardly larger than what the system puts there.
+void TinyStack() { UseStack(5120); }
 
 /// The program's file is gone.
 void Unlinked()
@@ -416,6 +421,7 @@ constexpr Cause causes[] = {
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
     {"small-stack", &SmallStack},
+    {"tiny-stack", &TinyStack},
     {"unlinked", &Unlinked},
     {"replaced", &Replaced},
     {"hostile", &HostileNames},

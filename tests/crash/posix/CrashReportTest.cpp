@@ -439,6 +439,12 @@ TEST_F(PosixCrashReport, IsThereOnASmallStackOfTheHosts)
     ExpectWholeReport(0xC0000005);
 }
 
+TEST_F(PosixCrashReport, IsNotThereOnAStackOfTheHostsWithoutRoomAndTheProcessEndsAllTheSame)
+{
+    ExpectEndBy(SIGSEGV, "tiny-stack");
+    ExpectNoReport();
+}
+
 TEST_F(PosixCrashReport, IsThereWithoutADescriptorThatIsFree)
 {
     // The one that is left is for loading the libraries.

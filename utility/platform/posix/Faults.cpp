@@ -267,11 +267,9 @@ std::int32_t AskFilter(const Fault& fault, _EXCEPTION_RECORD& record, _CONTEXT& 
     return disposition;
 }
 
-/// No handler of C: it may throw.
-void OnFault(int signal, siginfo_t* info, void* context)
+[[gnu::noinline]] void HandleFault(int signal, siginfo_t* info, ucontext_t& interrupted)
 {
     const KeepErrno keptErrno;
-    auto& interrupted = *static_cast<ucontext_t*>(context);
     if (reported != nullptr)
     {
         const Fault first = *std::exchange(reported, nullptr);
@@ -289,6 +287,26 @@ void OnFault(int signal, siginfo_t* info, void* context)
         Translate(fault, record, registers);
     if (AskFilter(fault, record, registers) != continueExecution)
         EndProcess(fault, interrupted);
+}
+
+/// Whether what is done here has room where a host's own stack for signals is used. Beyond its end the handler would
+/// begin anew at its start, for ever.
+bool HasRoom(const stack_t& stack)
+{
+    constexpr std::uintptr_t needed = 4096;
+    const std::uintptr_t room =
+        reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - reinterpret_cast<std::uintptr_t>(stack.ss_sp);
+    return room >= needed || room >= stack.ss_size;
+}
+
+/// No handler of C: it may throw.
+void OnFault(int signal, siginfo_t* info, void* context)
+{
+    auto& interrupted = *static_cast<ucontext_t*>(context);
+    if (HasRoom(interrupted.uc_stack))
+        HandleFault(signal, info, interrupted);
+    else
+        EndProcess({signal, info, &interrupted}, interrupted);
 }
 
 bool IsOurs(const struct sigaction& action)
