@@ -35,7 +35,10 @@ std::string Formatted(const char* format, Values... values)
 std::string Time(std::int64_t microseconds)
 {
     using namespace std::chrono;
-    const sys_time<std::chrono::microseconds> time{std::chrono::microseconds(microseconds)};
+    // What is damaged has any number, and not each is a day.
+    constexpr std::int64_t endOf9999 = 253'402'300'799'999'999;
+    const sys_time<std::chrono::microseconds> time{
+        std::chrono::microseconds(std::clamp(microseconds, -endOf9999, endOf9999))};
     const auto day = floor<days>(time);
     const year_month_day date(day);
     const hh_mm_ss clock(time - day);
