@@ -1,5 +1,6 @@
 #include "utility/crash/internal/ExceptionReport.h"
 
+#include "utility/crash/internal/UtcTime.h"
 #include "utility/framework/Exception.h"
 #include "utility/platform/CrashedProcess.h"
 #include "utility/platform/Error.h"
@@ -109,18 +110,12 @@ std::wstring Encoded(std::wstring text) { return XMLEncode(std::move(text), fals
 
 std::wstring EncodedNarrow(std::string_view text) { return Encoded(platform::WideFromCodePage(CP_ACP, text)); }
 
-/// A moment in UTC, given in seconds since 1970. The C library's own way to do this takes a lock.
 std::wstring Timestamp(std::chrono::sys_seconds moment)
 {
-    using namespace std::chrono;
-    const auto day = floor<days>(moment);
-    const year_month_day date(day);
-    const hh_mm_ss time(moment - day);
+    const UtcTime utc(moment);
     wchar_t text[128];
-    const int length = std::swprintf(text, std::size(text), L"%04d%02u%02u-%02d%02d%02d", static_cast<int>(date.year()),
-                                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                                     static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                                     static_cast<int>(time.seconds().count()));
+    const int length = std::swprintf(text, std::size(text), L"%04d%02u%02u-%02d%02d%02d", utc.year, utc.month, utc.day,
+                                     utc.Hours(), utc.Minutes(), utc.Seconds());
     return {text, static_cast<std::size_t>(length)};
 }
 

@@ -1,6 +1,7 @@
 #include "utility/crash/ReportLog.h"
 
 #include "utility/crash/internal/ReportLog.h"
+#include "utility/crash/internal/UtcTime.h"
 #include "utility/platform/formats/Utf8.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -34,18 +35,12 @@ std::string Formatted(const char* format, Values... values)
 
 std::string Time(std::int64_t microseconds)
 {
-    using namespace std::chrono;
     // What is damaged has any number, and not each is a day.
     constexpr std::int64_t endOf9999 = 253'402'300'799'999'999;
-    const sys_time<std::chrono::microseconds> time{
-        std::chrono::microseconds(std::clamp(microseconds, -endOf9999, endOf9999))};
-    const auto day = floor<days>(time);
-    const year_month_day date(day);
-    const hh_mm_ss clock(time - day);
-    return Formatted("%04d-%02u-%02u %02d:%02d:%02d.%06d", static_cast<int>(date.year()),
-                     static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                     static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                     static_cast<int>(clock.seconds().count()), static_cast<int>(clock.subseconds().count()));
+    const std::chrono::microseconds limited(std::clamp(microseconds, -endOf9999, endOf9999));
+    const UtcTime utc{std::chrono::sys_time<std::chrono::microseconds>(limited)};
+    return Formatted("%04d-%02u-%02u %02d:%02d:%02d.%06d", utc.year, utc.month, utc.day, utc.Hours(), utc.Minutes(),
+                     utc.Seconds(), static_cast<int>(utc.time.subseconds().count()));
 }
 
 std::string Name(LogSeverity severity)
