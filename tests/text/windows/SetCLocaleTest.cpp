@@ -22,6 +22,35 @@ char SymbolOfThread()
     return text[1];
 }
 
+/// Has a CSetCLocale from the start, and looks at the symbol again when it is to finish.
+class OtherThread
+{
+public:
+    OtherThread()
+    {
+        while (m_step != 1)
+            std::this_thread::yield();
+    }
+    void Finish()
+    {
+        m_step = 2;
+        m_thread.join();
+    }
+
+private:
+    void Run()
+    {
+        const CSetCLocale there;
+        m_step = 1;
+        while (m_step != 2)
+            std::this_thread::yield();
+        EXPECT_EQ(SymbolOfThread(), '.');
+    }
+
+    std::atomic<int> m_step = 0;
+    std::thread m_thread{[this] { Run(); }};
+};
+
 }
 
 // msvcrt.dll has no locales of threads.
@@ -29,22 +58,10 @@ TEST(SetCLocaleThreadTest, WholeProcessGoesByItAsLongAsThereIsOneInAnyThread)
 {
     const support::DecimalComma comma;
     auto here = std::make_unique<CSetCLocale>();
-    std::atomic<int> step = 0;
-    std::thread thread(
-        [&step]
-        {
-            const CSetCLocale there;
-            step = 1;
-            while (step != 2)
-                std::this_thread::yield();
-            EXPECT_EQ(SymbolOfThread(), '.');
-        });
-    while (step != 1)
-        std::this_thread::yield();
+    OtherThread other;
     here.reset();
     EXPECT_EQ(SymbolOfThread(), '.');
-    step = 2;
-    thread.join();
+    other.Finish();
     EXPECT_EQ(SymbolOfThread(), ',');
     EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "German_Germany.1252");
 }
@@ -54,22 +71,10 @@ TEST(SetCLocaleThreadTest, CopyThatDiesLeavesOtherThreadsAlone)
     const support::DecimalComma comma;
     auto here = std::make_unique<CSetCLocale>();
     auto copy = std::make_unique<CSetCLocale>(*here);
-    std::atomic<int> step = 0;
-    std::thread thread(
-        [&step]
-        {
-            const CSetCLocale there;
-            step = 1;
-            while (step != 2)
-                std::this_thread::yield();
-            EXPECT_EQ(SymbolOfThread(), '.');
-        });
-    while (step != 1)
-        std::this_thread::yield();
+    OtherThread other;
     here.reset();
     copy.reset();
-    step = 2;
-    thread.join();
+    other.Finish();
     EXPECT_EQ(SymbolOfThread(), ',');
 }
 
