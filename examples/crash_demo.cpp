@@ -13,8 +13,9 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <ctime>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,22 +38,29 @@ std::string Usage()
     return usage;
 }
 
-/// The first report of this program since a time. A fault of the report itself may have left another.
-boost::filesystem::path ReportSince(std::time_t time)
+/// The reports of this program, in the order of their times, which their names have to the second.
+std::set<boost::filesystem::path> Reports()
 {
-    boost::filesystem::path first;
+    std::set<boost::filesystem::path> reports;
     boost::system::error_code ignored;
     const boost::filesystem::path folder =
         console::LocalData() / "Selvane Production Software" / "Exception Reports" / "crash_demo";
     for (boost::filesystem::recursive_directory_iterator each(folder, ignored), end; each != end;
          each.increment(ignored))
     {
-        const boost::filesystem::path& path = each->path();
-        // The names of a folder's reports are in the order of their times.
-        if (path.extension() == ".xml" && last_write_time(path, ignored) >= time && (first.empty() || path < first))
-            first = path;
+        if (each->path().extension() == ".xml")
+            reports.insert(each->path());
     }
-    return first;
+    return reports;
+}
+
+/// The first report that was not there before; empty if there is none. A fault of the report itself may have left
+/// another.
+boost::filesystem::path FirstBut(const std::set<boost::filesystem::path>& before)
+{
+    const std::set<boost::filesystem::path> reports = Reports();
+    const auto first = std::ranges::find_if(reports, [&](const auto& each) { return !before.contains(each); });
+    return first == reports.end() ? boost::filesystem::path() : *first;
 }
 
 int Crash(const crash::Cause& cause)
@@ -70,10 +78,13 @@ ExitStatus Show(const crash::Cause& cause)
 {
     std::printf("crash_demo %s: %s\n", cause.name.c_str(), cause.what.c_str());
     std::fflush(stdout);
-    const std::time_t start = std::time(nullptr);
+    const std::set<boost::filesystem::path> before = Reports();
+    // On Windows a report takes the place of another one of the same second.
+    if (!before.empty())
+        std::this_thread::sleep_for(std::chrono::seconds(1));
     const std::string end = console::RunAgain({"--now", cause.name});
     std::printf("It ended %s.\n", end.c_str());
-    const boost::filesystem::path report = ReportSince(start);
+    const boost::filesystem::path report = FirstBut(before);
     if (report.empty())
     {
         std::printf("It left no report. On Windows, what ends by abort leaves none.\n");

@@ -233,7 +233,8 @@ TEST(SanitizedFaultDeathTest, IsToldByTheSanitizerAsEver)
 {
 #ifdef __SANITIZE_ADDRESS__
     const CSETranslator translator;
-    EXPECT_DEATH(*static_cast<volatile int*>(nullptr) = 1, "AddressSanitizer: SEGV on unknown address 0x0");
+    // Null itself would be told by the other sanitizer, and there would be no fault.
+    EXPECT_DEATH(*reinterpret_cast<volatile int*>(16) = 1, "AddressSanitizer: SEGV on unknown address 0x0*10 ");
 #else
     GTEST_SKIP() << "The build lacks AddressSanitizer";
 #endif
