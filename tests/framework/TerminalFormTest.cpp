@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <istream>
 #include <sstream>
+#include <streambuf>
 #include <string>
 
 using utility::framework::TerminalForm;
@@ -77,6 +79,22 @@ TEST_F(TerminalFormTest, LastLineMayLackItsEnd)
     EXPECT_TRUE(m_form.Edit());
     EXPECT_EQ(Text(1), L"1");
     EXPECT_EQ(Text(2), L"2");
+}
+
+TEST_F(TerminalFormTest, LineOfWhichTheRestCannotBeReadIsNone)
+{
+    struct Failing final : std::streambuf
+    {
+        Failing() { setg(&m_one, &m_one, &m_one + 1); }
+        int_type underflow() override { throw std::ios_base::failure("no more"); }
+        char m_one = '1';
+    } failing;
+    std::istream in(&failing);
+    TerminalForm form(in, m_out, {{1, L"Diameter", L"20"}});
+    EXPECT_FALSE(form.Edit());
+    wchar_t text[10];
+    form.Text(1, text, 10);
+    EXPECT_STREQ(text, L"20");
 }
 
 TEST_F(TerminalFormTest, OnlyTheFieldInQuestionIsAskedForAndOnce)
