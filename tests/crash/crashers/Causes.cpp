@@ -320,22 +320,35 @@ void WithoutDescriptors()
     Null();
 }
 
-/// Has its signals handled on a stack of its own.
-void UseStack(std::size_t size)
+/// Has its signals handled on a stack of its own, of as many bytes as the environment tells, behind a page that faults.
+[[gnu::noipa]] void UseOwnStack()
 {
     constexpr std::size_t guard = 4096;
-    void* const memory = ::mmap(nullptr, guard + size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const char* const size = std::getenv("STACK_SIZE");
+    const std::size_t room = size != nullptr ? std::strtoul(size, nullptr, 10) : 0;
+    void* const memory = ::mmap(nullptr, guard + room, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     ::mprotect(memory, guard, PROT_NONE);
-    const stack_t stack{static_cast<char*>(memory) + guard, 0, size};
+    const stack_t stack{static_cast<char*>(memory) + guard, 0, room};
     ::sigaltstack(&stack, nullptr);
+}
+
+void NullOnOwnStack()
+{
+    UseOwnStack();
     Null();
 }
 
-/// As large as hosts commonly make it.
-void SmallStack() { UseStack(8192); }
+void DivideOnOwnStack()
+{
+    UseOwnStack();
+    Divide();
+}
 
-/// Hardly larger than what the system puts there.
-void TinyStack() { UseStack(5120); }
+void AbortOnOwnStack()
+{
+    UseOwnStack();
+    ByAbort();
+}
 
 /// The program's file is gone.
 void Unlinked()
@@ -420,8 +433,9 @@ constexpr Cause causes[] = {
     {"heap", &Heap},
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
-    {"small-stack", &SmallStack},
-    {"tiny-stack", &TinyStack},
+    {"own-stack", &NullOnOwnStack},
+    {"own-stack-divide", &DivideOnOwnStack},
+    {"own-stack-abort", &AbortOnOwnStack},
     {"unlinked", &Unlinked},
     {"replaced", &Replaced},
     {"hostile", &HostileNames},

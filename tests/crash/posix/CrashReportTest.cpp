@@ -17,6 +17,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <sys/auxv.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -118,6 +119,9 @@ void UseSmallStack()
     limit.rlim_cur = 256 * 1024;
     ::setrlimit(RLIMIT_STACK, &limit);
 }
+
+/// The causes that have a stack of their own for signals have one of this size.
+void UseOwnStack(std::size_t size) { ::setenv("STACK_SIZE", std::to_string(size).c_str(), 1); }
 
 class PosixCrashReport : public ::testing::Test
 {
@@ -435,14 +439,41 @@ TEST_F(PosixCrashReport, IsThereWithoutDescriptors)
 
 TEST_F(PosixCrashReport, IsThereOnASmallStackOfTheHosts)
 {
-    ExpectEndBy(SIGSEGV, "small-stack");
+    ExpectEndBy(SIGSEGV, "own-stack", [] { UseOwnStack(8192); });
     ExpectWholeReport(0xC0000005);
 }
 
 TEST_F(PosixCrashReport, IsNotThereOnAStackOfTheHostsWithoutRoomAndTheProcessEndsAllTheSame)
 {
-    ExpectEndBy(SIGSEGV, "tiny-stack");
+    ExpectEndBy(SIGSEGV, "own-stack", [] { UseOwnStack(5120); });
     ExpectNoReport();
+}
+
+TEST_F(PosixCrashReport, StackOfTheHostsMayHaveAnySizeAndTheProcessEndsByTheSignalOfTheFault)
+{
+    constexpr struct
+    {
+        const char* cause;
+        int signal;
+    } ends[] = {{"own-stack", SIGSEGV}, {"own-stack-divide", SIGFPE}, {"own-stack-abort", SIGABRT}};
+    for (std::size_t size = 2048; size <= 8192; size += 64)
+    {
+        SCOPED_TRACE(size);
+        for (const auto& [cause, signal] : ends)
+        {
+            // A process that has not ended by the alarm never would.
+            m_end = m_crasher.Run(cause,
+                                  [size]
+                                  {
+                                      UseOwnStack(size);
+                                      ::alarm(20);
+                                  });
+            EXPECT_TRUE(m_end.isCrash) << m_end.output;
+            // Where the system finds no room for the signal it ends the process by one of its own.
+            const bool isSystems = m_end.outcome == SIGSEGV && size < ::getauxval(AT_MINSIGSTKSZ);
+            ASSERT_TRUE(isSystems || m_end.outcome == static_cast<std::uint32_t>(signal)) << cause << m_end.outcome;
+        }
+    }
 }
 
 TEST_F(PosixCrashReport, IsThereWithoutADescriptorThatIsFree)
@@ -603,6 +634,12 @@ TEST_F(PosixCrashReportAlone, ProgramForReportsThatHangsIsEnded)
     MakeShell(Helper(), "exec sleep 1000");
     ExpectEndBy(SIGSEGV, "null");
     ExpectNoReport();
+}
+
+TEST_F(PosixCrashReportAlone, ReportFromInsideThatExhaustsAStackOfTheHostsLeavesTheProcessItsFirstSignal)
+{
+    ExpectEndBy(SIGFPE, "own-stack-divide", [] { UseOwnStack(16384); });
+    ExpectEndBy(SIGABRT, "own-stack-abort", [] { UseOwnStack(16384); });
 }
 
 TEST_F(PosixCrashReportAlone, ReportFromInsideThatWaitsForTheLockOfTheAllocatorIsEnded)

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <ctime>
 #include <optional>
 #include <sys/syscall.h>
@@ -28,7 +29,8 @@
 // or end the process, and may not find anything held then. If it returns, the process goes on where the fault was,
 // which is what it would have done.
 //
-// A fault within a report ends the report: the process ends then by the fault that the report is of.
+// A fault within a report ends the report: the process ends then by the fault that the report is of. Until the report
+// begins the signal is blocked, so that the system itself ends the process by a second one.
 
 namespace utility::platform
 {
@@ -71,8 +73,9 @@ struct Place
 // A thread's own is made with it, so that nothing is allocated where it is used first.
 #define UTILITY_OF_THREAD [[gnu::tls_model("initial-exec")]] constinit thread_local
 
-/// What the thread writes a report of.
-UTILITY_OF_THREAD const Fault* reported = nullptr;
+/// What the thread writes a report of. Where that was exhausted, a second fault has the stack of the first one from its
+/// start: nothing may be kept there that ends the process.
+UTILITY_OF_THREAD std::optional<Fault> reported = std::nullopt;
 /// Where the latest fault was that an earlier action returned from.
 UTILITY_OF_THREAD std::optional<Place> latest = std::nullopt;
 UTILITY_OF_THREAD FaultTranslator threadTranslator = nullptr;
@@ -98,8 +101,13 @@ class Reporting
 public:
     explicit Reporting(const Fault& fault) noexcept
     {
-        reported = &fault;
+        reported = fault;
         ++writers;
+        // A handler of the host's that hands on what it gets may have blocked it as well. At its end that is put back.
+        sigset_t own;
+        ::sigemptyset(&own);
+        ::sigaddset(&own, fault.signal);
+        ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
     }
     Reporting(const Reporting&) = delete;
     Reporting& operator=(const Reporting&) = delete;
@@ -108,7 +116,7 @@ public:
         if (const int timer = std::exchange(reportTimer, -1); timer >= 0)
             ::syscall(SYS_timer_delete, timer);
         --writers;
-        reported = nullptr;
+        reported.reset();
     }
 };
 
@@ -116,7 +124,7 @@ public:
 class ReportingSuspended
 {
 public:
-    ReportingSuspended() noexcept : m_fault(std::exchange(reported, nullptr)) { --writers; }
+    ReportingSuspended() noexcept : m_fault(std::exchange(reported, std::nullopt)) { --writers; }
     ReportingSuspended(const ReportingSuspended&) = delete;
     ReportingSuspended& operator=(const ReportingSuspended&) = delete;
     ~ReportingSuspended()
@@ -126,7 +134,7 @@ public:
     }
 
 private:
-    const Fault* m_fault;
+    const std::optional<Fault> m_fault;
 };
 
 class KeepErrno
@@ -156,7 +164,7 @@ private:
 
 std::int32_t CallEarlierAction(_EXCEPTION_POINTERS*)
 {
-    if (reported == nullptr)
+    if (!reported)
         return continueSearch;
     const Fault fault = *reported;
     auto* const handled = std::ranges::find(handledSignals, fault.signal, &HandledSignal::number);
@@ -267,12 +275,16 @@ std::int32_t AskFilter(const Fault& fault, _EXCEPTION_RECORD& record, _CONTEXT& 
     return disposition;
 }
 
-[[gnu::noinline]] void HandleFault(int signal, siginfo_t* info, ucontext_t& interrupted)
+/// The handler where it has room. It may throw.
+[[gnu::used, gnu::noinline]] void HandleFault(int signal, siginfo_t* info, void* context) asm("UtilityHandleFault");
+
+void HandleFault(int signal, siginfo_t* info, void* context)
 {
+    auto& interrupted = *static_cast<ucontext_t*>(context);
     const KeepErrno keptErrno;
-    if (reported != nullptr)
+    if (reported)
     {
-        const Fault first = *std::exchange(reported, nullptr);
+        const Fault first = *std::exchange(reported, std::nullopt);
         --writers;
         std::ranges::copy(first.interrupted->uc_mcontext.gregs, interrupted.uc_mcontext.gregs);
         interrupted.uc_sigmask = first.interrupted->uc_sigmask;
@@ -289,24 +301,47 @@ std::int32_t AskFilter(const Fault& fault, _EXCEPTION_RECORD& record, _CONTEXT& 
         EndProcess(fault, interrupted);
 }
 
-/// Whether what is done here has room where a host's own stack for signals is used. Beyond its end the handler would
-/// begin anew at its start, for ever.
-bool HasRoom(const stack_t& stack)
-{
-    constexpr std::uintptr_t needed = 4096;
-    const std::uintptr_t room =
-        reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) - reinterpret_cast<std::uintptr_t>(stack.ss_sp);
-    return room >= needed || room >= stack.ss_size;
-}
+/// The room that the handler needs on a host's own stack for signals, with that of the dynamic linker, which finds what
+/// is called for the first time.
+constexpr std::uintptr_t neededRoom = 5120;
 
-/// No handler of C: it may throw.
-void OnFault(int signal, siginfo_t* info, void* context)
+/// What the kernel takes for the default action.
+constinit const std::uint64_t standardAction[4] = {};
+
+/// The handler. A host's own stack for signals may have no room but for what the system puts there, and a fault beyond
+/// its end would begin anew at its start: without room the process ends by the signal, and no stack is used.
+[[gnu::naked]] void OnFault(int /*signal*/, siginfo_t* /*info*/, void* /*context*/)
 {
-    auto& interrupted = *static_cast<ucontext_t*>(context);
-    if (HasRoom(interrupted.uc_stack))
-        HandleFault(signal, info, interrupted);
-    else
-        EndProcess({signal, info, &interrupted}, interrupted);
+    asm(R"(
+        mov %%rsp, %%rax
+        sub %c[stack](%%rdx), %%rax     # what is left of it
+        cmp $%c[needed], %%rax
+        jae UtilityHandleFault
+        cmp %c[size](%%rdx), %%rax      # on another stack
+        jae UtilityHandleFault
+        mov %%edi, %%r8d
+        mov %%rsi, %%r9
+        mov $%c[sigaction], %%eax
+        lea %[standard], %%rsi
+        xor %%edx, %%edx
+        mov $8, %%r10d                  # the size of a mask
+        syscall
+        mov $%c[getpid], %%eax
+        syscall
+        mov %%eax, %%edi
+        mov $%c[gettid], %%eax
+        syscall
+        mov %%eax, %%esi
+        mov %%r8d, %%edx
+        mov %%r9, %%r10
+        mov $%c[send], %%eax
+        syscall
+        ret                             # it is blocked until then
+    )"
+        :
+        : [stack] "i"(offsetof(ucontext_t, uc_stack.ss_sp)), [size] "i"(offsetof(ucontext_t, uc_stack.ss_size)),
+          [needed] "i"(neededRoom), [standard] "m"(standardAction), [sigaction] "i"(SYS_rt_sigaction),
+          [getpid] "i"(SYS_getpid), [gettid] "i"(SYS_gettid), [send] "i"(SYS_rt_tgsigqueueinfo));
 }
 
 bool IsOurs(const struct sigaction& action)
@@ -324,8 +359,7 @@ bool TakeSignals()
             continue;
         struct sigaction own = {};
         own.sa_sigaction = &OnFault;
-        // What is thrown leaves no handler by its end, and a fault within a report is ours as well.
-        own.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER | (handled.earlier.sa_flags & SA_RESTART);
+        own.sa_flags = SA_SIGINFO | SA_ONSTACK | (handled.earlier.sa_flags & SA_RESTART);
         handled.isTaken = ::sigaction(handled.number, &own, nullptr) == 0;
         isAction = isAction || handled.earlier.sa_handler != SIG_DFL;
     }
@@ -347,13 +381,8 @@ void GiveSignalsBack()
 
 void posix::LimitReport() noexcept
 {
-    if (reported == nullptr)
+    if (!reported)
         return;
-    // A handler of the host's that hands on what it gets may have blocked it. At its end that is put back.
-    sigset_t own;
-    ::sigemptyset(&own);
-    ::sigaddset(&own, reported->signal);
-    ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
     sigevent event = {};
     event.sigev_notify = SIGEV_THREAD_ID;
     event.sigev_signo = reported->signal;
