@@ -82,3 +82,17 @@ TEST(PlacesTest, DocumentsOfNobodyAreNowhere)
     system.failing = {"DocumentsFolder"};
     EXPECT_EQ(GetUserDocumentsFolder(), "");
 }
+
+TEST(PlacesTest, SystemsFolderHasItsLibraries)
+{
+    const auto folder = GetSystemFolder();
+    EXPECT_TRUE(folder.is_absolute()) << folder;
+    EXPECT_TRUE(exists(folder / "libc.so.6") || exists(folder / "kernel32.dll")) << folder;
+}
+
+TEST(PlacesTest, SystemsFolderThatIsNotKnownIsEmpty)
+{
+    support::ForwardingFileSystem files;
+    files.failing = {"SystemFolder"};
+    EXPECT_EQ(GetSystemFolder(), "");
+}

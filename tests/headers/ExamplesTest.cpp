@@ -8,6 +8,7 @@
 #include "tests/support/LogSettings.h"
 #include "tests/support/RecordingForm.h"
 #include "tests/support/ScratchHives.h"
+#include "tests/support/ScriptedDesktop.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
 #include "utility/platform/Modules.h"
@@ -136,6 +137,13 @@ TEST_F(HeaderExampleTest, SETranslator)
 
 TEST_F(HeaderExampleTest, UnhandledExceptionFilter){
 #include "crash/UnhandledExceptionFilter.example"
+}
+
+TEST_F(HeaderExampleTest, MessageBoxes)
+{
+    support::ScriptedDesktop desktop;
+#include "desktop/MessageBoxes.example"
+    EXPECT_EQ(desktop.shown.size(), 2u);
 }
 
 TEST_F(HeaderExampleTest, Assertions)

@@ -98,6 +98,10 @@ public:
     {
         return m_system.SystemMessage(error, languageId, buffer, size);
     }
+    std::wstring WholeSystemMessage(DWORD error, DWORD languageId) override
+    {
+        return m_system.WholeSystemMessage(error, languageId);
+    }
 
     std::vector<std::tuple<UINT, int, int>> calls;
     std::size_t firstFailure = std::numeric_limits<std::size_t>::max();

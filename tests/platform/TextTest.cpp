@@ -158,6 +158,15 @@ TEST(TextTest, LengthOfMinusOneIsANullTerminatedTextWithItsNull)
     EXPECT_STREQ(wide, L"text");
 }
 
+TEST(TextTest, WholeSystemMessageIsTheSame)
+{
+    wchar_t text[256];
+    const DWORD length = Text().SystemMessage(ERROR_FILE_NOT_FOUND, 0, text, 256);
+    ASSERT_GT(length, 0u);
+    EXPECT_EQ(Text().WholeSystemMessage(ERROR_FILE_NOT_FOUND, 0), text);
+    EXPECT_EQ(Text().WholeSystemMessage(0x2FFFFFFF, 0), L"");
+}
+
 TEST(TextTest, SystemMessageNeedsRoomForItsNull)
 {
     wchar_t text[256];

@@ -37,6 +37,7 @@ public:
     path LongName(const path& file) override { return Fails("LongName") ? path() : m_system.LongName(file); }
     path ShortName(const path& file) override { return Fails("ShortName") ? path() : m_system.ShortName(file); }
     path DocumentsFolder() override { return Fails("DocumentsFolder") ? path() : m_system.DocumentsFolder(); }
+    path SystemFolder() override { return Fails("SystemFolder") ? path() : m_system.SystemFolder(); }
 
     std::vector<std::string> calls;
     std::vector<std::string> failing;

@@ -26,6 +26,11 @@ public:
         askedLanguage = languageId;
         return m_system.SystemMessage(error, languageId, buffer, size);
     }
+    std::wstring WholeSystemMessage(DWORD error, DWORD languageId) override
+    {
+        askedLanguage = languageId;
+        return m_system.WholeSystemMessage(error, languageId);
+    }
 
     int conversions = 0;
     bool conversionsFail = false;

@@ -40,6 +40,10 @@ public:
         whileAsking();
         return answer;
     }
+    void Show(const wchar_t* title, const wchar_t* text, UINT style, UINT helpTopic) override
+    {
+        shown.push_back({title, text == nullptr ? L"<null>" : text, style, helpTopic});
+    }
     bool ProgramPath(char (&path)[pathSize]) override
     {
         if (program != nullptr)
@@ -47,6 +51,16 @@ public:
         return program != nullptr;
     }
     void EndProcess() override { calls.emplace_back("end"); }
+
+    struct Shown
+    {
+        std::wstring title;
+        std::wstring text;
+        UINT style;
+        UINT helpTopic;
+
+        bool operator==(const Shown&) const = default;
+    };
 
     std::optional<int> quit;
     bool isControlKeyDown = false;
@@ -56,6 +70,7 @@ public:
     std::vector<std::string> calls;
     std::vector<std::string> titles;
     std::vector<std::string> boxes;
+    std::vector<Shown> shown;
 
 private:
     Substitute<utility::platform::BoxService> m_boxes{utility::platform::BoxesSlot(), *this};

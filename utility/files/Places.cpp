@@ -20,3 +20,5 @@ path GetExecutableFilename() { return GetModuleFilename(CurrentModuleState().cur
 path GetExecutablePath() { return GetModulePath(CurrentModuleState().currentInstance); }
 
 path GetUserDocumentsFolder() { return utility::platform::FileSystem().DocumentsFolder(); }
+
+path GetSystemFolder() { return utility::platform::FileSystem().SystemFolder(); }

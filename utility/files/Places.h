@@ -1,6 +1,6 @@
 #pragma once
 
-// Where the program, its modules and the user's documents are.
+// Where the program, its modules, the user's documents and the system's own libraries are.
 //
 //     const boost::filesystem::path templates = GetExecutablePath() / "templates";
 //
@@ -23,3 +23,6 @@ UTILITY_API boost::filesystem::path GetExecutablePath();
 /// The folder of the user's documents. On Linux the one that the desktop's settings name (user-dirs.dirs), or else the
 /// home folder.
 UTILITY_API boost::filesystem::path GetUserDocumentsFolder();
+
+/// The folder of the system's own libraries. On Linux the one that the C library was loaded from.
+UTILITY_API boost::filesystem::path GetSystemFolder();

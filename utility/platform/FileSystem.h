@@ -56,6 +56,9 @@ public:
     /// The folder of the user's documents; empty on failure. On Linux it is the one that the desktop's settings name,
     /// or else the home folder.
     virtual boost::filesystem::path DocumentsFolder() = 0;
+
+    /// The folder of the system's own libraries; empty on failure. On Linux it is the one that the C library is in.
+    virtual boost::filesystem::path SystemFolder() = 0;
 };
 
 ServiceSlot<FileSystemService>& FileSystemSlot() noexcept;

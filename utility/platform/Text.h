@@ -34,6 +34,9 @@ public:
     /// the library has its own, in the languages of its satellites, for the numbers in ErrorCodes.h, and English for
     /// other languages.
     virtual DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) = 0;
+
+    /// All of the same, however long it is; empty where there is none.
+    virtual std::wstring WholeSystemMessage(DWORD error, DWORD languageId) = 0;
 };
 
 ServiceSlot<TextService>& TextSlot() noexcept;

@@ -230,6 +230,10 @@ void Files()
     GetShortPathNameW(wide);
     GetShortPathNameW(path);
 
+    ZeloMessageBox(L"", 0, 0);
+    ZeloMessageBox(0u, 0, 0);
+    ShowSystemErrorMessage(0);
+
     RenameFile(L"", L"");
     RenameFile(wide, wide);
     RenameFile(path, path);
@@ -248,6 +252,7 @@ void Files()
     GetExecutableFilename();
     GetExecutablePath();
     GetUserDocumentsFolder();
+    GetSystemFolder();
 
     CInputOutputFile{};
     CInputOutputFile{L""};

@@ -284,6 +284,154 @@ TEST_F(BoxDialogTest, AnswerIsTheSameAmongSignals)
     }
 }
 
+// A text to be seen
+
+namespace
+{
+
+/// Shows a text, and tells by the exit code that it came back.
+int ShowText(UINT style = 0x40)
+{
+    Boxes().Show(L"Title \u00FC", L"-What\nnow? \u20AC", style, 0);
+    return 7;
+}
+
+int ShowTextWithDisplay(UINT style = 0x40)
+{
+    ::setenv("DISPLAY", ":99", 1);
+    return ShowText(style);
+}
+
+}
+
+TEST(BoxTest, TextIsOnTheTerminalUntilEnter)
+{
+    Child child([] { return ShowText(); }, Child::Terminal::foreground);
+    const std::string shown = child.ReadUntil("Enter to go on: ");
+    EXPECT_NE(shown.find("\r\nTitle \xC3\xBC\r\n\r\n-What\r\nnow? \xE2\x82\xAC\r\n"), std::string::npos) << shown;
+    child.Type("\n");
+    EXPECT_EQ(child.ExitCode(), 7);
+}
+
+TEST(BoxTest, EnterAheadOfATextIsNoAnswerToIt)
+{
+    Child child(
+        []
+        {
+            ::write(STDOUT_FILENO, "ready", 5);
+            pollfd waiting{STDIN_FILENO, POLLIN, 0};
+            ::poll(&waiting, 1, 10000);
+            return ShowText();
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("ready");
+    child.Type("\n");
+    child.ReadUntil("Enter to go on: ");
+    child.Type("\n");
+    EXPECT_EQ(child.ExitCode(), 7);
+}
+
+TEST(BoxTest, TextGoesOnWhenTheTerminalGoesAway)
+{
+    Child child(
+        []
+        {
+            ::signal(SIGHUP, SIG_IGN);
+            return ShowText();
+        },
+        Child::Terminal::foreground);
+    child.ReadUntil("Enter to go on: ");
+    child.HangUp();
+    EXPECT_EQ(child.ExitCode(), 7);
+}
+
+/// What a dialog program got to show a text of each style, an argument a line; nothing may come onto the error stream.
+class BoxTextTest : public BoxDialogTest
+{
+protected:
+    std::string ArgumentsFor(const char* program, UINT style) const
+    {
+        Program(program, "printf '%s\\n' \"$@\" >'" + (m_folder / "arguments").string() + "'\n");
+        EXPECT_EQ(Errors([&] { return ShowTextWithDisplay(style); }), "");
+        return support::TemporaryFolder::BytesOf(m_folder / "arguments");
+    }
+
+    std::string Errors(const std::function<int()>& work) const
+    {
+        const auto errors = m_folder.File("errors", "");
+        Child child(
+            [&]
+            {
+                ::dup2(::open(errors.c_str(), O_WRONLY), STDERR_FILENO);
+                ::unsetenv("DISPLAY");
+                ::unsetenv("WAYLAND_DISPLAY");
+                ::setenv("PATH", (m_folder / ".").c_str(), 1);
+                return work();
+            });
+        EXPECT_EQ(child.ExitCode(), 7);
+        return support::TemporaryFolder::BytesOf(errors);
+    }
+
+    static constexpr const char* text = "-What\nnow? \xE2\x82\xAC\n";
+};
+
+TEST_F(BoxTextTest, ZenityShowsItWithTheSignOfItsStyle)
+{
+    const std::string rest = std::string("\n--no-markup\n--title\nTitle \xC3\xBC\n--text\n") + text;
+    EXPECT_EQ(ArgumentsFor("zenity", 0x10), "--error" + rest);
+    EXPECT_EQ(ArgumentsFor("zenity", 0x20), "--info" + rest);
+    EXPECT_EQ(ArgumentsFor("zenity", 0x34), "--warning" + rest);
+    EXPECT_EQ(ArgumentsFor("zenity", 0x40), "--info" + rest);
+    EXPECT_EQ(ArgumentsFor("zenity", 0), "--info" + rest);
+}
+
+TEST_F(BoxTextTest, KdialogShowsItWithTheSignOfItsStyle)
+{
+    const std::string title = "--title\nTitle \xC3\xBC\n";
+    EXPECT_EQ(ArgumentsFor("kdialog", 0x10), title + "--error\n" + text);
+    EXPECT_EQ(ArgumentsFor("kdialog", 0x30), title + "--sorry\n" + text);
+    EXPECT_EQ(ArgumentsFor("kdialog", 0x40), title + "--msgbox\n" + text);
+    EXPECT_EQ(ArgumentsFor("kdialog", 0), title + "--msgbox\n" + text);
+}
+
+TEST_F(BoxTextTest, IsShownOnce)
+{
+    Program("kdialog", "echo second >&2\n");
+    Program("zenity", "exit 0\n");
+    EXPECT_EQ(Errors([] { return ShowTextWithDisplay(); }), "");
+}
+
+TEST_F(BoxTextTest, IsOnTheErrorStreamWhereNobodyMayHaveSeenIt)
+{
+    EXPECT_EQ(Errors([] { return ShowText(); }), text) << "no display";
+    EXPECT_EQ(Errors([] { return ShowTextWithDisplay(); }), text) << "no program";
+    Program("kdialog", "exit 1\n");
+    EXPECT_EQ(Errors([] { return ShowTextWithDisplay(); }), text) << "a program that fails";
+    Program("zenity", "kill -9 $$\n");
+    EXPECT_NE(Errors([] { return ShowTextWithDisplay(); }).find(text), std::string::npos) << "one that crashes";
+}
+
+TEST_F(BoxTextTest, IsSeenWhereTheHostIgnoresTheEndOfItsChildren)
+{
+    Program("zenity", "exit 0\n");
+    const auto show = []
+    {
+        ::signal(SIGCHLD, SIG_IGN);
+        return ShowTextWithDisplay();
+    };
+    EXPECT_EQ(Errors(show), "");
+}
+
+TEST_F(BoxTextTest, NullIsAnEmptyText)
+{
+    const auto show = []
+    {
+        Boxes().Show(nullptr, nullptr, 0, 0);
+        return 7;
+    };
+    EXPECT_EQ(Errors(show), "\n");
+}
+
 // What fails below
 
 TEST(BoxTest, InterruptedQuestionIsAskedAndAnsweredAllTheSame)

@@ -704,3 +704,20 @@ TEST_F(PosixFileSystemTest, SearchForTheHomeOfTheAccountLeavesTheRecordOfAnother
     FileSystem().DocumentsFolder();
     EXPECT_EQ(known->pw_uid, other);
 }
+
+TEST_F(PosixFileSystemTest, SystemFolderIsThatOfTheCLibrary)
+{
+    const path folder = FileSystem().SystemFolder();
+    EXPECT_TRUE(exists(folder / "libc.so.6")) << folder;
+    std::ifstream maps("/proc/self/maps");
+    const std::string all(std::istreambuf_iterator<char>(maps), {});
+    EXPECT_NE(all.find(canonical(folder / "libc.so.6").native()), std::string::npos) << folder;
+}
+
+TEST_F(PosixFileSystemTest, SystemFolderIsNowhereWhereTheCLibraryIsNotKnown)
+{
+    const FailingCall failing("dlopen", ENOMEM);
+    EXPECT_EQ(FileSystem().SystemFolder(), "");
+    EXPECT_EQ(LastError(), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_TRUE(failing.HasFailed());
+}

@@ -13,6 +13,7 @@ using utility::platform::Boxes;
 extern "C" decltype(&::GetActiveWindow) __imp_GetActiveWindow;
 extern "C" decltype(&::GetLastActivePopup) __imp_GetLastActivePopup;
 extern "C" decltype(&::MessageBoxA) __imp_MessageBoxA;
+extern "C" decltype(&::MessageBoxIndirectW) __imp_MessageBoxIndirectW;
 
 namespace
 {
@@ -106,4 +107,41 @@ TEST(BoxTest, IsOfTheLatestPopupAndComesToTheFront)
     EXPECT_EQ(Boxes().AskAbortRetryIgnore("The title", "What\nnow?"), BoxAnswer::ignore);
     EXPECT_EQ(owner, popup);
     EXPECT_EQ(style, 0x12112u);
+}
+
+TEST(BoxTest, TextIsShownWithItsTitleAndSign)
+{
+    HICON icon = nullptr;
+    BoxAnswerer answerer(IDOK,
+                         [&](HWND box)
+                         {
+                             const HWND sign = ::FindWindowExW(box, nullptr, L"Static", nullptr);
+                             icon = reinterpret_cast<HICON>(::SendMessageW(sign, STM_GETICON, 0, 0));
+                         });
+    Boxes().Show(L"Title \u00FC", L"What\nnow? \u20AC", 0x40, 0);
+    EXPECT_EQ(answerer.Title(), L"Title \u00FC");
+    EXPECT_EQ(answerer.Text(), L"What\nnow? \u20AC");
+    EXPECT_EQ(icon, ::LoadIconW(nullptr, reinterpret_cast<const wchar_t*>(IDI_ASTERISK)));
+}
+
+TEST(BoxTest, TextIsOfTheLatestPopupWithItsStyleAndHelp)
+{
+    static const HWND popup = reinterpret_cast<HWND>(std::intptr_t{0x2000});
+    static MSGBOXPARAMSW shown;
+    const ImportedCall activeCall(__imp_GetActiveWindow, [] { return reinterpret_cast<HWND>(std::intptr_t{0x1000}); });
+    const ImportedCall popupCall(__imp_GetLastActivePopup,
+                                 [](HWND of) { return of == reinterpret_cast<HWND>(0x1000) ? popup : nullptr; });
+    const auto record = [](const MSGBOXPARAMSW* box)
+    {
+        shown = *box;
+        return IDOK;
+    };
+    const ImportedCall boxCall(__imp_MessageBoxIndirectW, record);
+    Boxes().Show(L"title", L"text", 0x4034, 12);
+    EXPECT_EQ(shown.cbSize, 80u);
+    EXPECT_EQ(shown.hwndOwner, popup);
+    EXPECT_EQ(shown.lpszCaption, std::wstring(L"title"));
+    EXPECT_EQ(shown.lpszText, std::wstring(L"text"));
+    EXPECT_EQ(shown.dwStyle, 0x4034u);
+    EXPECT_EQ(shown.dwContextHelpId, 12u);
 }

@@ -23,6 +23,7 @@ extern "C" decltype(&::CoTaskMemFree) __imp_CoTaskMemFree;
 extern "C" decltype(&::CreateFileW) __imp_CreateFileW;
 extern "C" decltype(&::GetLongPathNameW) __imp_GetLongPathNameW;
 extern "C" decltype(&::GetModuleFileNameW) __imp_GetModuleFileNameW;
+extern "C" decltype(&::GetSystemDirectoryW) __imp_GetSystemDirectoryW;
 extern "C" decltype(&::MoveFileExW) __imp_MoveFileExW;
 extern "C" decltype(&::ReplaceFileW) __imp_ReplaceFileW;
 extern "C" decltype(&::SHGetKnownFolderPath) __imp_SHGetKnownFolderPath;
@@ -310,4 +311,30 @@ TEST(WindowsFileSystemTest, ModulePathBeyond260CharactersIsWhole)
                             });
     EXPECT_EQ(GetModuleFilename(nullptr), std::wstring(600, L'x'));
     EXPECT_EQ(sizes, (std::vector<DWORD>{260, 520, 1040}));
+}
+
+TEST(WindowsFileSystemTest, SystemFolderIsAskedForUntilItFits)
+{
+    static std::vector<UINT> sizes;
+    sizes.clear();
+    // It grows behind the first two questions.
+    const ImportedCall call(__imp_GetSystemDirectoryW,
+                            [](LPWSTR name, UINT size) -> UINT
+                            {
+                                sizes.push_back(size);
+                                const std::wstring folder = sizes.size() < 3 ? L"C:\\short" : L"C:\\long\\system32";
+                                if (size <= folder.size() || sizes.size() == 2)
+                                    return sizes.size() == 2 ? 18 : static_cast<UINT>(folder.size()) + 1;
+                                folder.copy(name, folder.size());
+                                name[folder.size()] = L'\0';
+                                return static_cast<UINT>(folder.size());
+                            });
+    EXPECT_EQ(FileSystem().SystemFolder(), L"C:\\long\\system32");
+    EXPECT_EQ(sizes, (std::vector<UINT>{0, 9, 0, 17}));
+}
+
+TEST(WindowsFileSystemTest, SystemFolderThatIsNotToldIsEmpty)
+{
+    const ImportedCall call(__imp_GetSystemDirectoryW, [](LPWSTR, UINT) -> UINT { return 0; });
+    EXPECT_EQ(FileSystem().SystemFolder(), L"");
 }

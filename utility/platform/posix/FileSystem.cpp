@@ -8,7 +8,10 @@
 #include "utility/platform/SystemService.h"
 
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <gnu/lib-names.h>
+#include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -97,6 +100,21 @@ public:
     path ShortName(const path& file) override { return LongName(file); }
 
     path DocumentsFolder() override { return posix::DocumentsFolder(); }
+
+    path SystemFolder() override
+    {
+        void* const library = ::dlopen(LIBC_SO, RTLD_LAZY | RTLD_NOLOAD);
+        if (library == nullptr)
+        {
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return {};
+        }
+        link_map* map = nullptr;
+        const bool isKnown = ::dlinfo(library, RTLD_DI_LINKMAP, &map) == 0;
+        const path folder = isKnown ? path(map->l_name).parent_path() : path();
+        ::dlclose(library);
+        return folder;
+    }
 };
 
 }

@@ -88,8 +88,7 @@ public:
 
     DWORD SystemMessage(DWORD error, DWORD languageId, wchar_t* buffer, DWORD size) override
     {
-        const char* const text = posix::ErrorText(error, languageId != 0 ? languageId : Locale().ThreadLocale());
-        const std::wstring message = text != nullptr ? formats::WideFromUtf8(text) : std::wstring();
+        const std::wstring message = WholeSystemMessage(error, languageId);
         if (message.empty() || message.size() >= size)
         {
             SetLastError(message.empty() ? ERROR_FILE_NOT_FOUND : ERROR_INSUFFICIENT_BUFFER);
@@ -97,6 +96,12 @@ public:
         }
         buffer[message.copy(buffer, message.size())] = L'\0';
         return static_cast<DWORD>(message.size());
+    }
+
+    std::wstring WholeSystemMessage(DWORD error, DWORD languageId) override
+    {
+        const char* const text = posix::ErrorText(error, languageId != 0 ? languageId : Locale().ThreadLocale());
+        return text != nullptr ? formats::WideFromUtf8(text) : std::wstring();
     }
 };
 

@@ -15,10 +15,7 @@ public:
     BoxAnswer AskAbortRetryIgnore(const char* title, const char* text) override
     {
         constexpr UINT style = MB_ABORTRETRYIGNORE | MB_ICONHAND | MB_DEFBUTTON2 | MB_TASKMODAL | MB_SETFOREGROUND;
-        HWND owner = ::GetActiveWindow();
-        if (owner != nullptr)
-            owner = ::GetLastActivePopup(owner);
-        switch (::MessageBoxA(owner, text, title, style))
+        switch (::MessageBoxA(Owner(), text, title, style))
         {
         case IDABORT:
             return BoxAnswer::abort;
@@ -27,6 +24,25 @@ public:
         default:
             return BoxAnswer::ignore;
         }
+    }
+
+    void Show(const wchar_t* title, const wchar_t* text, UINT style, UINT helpTopic) override
+    {
+        MSGBOXPARAMSW box{};
+        box.cbSize = sizeof(box);
+        box.hwndOwner = Owner();
+        box.lpszText = text;
+        box.lpszCaption = title;
+        box.dwStyle = style;
+        box.dwContextHelpId = helpTopic;
+        ::MessageBoxIndirectW(&box);
+    }
+
+private:
+    static HWND Owner()
+    {
+        const HWND active = ::GetActiveWindow();
+        return active != nullptr ? ::GetLastActivePopup(active) : nullptr;
     }
 };
 

@@ -28,20 +28,26 @@ bool MayPass(DWORD reason)
 
 /// A name that an operation of the system gives: its length without the terminator, or, where the buffer is too small,
 /// the size needed with it.
-path NameBy(DWORD(WINAPI* operation)(LPCWSTR, LPWSTR, DWORD), const path& file)
+template <class Operation>
+path NameBy(Operation operation)
 {
-    if (!AreWhole(file))
-        return {};
-    while (const DWORD size = operation(file.c_str(), nullptr, 0))
+    while (const DWORD size = operation(nullptr, 0))
     {
         std::wstring name(size - 1, L'\0');
-        const DWORD length = operation(file.c_str(), name.data(), size);
+        const DWORD length = operation(name.data(), size);
         if (length > name.size())
-            continue; // the file has got another name meanwhile
+            continue; // it is another name meanwhile
         name.resize(length);
         return name;
     }
     return {};
+}
+
+path NameBy(DWORD(WINAPI* operation)(LPCWSTR, LPWSTR, DWORD), const path& file)
+{
+    if (!AreWhole(file))
+        return {};
+    return NameBy([&](wchar_t* name, DWORD size) { return operation(file.c_str(), name, size); });
 }
 
 class WindowsFileSystem final : public FileSystemService
@@ -130,6 +136,11 @@ public:
         ::CoTaskMemFree(text);
         ::SetLastError(static_cast<DWORD>(HRESULT_CODE(result)));
         return folder;
+    }
+
+    path SystemFolder() override
+    {
+        return NameBy([](wchar_t* name, DWORD size) -> DWORD { return ::GetSystemDirectoryW(name, size); });
     }
 };
 

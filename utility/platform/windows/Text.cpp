@@ -25,6 +25,18 @@ public:
         return ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, languageId,
                                 buffer, size, nullptr);
     }
+
+    std::wstring WholeSystemMessage(DWORD error, DWORD languageId) override
+    {
+        // With this flag the place of a buffer is for the address of the system's.
+        wchar_t* buffer = nullptr;
+        const DWORD length = ::FormatMessageW(
+            FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+            languageId, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+        std::wstring message(length != 0 ? buffer : L"", length);
+        ::LocalFree(buffer);
+        return message;
+    }
 };
 
 }

@@ -109,4 +109,29 @@ std::optional<BoxAnswer> AskByDialogProgram(const char* title, const char* text)
     return std::nullopt;
 }
 
+bool ShowByDialogProgram(const char* title, const char* text, UINT style)
+{
+    struct Kind
+    {
+        const char* zenity;
+        const char* kdialog;
+    };
+    constexpr UINT signs = 0xF0;
+    const Kind kind = (style & signs) == 0x10   ? Kind{"--error", "--error"}
+                      : (style & signs) == 0x30 ? Kind{"--warning", "--sorry"}
+                                                : Kind{"--info", "--msgbox"};
+    // Nothing is written where there is no such program. A box that could not be shown ends with another code than 0.
+    const char* const script = "command -v \"$1\" >/dev/null || exit; \"$@\" >&2; echo $?";
+    const char* const zenity[] = {"/bin/sh",     "-c",      script, "sh",     "zenity", kind.zenity,
+                                  "--no-markup", "--title", title,  "--text", text,     nullptr};
+    const char* const kdialog[] = {"/bin/sh", "-c",  script,       "sh", "kdialog",
+                                   "--title", title, kind.kdialog, text, nullptr};
+    for (const char* const* program : {zenity, kdialog})
+    {
+        if (const auto output = Run(program); output && !output->empty())
+            return *output == "0\n";
+    }
+    return false;
+}
+
 }

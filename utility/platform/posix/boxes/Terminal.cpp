@@ -4,6 +4,7 @@
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/keys/ControlKey.h"
 
+#include <algorithm>
 #include <fcntl.h>
 #include <string_view>
 #include <termios.h>
@@ -18,7 +19,7 @@ namespace
 constexpr char controlI = 'I' - '@';
 constexpr char endOfInput = '\0';
 
-bool Write(int file, std::string_view text)
+bool WriteAll(int file, std::string_view text)
 {
     while (!text.empty())
     {
@@ -49,14 +50,8 @@ BoxAnswer Terminal::Ask(const char* title, const char* text) const
 {
     for (;;)
     {
-        // What was typed before the question is no answer to it.
-        ::tcflush(m_file, TCIFLUSH);
-        for (const char* const part :
-             {"\n", title, "\n\n", text, "\n[a]bort, [R]etry, [i]gnore, Ctrl+I to ignore from now on: "})
-        {
-            if (!Write(m_file, part))
-                return BoxAnswer::ignore;
-        }
+        if (!Write({"\n", title, "\n\n", text, "\n[a]bort, [R]etry, [i]gnore, Ctrl+I to ignore from now on: "}))
+            return BoxAnswer::ignore;
         switch (FirstOfLine())
         {
         case 'a':
@@ -78,6 +73,18 @@ BoxAnswer Terminal::Ask(const char* title, const char* text) const
             break;
         }
     }
+}
+
+void Terminal::Show(const char* title, const char* text) const
+{
+    if (Write({"\n", title, "\n\n", text, "\nEnter to go on: "}))
+        FirstOfLine();
+}
+
+bool Terminal::Write(std::initializer_list<const char*> parts) const
+{
+    ::tcflush(m_file, TCIFLUSH);
+    return std::ranges::all_of(parts, [this](const char* part) { return WriteAll(m_file, part); });
 }
 
 char Terminal::FirstOfLine() const

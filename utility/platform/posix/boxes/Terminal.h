@@ -2,6 +2,8 @@
 
 #include "utility/platform/Boxes.h"
 
+#include <initializer_list>
+
 namespace utility::platform::posix
 {
 
@@ -20,7 +22,12 @@ public:
     /// Asks until the answer is one. Control and I is Ignore with the Control key held.
     BoxAnswer Ask(const char* title, const char* text) const;
 
+    /// Shows a text until Enter.
+    void Show(const char* title, const char* text) const;
+
 private:
+    /// What was typed before is no answer. False where nothing can be written.
+    bool Write(std::initializer_list<const char*> parts) const;
     char FirstOfLine() const;
 
     int m_file;
