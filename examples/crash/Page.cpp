@@ -143,19 +143,18 @@ std::string Table(const char* heading, const std::vector<Variable>& variables)
     return table + "</table>\n";
 }
 
-std::string Source(const Frame& frame)
+std::string Source(const std::vector<SourceLine>& source)
 {
-    constexpr unsigned long distance = 4;
     std::string lines;
-    for (const SourceLine& line : LinesAround(frame, distance))
+    for (const SourceLine& line : source)
         lines += std::string(line.isWhere ? "<span class=\"here\">" : "<span>") +
                  Element("i", "", std::to_string(line.number)) + Quoted(line.text) + "</span>";
     return lines.empty() ? "" : "<pre>" + lines + "</pre>\n";
 }
 
-std::string Section(const Report& report, const Frame& frame, std::size_t number, bool isOpen)
+std::string Section(const Frame& frame, const Module* module, const std::vector<SourceLine>& source, std::size_t number,
+                    bool isOpen)
 {
-    const Module* const module = ModuleOf(report, frame.address);
     std::string where = module != nullptr ? std::string(NameOf(module->path)) : std::string();
     if (!frame.path.empty())
         where += (where.empty() ? "" : " · ") + frame.path + ':' + frame.line;
@@ -165,7 +164,7 @@ std::string Section(const Report& report, const Frame& frame, std::size_t number
            Element("p", "where",
                    "At " + frame.address + ", " + frame.displacement + " into the function; frame " +
                        frame.frameAddress) +
-           '\n' + Source(frame) + Table("Parameters", frame.parameters) + Table("Local variables", frame.locals) +
+           '\n' + Source(source) + Table("Parameters", frame.parameters) + Table("Local variables", frame.locals) +
            "</div></details>\n";
 }
 
@@ -212,6 +211,9 @@ std::string PageText(const Report& report, const std::vector<std::string>& log, 
         page += Element("p", "cut", "This report has no end: something kept it from being written to the last line.");
     page += "<div class=\"tools\"><input id=\"filter\" type=\"search\" placeholder=\"Filter by name\" "
             "aria-label=\"Filter by name\"><span id=\"told\" class=\"count\"></span></div>\n<h2>Stack</h2>\n";
+    constexpr unsigned long distance = 4;
+    Sources sources(distance);
+    const ModuleMap modules(report);
     bool isOneOpen = false;
     for (std::size_t i = 0; i != report.stack.size(); ++i)
     {
@@ -219,7 +221,7 @@ std::string PageText(const Report& report, const std::vector<std::string>& log, 
         const Frame& frame = report.stack[i];
         const bool isOpen = !isOneOpen && (!frame.path.empty() || !frame.parameters.empty() || !frame.locals.empty());
         isOneOpen = isOneOpen || isOpen;
-        page += Section(report, frame, i, isOpen);
+        page += Section(frame, modules.At(frame.address), sources.LinesAround(frame), i, isOpen);
     }
     if (report.stack.empty())
         page += Element("p", "where", "The report has no stack.");

@@ -334,17 +334,25 @@ std::string RegisterOf(const Variable& variable)
     return "register " + std::to_string(*number);
 }
 
-const Module* ModuleOf(const Report& report, const std::string& address)
+ModuleMap::ModuleMap(const Report& report)
 {
-    const std::optional<std::uint64_t> place = Number(address, 16);
     for (const Module& module : report.modules)
     {
         const std::optional<std::uint64_t> base = Number(module.base, 16);
         const std::optional<std::uint64_t> size = Number(module.size, 16);
-        if (place && base && size && *place >= *base && *place - *base < *size)
-            return &module;
+        if (base && size)
+            m_places.try_emplace(*base, Place{*size, &module});
     }
-    return nullptr;
+}
+
+const Module* ModuleMap::At(const std::string& address) const
+{
+    const std::optional<std::uint64_t> wanted = Number(address, 16);
+    const auto behind = wanted ? m_places.upper_bound(*wanted) : m_places.begin();
+    if (behind == m_places.begin())
+        return nullptr;
+    const auto& [base, place] = *std::prev(behind);
+    return *wanted - base < place.size ? place.module : nullptr;
 }
 
 std::string_view NameOf(std::string_view path) { return path.substr(path.find_last_of("/\\") + 1); }

@@ -3,6 +3,7 @@
 // What a crash report says.
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,8 +86,24 @@ std::string ValueOf(const Variable& variable);
 /// The register that it is in; empty if it is in none.
 std::string RegisterOf(const Variable& variable);
 
-/// The module that an address is in; null if it is in none.
-const Module* ModuleOf(const Report& report, const std::string& address);
+/// The modules of a report, which it has to outlive, by their addresses.
+class ModuleMap
+{
+public:
+    explicit ModuleMap(const Report& report);
+
+    /// The module that an address is in; null if it is in none.
+    const Module* At(const std::string& address) const;
+
+private:
+    struct Place
+    {
+        std::uint64_t size;
+        const Module* module;
+    };
+
+    std::map<std::uint64_t, Place> m_places; ///< by where they begin
+};
 
 /// The last part of a path of either system.
 std::string_view NameOf(std::string_view path);

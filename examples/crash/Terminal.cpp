@@ -31,17 +31,17 @@ std::string Line(const Variable& variable)
     return line + '\n';
 }
 
-std::string Text(const Report& report, const Frame& frame, std::size_t number)
+std::string Text(const Frame& frame, const Module* module, const std::vector<SourceLine>& source, std::size_t number)
 {
     std::string text = Padded("  #" + std::to_string(number), 6) + frame.function + " +" + frame.displacement + '\n';
     std::string place;
     if (!frame.path.empty())
         place = frame.path + ':' + frame.line;
-    if (const Module* const module = ModuleOf(report, frame.address))
+    if (module != nullptr)
         place += (place.empty() ? "" : "  ") + ('[' + std::string(NameOf(module->path)) + ']');
     if (!place.empty())
         text += "      " + place + '\n';
-    for (const SourceLine& line : LinesAround(frame, 0))
+    for (const SourceLine& line : source)
         text += "      | " + line.text.substr(std::min(line.text.find_first_not_of(' '), line.text.size())) + '\n';
     for (const Variable& variable : frame.parameters)
         text += Line(variable);
@@ -61,8 +61,13 @@ std::string TerminalText(const Report& report, const std::vector<std::string>& l
     if (!report.system.empty())
         text += "  system   " + report.system + '\n';
     text += "\nstack\n";
+    Sources sources(0);
+    const ModuleMap modules(report);
     for (std::size_t i = 0; i != report.stack.size(); ++i)
-        text += Text(report, report.stack[i], i);
+    {
+        const Frame& frame = report.stack[i];
+        text += Text(frame, modules.At(frame.address), sources.LinesAround(frame), i);
+    }
     if (!report.isWhole)
         text += "  The report ends here: it is not whole.\n";
     text += "\nmodules\n";

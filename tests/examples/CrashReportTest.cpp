@@ -235,9 +235,10 @@ TEST(CrashVariableTest, RegisterHasItsName)
 TEST(CrashModuleTest, HoldsItsAddresses)
 {
     const Report report = crash::Read(wholeReport);
-    const auto name = [&report](const char* address)
+    const crash::ModuleMap modules(report);
+    const auto name = [&modules](const char* address)
     {
-        const Module* const module = ModuleOf(report, address);
+        const Module* const module = modules.At(address);
         return module == nullptr ? "none" : std::string(crash::NameOf(module->path));
     };
     EXPECT_EQ(name("0x00007ff612340000"), "mill.exe");
@@ -247,4 +248,34 @@ TEST(CrashModuleTest, HoldsItsAddresses)
     EXPECT_EQ(name("00007FFA00000001"), "ntdll.dll");
     EXPECT_EQ(name(""), "none");
     EXPECT_EQ(name("0xmill"), "none");
+}
+
+TEST(CrashModuleTest, IsFoundAmongManyAsFastAsAmongFew)
+{
+    constexpr int count = 50000;
+    Report report;
+    for (int i = 0; i < count; ++i)
+        report.modules.push_back({"", std::to_string(i + 1) + "000", "1000", "", ""});
+    const crash::ModuleMap modules(report);
+    // To go through them for each would not come to the end of this test.
+    for (int i = 0; i < count; ++i)
+        ASSERT_EQ(modules.At(report.modules[i].base), &report.modules[i]);
+}
+
+TEST(CrashModuleTest, HasNoAddressWhereItsOwnAreNoNumbers)
+{
+    Report report;
+    report.modules = {{"", "", "1000", "", ""},
+                      {"", "1000", "", "", ""},
+                      {"first", "1000", "1000", "", ""},
+                      {"second", "1000", "2000", "", ""},
+                      {"top", "fffffffffffff000", "1000", "", ""}};
+    const crash::ModuleMap modules(report);
+    EXPECT_EQ(modules.At("0"), nullptr);
+    EXPECT_EQ(modules.At("fff"), nullptr);
+    ASSERT_NE(modules.At("1000"), nullptr);
+    EXPECT_EQ(modules.At("1000")->path, "first");
+    EXPECT_EQ(modules.At("2000"), nullptr);
+    ASSERT_NE(modules.At("ffffffffffffffff"), nullptr);
+    EXPECT_EQ(modules.At("ffffffffffffffff")->path, "top");
 }
