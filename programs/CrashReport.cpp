@@ -39,7 +39,7 @@ int main()
     ReportRequest request;
     if (!ReadRequest(request))
         return 2;
-    SetReportedProcess(request.process);
+    SetReportedThread(request.thread);
     const _EXCEPTION_POINTERS fault = {&request.record, &request.context};
     const auto writeLog = [&request](const boost::filesystem::path& report)
     {

@@ -24,7 +24,7 @@ int main()
     DWORD code = 0;
     const iovec here = {&code, sizeof(code)};
     const iovec there = {const_cast<void*>(request.log), sizeof(code)};
-    const bool isReadable = ::process_vm_readv(request.process, &here, 1, &there, 1, 0) == sizeof(code);
+    const bool isReadable = ::process_vm_readv(request.thread, &here, 1, &there, 1, 0) == sizeof(code);
     sigset_t blocked;
     ::sigprocmask(SIG_SETMASK, nullptr, &blocked);
     struct sigaction child;
@@ -40,7 +40,7 @@ int main()
                  "unlimited %d home %d\n",
                  isWhole, isEnd, descriptors, static_cast<unsigned>(request.record.ExceptionCode),
                  static_cast<unsigned long long>(request.context.Rip), isReadable, code == request.record.ExceptionCode,
-                 ::getppid() == request.process, ::sigismember(&blocked, SIGTERM) | ::sigismember(&blocked, SIGSEGV),
+                 ::getppid() == request.thread, ::sigismember(&blocked, SIGTERM) | ::sigismember(&blocked, SIGSEGV),
                  child.sa_handler == SIG_DFL, memory.rlim_cur == RLIM_INFINITY, std::getenv("HOME") != nullptr);
     std::fclose(told);
     const char* const end = std::getenv("REPORT_PROGRAM_END");

@@ -320,6 +320,21 @@ void WithoutDescriptors()
     Null();
 }
 
+/// The first thread has ended, and the system knows nothing more by its number.
+void AfterMain()
+{
+    std::thread(
+        []
+        {
+            char file[4096];
+            while (::readlink("/proc/self/exe", file, sizeof(file)) > 0)
+                ::usleep(1000);
+            Null();
+        })
+        .detach();
+    ::pthread_exit(nullptr);
+}
+
 /// Has its signals handled on a stack of its own, of as many bytes as the environment tells, behind a page that faults.
 [[gnu::noipa]] void UseOwnStack()
 {
@@ -433,6 +448,7 @@ constexpr Cause causes[] = {
     {"heap", &Heap},
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
+    {"after-main", &AfterMain},
     {"own-stack", &NullOnOwnStack},
     {"own-stack-divide", &DivideOnOwnStack},
     {"own-stack-abort", &AbortOnOwnStack},

@@ -437,6 +437,14 @@ TEST_F(PosixCrashReport, IsThereWithoutDescriptors)
     ExpectWholeReport(0xC0000005);
 }
 
+TEST_F(PosixCrashReport, IsThereAfterTheFirstThreadHasEnded)
+{
+    ExpectEndBy(SIGSEGV, "after-main");
+    ExpectWholeReport(0xC0000005);
+    EXPECT_EQ(Report().path, m_crasher.PathInReport());
+    EXPECT_NE(m_text.find("AfterMain"), std::string::npos) << m_text;
+}
+
 TEST_F(PosixCrashReport, IsThereOnASmallStackOfTheHosts)
 {
     ExpectEndBy(SIGSEGV, "own-stack", [] { UseOwnStack(8192); });
@@ -606,6 +614,13 @@ TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWithoutTheProgramForReports)
     ExpectEndBy(SIGSEGV, "null");
     ExpectWholeReport(0xC0000005);
     EXPECT_EQ(Report().frames.at(0).line != 0, true);
+}
+
+TEST_F(PosixCrashReportAlone, IsWrittenFromInsideAfterTheFirstThreadHasEnded)
+{
+    ExpectEndBy(SIGSEGV, "after-main");
+    ExpectWholeReport(0xC0000005);
+    EXPECT_NE(m_text.find("AfterMain"), std::string::npos) << m_text;
 }
 
 TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsMayNotBeRun)

@@ -27,7 +27,7 @@ namespace utility::platform
 namespace
 {
 
-std::string KernelFileOf(const char* name) { return "/proc/" + std::to_string(posix::ReportedProcess()) + '/' + name; }
+std::string KernelFileOf(const char* name) { return "/proc/" + std::to_string(posix::ReportedThread()) + '/' + name; }
 
 /// A line of the kernel's list of what is mapped.
 struct Mapping

@@ -45,7 +45,7 @@ bool FindProgram(char (&program)[sizeof(Job::program)])
     std::memcpy(program, libraryFile, length);
     if (length == 0)
     {
-        const ssize_t read = ::readlink("/proc/self/exe", program, PATH_MAX);
+        const ssize_t read = ::readlink("/proc/thread-self/exe", program, PATH_MAX);
         if (read <= 0)
             return false;
         length = static_cast<std::size_t>(read);
@@ -156,7 +156,7 @@ constinit std::atomic_flag isSharedRoomTaken;
 bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log, Room& room)
 {
     Job& job = room.job;
-    job.request = {::getpid(), ::gettid(), *fault.ExceptionRecord, *fault.ContextRecord, log};
+    job.request = {::gettid(), *fault.ExceptionRecord, *fault.ContextRecord, log};
     job.isDone = false;
     if (!FindProgram(job.program))
         return false;
@@ -165,7 +165,7 @@ bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log, Room& r
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     // Where only a process above another one may look into it, ours allows its descendants to.
-    ::prctl(PR_SET_PTRACER, job.request.process);
+    ::prctl(PR_SET_PTRACER, ::getpid());
     const pid_t between = ::clone(&StartAndWait, room.stack + sizeof(room.stack), CLONE_VM | CLONE_VFORK, &job);
     if (between > 0)
         posix::Uninterrupted([&] { return ::waitpid(between, nullptr, __WCLONE); });

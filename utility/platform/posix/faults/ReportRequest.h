@@ -11,7 +11,6 @@ namespace utility::platform::posix
 /// input, once its memory may be read. The process waits for the program's end.
 struct ReportRequest
 {
-    pid_t process;
     pid_t thread; ///< that faulted
     _EXCEPTION_RECORD record;
     _CONTEXT context;

@@ -13,14 +13,14 @@ namespace utility::platform::posix
 namespace
 {
 
-/// Zero for this one: a child of fork is another one than its parent.
-pid_t reportedProcess = 0;
+/// Zero for one of this process.
+pid_t reportedThread = 0;
 
 /// Where the system, or what it is run in, knows no better way.
 std::size_t ReadFile(std::uint64_t address, void* bytes, std::size_t size) noexcept
 {
     char path[32];
-    std::snprintf(path, sizeof(path), "/proc/%d/mem", ReportedProcess());
+    std::snprintf(path, sizeof(path), "/proc/%d/mem", ReportedThread());
     const int file = ::open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return 0;
@@ -31,15 +31,17 @@ std::size_t ReadFile(std::uint64_t address, void* bytes, std::size_t size) noexc
 
 }
 
-pid_t ReportedProcess() noexcept { return reportedProcess != 0 ? reportedProcess : ::getpid(); }
+pid_t ReportedThread() noexcept { return reportedThread != 0 ? reportedThread : ::gettid(); }
 
-void SetReportedProcess(pid_t process) noexcept { reportedProcess = process; }
+void SetReportedThread(pid_t thread) noexcept { reportedThread = thread; }
+
+bool IsReportedHere() noexcept { return reportedThread == 0; }
 
 std::size_t ReadReportedProcess(std::uint64_t address, void* bytes, std::size_t size) noexcept
 {
     const iovec here = {bytes, size};
     const iovec there = {reinterpret_cast<void*>(address), size};
-    const ssize_t read = ::process_vm_readv(ReportedProcess(), &here, 1, &there, 1, 0);
+    const ssize_t read = ::process_vm_readv(ReportedThread(), &here, 1, &there, 1, 0);
     if (read < 0 && errno != EFAULT)
         return ReadFile(address, bytes, size);
     return static_cast<std::size_t>(std::max<ssize_t>(read, 0));

@@ -7,9 +7,13 @@
 namespace utility::platform::posix
 {
 
-/// The process that a report is of: this one, unless the program that writes reports of others has said which.
-pid_t ReportedProcess() noexcept;
-void SetReportedProcess(pid_t process) noexcept;
+/// A thread of the process that a report is of: the calling one, unless the program that writes reports of others has
+/// said which. The system tells of a process by the number of any thread that lives, and the first need not.
+pid_t ReportedThread() noexcept;
+void SetReportedThread(pid_t thread) noexcept;
+
+/// Whether it is this process.
+bool IsReportedHere() noexcept;
 
 /// Copies memory of it. Gives how many of the bytes could be read, from the first on; what is not mapped does no harm.
 std::size_t ReadReportedProcess(std::uint64_t address, void* bytes, std::size_t size) noexcept;

@@ -9,7 +9,6 @@
 #include <dwarf.h>
 #include <link.h>
 #include <memory>
-#include <unistd.h>
 
 namespace utility::platform::posix
 {
@@ -67,7 +66,7 @@ Program::~Program()
 void Program::Report() const
 {
     m_elfutils.dwfl_report_begin(m_session);
-    if (m_elfutils.dwfl_linux_proc_report(m_session, ReportedProcess()) != 0 && ReportedProcess() == ::getpid())
+    if (m_elfutils.dwfl_linux_proc_report(m_session, ReportedThread()) != 0 && IsReportedHere())
     {
         LinkerList list = {m_elfutils, m_session};
         ::dl_iterate_phdr(ReportModule, &list);

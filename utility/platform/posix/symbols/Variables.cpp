@@ -7,7 +7,6 @@
 #include <cstring>
 #include <dwarf.h>
 #include <set>
-#include <unistd.h>
 
 namespace utility::platform::posix
 {
@@ -145,7 +144,7 @@ std::optional<std::uint64_t> Variables::AtEntry(std::uint64_t number) const
 std::optional<std::uint64_t> Variables::PassedIn(std::uint64_t number) const
 {
     // In the process that faulted it is the handler's own small stack that this takes.
-    const unsigned maximumDepth = ReportedProcess() == ::getpid() ? 8 : 1000;
+    const unsigned maximumDepth = IsReportedHere() ? 8 : 1000;
     if (m_depth == maximumDepth)
         return std::nullopt;
     const std::optional<Frame> frame = m_unwinder.CallerOf(m_frame);
