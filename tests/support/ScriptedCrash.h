@@ -194,6 +194,8 @@ public:
         return stream;
     }
 
+    std::unique_ptr<std::ostream> MakeLog(const boost::filesystem::path& /*file*/) override { return nullptr; }
+
     bool DescribeException(DWORD /*code*/, std::wstring& text) override
     {
         ++descriptionsAsked;

@@ -2,18 +2,17 @@
 
 #include "utility/crash/internal/ReportLog.h"
 #include "utility/crash/internal/UtcTime.h"
+#include "utility/platform/CrashedProcess.h"
 #include "utility/platform/formats/Utf8.h"
-
-#include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
+#include <memory>
+#include <ostream>
 #include <string>
 
 void KeepLogForExceptionReports() noexcept { utility::detail::KeepLog(); }
@@ -88,14 +87,8 @@ void WriteReportLog(std::uint64_t block, const ReadMemory& read, const boost::fi
 try
 {
     const boost::filesystem::path path = boost::filesystem::path(report).replace_extension(".log.txt");
-    boost::system::error_code ignored;
-    // What stands there may be a link to another file, or a pipe without a reader.
-    boost::filesystem::remove(path, ignored);
-    // Of the two that take any name on Windows, this one needs nothing else of the library.
-    std::ofstream file{std::filesystem::path(path.native())};
-    // Messages of the user's are nobody else's business.
-    boost::filesystem::permissions(path, boost::filesystem::owner_read | boost::filesystem::owner_write, ignored);
-    EachKeptMessage(block, read, [&file](const KeptMessage& message) { file << Line(message); });
+    if (const std::unique_ptr<std::ostream> file = platform::CrashedProcess().MakeLog(path))
+        EachKeptMessage(block, read, [&file](const KeptMessage& message) { *file << Line(message); });
 }
 catch (const std::exception&)
 {

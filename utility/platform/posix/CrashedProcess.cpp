@@ -6,20 +6,26 @@
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/faults/ReportedProcess.h"
 #include "utility/platform/posix/files/KernelFile.h"
+#include "utility/platform/posix/files/Lock.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
+#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/posix/modules/PlaceOf.h"
 #include "utility/platform/SystemService.h"
 
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <cerrno>
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <locale>
 #include <streambuf>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace utility::platform
 {
@@ -71,11 +77,21 @@ DWORD TimeOf(const boost::filesystem::path& path, std::uint64_t inode)
     return isThat ? static_cast<DWORD>(status.st_mtime) : 0;
 }
 
-/// Whether what stands at a path is no file, or one that has other names too: to write there would harm it.
-bool IsSomethingElse(const boost::filesystem::path& path)
+// Values and messages of the user's are nobody else's business.
+constexpr mode_t ofUserAlone = S_IRUSR | S_IWUSR;
+
+/// Opens a report that is there. What is no file, is another user's, or has other names too, would be harmed: it is left
+/// alone. -1 then, and on failure.
+int OpenEarlier(const char* path)
 {
+    const int file =
+        posix::AboveStandardStreams(::open(path, O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status;
-    return ::lstat(path.c_str(), &status) == 0 && (!S_ISREG(status.st_mode) || status.st_nlink != 1);
+    if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+                     status.st_uid == ::geteuid() && ::fchmod(file, ofUserAlone) == 0))
+        return file;
+    ::close(file);
+    return -1;
 }
 
 /// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it.
@@ -101,6 +117,18 @@ private:
     sigset_t m_signal;
     sigset_t m_before;
 };
+
+bool WriteAll(HANDLE file, std::string_view bytes)
+{
+    const WithoutSignalForSize scope;
+    DWORD written = 0;
+    for (; !bytes.empty(); bytes.remove_prefix(written))
+    {
+        if (!Files().Write(file, bytes.data(), static_cast<DWORD>(bytes.size()), written))
+            return false;
+    }
+    return true;
+}
 
 /// Text as UTF-8 in a file. The file is closed with it.
 class Utf8Buffer final : public std::wstreambuf
@@ -128,14 +156,7 @@ protected:
     {
         const std::string bytes = formats::Utf8FromWide({pbase(), static_cast<std::size_t>(pptr() - pbase())});
         setp(m_text, std::end(m_text));
-        const WithoutSignalForSize scope;
-        DWORD written = 0;
-        for (std::string_view left = bytes; !left.empty(); left.remove_prefix(written))
-        {
-            if (!Files().Write(m_file, left.data(), static_cast<DWORD>(left.size()), written))
-                return -1;
-        }
-        return 0;
+        return WriteAll(m_file, bytes) ? 0 : -1;
     }
 
 private:
@@ -154,6 +175,40 @@ public:
 
 private:
     Utf8Buffer m_buffer;
+};
+
+/// Bytes in a file, which is closed with it.
+class LogBuffer final : public std::streambuf
+{
+public:
+    explicit LogBuffer(HANDLE file) : m_file(file) {}
+    LogBuffer(const LogBuffer&) = delete;
+    LogBuffer& operator=(const LogBuffer&) = delete;
+    ~LogBuffer() override { Files().Close(m_file); }
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize size) override
+    {
+        return WriteAll(m_file, {text, static_cast<std::size_t>(size)}) ? size : 0;
+    }
+
+    int_type overflow(int_type next) override
+    {
+        const char text = traits_type::to_char_type(next);
+        return xsputn(&text, 1) == 1 ? next : traits_type::eof();
+    }
+
+private:
+    HANDLE m_file;
+};
+
+class LogStream final : public std::ostream
+{
+public:
+    explicit LogStream(HANDLE file) : std::ostream(nullptr), m_buffer(file) { rdbuf(&m_buffer); }
+
+private:
+    LogBuffer m_buffer;
 };
 
 class PosixCrashedProcess final : public CrashedProcessService
@@ -218,15 +273,28 @@ public:
 
     std::unique_ptr<std::wostream> OpenReport(const boost::filesystem::path& file) override
     {
-        if (IsSomethingElse(file))
+        int descriptor = posix::MakeFile(file.c_str(), ofUserAlone);
+        if (descriptor < 0 && errno == EEXIST)
+            descriptor = OpenEarlier(file.c_str());
+        if (descriptor < 0)
             return nullptr;
-        const HANDLE opened = Files().OpenForWriting(file);
-        if (opened == INVALID_HANDLE_VALUE)
+        const HANDLE opened = posix::MakeHandle(posix::HandleKind::file, descriptor);
+        // Not every file system has locks.
+        const bool isOthers = !posix::Lock(descriptor, F_WRLCK) && (errno == EAGAIN || errno == EACCES);
+        if (isOthers || !Files().TruncateHere(opened))
+        {
+            Files().Close(opened);
             return nullptr;
-        // Values of the user's are nobody else's business.
-        ::chmod(file.c_str(), S_IRUSR | S_IWUSR);
-        Files().TruncateHere(opened);
+        }
         return std::make_unique<ReportStream>(opened);
+    }
+
+    std::unique_ptr<std::ostream> MakeLog(const boost::filesystem::path& file) override
+    {
+        ::unlink(file.c_str());
+        const int descriptor = posix::MakeFile(file.c_str(), ofUserAlone);
+        return descriptor >= 0 ? std::make_unique<LogStream>(posix::MakeHandle(posix::HandleKind::file, descriptor))
+                               : nullptr;
     }
 
     bool DescribeException(DWORD /*code*/, std::wstring& /*text*/) override

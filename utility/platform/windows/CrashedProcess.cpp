@@ -4,9 +4,13 @@
 #include "utility/platform/Paths.h"
 #include "utility/platform/SystemService.h"
 
+#include <boost/filesystem/operations.hpp>
+
 #include <cstdio>
 #include <cwchar>
 #include <ext/stdio_filebuf.h>
+#include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <share.h>
 #include <shlobj.h>
@@ -102,6 +106,16 @@ public:
     {
         OpenFile opened(::_wfsopen(file.c_str(), L"w", _SH_DENYRW));
         return opened != nullptr ? std::make_unique<ReportStream>(std::move(opened)) : nullptr;
+    }
+
+    std::unique_ptr<std::ostream> MakeLog(const boost::filesystem::path& file) override
+    {
+        boost::system::error_code ignored;
+        boost::filesystem::remove(file, ignored);
+        // The stream of Boost takes no name that has no narrow text.
+        auto stream = std::make_unique<std::ofstream>(std::filesystem::path(file.native()));
+        *stream << std::unitbuf;
+        return stream->is_open() ? std::move(stream) : nullptr;
     }
 
     bool DescribeException(DWORD code, std::wstring& text) override
