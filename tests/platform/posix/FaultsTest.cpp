@@ -538,4 +538,43 @@ TEST_F(FaultsTest, ChildOfAForkReportsItsOwn)
     EXPECT_EQ(told->reports, 1);
 }
 
+TEST_F(FaultsTest, ChildOfAForkDoesNotWaitForTheReportsOfItsParent)
+{
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(EndOf(
+                  []
+                  {
+                      whileReporting = []
+                      {
+                          told->value = 1;
+                          for (;;)
+                              ::pause();
+                      };
+                      std::jthread other([] { support::ReadAt(8); });
+                      while (told->value == 0)
+                          std::this_thread::yield();
+                      whileReporting = nullptr;
+                      Child child([] { return support::ReadAt(8); });
+                      ::_exit(child.Signal());
+                  }),
+              -SIGSEGV);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(FaultsTest, ChildOfAForkWithinAReportHasThatReport)
+{
+    EXPECT_EQ(EndOf(
+                  []
+                  {
+                      whileReporting = []
+                      {
+                          Child child([] { return support::ReadAt(8); });
+                          told->value = child.Signal();
+                      };
+                      std::abort();
+                  }),
+              SIGABRT);
+    EXPECT_EQ(told->value, SIGABRT);
+}
+
 #endif

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <ctime>
 #include <optional>
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -86,6 +87,11 @@ UTILITY_OF_THREAD int reportTimer = -1;
 
 /// The threads that write a report.
 constinit std::atomic<int> writers = 0;
+
+/// In a child of fork: of the threads only the one that forked goes on there.
+void CountOwnReport() { writers = reported ? 1 : 0; }
+
+[[gnu::constructor(101)]] void AskForForks() { ::pthread_atfork(nullptr, nullptr, &CountOwnReport); }
 
 /// What is thrown points here, until the thread's next: when it is caught, the handler's stack is no more.
 struct Records
