@@ -41,12 +41,13 @@ int main()
         return 2;
     SetReportedThread(request.thread);
     const _EXCEPTION_POINTERS fault = {&request.record, &request.context};
-    const auto writeLog = [&request](const boost::filesystem::path& report)
+    const auto opened = [&request](const boost::filesystem::path& report)
     {
+        static_cast<void>(::write(STDOUT_FILENO, "", 1));
         const auto read = [](std::uint64_t address, void* bytes, std::size_t size)
         { return ReadReportedProcess(address, bytes, size) == size; };
         if (request.log != nullptr)
             detail::WriteReportLog(reinterpret_cast<std::uintptr_t>(request.log), read, report);
     };
-    return detail::WriteExceptionReport(fault, writeLog).empty() ? 1 : 0;
+    return detail::WriteExceptionReport(fault, opened).empty() ? 1 : 0;
 }

@@ -637,9 +637,16 @@ TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsIsAnot
     ExpectWholeReport(0xC0000005);
 }
 
-TEST_F(PosixCrashReportAlone, ProgramForReportsThatIsKilledCostsTheReport)
+TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsIsKilled)
 {
     MakeShell(Helper(), "kill -KILL $$");
+    ExpectEndBy(SIGSEGV, "null");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReportAlone, ProgramForReportsThatIsKilledLaterCostsTheRestOfTheReport)
+{
+    MakeShell(Helper(), "echo; kill -KILL $$");
     ExpectEndBy(SIGSEGV, "null");
     ExpectNoReport();
 }

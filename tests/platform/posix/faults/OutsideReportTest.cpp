@@ -27,7 +27,8 @@ protected:
     std::string Run(const std::string& state, const std::string& environment = "HOME=/") const
     {
         std::string said;
-        const std::string command = "env -i " + environment + " '" + (m_folder / "host").string() + "' '" + state + "'";
+        const std::string command =
+            "env -i '" + environment + "' '" + (m_folder / "host").string() + "' '" + state + "'";
         std::FILE* const output = ::popen(command.c_str(), "r");
         for (int character = 0; (character = std::fgetc(output)) != EOF;)
             said += static_cast<char>(character);
@@ -86,9 +87,19 @@ TEST_F(OutsideReportTest, IsNotThereWhereTheProgramCannotDoIt)
     EXPECT_NE(Told(), "");
 }
 
-TEST_F(OutsideReportTest, ThatWasBegunIsNotBegunAnewWhereTheProgramDied)
+TEST_F(OutsideReportTest, IsNotThereWhereTheProgramWasKilled)
 {
-    EXPECT_EQ(Run("", "REPORT_PROGRAM_END=k"), done);
+    EXPECT_EQ(Run("", "REPORT_PROGRAM_END=killed"), notDone);
+}
+
+TEST_F(OutsideReportTest, ThatWasBegunIsNotBegunAnewWhereTheProgramWasKilled)
+{
+    EXPECT_EQ(Run("", "REPORT_PROGRAM_END=begun and killed"), done);
+}
+
+TEST_F(OutsideReportTest, ThatWasWaitedForTooLongIsNotBegunAnew)
+{
+    EXPECT_EQ(Run("", "REPORT_PROGRAM_END=late"), done);
 }
 
 #endif

@@ -36,7 +36,7 @@ struct Job
 {
     posix::ReportRequest request;
     char program[PATH_MAX + sizeof(posix::reportProgram)];
-    bool isDone; ///< the program was there, and could look into this process
+    bool isDone; ///< there is a report, or there will be none
 };
 
 bool FindProgram(char (&program)[sizeof(Job::program)])
@@ -96,18 +96,34 @@ void RaiseLimits()
     ::_exit(127);
 }
 
-/// Makes the request the standard input of this process, and leaves it no other descriptor of the one that faulted.
-bool HandOver(const posix::ReportRequest& request)
+/// Makes the request the standard input of this process, and leaves it no other descriptor of the one that faulted. Gives
+/// where to read what is written to the standard output, -1 on failure.
+int HandOver(const posix::ReportRequest& request)
 {
     if (::close_range(0, ~0U, 0) != 0)
     {
         for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor)
             ::close(descriptor);
     }
-    int ends[2];
-    return ::pipe(ends) == 0 && ends[0] == STDIN_FILENO &&
-           ::write(ends[1], &request, sizeof(request)) == static_cast<ssize_t>(sizeof(request)) &&
-           ::open("/dev/null", O_RDWR) == STDERR_FILENO && ::dup2(STDERR_FILENO, ends[1]) == STDOUT_FILENO;
+    int asked[2];
+    int answer[2];
+    if (::pipe(asked) != 0 || asked[0] != STDIN_FILENO ||
+        ::write(asked[1], &request, sizeof(request)) != static_cast<ssize_t>(sizeof(request)) ||
+        ::close(asked[1]) != 0 || ::pipe2(answer, O_NONBLOCK) != 0)
+        return -1;
+    const int reader = ::fcntl(answer[0], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    ::dup2(answer[1], STDOUT_FILENO);
+    ::close(answer[1]);
+    return ::open("/dev/null", O_RDWR) == STDERR_FILENO ? reader : -1;
+}
+
+/// Whether the program for reports, which ended so, has done what can be done. What killed it need not be in the way of
+/// the process that faulted, which then writes the report itself; unless there is a part of it, or its time is over.
+bool IsDone(int status, bool isBegun)
+{
+    if (WIFEXITED(status))
+        return WEXITSTATUS(status) == 0;
+    return isBegun || WTERMSIG(status) == SIGALRM;
 }
 
 /// The process in between.
@@ -115,14 +131,18 @@ int StartAndWait(void* argument)
 {
     auto& job = *static_cast<Job*>(argument);
     ResetSignals();
-    if (!HandOver(job.request))
+    const int answer = HandOver(job.request);
+    if (answer < 0)
         return 1;
     const pid_t program = ::vfork();
     if (program == 0)
         BecomeProgram(job.program);
     int status = 0;
     if (program > 0 && posix::Uninterrupted([&] { return ::waitpid(program, &status, 0); }) == program)
-        job.isDone = WIFSIGNALED(status) || (WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    {
+        char begun = 0;
+        job.isDone = IsDone(status, ::read(answer, &begun, sizeof(begun)) == sizeof(begun));
+    }
     return 0;
 }
 

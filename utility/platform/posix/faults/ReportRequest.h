@@ -8,7 +8,8 @@ namespace utility::platform::posix
 {
 
 /// What a process tells the program that writes the report of its fault: one such record on the program's standard
-/// input, once its memory may be read. The process waits for the program's end.
+/// input, once its memory may be read. The process waits for the program's end. A byte on the program's standard output
+/// says that there is a report, if only its beginning.
 struct ReportRequest
 {
     pid_t thread; ///< that faulted
