@@ -97,6 +97,25 @@ TEST_F(KeysTest, ValueIsReadByItsName)
     EXPECT_FALSE(keys::ReadValue(place, L"absent", value));
 }
 
+TEST_F(KeysTest, CounterTablesOfARegistryFileAreThereForTheirReader)
+{
+    // As the registry's editor writes them, in lines.
+    const std::vector<Key> file =
+        regtext::Parse("Windows Registry Editor Version 5.00\r\n\r\n"
+                       "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Perflib\\009]\r\n"
+                       "\"Counter\"=hex(7):32,00,33,00,38,00,00,00,50,00,72,00,6f,00,63,00,65,00,73,00,73,\\\r\n"
+                       "  00,6f,00,72,00,00,00,36,00,00,00,49,00,64,00,6c,00,65,00,00,00,00,00\r\n"
+                       "\"Help\"=hex(7):37,00,00,00,53,00,6c,00,65,00,65,00,70,00,73,00,00,00,00,00\r\n");
+    for (const Key& key : file)
+        keys::Apply(key);
+    CPerfLib names(9, true, false);
+    EXPECT_EQ(names.GetTitleIndex(L"Processor"), 238u);
+    EXPECT_EQ(names.GetTitleIndex(L"Idle"), 6u);
+    std::map<int, std::wstring> help;
+    EXPECT_TRUE(names.GetPerformanceDataCounterHelp(help));
+    EXPECT_EQ(help, (std::map<int, std::wstring>{{7, L"Sleeps"}}));
+}
+
 TEST_F(KeysTest, WhatIsAbsentIsAFailure)
 {
     constexpr auto absent = static_cast<LSTATUS>(ERROR_FILE_NOT_FOUND);

@@ -17,6 +17,7 @@
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -534,6 +535,35 @@ TEST_F(HeaderExampleTest, ExeFile)
     boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
 #include "system/ExeFile.example"
     EXPECT_EQ(shown, L"0|");
+}
+
+TEST_F(HeaderExampleTest, PerfLib)
+{
+    support::ScratchHives hives;
+    HKEY key = nullptr;
+    hives.RegCreateKeyW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Perflib\\009", key);
+    const std::u16string table(u"238\0Processor\0\0", 15);
+    hives.RegSetValueExW(key, L"Counter", REG_MULTI_SZ, table.data(), static_cast<DWORD>(table.size() * 2));
+    hives.RegCloseKey(key);
+    struct
+    {
+        _PERF_DATA_BLOCK header{};
+        _PERF_OBJECT_TYPE object{};
+    } data;
+    _PERF_DATA_BLOCK& block = data.header;
+    block.TotalByteLength = sizeof(data);
+    block.HeaderLength = sizeof(block);
+    block.NumObjectTypes = 1;
+    data.object.ObjectNameTitleIndex = 238;
+    data.object.NumCounters = 15;
+#include "system/PerfLib.example"
+    EXPECT_EQ(shown, L"15|");
+}
+
+TEST_F(HeaderExampleTest, SerialPorts)
+{
+#include "system/SerialPorts.example"
+    EXPECT_EQ(static_cast<std::size_t>(std::ranges::count(shown, L'|')), ports.size());
 }
 
 TEST_F(HeaderExampleTest, Messages){

@@ -213,6 +213,19 @@ TEST_F(RegistryTest, FailedOpeningLeavesTheKeyAlone)
     EXPECT_EQ(key, m_top);
 }
 
+TEST_F(RegistryTest, OpeningWithAllAccessReadsAndWritesWhatExistsAndCreatesNothing)
+{
+    HKEY key = m_top;
+    EXPECT_EQ(Registry().RegOpenKeyW(m_top, L"Sub", key), missing);
+    EXPECT_EQ(key, m_top);
+    EXPECT_EQ(Opening(m_top, L"Sub"), missing);
+    Registry().RegCloseKey(Create(m_top, L"Sub"));
+    ASSERT_EQ(Registry().RegOpenKeyW(m_top, L"SUB", key), 0);
+    SetNumber(key, L"Value", 5);
+    EXPECT_EQ(Number(key, L"Value"), 5u);
+    Registry().RegCloseKey(key);
+}
+
 TEST_F(RegistryTest, CreatingFindsWhatExists)
 {
     HKEY first = Create(m_top, L"Sub");

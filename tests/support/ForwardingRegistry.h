@@ -18,6 +18,10 @@ public:
     {
         return m_system.RegOpenKeyExW(parent, subKey, access, key);
     }
+    LSTATUS RegOpenKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
+    {
+        return m_system.RegOpenKeyW(parent, subKey, key);
+    }
     LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
     {
         return m_system.RegCreateKeyW(parent, subKey, key);

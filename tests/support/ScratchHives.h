@@ -34,6 +34,10 @@ public:
     {
         return ForwardingRegistry::RegOpenKeyExW(Own(parent), subKey, access, key);
     }
+    LSTATUS RegOpenKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
+    {
+        return ForwardingRegistry::RegOpenKeyW(Own(parent), subKey, key);
+    }
     LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
     {
         return ForwardingRegistry::RegCreateKeyW(Own(parent), subKey, key);

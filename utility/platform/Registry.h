@@ -69,6 +69,9 @@ public:
     /// Opens a key that exists. The caller closes `key`, which stays as it was on failure.
     virtual LSTATUS RegOpenKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) = 0;
 
+    /// RegOpenKeyExW with the most access that can be had.
+    virtual LSTATUS RegOpenKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) = 0;
+
     /// RegCreateKeyExW with all the access that can be had.
     virtual LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) = 0;
 

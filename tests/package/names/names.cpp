@@ -548,6 +548,7 @@ void Platform()
     platform::RegistryService& registry = platform::Registry();
     registry.RegCreateKeyExW(nullptr, L"", KEY_READ, Any<HKEY>());
     registry.RegOpenKeyExW(nullptr, L"", KEY_READ, Any<HKEY>());
+    registry.RegOpenKeyW(nullptr, L"", Any<HKEY>());
     registry.RegCreateKeyW(nullptr, L"", Any<HKEY>());
     registry.RegQueryValueExW(nullptr, L"", nullptr, nullptr, nullptr);
     registry.RegSetValueExW(nullptr, L"", REG_SZ, nullptr, 0);
@@ -734,6 +735,21 @@ void System()
     module.GetCharacteristics();
     module.IsValid();
     Copy<CPEExeFile>();
+
+    CPerfLib names(9, true, true);
+    names.GetPerformanceDataCounterTitles(Any<std::map<std::wstring, int>>());
+    names.GetPerformanceDataCounterHelp(Any<std::map<int, std::wstring>>());
+    names.GetTitleIndex(L"");
+    CPerfLib::FindObject(nullptr, 0);
+    Copy<CPerfLib>();
+    Move<CPerfLib>();
+
+    const CSerialPortInfo port(L"", L"");
+    port.PortName();
+    port.FriendlyName();
+    Copy<CSerialPortInfo>();
+    Move<CSerialPortInfo>();
+    EnumerateSerialPorts(Any<std::list<CSerialPortInfo>>());
 }
 
 void Text()

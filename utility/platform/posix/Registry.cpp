@@ -113,6 +113,12 @@ public:
                        { return hive.Find(id, Text(subKey), found, purpose); });
     }
 
+    LSTATUS RegOpenKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
+    {
+        const LSTATUS status = RegOpenKeyExW(parent, subKey, KEY_READ | KEY_WRITE, key);
+        return status == Status(ERROR_ACCESS_DENIED) ? RegOpenKeyExW(parent, subKey, KEY_READ, key) : status;
+    }
+
     LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
     {
         return RegCreateKeyExW(parent, subKey, KEY_READ | KEY_WRITE, key);

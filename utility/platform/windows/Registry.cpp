@@ -32,6 +32,15 @@ public:
         return status;
     }
 
+    LSTATUS RegOpenKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
+    {
+        HKEY opened = nullptr;
+        const LSTATUS status = ::RegOpenKeyW(parent, subKey, &opened);
+        if (status == ERROR_SUCCESS)
+            key = opened;
+        return status;
+    }
+
     LSTATUS RegCreateKeyW(HKEY parent, const wchar_t* subKey, HKEY& key) override
     {
         return ::RegCreateKeyW(parent, subKey, &key);
