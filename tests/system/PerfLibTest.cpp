@@ -504,7 +504,7 @@ TEST(PerfLibFindObjectTest, ObjectWithoutALengthEndsTheSearch)
 
 TEST(PerfLibFindObjectTest, LengthThatWouldLeadBackEndsTheSearch)
 {
-    for (const DWORD length : {0xFFFFFFC0u, 0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu})
+    for (const unsigned int length : {0xFFFFFFC0u, 0xFFFFFFFFu, 0x80000000u, 0x7FFFFFFFu})
     {
         std::string block = Block({{64, 3}, {64, 2}, {64, 4}});
         PutNumber(block, firstObject + 64, length);
@@ -515,7 +515,8 @@ TEST(PerfLibFindObjectTest, LengthThatWouldLeadBackEndsTheSearch)
 
 TEST(PerfLibFindObjectTest, HeaderThatEndsOutsideTheBlockGivesNull)
 {
-    for (const DWORD length : {0x7FFFFFFFu, 0xFFFFFFFFu, DWORD{firstObject + 64 - 15}, DWORD{firstObject + 64}})
+    for (const auto length :
+         {DWORD{0x7FFFFFFF}, DWORD{0xFFFFFFFF}, DWORD{firstObject + 64 - 15}, DWORD{firstObject + 64}})
     {
         std::string block = Block({{64, 2}});
         PutNumber(block, 24, length);
