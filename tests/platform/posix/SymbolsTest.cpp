@@ -349,6 +349,26 @@ TEST(Symbols, WalkOfThisProcessEndsWithMain)
         EXPECT_GT(frames[i].frame.frameAddress, frames[i - 1].frame.frameAddress) << i;
 }
 
+/// As if `main` had a caller that nobody takes for a part of the system.
+TEST(Symbols, WalkGoesNoFartherThanMainWhoeverCalledIt)
+{
+    const std::vector<FoundFrame> frames = WalkHere();
+    ASSERT_GT(frames.size(), 3U);
+    const FoundFrame& last = frames.back();
+    const std::uint64_t stack[] = {frames[1].frame.programCounter, 0, 0, 0};
+    _CONTEXT context = {};
+    context.Rip = last.frame.programCounter - last.symbol.displacement;
+    context.Rsp = reinterpret_cast<std::uintptr_t>(&stack[0]);
+    context.Rbp = reinterpret_cast<std::uintptr_t>(&stack[2]);
+    const OpenSymbols symbols;
+    const std::vector<FoundFrame> walked = Walk(context);
+    ASSERT_EQ(walked.size(), 1U);
+    EXPECT_EQ(walked.front().symbol.name, "main");
+    // Of any other function the caller is found.
+    context.Rip = frames[1].frame.programCounter - frames[1].symbol.displacement;
+    EXPECT_EQ(Walk(context).size(), 2U);
+}
+
 #endif
 
 TEST(Symbols, WalkOfAThreadEndsAheadOfWhatTheSystemStartsItWith)

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <dwarf.h>
+#include <iterator>
 #include <optional>
+#include <utility>
 #include <vector>
 
 using namespace utility::platform::posix;
@@ -92,5 +96,141 @@ INSTANTIATE_TEST_SUITE_P(
         ComputedNumber{"Skipped", {Number(4), Operation(DW_OP_skip, 1, 0, 2), Operation(DW_OP_neg, 0, 0, 5)}, 4},
         ComputedNumber{"UnknownOperation", {Number(4), Operation(0xff)}, {}}),
     [](const auto& parameter) { return parameter.param.what; });
+
+// Types as debugging information has them, each known by its number in an operation.
+
+struct NumberType
+{
+    Dwarf_Word size;
+    Dwarf_Word encoding;
+};
+
+constexpr NumberType types[] = {{},
+                                {1, DW_ATE_signed_char},
+                                {1, DW_ATE_unsigned_char},
+                                {2, DW_ATE_signed},
+                                {4, DW_ATE_signed},
+                                {4, DW_ATE_unsigned},
+                                {8, DW_ATE_signed},
+                                {8, DW_ATE_unsigned},
+                                {4, DW_ATE_float},
+                                {8, DW_ATE_float}};
+enum TypeNumber : std::int64_t
+{
+    signedChar = 1,
+    unsignedChar,
+    signedShort,
+    signedInt,
+    unsignedInt,
+    signedLong,
+    unsignedLong,
+    singleFloat,
+    doubleFloat,
+};
+
+/// Elfutils, but for what it is asked of a type.
+Elfutils ElfutilsOfTypes(const Elfutils& real)
+{
+    Elfutils elfutils = real;
+    elfutils.dwarf_getlocation_die = [](Dwarf_Attribute*, const Dwarf_Op* operation, Dwarf_Die* die)
+    {
+        const bool isConversion = operation->atom == DW_OP_convert || operation->atom == DW_OP_reinterpret;
+        die->addr = const_cast<NumberType*>(&types[isConversion ? operation->number : operation->number2]);
+        return 0;
+    };
+    elfutils.dwarf_attr = [](Dwarf_Die* die, unsigned name, Dwarf_Attribute* attribute)
+    {
+        const auto& type = *static_cast<const NumberType*>(die->addr);
+        attribute->valp = reinterpret_cast<unsigned char*>(
+            const_cast<Dwarf_Word*>(name == DW_AT_byte_size ? &type.size : &type.encoding));
+        return attribute;
+    };
+    elfutils.dwarf_formudata = [](Dwarf_Attribute* attribute, Dwarf_Word* value)
+    {
+        *value = *reinterpret_cast<const Dwarf_Word*>(attribute->valp);
+        return 0;
+    };
+    return elfutils;
+}
+
+Dwarf_Op To(TypeNumber type) { return Operation(DW_OP_convert, type); }
+
+class TypedExpressionNumber : public testing::TestWithParam<ComputedNumber>
+{
+};
+
+TEST_P(TypedExpressionNumber, IsWhatItsTypeMakesOfIt)
+{
+    ASSERT_NE(Elfutils::Loaded(), nullptr);
+    const Elfutils elfutils = ElfutilsOfTypes(*Elfutils::Loaded());
+    const FixedFrame frame;
+    Dwarf_Attribute attribute = {};
+    const auto& [what, operations, number] = GetParam();
+    const std::optional<std::uint64_t> computed =
+        Expression(elfutils, frame, &attribute).Compute(operations.data(), operations.size());
+    EXPECT_EQ(computed ? std::optional(static_cast<std::int64_t>(*computed)) : std::nullopt, number);
+}
+
+const std::int16_t shortNumber = -5;
+const std::int64_t addressOfShort = static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(&shortNumber));
+
+INSTANTIATE_TEST_SUITE_P(
+    Operations, TypedExpressionNumber,
+    testing::Values(
+        ComputedNumber{"SignOfASmallOne", {Number(200), To(signedChar)}, -56},
+        ComputedNumber{"NoSignOfASmallOne", {Number(-1), To(unsignedChar)}, 255},
+        ComputedNumber{"SignIsKeptInALargerOne", {Number(200), To(signedChar), To(signedLong)}, -56},
+        ComputedNumber{"SignIsLostInALargerOne", {Number(-1), To(unsignedInt), To(signedLong)}, 0xFFFFFFFF},
+        ComputedNumber{"Register", {Operation(DW_OP_regval_type, 2, signedChar)}, -56},
+        ComputedNumber{"RegisterThatIsNotKnown", {Operation(DW_OP_regval_type, 9, signedChar)}, {}},
+        ComputedNumber{"Memory", {Number(addressOfShort), Operation(DW_OP_deref_type, 2, signedShort)}, -5},
+        ComputedNumber{"SumBeyondTheEnd",
+                       {Number(0x7FFFFFFF), To(signedInt), Number(1), To(signedInt), Operation(DW_OP_plus)},
+                       -0x80000000LL},
+        ComputedNumber{"DifferenceBelowZero",
+                       {Number(0), To(unsignedInt), Number(1), To(unsignedInt), Operation(DW_OP_minus)},
+                       0xFFFFFFFF},
+        ComputedNumber{"NegatedSmallest", {Number(-128), To(signedChar), Operation(DW_OP_neg)}, -128},
+        ComputedNumber{
+            "DivisionWithSign", {Number(-7), To(signedInt), Number(2), To(signedInt), Operation(DW_OP_div)}, -3},
+        ComputedNumber{"DivisionWithoutSign",
+                       {Number(-7), To(unsignedLong), Number(2), To(unsignedLong), Operation(DW_OP_div)},
+                       0x7FFFFFFFFFFFFFFC},
+        ComputedNumber{"RestWithSign", {Number(-7), To(signedInt), Number(2), To(signedInt), Operation(DW_OP_mod)}, -1},
+        ComputedNumber{
+            "LessWithSign", {Number(200), To(signedChar), Number(1), To(signedChar), Operation(DW_OP_lt)}, 1},
+        ComputedNumber{
+            "LessWithoutSign", {Number(-1), To(unsignedLong), Number(1), To(unsignedLong), Operation(DW_OP_lt)}, 0},
+        ComputedNumber{"ShiftedWithoutSign", {Number(-16), To(signedInt), Number(28), Operation(DW_OP_shr)}, 15},
+        ComputedNumber{"ShiftedWithSign", {Number(-16), To(signedInt), Number(2), Operation(DW_OP_shra)}, -4},
+        ComputedNumber{"FloatingQuotient",
+                       {Number(-7), To(signedInt), To(doubleFloat), Number(2), To(doubleFloat), Operation(DW_OP_div),
+                        To(signedInt)},
+                       -3},
+        ComputedNumber{
+            "FloatingFromUnsigned", {Number(-1), To(unsignedInt), To(doubleFloat), To(signedLong)}, 0xFFFFFFFF},
+        ComputedNumber{"FloatingIsRounded", {Number(0x1000001), To(singleFloat), To(signedInt)}, 0x1000000},
+        ComputedNumber{
+            "BitsOfAFloatingOne", {Number(1), To(singleFloat), Operation(DW_OP_reinterpret, unsignedInt)}, 0x3F800000}),
+    [](const auto& parameter) { return parameter.param.what; });
+
+TEST(TypedExpression, ValueIsAsLongAsItsVariable)
+{
+    ASSERT_NE(Elfutils::Loaded(), nullptr);
+    const Elfutils elfutils = ElfutilsOfTypes(*Elfutils::Loaded());
+    const FixedFrame frame;
+    Dwarf_Attribute attribute = {};
+    for (const auto& [type, rest] : {std::pair(signedInt, std::byte(0xFF)), std::pair(unsignedInt, std::byte(0))})
+    {
+        const Dwarf_Op operations[] = {Number(-2), To(type), Operation(DW_OP_stack_value)};
+        const std::optional<Location> location =
+            Expression(elfutils, frame, &attribute).Locate(operations, std::size(operations), 16);
+        ASSERT_TRUE(location);
+        std::vector<std::byte> expected(16, rest);
+        std::fill_n(expected.begin(), 4, std::byte(0xFF));
+        expected[0] = std::byte(0xFE);
+        EXPECT_EQ(location->bytes, expected);
+    }
+}
 
 }
