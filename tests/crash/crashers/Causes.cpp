@@ -19,6 +19,7 @@
 #include <fcntl.h>
 #include <malloc.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 #endif
 
@@ -335,6 +336,13 @@ void AfterMain()
     ::pthread_exit(nullptr);
 }
 
+/// Nobody may look into the process, nor leave an image of its memory.
+void Undumpable()
+{
+    ::prctl(PR_SET_DUMPABLE, 0);
+    Null();
+}
+
 /// Has its signals handled on a stack of its own, of as many bytes as the environment tells, behind a page that faults.
 [[gnu::noipa]] void UseOwnStack()
 {
@@ -449,6 +457,7 @@ constexpr Cause causes[] = {
     {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
     {"after-main", &AfterMain},
+    {"undumpable", &Undumpable},
     {"own-stack", &NullOnOwnStack},
     {"own-stack-divide", &DivideOnOwnStack},
     {"own-stack-abort", &AbortOnOwnStack},

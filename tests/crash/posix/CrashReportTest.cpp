@@ -7,22 +7,32 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <link.h>
+#include <linux/capability.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sched.h>
 #include <span>
 #include <string>
 #include <string_view>
 #include <sys/auxv.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 // Where a program crashes in a world that is not as it should be.
@@ -120,6 +130,41 @@ void UseSmallStack()
     ::setrlimit(RLIMIT_STACK, &limit);
 }
 
+/// The calling process, and what it becomes, may look into none that does not let everybody.
+void LeaveRightToLook() { ::prctl(PR_CAPBSET_DROP, CAP_SYS_PTRACE); }
+
+/// From here on the system answers so where the calling process, or one of its, looks into another one.
+void FilterLooks(std::uint32_t answer)
+{
+    sock_filter steps[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_process_vm_readv, 1, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_ptrace, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, answer),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program = {static_cast<unsigned short>(std::size(steps)), steps};
+    if (::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0)
+        ::_exit(125);
+}
+
+/// Whether the machine leaves an image of the memory of a process that crashes in a folder.
+bool LeavesImages(const boost::filesystem::path& folder)
+{
+    const pid_t process = ::fork();
+    if (process == 0)
+    {
+        Limit(RLIMIT_CORE, RLIM_INFINITY);
+        ::signal(SIGSEGV, SIG_DFL);
+        if (::chdir(folder.c_str()) == 0)
+            ::raise(SIGSEGV);
+        ::_exit(125);
+    }
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return WIFSIGNALED(status) && WCOREDUMP(status);
+}
+
 /// The causes that have a stack of their own for signals have one of this size.
 void UseOwnStack(std::size_t size) { ::setenv("STACK_SIZE", std::to_string(size).c_str(), 1); }
 
@@ -183,10 +228,17 @@ TEST_F(PosixCrashReport, ProcessEndsByTheSignalOfTheFault)
 
 TEST_F(PosixCrashReport, ProcessLeavesTheImageOfItsMemoryThatItWouldHaveLeft)
 {
-    ExpectEndBy(SIGSEGV, "null", [] { Limit(RLIMIT_CORE, RLIM_INFINITY); });
-    ExpectWholeReport(0xC0000005);
-    if (!m_end.hasCore)
+    if (!LeavesImages(m_crasher.Folder().Path()))
         GTEST_SKIP() << "The machine lacks images of processes";
+    const auto unlimited = [] { Limit(RLIMIT_CORE, RLIM_INFINITY); };
+    for (const auto& [cause, signal] : {std::pair("null", SIGSEGV), std::pair("divide", SIGFPE),
+                                        std::pair("abort", SIGABRT), std::pair("thread", SIGSEGV)})
+    {
+        ExpectEndBy(signal, cause, unlimited);
+        EXPECT_TRUE(m_end.hasCore) << cause;
+    }
+    ExpectEndBy(SIGSEGV, "undumpable", unlimited);
+    EXPECT_FALSE(m_end.hasCore);
 }
 
 TEST_F(PosixCrashReport, AbortHasZeroCharactersForADescriptionDeliberately)
@@ -529,6 +581,30 @@ TEST_F(PosixCrashReport, ProcessWithoutProcEndsByTheSignalOfTheFault)
                     if (::umount2("/proc", MNT_DETACH) != 0)
                         ::_exit(125);
                 });
+}
+
+TEST_F(PosixCrashReport, IsThereWhereNobodyMayLookIntoTheProcess)
+{
+    ExpectEndBy(SIGSEGV, "undumpable", LeaveRightToLook);
+    ExpectWholeReport(0xC0000005);
+    EXPECT_EQ(m_crasher.Reports().size(), 1U);
+    EXPECT_NE(Report().frames.at(0).line, 0);
+}
+
+TEST_F(PosixCrashReport, IsThereWhereAFilterRefusesToLookIntoProcesses)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { FilterLooks(SECCOMP_RET_ERRNO | EPERM); });
+    ExpectWholeReport(0xC0000005);
+    EXPECT_NE(Report().frames.at(0).line, 0);
+}
+
+TEST_F(PosixCrashReport, FilterThatKillsWhatLooksIntoProcessesCostsTheRestOfTheReport)
+{
+    ExpectEndBy(SIGSEGV, "null", [] { FilterLooks(SECCOMP_RET_KILL_PROCESS); });
+    const CrashReport report = Report();
+    EXPECT_EQ(report.code, 0xC0000005U);
+    EXPECT_FALSE(report.modules.empty());
+    EXPECT_FALSE(report.isWhole) << m_text;
 }
 
 // What the names are.
