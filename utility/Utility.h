@@ -11,6 +11,7 @@
 #include "utility/crash/SETranslator.h"
 #include "utility/crash/UnhandledExceptionFilter.h"
 #include "utility/desktop/MessageBoxes.h"
+#include "utility/desktop/SendMail.h"
 #include "utility/diagnostics/Assertions.h"
 #include "utility/failures/Failures.h"
 #include "utility/files/BackupFile.h"

@@ -7,8 +7,10 @@
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/LogSettings.h"
 #include "tests/support/RecordingForm.h"
+#include "tests/support/RecordingMails.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/ScriptedDesktop.h"
+#include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
 #include "utility/platform/Modules.h"
@@ -24,6 +26,7 @@
 #include <list>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -145,6 +148,22 @@ TEST_F(HeaderExampleTest, MessageBoxes)
     support::ScriptedDesktop desktop;
 #include "desktop/MessageBoxes.example"
     EXPECT_EQ(desktop.shown.size(), 2u);
+}
+
+TEST_F(HeaderExampleTest, SendMail)
+{
+    support::RecordingMails mails;
+    const support::Substitute<utility::platform::MailService> scope(utility::platform::MailsSlot(), mails);
+    const auto send = []
+    {
+#include "desktop/SendMail.example"
+    };
+    send();
+    EXPECT_EQ(mails.record.mails.size(), 1u);
+    EXPECT_EQ(shown, L"");
+    mails.isThere = false;
+    send();
+    EXPECT_EQ(shown, L"No mail program was found.|");
 }
 
 TEST_F(HeaderExampleTest, Assertions)

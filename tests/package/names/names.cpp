@@ -101,6 +101,16 @@ void Crash()
     utility::platform::OpenDelayed("", &ZeloDliHook);
 }
 
+void Desktop()
+{
+    CSendMail mail;
+    CSendMail moved(std::move(mail));
+    mail = std::move(moved);
+    mail.Init();
+    mail.Send(std::wstring(), std::wstring(), boost::filesystem::path(), std::wstring(), std::wstring(), false);
+    mail.Send(nullptr, 0, L"", boost::filesystem::path());
+}
+
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
 
 void Failures()
@@ -824,6 +834,7 @@ int main(int argumentCount, char**)
         return 0;
     Codec();
     Crash();
+    Desktop();
     Diagnostics();
     Failures();
     Files();

@@ -1,0 +1,298 @@
+#include "utility/platform/posix/mail/MailPortal.h"
+
+#include "tests/support/posix/Environment.h"
+#include "tests/support/posix/FailingCall.h"
+#include "tests/support/TemporaryFolder.h"
+#include "utility/desktop/SendMail.h"
+#include "utility/platform/Mail.h"
+#include "utility/platform/posix/mail/StartedProgram.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/string_file.hpp>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <spawn.h>
+#include <stdexcept>
+#include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using boost::filesystem::path;
+using support::Environment;
+using support::TemporaryFolder;
+using utility::platform::posix::HasMailPortal;
+using utility::platform::posix::PortalWaits;
+using utility::platform::posix::SendByPortal;
+
+namespace
+{
+
+/// A program that runs until it is no longer needed.
+class Running
+{
+public:
+    explicit Running(std::vector<std::string> arguments)
+    {
+        std::vector<char*> pointers;
+        for (std::string& each : arguments)
+            pointers.push_back(each.data());
+        pointers.push_back(nullptr);
+        // The bus's own words on its limits are nobody's business.
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        EXPECT_EQ(::posix_spawn(&m_process, pointers[0], &actions, nullptr, pointers.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
+    Running(const Running&) = delete;
+    Running& operator=(const Running&) = delete;
+    ~Running()
+    {
+        ::kill(m_process, SIGKILL);
+        ::waitpid(m_process, nullptr, 0);
+    }
+
+private:
+    pid_t m_process = 0;
+};
+
+bool ComesFile(const path& file)
+{
+    for (int tries = 0; tries < 400 && !boost::filesystem::exists(file); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(25));
+    return boost::filesystem::exists(file);
+}
+
+/// A session bus of its own, and a portal on it that does as it is told.
+class MailPortalTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const std::string daemon = utility::platform::posix::FindProgram("dbus-daemon");
+        if (daemon.empty())
+            GTEST_SKIP() << "no dbus-daemon";
+        const path configuration = m_folder.File("bus.conf", R"(<busconfig><type>session</type><listen>unix:path=)" +
+                                                                 m_bus.string() + R"(</listen><policy context="default">
+<allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>)");
+        m_daemon = std::make_unique<Running>(
+            std::vector<std::string>{daemon, "--nofork", "--nopidfile", "--config-file=" + configuration.string()});
+        ASSERT_TRUE(ComesFile(m_bus));
+        m_path.Set("");
+        boost::filesystem::create_directory(m_temporary);
+        boost::filesystem::save_string_file(m_part, "N10 G01\n");
+    }
+
+    void Portal(const std::string& behaviour)
+    {
+        m_portal.reset();
+        boost::filesystem::remove(m_record);
+        m_portal =
+            std::make_unique<Running>(std::vector<std::string>{UTILITY_MAIL_PORTAL, behaviour, m_record.string()});
+        ASSERT_TRUE(ComesFile(m_record));
+    }
+
+    std::optional<std::uint32_t> Send(const utility::platform::posix::MailTexts& texts = {}) const
+    {
+        return SendByPortal(texts, m_part, m_short);
+    }
+
+    std::string Record() const { return TemporaryFolder::BytesOf(m_record); }
+
+    const TemporaryFolder m_folder;
+    const path m_bus = m_folder / "bus";
+    const path m_record = m_folder / "record";
+    const path m_temporary = m_folder / "temporary";
+    const path m_part = m_temporary / "Part, '7' \xC3\xBC.nc";
+    const PortalWaits m_short{std::chrono::milliseconds(1000), std::chrono::milliseconds(300)};
+    const Environment m_address{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + m_bus.string()};
+    const Environment m_tmpdir{"TMPDIR", m_temporary.string()};
+    const Environment m_display{"DISPLAY", {}};
+    const Environment m_wayland{"WAYLAND_DISPLAY", {}};
+    const Environment m_path{"PATH", std::getenv("PATH") != nullptr ? std::getenv("PATH") : ""};
+    std::unique_ptr<Running> m_daemon;
+    std::unique_ptr<Running> m_portal;
+};
+
+/// The answers of the bus's own library take as long as asked for, and not longer.
+double SecondsOf(const std::function<void()>& work)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+}
+
+TEST_F(MailPortalTest, GetsAllTextsAndADescriptorOfTheAttachment)
+{
+    Portal("0");
+    EXPECT_TRUE(HasMailPortal(m_short));
+    const std::ptrdiff_t before = support::OpenDescriptors();
+    EXPECT_EQ(Send({"-o'neil, \"shop\"@example.com", "Part \"7\", \xC3\xBC", "First, 'this'"}), 0u);
+    EXPECT_EQ(support::OpenDescriptors(), before);
+    EXPECT_EQ(Record(), "window=\naddress=-o'neil, \"shop\"@example.com\nsubject=Part \"7\", \xC3\xBC\n"
+                        "body=First, 'this'\nattachment_fds=" +
+                            m_part.string() + " by its path\n");
+}
+
+TEST_F(MailPortalTest, EmptyTextsAreLeftOut)
+{
+    Portal("0");
+    EXPECT_EQ(Send(), 0u);
+    EXPECT_EQ(Record(), "window=\nattachment_fds=" + m_part.string() + " by its path\n");
+}
+
+TEST_F(MailPortalTest, ResponseIsHowTheMailEnded)
+{
+    Portal("1");
+    EXPECT_EQ(Send(), utility::platform::mailCancelled);
+    Portal("2");
+    EXPECT_EQ(Send(), utility::platform::mailFailed);
+    Portal("3");
+    EXPECT_EQ(Send(), utility::platform::mailFailed);
+}
+
+TEST_F(MailPortalTest, MailThatIsRefusedHasNotBegun)
+{
+    Portal("refuses");
+    EXPECT_EQ(Send(), std::nullopt);
+    EXPECT_NE(Record(), "");
+}
+
+TEST_F(MailPortalTest, PortalThatDoesNotSeeTheAttachmentIsNotAsked)
+{
+    Portal("blind");
+    if (Record() == "sees")
+        GTEST_SKIP() << "no namespaces";
+    EXPECT_TRUE(HasMailPortal(m_short));
+    EXPECT_EQ(Send(), std::nullopt);
+    EXPECT_EQ(TemporaryFolder::BytesOf(m_record), "");
+}
+
+TEST_F(MailPortalTest, AttachmentThatIsNoFileIsNotHandedOver)
+{
+    Portal("0");
+    EXPECT_EQ(SendByPortal({}, m_folder.Path(), m_short), std::nullopt);
+    EXPECT_EQ(SendByPortal({}, m_folder / "missing", m_short), std::nullopt);
+    EXPECT_EQ(Record(), "");
+}
+
+TEST_F(MailPortalTest, NoAnswerToAMailIsAFailureInTime)
+{
+    Portal("silent");
+    EXPECT_LT(SecondsOf([&] { EXPECT_EQ(Send(), utility::platform::mailFailed); }), 4.0);
+}
+
+TEST_F(MailPortalTest, UserWhoDoesNotAnswerIsNotAskedForEver)
+{
+    Portal("patient");
+    EXPECT_LT(SecondsOf([&] { EXPECT_EQ(Send(), utility::platform::mailFailed); }), 4.0);
+    EXPECT_NE(Record().find("\nclosed\n"), std::string::npos) << Record();
+}
+
+TEST_F(MailPortalTest, PortalThatDiesIsAFailureAtOnce)
+{
+    Portal("dies");
+    const PortalWaits waits{std::chrono::milliseconds(5000), std::chrono::milliseconds(20000)};
+    EXPECT_LT(SecondsOf([&] { EXPECT_EQ(SendByPortal({}, m_part, waits), utility::platform::mailFailed); }), 4.0);
+}
+
+TEST_F(MailPortalTest, PortalThatSaysNothingIsNone)
+{
+    Portal("mute");
+    EXPECT_LT(SecondsOf([&] { EXPECT_FALSE(HasMailPortal(m_short)); }), 4.0);
+}
+
+TEST_F(MailPortalTest, BusWithoutAPortalIsToldByInit)
+{
+    EXPECT_FALSE(HasMailPortal(m_short));
+    EXPECT_EQ(Send(), std::nullopt);
+    CSendMail mail;
+    EXPECT_THROW(mail.Init(), std::runtime_error);
+}
+
+TEST_F(MailPortalTest, BusThatDiesIsAFailureAndThePortalIsNone)
+{
+    Portal("0");
+    m_daemon.reset();
+    EXPECT_FALSE(HasMailPortal(m_short));
+    EXPECT_EQ(Send(), std::nullopt);
+}
+
+TEST_F(MailPortalTest, BusThatNeverAnswersIsNotWaitedForForEver)
+{
+    m_daemon.reset();
+    boost::filesystem::remove(m_bus);
+    const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(m_bus.string().size(), sizeof(address.sun_path));
+    std::strcpy(address.sun_path, m_bus.c_str());
+    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    ASSERT_EQ(::listen(listening, 8), 0);
+    EXPECT_LT(SecondsOf([&] { EXPECT_FALSE(HasMailPortal(m_short)); }), 3.0);
+    ::close(listening);
+}
+
+TEST_F(MailPortalTest, MissingLibraryForTheBusIsNoPortal)
+{
+    Portal("0");
+    const support::FailingCall failing("dlopen", ENOENT);
+    EXPECT_FALSE(HasMailPortal(m_short));
+    EXPECT_TRUE(failing.HasFailed());
+}
+
+TEST_F(MailPortalTest, MailOfTheClassGoesToThePortalWithACopyThatStays)
+{
+    Portal("0");
+    CSendMail mail;
+    EXPECT_TRUE(mail.Init());
+    EXPECT_FALSE(mail.Send(L"a@example.com", L"Part", m_part, L"Other, name.nc", L"Note", false));
+    const std::string record = Record();
+    const std::string begin = "window=\naddress=a@example.com\nsubject=Part\nbody=Note\nattachment_fds=";
+    ASSERT_EQ(record.substr(0, begin.size()), begin);
+    const path copy = record.substr(begin.size(), record.find(" by its path") - begin.size());
+    EXPECT_EQ(copy.filename(), "Other, name.nc");
+    EXPECT_EQ(copy.parent_path().parent_path(), m_temporary);
+    EXPECT_EQ(TemporaryFolder::BytesOf(copy), "N10 G01\n");
+}
+
+TEST_F(MailPortalTest, CancelledMailLeavesNoCopyAndIsNothingToTell)
+{
+    Portal("1");
+    CSendMail mail;
+    EXPECT_TRUE(mail.Init());
+    EXPECT_FALSE(mail.Send(L"", L"", m_part, L"Part.nc", L"", false));
+    EXPECT_EQ(std::distance(boost::filesystem::directory_iterator(m_temporary), {}), 1);
+}
+
+TEST_F(MailPortalTest, MailThatThePortalRefusesGoesToThunderbird)
+{
+    Portal("refuses");
+    const path program =
+        m_folder.File("thunderbird", "#!/bin/sh\necho \"$1\" >'" + (m_folder / "got").string() + "'\n");
+    boost::filesystem::permissions(program, boost::filesystem::owner_all);
+    m_path.Set(m_folder.Path().string());
+    m_display.Set(":99");
+    CSendMail mail;
+    EXPECT_TRUE(mail.Init());
+    EXPECT_FALSE(mail.Send(L"", L"", m_part, L"Part.nc", L"", false));
+    EXPECT_EQ(TemporaryFolder::BytesOf(m_folder / "got"), "-compose\n");
+}
