@@ -85,6 +85,7 @@ bool CSendMail::Send(bool (*writer)(std::int64_t, const path&), std::int64_t con
     const RemovedFile written(MakeTemporaryFile(folder, L"MS"));
     if (!writer(context, written.file))
         return false;
-    Send(L"", L"", written.file, attachmentName != nullptr ? attachmentName : L"", L"", false);
+    const std::wstring none;
+    Send(none, none, written.file, attachmentName != nullptr ? std::wstring(attachmentName) : none, none, false);
     return true;
 }
