@@ -367,6 +367,12 @@ void DivideOnOwnStack()
     Divide();
 }
 
+void TrapOnOwnStack()
+{
+    UseOwnStack();
+    Trap();
+}
+
 void AbortOnOwnStack()
 {
     UseOwnStack();
@@ -460,6 +466,7 @@ constexpr Cause causes[] = {
     {"undumpable", &Undumpable},
     {"own-stack", &NullOnOwnStack},
     {"own-stack-divide", &DivideOnOwnStack},
+    {"own-stack-trap", &TrapOnOwnStack},
     {"own-stack-abort", &AbortOnOwnStack},
     {"unlinked", &Unlinked},
     {"replaced", &Replaced},

@@ -515,7 +515,7 @@ TEST_F(PosixCrashReport, StackOfTheHostsMayHaveAnySizeAndTheProcessEndsByTheSign
     {
         const char* cause;
         int signal;
-    } ends[] = {{"own-stack", SIGSEGV}, {"own-stack-divide", SIGFPE}, {"own-stack-abort", SIGABRT}};
+    } ends[] = {{"own-stack", SIGSEGV}, {"own-stack-divide", SIGFPE}, {"own-stack-trap", SIGTRAP}};
     for (std::size_t size = 2048; size <= 8192; size += 64)
     {
         SCOPED_TRACE(size);
