@@ -2,12 +2,16 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "utility/platform/Memory.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <csignal>
 #include <string_view>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
 
 using support::Child;
 using utility::platform::Processes;
@@ -35,6 +39,38 @@ TEST(ProcessesTest, ProgramPathThatTheSystemDoesNotTellIsAFailure)
     EXPECT_FALSE(Processes().ProgramPath(path));
     EXPECT_TRUE(failing.HasFailed());
 }
+
+// A sanitizer is not ready for a process whose first thread has ended.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+
+TEST(ProcessesTest, ProgramAndItsMemoryAreKnownAfterTheFirstThreadHasEnded)
+{
+    Child child(
+        []
+        {
+            std::thread(
+                []
+                {
+                    char path[ProcessService::pathSize];
+                    while (::readlink("/proc/self/exe", path, sizeof(path)) > 0)
+                        std::this_thread::yield();
+                    MEMORYSTATUSEX status = {};
+                    status.dwLength = sizeof(status);
+                    utility::platform::MemoryRegion region;
+                    const auto space = utility::platform::Memory().OpenAddressSpace();
+                    const bool isKnown = Processes().ProgramPath(path) && utility::platform::Memory().Status(status) &&
+                                         status.ullAvailVirtual < status.ullTotalVirtual &&
+                                         space->RegionAt(0, region) && region.size < status.ullTotalVirtual;
+                    ::_exit(isKnown ? 1 : 2);
+                })
+                .detach();
+            ::syscall(SYS_exit, 0);
+            return 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 1);
+}
+
+#endif
 
 TEST(ProcessesTest, EndOfTheProcessIsTheAbortSignal)
 {

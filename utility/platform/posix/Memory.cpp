@@ -23,7 +23,7 @@ constexpr std::uint64_t addressEnd = (std::uint64_t{1} << 47) - 4096;
 std::uint64_t AddressesInUse()
 {
     std::uint64_t pages = 0;
-    posix::KernelFile("/proc/self/statm") >> pages;
+    posix::KernelFile("/proc/thread-self/statm") >> pages;
     return pages * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
@@ -60,7 +60,7 @@ private:
         m_isReserved = access.starts_with("---");
     }
 
-    posix::KernelFile m_mappings{"/proc/self/maps"};
+    posix::KernelFile m_mappings{"/proc/thread-self/maps"};
     std::uint64_t m_begin = 0;
     std::uint64_t m_end = 0;
     bool m_isReserved = false;

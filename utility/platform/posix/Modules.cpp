@@ -39,7 +39,7 @@ constexpr NumberedString ownStrings[] = {
 boost::filesystem::path MappedFileAt(const void* address)
 {
     // Each line has the first address, in hexadecimal, and at its end the path.
-    posix::KernelFile maps("/proc/self/maps");
+    posix::KernelFile maps("/proc/thread-self/maps");
     for (std::string line; std::getline(maps, line);)
     {
         if (std::strtoull(line.c_str(), nullptr, 16) == reinterpret_cast<std::uintptr_t>(address))
@@ -70,7 +70,7 @@ boost::filesystem::path PathOf(HINSTANCE module)
         return path;
     // The program has no name in the list of modules.
     boost::system::error_code error;
-    path = boost::filesystem::read_symlink("/proc/self/exe", error);
+    path = boost::filesystem::read_symlink("/proc/thread-self/exe", error);
     if (error)
         SetLastError(posix::ErrorOfErrno(error.value()));
     return posix::PlaceOf(path);

@@ -15,7 +15,7 @@ class PosixProcesses final : public ProcessService
 public:
     bool ProgramPath(char (&path)[pathSize]) override
     {
-        const ssize_t length = ::readlink("/proc/self/exe", path, pathSize - 1);
+        const ssize_t length = ::readlink("/proc/thread-self/exe", path, pathSize - 1);
         if (length < 0)
             return false;
         path[length] = '\0';
