@@ -403,8 +403,8 @@ TEST_F(SendMailPrograms, ClosedStandardStreamsOfTheHostHarmNothing)
     }
     EXPECT_TRUE(isPrepared);
     EXPECT_FALSE(isFailure);
-    ASSERT_EQ(Arguments().size(), 3u);
-    EXPECT_EQ(TemporaryFolder::BytesOf(Arguments()[1]), "N10 G01\n");
+    ASSERT_EQ(Arguments().size(), 4u);
+    EXPECT_EQ(TemporaryFolder::BytesOf(Arguments()[2]), "N10 G01\n");
 }
 
 TEST_F(SendMailPrograms, RelayGetsTheAttachmentAndAnAddressInWhichNothingIsAnOption)
@@ -412,11 +412,41 @@ TEST_F(SendMailPrograms, RelayGetsTheAttachmentAndAnAddressInWhichNothingIsAnOpt
     Relay("org.gnome.Evolution.desktop");
     EXPECT_FALSE(Send(L"--attach", L"--to 50% & 'x' \u00FC", L"-Part, 'n' \"7\".nc", L"Hello\nyou"));
     const std::vector<std::string> arguments = Arguments();
-    ASSERT_EQ(arguments.size(), 3u);
-    EXPECT_EQ(arguments[0], "--attach");
-    EXPECT_EQ(path(arguments[1]).filename(), "-Part, 'n' \"7\".nc");
-    EXPECT_EQ(TemporaryFolder::BytesOf(arguments[1]), "N10 G01\n");
-    EXPECT_EQ(arguments[2], "mailto:--attach?subject=--to%2050%25%20%26%20%27x%27%20%C3%BC&body=Hello%0D%0Ayou");
+    ASSERT_EQ(arguments.size(), 4u);
+    EXPECT_EQ(arguments[0], "--utf8");
+    EXPECT_EQ(arguments[1], "--attach");
+    EXPECT_EQ(path(arguments[2]).filename(), "-Part, 'n' \"7\".nc");
+    EXPECT_EQ(TemporaryFolder::BytesOf(arguments[2]), "N10 G01\n");
+    EXPECT_EQ(arguments[3], "mailto:--attach?subject=--to%2050%25%20%26%20%27x%27%20%C3%BC&body=Hello%0D%0Ayou");
+}
+
+TEST_F(SendMailPrograms, RelayOfTheMachineBringsTheAttachmentToThunderbirdInEveryLocale)
+{
+    const path relay = "/usr/bin/xdg-email";
+    if (!boost::filesystem::exists(relay) || !boost::filesystem::exists("/usr/bin/xdg-mime"))
+        GTEST_SKIP() << "no xdg-email";
+    // It is not on the path, but what the desktop names.
+    Recorder("thunderbird");
+    const path applications = m_folder / "data/applications";
+    boost::filesystem::create_directories(applications);
+    std::ofstream((applications / "thunderbird.desktop").string())
+        << "[Desktop Entry]\nType=Application\nName=Mails\nExec=" << (m_bin / "thunderbird").string()
+        << " %u\nMimeType=x-scheme-handler/mailto;\n";
+    std::ofstream((m_folder / "mimeapps.list").string())
+        << "[Default Applications]\nx-scheme-handler/mailto=thunderbird.desktop\n";
+    const Environment data("XDG_DATA_HOME", (m_folder / "data").string());
+    const Environment configuration("XDG_CONFIG_HOME", m_folder.Path().string());
+    const Environment desktop("XDG_CURRENT_DESKTOP", {});
+    const Environment locale("LC_ALL", "C");
+    m_path.Set("/usr/bin:/bin");
+    if (boost::filesystem::exists("/usr/bin/thunderbird"))
+        GTEST_SKIP() << "there is a Thunderbird";
+    EXPECT_FALSE(Send(L"a@example.com", L"It's, well", L"Part 7 \u00FC %41.nc", L"One\ntwo"));
+    auto mail = ThunderbirdsMail();
+    EXPECT_EQ(mail["subject"], "It's, well");
+    EXPECT_EQ(mail["body"], "One\r\ntwo");
+    EXPECT_EQ(path(mail["attachment"]).filename(), "Part 7 \u00FC %41.nc");
+    EXPECT_EQ(TemporaryFolder::BytesOf(mail["attachment"]), "N10 G01\n");
 }
 
 TEST_F(SendMailPrograms, RelayThatFailsIsAFailure)

@@ -120,7 +120,8 @@ private:
         if (m_relay && IsSafe(*m_relay, texts.recipient) && IsSafe(*m_relay, attachment.native()))
         {
             if (const auto state = posix::StartProgram(
-                    {m_relay->path, "--attach", attachment.native(), posix::MailAddress(texts)}, startMilliseconds))
+                    {m_relay->path, "--utf8", "--attach", attachment.native(), posix::MailAddress(texts)},
+                    startMilliseconds))
                 return ResultOf(*state);
         }
         return mailFailed;
