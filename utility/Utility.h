@@ -6,6 +6,7 @@
 #include "utility/codec/CyclicRedundancyCheck.h"
 #include "utility/codec/VRMLFile.h"
 #include "utility/codec/ZEngine.h"
+#include "utility/codec/Zip.h"
 #include "utility/crash/DelayLoad.h"
 #include "utility/crash/ReportLog.h"
 #include "utility/crash/SETranslator.h"

@@ -8,6 +8,7 @@
 #include "tests/support/LogSettings.h"
 #include "tests/support/RecordingForm.h"
 #include "tests/support/RecordingMails.h"
+#include "tests/support/RecordingZipLibrary.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/ScriptedDesktop.h"
 #include "tests/support/Substitute.h"
@@ -122,6 +123,15 @@ TEST_F(HeaderExampleTest, ZEngine)
 #include "codec/ZEngine.example"
     EXPECT_TRUE(isDone);
     EXPECT_LT(stream.total_out, sizeof(text));
+}
+
+TEST_F(HeaderExampleTest, Zip)
+{
+    support::RecordingZipLibrary library;
+    const support::Substitute<utility::platform::ZipLibraryService> scope(utility::platform::ZipLibrarySlot(), library);
+#include "codec/Zip.example"
+    EXPECT_TRUE(isWritten);
+    EXPECT_EQ(library.entries, (std::vector<std::string>{"-UN=UTF8", "moves.nc", "plate.igs"}));
 }
 
 TEST_F(HeaderExampleTest, ReportLog)

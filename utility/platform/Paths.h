@@ -17,6 +17,9 @@ namespace utility::platform
 [[nodiscard]] std::wstring WideFromPath(const boost::filesystem::path& path);
 [[nodiscard]] boost::filesystem::path PathFromWide(std::wstring_view text);
 
+/// A path's text as UTF-8 for a library that takes such names. Where paths are bytes, these as they are.
+[[nodiscard]] std::string Utf8FromPath(const boost::filesystem::path& path);
+
 /// Null is the empty path.
 [[nodiscard]] inline boost::filesystem::path PathFromWide(const wchar_t* text)
 {

@@ -74,6 +74,8 @@ void Codec()
     engine.InflateEnd();
     Copy<CZEngine>();
 
+    Zip::ZipFiles("", {});
+
     CyclicRedundancyCheck check(0);
     check = CyclicRedundancyCheck();
     check.Incorporate(nullptr, 0);

@@ -88,7 +88,9 @@ FAILING_CALL(int, errno, posix_spawnp,
              (pid_t * process, const char* file, const posix_spawn_file_actions_t* actions,
               const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment),
              process, file, actions, attributes, arguments, environment)
+FAILING_CALL(ssize_t, -1, pread, (int file, void* bytes, std::size_t size, off_t at), file, bytes, size, at)
 FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destroy)(void*)), key, destroy)
+FAILING_CALL(ssize_t, -1, pwrite, (int file, const void* bytes, std::size_t size, off_t at), file, bytes, size, at)
 FAILING_CALL(ssize_t, -1, read, (int file, void* bytes, std::size_t size), file, bytes, size)
 FAILING_CALL(ssize_t, -1, readlink, (const char* link, char* text, std::size_t size), link, text, size)
 FAILING_CALL(int, -1, rename, (const char* from, const char* to), from, to)

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <minizip/zip.h>
+
+namespace utility::platform::posix
+{
+
+/// The functions of minizip, under their own names.
+struct Minizip
+{
+    decltype(&::zipOpen2_64) zipOpen2_64 = nullptr;
+    decltype(&::zipOpenNewFileInZip4_64) zipOpenNewFileInZip4_64 = nullptr;
+    decltype(&::zipWriteInFileInZip) zipWriteInFileInZip = nullptr;
+    decltype(&::zipCloseFileInZip) zipCloseFileInZip = nullptr;
+    decltype(&::zipClose) zipClose = nullptr;
+};
+
+}
