@@ -37,6 +37,12 @@ int main(int argumentCount, char** arguments)
         while (::dup(STDOUT_FILENO) >= 0)
             continue;
     }
+    else if (state == "low limit")
+    {
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        limit.rlim_cur = STDERR_FILENO + 1;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
     else if (state == "closed streams")
     {
         ::dup2(STDOUT_FILENO, 10);

@@ -75,6 +75,8 @@ TEST_F(OutsideReportTest, IsWrittenWithoutAnEnvironmentWhereThatIsBroken)
     EXPECT_EQ(Told(), given + "0");
 }
 
+TEST_F(OutsideReportTest, IsWrittenWhereALimitLeavesNoDescriptorMore) { EXPECT_EQ(Run("low limit"), done); }
+
 TEST_F(OutsideReportTest, IsNotThereWithoutTheProgram)
 {
     remove(m_folder / "UtilityCrashReport");

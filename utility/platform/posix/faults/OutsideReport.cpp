@@ -80,7 +80,6 @@ void RaiseLimits()
 
 [[noreturn]] void BecomeProgram(const char* program)
 {
-    RaiseLimits();
     // It gives up by itself; if it cannot do even that, the system ends it.
     ::alarm(posix::reportSeconds + 2);
     sigset_t none;
@@ -131,6 +130,7 @@ int StartAndWait(void* argument)
 {
     auto& job = *static_cast<Job*>(argument);
     ResetSignals();
+    RaiseLimits();
     const int answer = HandOver(job.request);
     if (answer < 0)
         return 1;
