@@ -409,6 +409,8 @@ void BeforeAll(int count, char** words, char**)
     const std::string_view word = words[1];
     if (word == "earlier")
         InstallFor(SIGSEGV, &HandleOnce, nullptr);
+    if (word == "earlier-malloc")
+        InstallFor(SIGSEGV, &Handle, nullptr);
     if (word == "earlier-ends")
         InstallFor(SIGSEGV, &HandleAndDie, nullptr);
     if (word == "earlier-crashes")
@@ -454,6 +456,7 @@ constexpr Cause causes[] = {
     {"later-ends", &LaterHandlerThatEnds},
     {"earlier", &Null},
     {"earlier-ends", &Null},
+    {"earlier-malloc", &WithinMalloc},
     {"earlier-crashes", &Null},
     {"earlier-ignores", &Null},
     {"blocked", &Blocked},

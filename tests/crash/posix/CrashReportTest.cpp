@@ -745,6 +745,12 @@ TEST_F(PosixCrashReportAlone, ReportFromInsideThatWaitsForTheLockOfTheAllocatorI
     ExpectEndBy(SIGSEGV, "malloc");
 }
 
+TEST_F(PosixCrashReportAlone, ReportFromInsideThatWaitsIsEndedWhateverTheHostsHandlerBlocks)
+{
+    ExpectEndBy(SIGSEGV, "earlier-malloc");
+    EXPECT_EQ(m_end.output, "handled\n");
+}
+
 TEST_F(PosixCrashReportAlone, ReportFromInsideThatFindsTheHeapCorruptedIsEnded) { ExpectEndBy(SIGABRT, "heap"); }
 
 TEST_F(PosixCrashReportAlone, FrameThatWasLostCostsItsVariablesAndTheProcessEndsByItsFirstSignal)

@@ -102,6 +102,16 @@ struct Records
 };
 constinit thread_local Records translated = {};
 
+/// A fault within a report is to be ours, whatever a handler of the host's has blocked. That is put back at the end of
+/// the handler.
+void Unblock(int signal)
+{
+    sigset_t own;
+    ::sigemptyset(&own);
+    ::sigaddset(&own, signal);
+    ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+}
+
 class Reporting
 {
 public:
@@ -109,11 +119,7 @@ public:
     {
         reported = fault;
         ++writers;
-        // A handler of the host's that hands on what it gets may have blocked it as well. At its end that is put back.
-        sigset_t own;
-        ::sigemptyset(&own);
-        ::sigaddset(&own, fault.signal);
-        ::pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
+        Unblock(fault.signal);
     }
     Reporting(const Reporting&) = delete;
     Reporting& operator=(const Reporting&) = delete;
@@ -389,6 +395,7 @@ void posix::LimitReport() noexcept
 {
     if (!reported)
         return;
+    Unblock(reported->signal);
     sigevent event = {};
     event.sigev_notify = SIGEV_THREAD_ID;
     event.sigev_signo = reported->signal;
