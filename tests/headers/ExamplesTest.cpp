@@ -14,6 +14,7 @@
 #include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
+#include "utility/platform/Clipboard.h"
 #include "utility/platform/Modules.h"
 #include "utility/Utility.h"
 
@@ -21,6 +22,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
@@ -151,6 +153,55 @@ TEST_F(HeaderExampleTest, SETranslator)
 
 TEST_F(HeaderExampleTest, UnhandledExceptionFilter){
 #include "crash/UnhandledExceptionFilter.example"
+}
+
+TEST_F(HeaderExampleTest, Clipboard)
+{
+    struct : utility::platform::ClipboardService
+    {
+        bool SetText(const wchar_t*) override { return false; }
+    } none;
+    const support::Substitute<utility::platform::ClipboardService> scope(utility::platform::ClipboardSlot(), none);
+#include "desktop/Clipboard.example"
+    EXPECT_EQ(shown, L"The clipboard cannot be had.|");
+}
+
+TEST_F(HeaderExampleTest, Keys)
+{
+    support::ScriptedDesktop desktop;
+    desktop.keyThatIsDown = 0x10;
+#include "desktop/Keys.example"
+    EXPECT_TRUE(isCopy);
+}
+
+TEST_F(HeaderExampleTest, SizedRecords){
+#include "desktop/SizedRecords.example"
+}
+
+TEST_F(HeaderExampleTest, WindowClasses){
+#include "desktop/WindowClasses.example"
+}
+
+TEST_F(HeaderExampleTest, RegistryKeyNames){
+#include "settings/RegistryKeyNames.example"
+}
+
+TEST_F(HeaderExampleTest, Libraries){
+#include "system/Libraries.example"
+}
+
+TEST_F(HeaderExampleTest, Machine)
+{
+    std::atomic<DWORD> milled = 0;
+    const auto Mill = [&] { ++milled; };
+#include "system/Machine.example"
+    for (std::thread& worker : workers)
+        worker.join();
+    EXPECT_EQ(milled, GetNumberOfProcessors());
+}
+
+TEST_F(HeaderExampleTest, Users){
+#include "system/Users.example"
 }
 
 TEST_F(HeaderExampleTest, MessageBoxes)

@@ -32,6 +32,8 @@ public:
         quit = exitCode;
     }
     bool IsControlKeyDown() override { return isControlKeyDown; }
+    bool IsDown(int virtualKey) override { return virtualKey == keyThatIsDown; }
+    bool IsDownNow(int virtualKey) override { return virtualKey == keyThatIsDownNow; }
     Answer AskAbortRetryIgnore(const char* title, const char* text) override
     {
         calls.emplace_back("ask");
@@ -64,6 +66,8 @@ public:
 
     std::optional<int> quit;
     bool isControlKeyDown = false;
+    int keyThatIsDown = -1;
+    int keyThatIsDownNow = -1;
     Answer answer = Answer::ignore;
     const char* program = "C:\\host.exe"; ///< null for one that is not known
     std::function<void()> whileAsking = [] {};

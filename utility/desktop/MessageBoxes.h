@@ -2,7 +2,7 @@
 
 // Boxes that tell the user something.
 //
-//     if (!boost::filesystem::exists(L"part.igs"))
+//     if (!boost::filesystem::exists("part.igs"))
 //         ShowSystemErrorMessage(2); // that the file is not found, in the user's language
 //     ZeloMessageBox(L"The tool is worn.", 0x30, 0);
 //

@@ -245,6 +245,37 @@ void Files()
     ZeloMessageBox(L"", 0, 0);
     ZeloMessageBox(0u, 0, 0);
     ShowSystemErrorMessage(0);
+    static_cast<void>(IsKeyDown(0));
+    static_cast<void>(IsKeyDownAsync(0));
+    static_cast<void>(MouseKeyToVirtualKey(0));
+    SetClipboardText(L"");
+    static_cast<void>(GetClassAtom(L""));
+    Copy<CWindowPlacement>();
+    CWindowPlacement{};
+    Copy<CDevMode>();
+    CDevMode{};
+    Copy<CShellExecuteInfo>();
+    CShellExecuteInfo{};
+    Copy<CFormatEtc>();
+    CFormatEtc{};
+    CFormatEtc{0, nullptr, 0, 0, 0};
+
+    GetDCServerName(Any<std::wstring>());
+    GetUserLogonServer(Any<std::wstring>());
+    static_cast<void>(GetUserFullName());
+    GetUserFullName(Any<std::wstring>());
+    GetUserFullName(L"", Any<std::wstring>());
+    GetUserFullName(L"", L"", Any<std::wstring>());
+    static_cast<void>(UserHasAdministrativeRights());
+    DWORD part = 0;
+    static_cast<void>(IsDLLAvailable(path));
+    GetDLLVersion(path, part, part);
+    GetBrowserVersion(part, part);
+    static_cast<void>(CheckBrowserVersion());
+    GetModuleHandleExW(nullptr, 0);
+    static_cast<void>(GetNumberOfProcessors());
+    GetVersionExZelo(Any<_OSVERSIONINFOEXW>());
+    static_cast<void>(IsValidRegistryKeyName(L""));
 
     RenameFile(L"", L"");
     RenameFile(wide, wide);

@@ -78,10 +78,13 @@ FAILING_CALL(int, -1, link, (const char* file, const char* place), file, place)
 FAILING_CALL(ssize_t, -1, listxattr, (const char* path, char* names, std::size_t size), path, names, size)
 FAILING_CALL(off_t, -1, lseek, (int file, off_t offset, int origin), file, offset, origin)
 FAILING_CALL(int, -1, lstat, (const char* path, struct stat* status), path, status)
+FAILING_CALL(int, -1, memfd_create, (const char* name, unsigned int flags), name, flags)
 FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access, int flags, int file, off_t offset), at,
              length, access, flags, file, offset)
 FAILING_CALL(int, -1, munmap, (void* at, std::size_t length), at, length)
 FAILING_CALL(int, -1, pipe2, (int* ends, int flags), ends, flags)
+FAILING_CALL(int, errno, posix_spawn_file_actions_addclosefrom_np, (posix_spawn_file_actions_t * actions, int from),
+             actions, from)
 FAILING_CALL(int, errno, posix_spawn_file_actions_adddup2,
              (posix_spawn_file_actions_t * actions, int file, int newFile), actions, file, newFile)
 FAILING_CALL(int, errno, posix_spawnp,

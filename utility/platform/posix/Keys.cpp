@@ -1,6 +1,7 @@
 #include "utility/platform/Keys.h"
 
 #include "utility/platform/posix/keys/ControlKey.h"
+#include "utility/platform/posix/keys/HeldKeys.h"
 #include "utility/platform/SystemService.h"
 
 namespace utility::platform
@@ -13,6 +14,10 @@ class PosixKeys final : public KeyService
 {
 public:
     bool IsControlKeyDown() override { return posix::TakeControlKeyDown(); }
+
+    bool IsDown(int virtualKey) override { return posix::IsHeld(virtualKey); }
+
+    bool IsDownNow(int virtualKey) override { return posix::IsHeld(virtualKey); }
 };
 
 }

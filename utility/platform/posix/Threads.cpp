@@ -16,7 +16,7 @@ constexpr int stateAwaited = 2; // held, and whoever leaves has somebody to wake
 std::atomic_ref<int> StateOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.state); }
 std::atomic_ref<pthread_t> OwnerOf(_RTL_CRITICAL_SECTION& section) noexcept { return std::atomic_ref(section.owner); }
 
-const bool canSpin = ::sysconf(_SC_NPROCESSORS_ONLN) > 1;
+const bool canSpin = ProcessorCount() > 1;
 
 bool Take(_RTL_CRITICAL_SECTION& section) noexcept
 {
@@ -52,6 +52,8 @@ void* ThreadSlotValue(DWORD slot) noexcept { return ::pthread_getspecific(slot);
 void SetThreadSlotValue(DWORD slot, void* value) noexcept { ::pthread_setspecific(slot, value); }
 
 DWORD ThreadNumber() noexcept { return static_cast<DWORD>(::gettid()); }
+
+DWORD ProcessorCount() noexcept { return static_cast<DWORD>(::sysconf(_SC_NPROCESSORS_ONLN)); }
 
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept
 {

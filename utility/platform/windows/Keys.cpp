@@ -12,7 +12,11 @@ namespace
 class WindowsKeys final : public KeyService
 {
 public:
-    bool IsControlKeyDown() override { return ::GetKeyState(VK_CONTROL) < 0; }
+    bool IsControlKeyDown() override { return IsDown(VK_CONTROL); }
+
+    bool IsDown(int virtualKey) override { return ::GetKeyState(virtualKey) < 0; }
+
+    bool IsDownNow(int virtualKey) override { return ::GetAsyncKeyState(virtualKey) < 0; }
 };
 
 }

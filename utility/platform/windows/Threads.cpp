@@ -13,6 +13,13 @@ void SetThreadSlotValue(DWORD slot, void* value) noexcept { ::TlsSetValue(slot, 
 
 DWORD ThreadNumber() noexcept { return ::GetCurrentThreadId(); }
 
+DWORD ProcessorCount() noexcept
+{
+    SYSTEM_INFO info;
+    ::GetSystemInfo(&info);
+    return info.dwNumberOfProcessors;
+}
+
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept
 {
     ::InitializeCriticalSectionAndSpinCount(&section, spinCount);

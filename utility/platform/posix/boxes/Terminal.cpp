@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#include <string_view>
 #include <termios.h>
 #include <unistd.h>
 
@@ -18,18 +17,6 @@ namespace
 
 constexpr char controlI = 'I' - '@';
 constexpr char endOfInput = '\0';
-
-bool WriteAll(int file, std::string_view text)
-{
-    while (!text.empty())
-    {
-        const ssize_t written = Uninterrupted([&] { return ::write(file, text.data(), text.size()); });
-        if (written <= 0)
-            return false;
-        text.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
 
 }
 

@@ -1,13 +1,12 @@
 #include "utility/platform/posix/filesystem/UserFolders.h"
 
-#include <cerrno>
+#include "utility/platform/posix/users/Accounts.h"
+
 #include <cstdlib>
 #include <fstream>
-#include <pwd.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
-#include <vector>
 
 namespace utility::platform::posix
 {
@@ -17,22 +16,13 @@ namespace
 
 using boost::filesystem::path;
 
-/// The home of the account that the process acts as; empty if there is none.
-std::string HomeOfAccount()
-{
-    passwd account;
-    passwd* found = nullptr;
-    std::vector<char> texts(1024);
-    while (::getpwuid_r(::geteuid(), &account, texts.data(), texts.size(), &found) == ERANGE)
-        texts.resize(2 * texts.size());
-    return found != nullptr ? found->pw_dir : "";
-}
-
 path HomeFolder()
 {
     const char* const given = std::getenv("HOME");
-    const std::string home = given != nullptr && *given == '/' ? given : HomeOfAccount();
-    return home.starts_with('/') ? home : "";
+    if (given != nullptr && *given == '/')
+        return given;
+    const auto account = AccountOf(::geteuid());
+    return account && account->home.starts_with('/') ? account->home : "";
 }
 
 /// The folder that a variable names, or else this one in the home folder.

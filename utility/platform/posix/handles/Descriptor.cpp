@@ -33,4 +33,16 @@ int MakeFile(const char* path, mode_t mode) noexcept
     return moved;
 }
 
+bool WriteAll(int descriptor, std::string_view text) noexcept
+{
+    while (!text.empty())
+    {
+        const ssize_t written = Uninterrupted([&] { return ::write(descriptor, text.data(), text.size()); });
+        if (written <= 0)
+            return false;
+        text.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string_view>
 #include <sys/types.h>
 
 namespace utility::platform::posix
@@ -13,5 +14,8 @@ int AboveStandardStreams(int descriptor) noexcept;
 /// Makes a file, to be read and written, where there is none. -1, with the reason in errno and nothing made, where
 /// there is one, or a link (EEXIST), and on failure.
 int MakeFile(const char* path, mode_t mode) noexcept;
+
+/// Writes all of a text, by as many calls as it takes.
+bool WriteAll(int descriptor, std::string_view text) noexcept;
 
 }

@@ -1,0 +1,53 @@
+#pragma once
+
+// Records of the system's that fill in what every one of them has to have, with the same layout on every system.
+//
+//     CWindowPlacement placement;
+//     assert(placement.length == 44);
+//     const CFormatEtc text(13, nullptr, 1, -1, 1);
+//     assert(text.lindex == -1);
+//
+// A record belongs to one thread at a time. Nothing throws.
+
+#include "utility/platform/Export.h"
+#include "utility/platform/SystemRecords.h"
+
+#include <cstdint>
+
+/// Its size is set, and deliberately nothing else.
+class UTILITY_API CWindowPlacement : public WINDOWPLACEMENT
+{
+public:
+    CWindowPlacement();
+    CWindowPlacement(const CWindowPlacement&) = default;
+    CWindowPlacement& operator=(const CWindowPlacement& other);
+};
+
+/// Its size is set, and deliberately nothing else.
+class UTILITY_API CDevMode : public DEVMODEW
+{
+public:
+    CDevMode();
+    CDevMode(const CDevMode&) = default;
+    CDevMode& operator=(const CDevMode& other);
+};
+
+/// Its size is set, and deliberately nothing else.
+class UTILITY_API CShellExecuteInfo : public SHELLEXECUTEINFOW
+{
+public:
+    CShellExecuteInfo();
+    CShellExecuteInfo(const CShellExecuteInfo&) = default;
+    CShellExecuteInfo& operator=(const CShellExecuteInfo& other);
+};
+
+class UTILITY_API CFormatEtc : public FORMATETC
+{
+public:
+    /// All zeros.
+    CFormatEtc();
+    CFormatEtc(unsigned short clipboardFormat, tagDVTARGETDEVICE* targetDevice, DWORD aspect, std::int32_t index,
+               DWORD medium);
+    CFormatEtc(const CFormatEtc&) = default;
+    CFormatEtc& operator=(const CFormatEtc& other);
+};

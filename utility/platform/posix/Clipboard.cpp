@@ -1,0 +1,57 @@
+#include "utility/platform/Clipboard.h"
+
+#include "utility/platform/formats/Utf8.h"
+#include "utility/platform/posix/boxes/Display.h"
+#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/programs/RunProgram.h"
+#include "utility/platform/SystemService.h"
+
+#include <initializer_list>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace utility::platform
+{
+
+namespace
+{
+
+/// A text is with the program that offers it to others; there are some that do so until the next text.
+class PosixClipboard final : public ClipboardService
+{
+public:
+    bool SetText(const wchar_t* text) override
+    {
+        // A file cannot break as a pipe does, nor does anybody wait for the one who reads it.
+        const int file = posix::AboveStandardStreams(::memfd_create("clipboard", MFD_CLOEXEC));
+        if (file < 0)
+            return false;
+        const bool isSet = posix::WriteAll(file, formats::Utf8FromWide(text)) && Offer(file);
+        ::close(file);
+        return isSet;
+    }
+
+private:
+    static bool Offer(int text)
+    {
+        return (posix::HasWayland() && Takes(text, {"wl-copy", "--type", "text/plain"})) ||
+               (posix::HasX11() && (Takes(text, {"xclip", "-in", "-selection", "clipboard"}) ||
+                                    Takes(text, {"xsel", "--input", "--clipboard"})));
+    }
+
+    /// The program goes on by itself once it has taken the text, which is a moment's work.
+    static bool Takes(int text, std::initializer_list<const char*> program)
+    {
+        return ::lseek(text, 0, SEEK_SET) == 0 && posix::ExitCodeOf(program, {text, std::chrono::seconds(5)}) == 0;
+    }
+};
+
+}
+
+ServiceSlot<ClipboardService>& ClipboardSlot() noexcept
+{
+    return SystemService<ClipboardService, PosixClipboard>::Slot();
+}
+
+}
