@@ -1,10 +1,9 @@
 #include "utility/desktop/SendMail.h"
 
 #include "tests/modules/StandInMail.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/windows/ImportedCall.h"
 
-#include <boost/filesystem/operations.hpp>
+#include <boost/filesystem/path.hpp>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -42,10 +41,13 @@ struct Loading
 std::vector<Loading> loadings;
 std::vector<HMODULE> freed;
 
-HMODULE WINAPI NoteLoading(LPCWSTR path, HANDLE, DWORD flags)
+std::wstring libraryFile;
+
+/// Loads what stands in for a library of the system: Wine takes its own for a file of that name, wherever it is.
+HMODULE WINAPI LoadStandIn(LPCWSTR path, HANDLE, DWORD flags)
 {
     loadings.push_back({path, flags});
-    return ::LoadLibraryW(path);
+    return libraryFile.empty() ? nullptr : ::LoadLibraryW(libraryFile.c_str());
 }
 
 BOOL WINAPI NoteFreeing(HMODULE module)
@@ -71,7 +73,8 @@ class SendMailByMapi : public ::testing::Test
 protected:
     SendMailByMapi()
     {
-        systemFolder = boost::filesystem::path(UTILITY_STAND_IN_MAIL).parent_path().make_preferred().native();
+        systemFolder = L"C:\\" + std::wstring(300, L'x');
+        libraryFile = boost::filesystem::path(UTILITY_STAND_IN_MAIL).make_preferred().native();
         loadings.clear();
         freed.clear();
     }
@@ -82,7 +85,7 @@ protected:
     {
         CSendMail mail;
         EXPECT_TRUE(mail.Init());
-        const HMODULE library = ::GetModuleHandleW((systemFolder + L"\\MAPI32.dll").c_str());
+        const HMODULE library = ::GetModuleHandleW(boost::filesystem::path(libraryFile).filename().c_str());
         EXPECT_NE(library, nullptr);
         if (library == nullptr)
             return true;
@@ -99,6 +102,7 @@ protected:
     static std::string_view TextOf(const KeptText& kept) { return kept.isThere ? kept.bytes : "none"; }
 
     const ImportedCall<decltype(&::GetSystemDirectoryW)> m_folder{__imp_GetSystemDirectoryW, &GiveFolder};
+    const ImportedCall<decltype(&::LoadLibraryExW)> m_load{__imp_LoadLibraryExW, &LoadStandIn};
     MailCall m_call = {};
 };
 
@@ -180,7 +184,6 @@ TEST_F(SendMailByMapi, StatusOfTheLibraryIsTheResult)
 
 TEST_F(SendMailByMapi, LibraryIsThatOfTheSystemsFolderFromTheConstructorToTheDestructor)
 {
-    const ImportedCall<decltype(&::LoadLibraryExW)> load(__imp_LoadLibraryExW, &NoteLoading);
     const ImportedCall<decltype(&::FreeLibrary)> free(__imp_FreeLibrary, &NoteFreeing);
     {
         CSendMail mail;
@@ -192,22 +195,19 @@ TEST_F(SendMailByMapi, LibraryIsThatOfTheSystemsFolderFromTheConstructorToTheDes
         EXPECT_TRUE(freed.empty());
     }
     ASSERT_EQ(freed.size(), 1u);
-    EXPECT_EQ(freed[0], ::GetModuleHandleW((systemFolder + L"\\MAPI32.dll").c_str()));
+    EXPECT_EQ(freed[0], ::GetModuleHandleW(boost::filesystem::path(libraryFile).filename().c_str()));
 }
 
 TEST_F(SendMailByMapi, FolderWithoutTheLibraryIsToldByInit)
 {
-    const support::TemporaryFolder empty;
-    systemFolder = empty.Path().native();
+    libraryFile.clear();
     CSendMail mail;
     EXPECT_THROW(mail.Init(), std::runtime_error);
 }
 
 TEST_F(SendMailByMapi, LibraryWithoutTheFunctionIsToldByInit)
 {
-    const support::TemporaryFolder folder;
-    boost::filesystem::copy_file(UTILITY_TEST_MODULES "/Resources.dll", folder / "MAPI32.dll");
-    systemFolder = folder.Path().native();
+    libraryFile = L"version.dll";
     CSendMail mail;
     std::string reason;
     try
