@@ -513,6 +513,15 @@ TEST(PerfLibFindObjectTest, LengthThatWouldLeadBackEndsTheSearch)
     }
 }
 
+TEST(PerfLibFindObjectTest, ObjectAheadOfAnotherIsNotComeBackTo)
+{
+    std::string block = Block({{64, 3}, {64, 2}});
+    PutNumber(block, 24, firstObject + 64);
+    PutNumber(block, firstObject + 64, 0xFFFFFFC0);
+    EXPECT_EQ(PlaceOfObject(block, 2), firstObject + 64);
+    EXPECT_EQ(PlaceOfObject(block, 3), noObject);
+}
+
 TEST(PerfLibFindObjectTest, HeaderThatEndsOutsideTheBlockGivesNull)
 {
     for (const auto length :

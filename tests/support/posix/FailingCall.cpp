@@ -5,10 +5,12 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <linux/serial.h>
 #include <new>
 #include <pthread.h>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
@@ -150,6 +152,20 @@ extern "C" int __wrap_fcntl(int file, int command, ...)
     void* const argument = va_arg(more, void*);
     va_end(more);
     return FailingCall::Fails("fcntl") ? -1 : __real_fcntl(file, command, argument);
+}
+
+extern "C" int __real_ioctl(int file, unsigned long request, ...);
+extern "C" int __wrap_ioctl(int file, unsigned long request, ...)
+{
+    std::va_list more;
+    va_start(more, request);
+    void* const argument = va_arg(more, void*);
+    va_end(more);
+    const std::optional<int> type = support::SerialPortOfType::Type();
+    if (request != TIOCGSERIAL || !type)
+        return __real_ioctl(file, request, argument);
+    static_cast<serial_struct*>(argument)->type = *type;
+    return 0;
 }
 
 // The memory that C++ asks for. Its failure is no errno value but an exception.

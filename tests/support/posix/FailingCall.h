@@ -78,6 +78,21 @@ private:
     static inline thread_local std::optional<long> s_kind;
 };
 
+/// For its lifetime every descriptor is that of a serial port of this type, as ioctl tells it to this thread.
+class SerialPortOfType
+{
+public:
+    explicit SerialPortOfType(int type) noexcept { s_type = type; }
+    SerialPortOfType(const SerialPortOfType&) = delete;
+    SerialPortOfType& operator=(const SerialPortOfType&) = delete;
+    ~SerialPortOfType() { s_type.reset(); }
+
+    static std::optional<int> Type() noexcept { return s_type; }
+
+private:
+    static inline thread_local std::optional<int> s_type;
+};
+
 /// How many descriptors the process has open.
 inline std::ptrdiff_t OpenDescriptors()
 {

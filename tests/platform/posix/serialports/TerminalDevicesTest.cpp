@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <fstream>
+#include <linux/serial.h>
 #include <optional>
 #include <string>
 #include <vector>
@@ -109,6 +110,21 @@ TEST_F(TerminalDevicesTest, PortOfUnknownTypeIsAskedForIt)
     EXPECT_EQ(Ports(), Names()); // there is no such device
     std::ofstream((m_devices / "ttyS0").native()) << "no port";
     EXPECT_EQ(Ports(), Names());
+}
+
+TEST_F(TerminalDevicesTest, PortThatIsAskedAndHasAChipIsOne)
+{
+    AddTerminal("ttyS0", "serial8250");
+    std::ofstream((m_devices / "ttyS0").native()) << "a port, by what it answers";
+    {
+        const support::SerialPortOfType none(PORT_UNKNOWN);
+        EXPECT_EQ(Ports(), Names());
+    }
+    const support::SerialPortOfType known(PORT_16550A);
+    EXPECT_EQ(Ports(), Names{L"ttyS0"});
+    const support::FailingCall failing("open", EACCES);
+    EXPECT_EQ(Ports(), Names());
+    EXPECT_TRUE(failing.HasFailed());
 }
 
 TEST_F(TerminalDevicesTest, DeviceThatIsAskedIsClosed)
