@@ -2,11 +2,13 @@
 // pairs, and nothing outside the bytes is read.
 
 #include "tests/support/ForwardingRegistry.h"
+#include "utility/platform/formats/Utf16.h"
 #include "utility/system/PerfLib.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
