@@ -15,8 +15,8 @@
 //
 // A value may be anything: nothing outside its bytes is read. Where it ends within a text, that is the end of the text;
 // half a character there, and a number without anything behind it, are left out. Blanks and a sign may stand ahead of a
-// number, its digits may be those of any script, what is behind them is not looked at, and one beyond the range of an
-// int is its limit.
+// number, its digits may be those of the scripts that Windows takes, what is behind them is not looked at, and one
+// beyond the range of an int is its limit.
 //
 // An object belongs to one thread at a time. Where memory runs out std::bad_alloc is thrown, except for the bytes of a
 // value as it stands in the registry: for these see the operations.
@@ -48,9 +48,9 @@ public:
     /// one that is not known.
     DWORD GetTitleIndex(const wchar_t* name) const;
 
-    /// The first object of this number; null if there is none, or no block. The block may hold anything: nothing outside its
-    /// TotalByteLength is read, and the search ends at an object without a length or whose title index is not within
-    /// it. Behind its title index what is found may be cut off, and it is aligned as the lengths ahead of it say.
+    /// The first object of this number; null if there is none, or no block. The block may hold anything: nothing outside
+    /// its TotalByteLength is read, and the search ends at an object without a length or whose title index is not
+    /// within it. Behind its title index what is found may be cut off, and it is aligned as the lengths ahead of it say.
     static _PERF_OBJECT_TYPE* FindObject(_PERF_DATA_BLOCK* block, DWORD titleIndex);
 
 private:

@@ -95,6 +95,16 @@ TEST_F(TerminalDevicesTest, PortThatADriverAnnouncesAndNoHardwareBacksIsNone)
     EXPECT_EQ(Ports(), (Names{L"ttyS0", L"ttyS3"}));
 }
 
+TEST_F(TerminalDevicesTest, PortWhoseTypeCannotBeReadIsLeftOut)
+{
+    AddTerminal("ttyS0", "port", "4");
+    AddTerminal("ttyS1", "port", "none");
+    EXPECT_EQ(Ports(), Names{L"ttyS0"});
+    remove(m_terminals / "ttyS0" / "type");
+    create_directory(m_terminals / "ttyS0" / "type");
+    EXPECT_EQ(Ports(), Names());
+}
+
 TEST_F(TerminalDevicesTest, DeviceOfAPortWhoseTypeTheKernelTellsIsNotOpened)
 {
     AddTerminal("ttyS0", "serial8250", "4");

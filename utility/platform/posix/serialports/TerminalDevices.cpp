@@ -40,8 +40,12 @@ bool IsSerialPort(const path& terminal, const path& device)
     const path driver = boost::filesystem::read_symlink(terminal / "device" / "driver", failure);
     if (failure)
         return false;
-    if (int type = PORT_UNKNOWN; KernelFile((terminal / "type").native()) >> type)
+    if (const path typeFile = terminal / "type"; exists(typeFile, failure))
+    {
+        int type = PORT_UNKNOWN;
+        KernelFile(typeFile.native()) >> type;
         return type != PORT_UNKNOWN;
+    }
     return driver.filename() != "serial8250" || HasChip(device);
 }
 
