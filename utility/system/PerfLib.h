@@ -48,9 +48,9 @@ public:
     /// one that is not known.
     DWORD GetTitleIndex(const wchar_t* name) const;
 
-    /// The first object of this number; null if there is none, or no block. The block may hold anything: nothing outside
-    /// its TotalByteLength is read, and the search ends at an object without a length or whose title index is not
-    /// within it. Behind its title index what is found may be cut off, and it is aligned as the lengths ahead of it say.
+    /// The first object of this number; null if there is none, or no block. The block may hold anything: nothing
+    /// outside its TotalByteLength is read, and the search ends at an object without a length or whose title index is
+    /// not within it. What is found may be cut off behind its title index, and stands at any address.
     static _PERF_OBJECT_TYPE* FindObject(_PERF_DATA_BLOCK* block, DWORD titleIndex);
 
 private:

@@ -38,6 +38,6 @@ private:
 };
 
 /// Adds the ports at the end of the list. False, with the list as it was, if the system has no list of ports, or it
-/// cannot be opened: on Windows it is absent on a machine without ports. What cannot be read of such a list is left out.
-/// If memory runs out std::bad_alloc is thrown and the list is as it was.
+/// cannot be opened: on Windows it is absent on a machine without ports. What cannot be read of such a list is left
+/// out. If memory runs out std::bad_alloc is thrown and the list is as it was.
 UTILITY_API bool EnumerateSerialPorts(std::list<CSerialPortInfo>& ports);
