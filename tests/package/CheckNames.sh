@@ -25,6 +25,7 @@ esac | c++filt | {
     s/std::basic_string_view<(w?)char(_t)?, std::char_traits<w?char(_t)?> >/std::\1string_view/g
     s/std::basic_ostream<wchar_t, std::char_traits<wchar_t> >/std::wostream/g
     s/ >/>/g
+    s/std::set<([^,<>]*), std::less<\1>, std::allocator<\1>>/std::set<\1>/g
     # Not the names of other libraries, nor what the compiler makes of a class besides its type and its table of
     # functions.
     /^((typeinfo|vtable) for )?(std|boost|__gnu_cxx)::/d
