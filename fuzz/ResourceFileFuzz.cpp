@@ -1,7 +1,9 @@
-// Look-ups of every kind in arbitrary bytes taken for a module: its resources, and its version record as it is read.
+// Look-ups of every kind in arbitrary bytes taken for a module: its resources, and its version record as it is read. The
+// same bytes are taken for a bitmap, too.
 
 #include "tests/support/ResourceLookups.h"
 #include "tests/support/VersionRecords.h"
+#include "utility/platform/formats/BitmapResource.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,5 +14,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     support::ResourceLookups(file);
     const auto record = utility::platform::formats::FindVersionRecord(file);
     support::LookUpEverything({reinterpret_cast<const char*>(record.data()), record.size()});
+    if (const auto bitmap = utility::platform::formats::ReadBitmapResource(file))
+    {
+        const std::byte* const end = file.data() + file.size();
+        if (bitmap->bits.data() < file.data() || bitmap->bits.data() + bitmap->bits.size() > end)
+            __builtin_trap();
+    }
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include "tests/support/RecordingMails.h"
 #include "tests/support/Substitute.h"
+#include "tests/support/TableModules.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/framework/internal/ResourceModules.h"
 #include "utility/platform/Mail.h"
@@ -125,12 +126,8 @@ TEST_F(SendMailTest, TextsOfInitHaveTheFrameworksNumbers)
 TEST_F(SendMailTest, TextOfInitIsInTheNarrowEncodingOfTheSystem)
 {
     static const std::wstring german = L"Es wurde kein Programm f\u00FCr E-Mails gefunden.";
-    struct German : utility::platform::ModuleService
+    struct German : support::TableModules
     {
-        HINSTANCE ModuleAt(const void*) override { return nullptr; }
-        std::wstring FileName(HINSTANCE) override { return {}; }
-        HINSTANCE Load(const wchar_t*) override { return nullptr; }
-        bool Free(HINSTANCE) override { return false; }
         std::wstring_view StringOf(HINSTANCE, UINT id) override { return id == 61840 ? german : std::wstring_view(); }
     } modules;
     m_mails.isThere = false;

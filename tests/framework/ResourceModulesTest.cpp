@@ -1,5 +1,6 @@
 #include "utility/framework/internal/ResourceModules.h"
 
+#include "tests/support/StripModule.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TableModules.h"
 
@@ -76,6 +77,16 @@ TEST_F(ResourceModulesTest, LibrarysStringsAreFoundBehindThoseOfOthers)
     m_modules.strings = {{{Newer(), 8304}, L"Millimeter"}};
     EXPECT_EQ(StringOfChain(8304), L"Millimeter");
     EXPECT_EQ(StringOfChain(8306), L"inches");
+}
+
+TEST_F(ResourceModulesTest, ResourceIsThatOfTheModuleThatHasIt)
+{
+    constexpr UINT bitmap = 2;
+    const HINSTANCE strips = support::StripModule();
+    EXPECT_EQ(utility::framework::ModuleOfResource(bitmap, L"Tools"), strips);
+    EXPECT_EQ(utility::framework::ModuleOfResource(bitmap, support::NumberedResource(101)), strips);
+    EXPECT_EQ(utility::framework::ModuleOfResource(bitmap, L"absent"), nullptr);
+    EXPECT_EQ(utility::framework::ModuleOfResource(10, L"Tools"), nullptr);
 }
 
 TEST_F(ResourceModulesTest, NewLinkStandsAheadOfAllEarlierOnes)

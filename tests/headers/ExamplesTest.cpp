@@ -11,6 +11,7 @@
 #include "tests/support/RecordingZipLibrary.h"
 #include "tests/support/ScratchHives.h"
 #include "tests/support/ScriptedDesktop.h"
+#include "tests/support/StripModule.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
@@ -134,6 +135,28 @@ TEST_F(HeaderExampleTest, Zip)
 #include "codec/Zip.example"
     EXPECT_TRUE(isWritten);
     EXPECT_EQ(library.entries, (std::vector<std::string>{"-UN=UTF8", "moves.nc", "plate.igs"}));
+}
+
+TEST_F(HeaderExampleTest, ZeloImageList)
+{
+    support::StripModule();
+    struct
+    {
+        void SetImages(UINT kind, HIMAGELIST list) { isSet = kind == TB_SETDISABLEDIMAGELIST && list != nullptr; }
+        bool isSet = false;
+    } toolbar;
+    const auto ShowDisabled = [&]
+    {
+#include "desktop/ZeloImageList.example"
+        EXPECT_EQ(images.GetImageCount(), 0); // of images that are wider than the strip
+        return true;
+    };
+    EXPECT_TRUE(ShowDisabled());
+    EXPECT_TRUE(toolbar.isSet);
+}
+
+TEST_F(HeaderExampleTest, ImageList){
+#include "framework/ImageList.example"
 }
 
 TEST_F(HeaderExampleTest, ReportLog)

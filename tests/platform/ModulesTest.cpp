@@ -6,6 +6,7 @@
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <locale>
 #include <memory>
 #include <thread>
@@ -131,6 +132,28 @@ TEST_F(LoadedModuleTest, SameFileIsTheSameModuleUntilItsLastFree)
     EXPECT_FALSE(Modules().Free(m_module));
     EXPECT_EQ(utility::platform::LastError(), static_cast<DWORD>(ERROR_MOD_NOT_FOUND));
     EXPECT_EQ(Modules().StringOf(m_module, 8300), std::wstring_view());
+}
+
+TEST_F(LoadedModuleTest, ItsResourcesAreGivenInPlaceByNumberAndByNameInAnyCase)
+{
+    constexpr UINT bitmap = 2;
+    const auto find = [&](const wchar_t* name)
+    {
+        const auto bytes = Modules().ResourceOf(m_module, bitmap, name);
+        EXPECT_EQ(Modules().ResourceOf(m_module, bitmap, name).data(), bytes.data());
+        return bytes.size();
+    };
+    EXPECT_EQ(find(reinterpret_cast<const wchar_t*>(std::uintptr_t{7})), 18u);
+    EXPECT_EQ(find(L"#7"), 18u);
+    EXPECT_EQ(find(L"logo"), 8u);
+    EXPECT_EQ(find(L"LOGO"), 8u);
+    EXPECT_EQ(find(L"#8"), 0u);
+    EXPECT_EQ(find(L"7"), 0u);
+    EXPECT_EQ(find(L"#"), 0u);
+    EXPECT_EQ(find(nullptr), 0u);
+    EXPECT_TRUE(Modules().ResourceOf(m_module, 10, L"logo").empty());
+    EXPECT_TRUE(Modules().ResourceOf(Modules().ModuleAt(&here), bitmap, L"logo").empty());
+    EXPECT_TRUE(Modules().ResourceOf(nullptr, bitmap, L"logo").empty());
 }
 
 TEST_F(LoadedModuleTest, HasAFileName)

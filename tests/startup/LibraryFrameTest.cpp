@@ -76,6 +76,14 @@ TEST(ZeloInitMFCExtensionDLLTest, StringsOfTheModuleThatJoinedLastAreFoundFirst)
     EXPECT_EQ(resource_string(8309), L"metres");
 }
 
+TEST(LoadResourceModuleTest, FileOfResourcesIsLoadedByItsPath)
+{
+    const HINSTANCE module = utility::LoadResourceModule(L"" UTILITY_TEST_MODULES "/Resources.dll");
+    ASSERT_NE(module, nullptr);
+    EXPECT_EQ(resource_string(module, 0), L"first of the first block");
+    EXPECT_EQ(utility::LoadResourceModule(L"" UTILITY_TEST_MODULES "/Absent.dll"), nullptr);
+}
+
 TEST(InitialiseUtilityDLLTest, StandsForAHostWithoutACurrentInstance)
 {
     const KeepModuleState keep;

@@ -40,6 +40,11 @@ public:
         return found == strings.end() ? m_system.StringOf(module, id) : std::wstring_view(found->second);
     }
 
+    std::span<const std::byte> ResourceOf(HINSTANCE module, UINT type, const wchar_t* name) override
+    {
+        return m_system.ResourceOf(module, type, name);
+    }
+
     std::map<std::pair<HINSTANCE, UINT>, std::wstring> strings;
     int lookups = 0;
 

@@ -61,6 +61,14 @@ std::wstring_view StringOfChain(UINT id)
     return platform::Modules().StringOf(nullptr, id);
 }
 
+HINSTANCE ModuleOfResource(UINT type, const wchar_t* name)
+{
+    const DynLinkLibrary* library = FirstLibrary();
+    while (library != nullptr && platform::Modules().ResourceOf(library->Resources(), type, name).empty())
+        library = library->Next();
+    return library != nullptr ? library->Resources() : nullptr;
+}
+
 std::wstring_view FrameworkString(UINT id)
 {
     const std::wstring_view inChain = StringOfChain(id);

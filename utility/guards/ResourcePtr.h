@@ -7,7 +7,7 @@
 //         return resource_ptr<HKEY>(key);
 //
 // An owner belongs to one thread at a time. Nothing here throws or reports: a release that fails is not noticed.
-// On Linux there are files and keys so far; for the other handles, which nothing makes there, the release is refused.
+// On Linux there are files, keys and bitmaps; for the other handles, which nothing makes there, the release is refused.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"

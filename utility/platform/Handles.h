@@ -20,7 +20,8 @@ public:
     /// Refused with 6 on Linux, where nothing makes one.
     virtual bool CloseWindowStation(HWINSTA station) = 0;
 
-    /// Ends a bitmap, brush, font, palette, pen or region. Refused with 6 on Linux, where nothing makes one.
+    /// Ends a bitmap, brush, font, palette, pen or region. All but bitmaps are refused with 6 on Linux, where nothing
+    /// makes one.
     virtual bool DeleteObject(void* graphicObject) = 0;
 };
 

@@ -3,6 +3,8 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
 
+#include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -39,6 +41,10 @@ public:
     /// The text with this number, in place in the module, as long as the module is loaded. Empty if there is none.
     /// On Windows a null module stands for the program itself.
     virtual std::wstring_view StringOf(HINSTANCE module, UINT id) = 0;
+
+    /// The bytes of a resource, in place in the module, as long as the module is loaded; none if it is absent. The name
+    /// may be a number below 65536 in the place of the pointer, or written behind a #. A null module as above.
+    virtual std::span<const std::byte> ResourceOf(HINSTANCE module, UINT type, const wchar_t* name) = 0;
 };
 
 ServiceSlot<ModuleService>& ModulesSlot() noexcept;

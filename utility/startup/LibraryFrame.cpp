@@ -1,6 +1,7 @@
 #include "utility/startup/LibraryFrame.h"
 
 #include "utility/framework/internal/ResourceModules.h"
+#include "utility/platform/Modules.h"
 #include "utility/settings/internal/LibraryResources.h"
 
 #include <new>
@@ -19,3 +20,5 @@ void ZeloInitMFCExtensionDLL(HINSTANCE module, HINSTANCE resources)
     // The link belongs to the chain; without memory for it there is none.
     static_cast<void>(new (std::nothrow) utility::framework::DynLinkLibrary(module, resources));
 }
+
+HINSTANCE utility::LoadResourceModule(const wchar_t* path) { return platform::Modules().Load(path); }

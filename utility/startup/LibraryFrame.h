@@ -20,3 +20,12 @@ UTILITY_API void InitialiseUtilityDLL();
 /// Joins an extension module, and the module that holds its strings, to the chain of resource modules. If nothing
 /// stands for the running program yet, `module` does from now on.
 UTILITY_API void ZeloInitMFCExtensionDLL(HINSTANCE module, HINSTANCE resources);
+
+namespace utility
+{
+
+/// Loads a file of resources, which is the same on every system, by its absolute path, for ZeloInitMFCExtensionDLL to
+/// join to the chain. It stays loaded until the process ends. Null on failure.
+UTILITY_API HINSTANCE LoadResourceModule(const wchar_t* path);
+
+}

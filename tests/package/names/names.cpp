@@ -111,6 +111,15 @@ void Desktop()
     mail.Init();
     mail.Send(std::wstring(), std::wstring(), boost::filesystem::path(), std::wstring(), std::wstring(), false);
     mail.Send(nullptr, 0, L"", boost::filesystem::path());
+
+    CZeloImageList images;
+    images.AddBitmap(0u, 0, 0, 0);
+    images.AddBitmap(L"", 0, 0, 0);
+    images.AppendBitmap(0u, 0, 0, 0);
+    images.AppendBitmap(L"", 0, 0, 0);
+    MakeRGBA(0, 0);
+    GetRGB(0);
+    GetAValue(0);
 }
 
 void Diagnostics() { ZeloAssertFailed("", 0, 0, Any<bool>()); }
@@ -371,6 +380,13 @@ void Framework()
     text == L"";
     Copy<CStringW>();
     Move<CStringW>();
+
+    CImageList list;
+    list.Create(0, 0, 0, 0, 0);
+    list.DeleteImageList();
+    list.GetSafeHandle();
+    list.GetImageCount();
+    list.GetImage(0);
 
     CDataExchange exchange(Any<utility::platform::Form>(), false);
     exchange.PrepareEditCtrl(0);
@@ -755,6 +771,7 @@ void Startup()
 {
     InitialiseUtilityDLL();
     ZeloInitMFCExtensionDLL(nullptr, nullptr);
+    utility::LoadResourceModule(L"");
 }
 
 void System()

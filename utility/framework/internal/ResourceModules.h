@@ -43,6 +43,10 @@ const DynLinkLibrary* FirstLibrary();
 /// null module stands for (platform/Modules.h). Empty if there is none.
 std::wstring_view StringOfChain(UINT id);
 
+/// The first resource module of the chain that holds a resource, by its type and name (platform/Modules.h), or else
+/// null, which stands for the program.
+HINSTANCE ModuleOfResource(UINT type, const wchar_t* name);
+
 /// One of the framework's own strings in the display language, or, before the chain is made, as the library has it.
 std::wstring_view FrameworkString(UINT id);
 

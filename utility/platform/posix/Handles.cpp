@@ -2,6 +2,7 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/posix/handles/Handle.h"
+#include "utility/platform/posix/images/Bitmaps.h"
 #include "utility/platform/SystemService.h"
 
 namespace utility::platform
@@ -17,7 +18,7 @@ public:
 
     bool CloseWindowStation(HWINSTA /*station*/) override { return Refuse(); }
 
-    bool DeleteObject(void* /*graphicObject*/) override { return Refuse(); }
+    bool DeleteObject(void* graphicObject) override { return posix::Bitmaps().End(graphicObject) || Refuse(); }
 
 private:
     static bool Refuse()

@@ -11,7 +11,9 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <cwchar>
 #include <dlfcn.h>
 #include <iterator>
 #include <link.h>
@@ -76,6 +78,16 @@ boost::filesystem::path PathOf(HINSTANCE module)
     return posix::PlaceOf(path);
 }
 
+/// What a name stands for by which users ask for a resource.
+formats::ResourceName ResourceNameOf(const wchar_t* name)
+{
+    if (const auto number = reinterpret_cast<std::uintptr_t>(name); number <= 0xFFFF)
+        return static_cast<UINT>(number);
+    if (*name == L'#')
+        return static_cast<UINT>(std::wcstoul(name + 1, nullptr, 10));
+    return name;
+}
+
 class PosixModules final : public ModuleService
 {
 public:
@@ -108,6 +120,11 @@ public:
             return m_files.StringOf(module, id);
         const auto* const found = std::ranges::find(ownStrings, id, &NumberedString::id);
         return found == std::end(ownStrings) ? std::wstring_view() : found->text;
+    }
+
+    std::span<const std::byte> ResourceOf(HINSTANCE module, UINT type, const wchar_t* name) override
+    {
+        return m_files.ResourceOf(module, type, ResourceNameOf(name));
     }
 
 private:

@@ -65,6 +65,16 @@ public:
         const int length = ::LoadStringW(module, id, reinterpret_cast<wchar_t*>(&text), 0);
         return length > 0 ? std::wstring_view(text, static_cast<std::size_t>(length)) : std::wstring_view();
     }
+
+    std::span<const std::byte> ResourceOf(HINSTANCE module, UINT type, const wchar_t* name) override
+    {
+        const HRSRC found = ::FindResourceW(module, name, MAKEINTRESOURCEW(type));
+        if (found == nullptr)
+            return {};
+        const HGLOBAL loaded = ::LoadResource(module, found);
+        const auto* const bytes = static_cast<const std::byte*>(::LockResource(loaded));
+        return bytes != nullptr ? std::span(bytes, ::SizeofResource(module, found)) : std::span<const std::byte>();
+    }
 };
 
 }

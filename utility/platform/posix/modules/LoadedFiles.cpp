@@ -70,6 +70,13 @@ std::wstring_view LoadedFiles::StringOf(HINSTANCE module, UINT id)
     return text.empty() ? std::wstring_view() : file->strings.emplace(id, std::move(text)).first->second;
 }
 
+formats::Bytes LoadedFiles::ResourceOf(HINSTANCE module, UINT type, const formats::ResourceName& name)
+{
+    const std::scoped_lock lock(m_lock);
+    const auto file = Find(module);
+    return file == m_files.end() ? formats::Bytes() : file->resources.Find(type, name);
+}
+
 std::list<LoadedFiles::File>::iterator LoadedFiles::Find(HINSTANCE module)
 {
     return std::ranges::find(m_files, module, [](File& file) { return HandleOf(file); });

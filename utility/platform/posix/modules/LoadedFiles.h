@@ -29,6 +29,8 @@ public:
 
     std::wstring_view StringOf(HINSTANCE module, UINT id);
 
+    formats::Bytes ResourceOf(HINSTANCE module, UINT type, const formats::ResourceName& name);
+
 private:
     struct File
     {
