@@ -19,7 +19,7 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/UtilityConfigVersion.cmake" ${package
 if(NOT WIN32)
   # Beside the library, which looks for it there.
   install(
-    TARGETS UtilityCrashReport
+    TARGETS UtilityCrashReport UtilityJobSupervisor
     EXPORT UtilityTargets
     RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()

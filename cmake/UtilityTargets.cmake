@@ -41,16 +41,20 @@ endfunction()
 
 # Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder and, with
 # LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. On Linux a
-# program that has the library in it looks there for what writes the report of its crash. Makes the target `name` for it.
+# program that has the library in it looks there for the programs that the library starts. Makes the target `name` for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
   if(NOT WIN32)
-    add_custom_command(
-      OUTPUT UtilityCrashReport
-      COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:UtilityCrashReport> .
-      DEPENDS $<TARGET_FILE:UtilityCrashReport>
-      VERBATIM)
-    add_custom_target(${name} DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/UtilityCrashReport")
+    set(programs UtilityCrashReport UtilityJobSupervisor)
+    foreach(program IN LISTS programs)
+      add_custom_command(
+        OUTPUT ${program}
+        COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:${program}> .
+        DEPENDS $<TARGET_FILE:${program}>
+        VERBATIM)
+    endforeach()
+    list(TRANSFORM programs PREPEND "${CMAKE_CURRENT_BINARY_DIR}/")
+    add_custom_target(${name} DEPENDS ${programs})
     return()
   endif()
   utility_runtime_files(files)

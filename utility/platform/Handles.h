@@ -14,7 +14,7 @@ public:
     virtual ~HandleService() = default;
 
     /// Closes a file, a mapping, or on Windows any object of the kernel. On Linux the only such handles are those of
-    /// the file service and of threads.
+    /// the file service, of threads, and of jobs and what ends in them.
     virtual bool CloseHandle(HANDLE handle) = 0;
 
     /// Refused with 6 on Linux, where nothing makes one.

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace utility::platform::posix
@@ -26,6 +27,12 @@ constexpr std::intptr_t CodeOf(HandleKind kind) { return static_cast<std::intptr
 
 /// What stands uppermost in the handles that this process makes.
 std::intptr_t OwnPlace() noexcept { return std::intptr_t{::getpid()} << processAt; }
+
+bool CloseDescriptor(int descriptor) noexcept
+{
+    // A descriptor is gone when the call is interrupted as well: made anew it would close that of somebody else.
+    return ::close(descriptor) == 0 || errno == EINTR || Fail();
+}
 
 }
 
@@ -52,8 +59,16 @@ bool CloseHandle(HANDLE handle) noexcept
         errno = EBADF;
         return ForgetThread(thread) || Fail();
     }
-    // A descriptor is gone when the call is interrupted as well: made anew it would close that of somebody else.
-    return ::close(NumberOf(HandleKind::file, handle)) == 0 || errno == EINTR || Fail();
+    if (const int job = NumberOf(HandleKind::job, handle); job >= 0)
+    {
+        // A copy of its owner, made by fork, may have the socket as well.
+        if (IsOwn(handle))
+            ::shutdown(job, SHUT_RDWR);
+        return CloseDescriptor(job);
+    }
+    if (const int ending = NumberOf(HandleKind::ending, handle); ending >= 0)
+        return CloseDescriptor(ending);
+    return CloseDescriptor(NumberOf(HandleKind::file, handle));
 }
 
 }

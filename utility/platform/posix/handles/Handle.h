@@ -10,7 +10,9 @@ enum class HandleKind
 {
     file,
     mapping,
-    thread
+    thread,
+    job,   ///< by the socket to its supervisor
+    ending ///< of a job or a process in one, by the socket that tells of it
 };
 
 /// The handle of a thing that is known by a number, not negative, among those of its kind: by its descriptor, if it has

@@ -1,0 +1,272 @@
+#include "utility/platform/Jobs.h"
+
+#include "utility/platform/ErrorCodes.h"
+#include "utility/platform/Modules.h"
+#include "utility/platform/Paths.h"
+#include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/handles/Handle.h"
+#include "utility/platform/posix/jobs/JobMessages.h"
+#include "utility/platform/posix/programs/Start.h"
+#include "utility/platform/SystemService.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <fcntl.h>
+#include <limits>
+#include <poll.h>
+#include <string>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace utility::platform
+{
+
+namespace
+{
+
+/// Owns a descriptor; the reason of a failure stays when it is closed.
+class Descriptor
+{
+public:
+    Descriptor() : Descriptor(-1) {}
+    explicit Descriptor(int number) : m_number(posix::AboveStandardStreams(number)) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    ~Descriptor()
+    {
+        const int reason = errno;
+        if (m_number >= 0)
+            ::close(m_number);
+        errno = reason;
+    }
+
+    explicit operator bool() const { return m_number >= 0; }
+    int Number() const { return m_number; }
+    int Release() { return std::exchange(m_number, -1); }
+
+private:
+    int m_number;
+};
+
+/// Two ends of a socket whose messages stay apart.
+struct Ends
+{
+    Descriptor ours;
+    Descriptor theirs;
+
+    explicit operator bool() const { return ours && theirs; }
+};
+
+Ends MakeEnds()
+{
+    int ends[2] = {-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+        return {};
+    Descriptor ours(ends[0]);
+    return {std::move(ours), Descriptor(ends[1])};
+}
+
+/// False, with the reason in errno, if nobody is there to get it.
+bool Send(int socket, const posix::JobRequest& request, const std::vector<int>& descriptors)
+{
+    iovec bytes = {const_cast<posix::JobRequest*>(&request), sizeof(request)};
+    alignas(cmsghdr) char control[CMSG_SPACE(posix::mostDescriptors * sizeof(int))] = {};
+    const std::size_t size = descriptors.size() * sizeof(int);
+    msghdr message = {};
+    message.msg_iov = &bytes;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = CMSG_SPACE(size);
+    cmsghdr* const header = CMSG_FIRSTHDR(&message);
+    header->cmsg_level = SOL_SOCKET;
+    header->cmsg_type = SCM_RIGHTS;
+    header->cmsg_len = CMSG_LEN(size);
+    std::memcpy(CMSG_DATA(header), descriptors.data(), size);
+    return posix::Uninterrupted([&] { return ::sendmsg(socket, &message, MSG_NOSIGNAL); }) >= 0;
+}
+
+/// A file in memory with texts, each with the null that ends it.
+Descriptor FileOf(const std::string& texts)
+{
+    Descriptor file(::memfd_create("job", MFD_CLOEXEC));
+    for (std::size_t done = 0; file && done < texts.size();)
+    {
+        const ssize_t written = posix::Uninterrupted(
+            [&] { return ::pwrite(file.Number(), texts.data() + done, texts.size() - done, static_cast<off_t>(done)); });
+        if (written < 0)
+            return Descriptor();
+        done += static_cast<std::size_t>(written);
+    }
+    return file;
+}
+
+std::string SupervisorFile()
+{
+    static const char here = 0;
+    const boost::filesystem::path library = PathFromWide(Modules().FileName(Modules().ModuleAt(&here)));
+    return (library.parent_path() / posix::supervisorProgram).native();
+}
+
+HANDLE FailWithoutHandle()
+{
+    posix::Fail();
+    return nullptr;
+}
+
+/// The socket of a job, or of something that ends in one; -1, with the reason in errno, if the handle is none.
+int SocketOf(posix::HandleKind kind, HANDLE handle)
+{
+    const int socket = posix::NumberOf(kind, handle);
+    if (socket < 0)
+        errno = EBADF;
+    return socket;
+}
+
+class PosixJobs final : public JobService
+{
+public:
+    HANDLE MakeJob() override
+    {
+        // By what the supervisor finds its children.
+        if (::access("/proc/thread-self/children", R_OK) != 0)
+            return FailWithoutHandle();
+        Ends ends = MakeEnds();
+        if (!ends)
+            return FailWithoutHandle();
+        const std::string program = SupervisorFile();
+        const char* const arguments[] = {posix::supervisorProgram, nullptr};
+        posix::ProgramStart start;
+        start.program = program.c_str();
+        start.arguments = arguments;
+        start.input = ends.theirs.Number();
+        // What kills the owner's group shall not take along what cleans up behind it.
+        start.hasOwnGroup = true;
+        if (!posix::StartProgram(start))
+            return FailWithoutHandle();
+        return posix::MakeHandle(posix::HandleKind::job, ends.ours.Release());
+    }
+
+    bool KillOnClose(HANDLE job) override { return SocketOf(posix::HandleKind::job, job) >= 0 || posix::Fail(); }
+
+    HANDLE Watch(HANDLE job) override
+    {
+        const int socket = SocketOf(posix::HandleKind::job, job);
+        Ends ends = socket >= 0 ? MakeEnds() : Ends();
+        if (!ends)
+            return FailWithoutHandle();
+        // A supervisor that is gone takes nothing any more, and then what watches the job ends at once.
+        Send(socket, posix::JobRequest(), {ends.theirs.Number()});
+        return posix::MakeHandle(posix::HandleKind::ending, ends.ours.Release());
+    }
+
+    HANDLE StartIn(HANDLE job, const wchar_t* commandLine) override
+    {
+        const int socket = SocketOf(posix::HandleKind::job, job);
+        Ends ends = socket >= 0 ? MakeEnds() : Ends();
+        if (!ends || !Ask(socket, ends.theirs.Number(), commandLine != nullptr ? commandLine : L""))
+            return FailWithoutHandle();
+        ends.theirs = Descriptor();
+        posix::JobAnswer answer;
+        const ssize_t size = posix::Uninterrupted([&] { return ::recv(ends.ours.Number(), &answer, sizeof(answer), 0); });
+        if (size == 0)
+            errno = EPIPE;
+        else if (size > 0 && answer.kind == posix::JobAnswer::failed)
+            errno = static_cast<int>(answer.code);
+        else if (size > 0)
+            return posix::MakeHandle(posix::HandleKind::ending, ends.ours.Release());
+        return FailWithoutHandle();
+    }
+
+    std::optional<DWORD> WaitForExitCode(HANDLE handle, DWORD milliseconds) override
+    {
+        using Clock = std::chrono::steady_clock;
+        const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
+        pollfd socket = {SocketOf(posix::HandleKind::ending, handle), POLLIN, 0};
+        if (socket.fd < 0)
+        {
+            posix::Fail();
+            return std::nullopt;
+        }
+        for (;;)
+        {
+            const int ready = posix::Uninterrupted(
+                [&]
+                {
+                    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
+                    const auto most = static_cast<std::int64_t>(std::numeric_limits<int>::max());
+                    return ::poll(&socket, 1,
+                                  milliseconds == forEver ? -1 : static_cast<int>(std::clamp<std::int64_t>(left, 0, most)));
+                });
+            if (ready < 0)
+            {
+                posix::Fail();
+                return std::nullopt;
+            }
+            if (ready == 0 && milliseconds != forEver && Clock::now() >= until)
+            {
+                SetLastError(ERROR_SUCCESS);
+                return std::nullopt;
+            }
+            if (ready == 0)
+                continue;
+            // It stays there for the next who asks. Without a supervisor nothing tells what became of its job.
+            posix::JobAnswer answer = {posix::JobAnswer::ended, 1};
+            ::recv(socket.fd, &answer, sizeof(answer), MSG_PEEK);
+            if (answer.kind == posix::JobAnswer::ended)
+                return answer.code;
+            socket.fd = -1;
+        }
+    }
+
+private:
+    static constexpr DWORD forEver = 0xFFFFFFFF;
+
+    /// Has the supervisor start a program as this process would.
+    static bool Ask(int socket, int answers, std::wstring_view commandLine)
+    {
+        const std::vector<std::string> arguments = posix::ArgumentsOf(commandLine);
+        const std::string program = posix::ProgramFile(arguments.front());
+        if (program.empty())
+            return false;
+        posix::JobRequest request;
+        request.kind = posix::JobRequest::start;
+        request.arguments = static_cast<std::uint32_t>(arguments.size());
+        request.group = ::getpgrp();
+        std::string texts = program + '\0';
+        for (const std::string& argument : arguments)
+            texts += argument + '\0';
+        for (const char* const* variable = environ; variable != nullptr && *variable != nullptr; ++variable)
+        {
+            texts += std::string(*variable) + '\0';
+            ++request.variables;
+        }
+        const Descriptor file = FileOf(texts);
+        const Descriptor folder(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!file || !folder)
+            return false;
+        std::vector<int> descriptors = {answers, file.Number(), folder.Number()};
+        for (int stream = 0; stream <= STDERR_FILENO; ++stream)
+        {
+            if (::fcntl(stream, F_GETFD) < 0)
+                continue;
+            request.streams |= 1U << stream;
+            descriptors.push_back(stream);
+        }
+        return Send(socket, request, descriptors);
+    }
+};
+
+}
+
+ServiceSlot<JobService>& JobsSlot() noexcept { return SystemService<JobService, PosixJobs>::Slot(); }
+
+}
