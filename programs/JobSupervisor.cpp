@@ -149,7 +149,7 @@ private:
     void Start(const JobRequest& request, const Descriptors& descriptors)
     {
         const std::vector<std::string> texts = TextsIn(descriptors[1]);
-        int error = EINVAL;
+        volatile int error = EINVAL; // which the new process sets in this memory
         if (texts.size() == std::size_t{1} + request.arguments + request.variables)
         {
             std::vector<char*> pointers;
@@ -179,7 +179,7 @@ private:
     }
 
     /// In the new process, which shares this one's memory.
-    [[noreturn]] void Become(const JobRequest& request, const Descriptors& descriptors, char** texts, int& error) const
+    [[noreturn]] void Become(const JobRequest& request, const Descriptors& descriptors, char** texts, volatile int& error) const
     {
         // Should this program be killed, at least what it started goes with it.
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -1,0 +1,524 @@
+#include "utility/platform/Jobs.h"
+
+#include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Thorough.h"
+#include "utility/platform/Error.h"
+#include "utility/platform/formats/CommandLine.h"
+#include "utility/platform/Handles.h"
+#include "utility/platform/Paths.h"
+
+#include <boost/filesystem/operations.hpp>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <fstream>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using support::Child;
+using support::FailingCall;
+using utility::platform::Handles;
+using utility::platform::Jobs;
+using utility::platform::LastError;
+using utility::platform::formats::JoinCommandLine;
+
+namespace
+{
+
+constexpr DWORD soon = 30000;
+
+/// A job in whose processes the variable `here` names a folder for what they tell.
+class PosixJobTest : public testing::Test
+{
+protected:
+    PosixJobTest()
+    {
+        ::setenv("here", m_folder.Path().c_str(), 1);
+        Open();
+    }
+    ~PosixJobTest() override
+    {
+        ::unsetenv("here");
+        Close();
+        Handles().CloseHandle(m_watch);
+    }
+
+    void Open()
+    {
+        m_job = Jobs().MakeJob();
+        m_watch = Jobs().Watch(m_job);
+    }
+
+    void Close()
+    {
+        if (m_job != nullptr)
+            Handles().CloseHandle(m_job);
+        m_job = nullptr;
+    }
+
+    HANDLE Shell(const std::string& script) const
+    {
+        return Jobs().StartIn(m_job, JoinCommandLine({L"sh", L"-c", std::wstring(script.begin(), script.end())}).c_str());
+    }
+
+    /// The exit code of a script.
+    std::optional<DWORD> Run(const std::string& script) const
+    {
+        const HANDLE process = Shell(script);
+        const std::optional<DWORD> code =
+            process == nullptr ? std::nullopt : Jobs().WaitForExitCode(process, soon);
+        Handles().CloseHandle(process);
+        return code;
+    }
+
+    std::string Told(const char* file = "told") const { return support::TemporaryFolder::BytesOf(m_folder / file); }
+
+    /// What stands in a file as soon as it is a whole line.
+    std::string ToldAtLast(const char* file = "told") const
+    {
+        std::string told;
+        for (int tries = 0; !(told = Told(file)).ends_with('\n') && tries < 3000; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return told;
+    }
+
+    /// The processes whose numbers a file has in a line each.
+    std::vector<pid_t> Processes(const char* file = "told") const
+    {
+        std::ifstream stream((m_folder / file).c_str());
+        std::vector<pid_t> processes;
+        for (pid_t process = 0; stream >> process;)
+            processes.push_back(process);
+        return processes;
+    }
+
+    static bool IsThere(pid_t process) { return ::kill(process, 0) == 0; }
+
+    /// Whether it is gone soon, for one that nobody tells the end of.
+    static bool GoesAway(pid_t process)
+    {
+        for (int tries = 0; IsThere(process) && tries < 3000; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return !IsThere(process);
+    }
+
+    /// The supervisor, of which a process that the job has started is a child.
+    pid_t Supervisor() const
+    {
+        EXPECT_EQ(Run("echo $PPID > \"$here/supervisor\""), 0u);
+        return Processes("supervisor").at(0);
+    }
+
+    const support::TemporaryFolder m_folder;
+    HANDLE m_job = nullptr;
+    HANDLE m_watch = nullptr;
+};
+
+/// Programs that would live on.
+struct Tough
+{
+    const char* name;
+    const char* script; ///< writes the numbers of its processes, and at last a line `ready` to another file
+};
+
+class ToughProcessTest : public PosixJobTest, public testing::WithParamInterface<Tough>
+{
+};
+
+}
+
+TEST_P(ToughProcessTest, IsKilledWithTheJob)
+{
+    const HANDLE process = Shell(GetParam().script);
+    ASSERT_NE(process, nullptr);
+    ASSERT_EQ(ToldAtLast("ready"), "ready\n");
+    const std::vector<pid_t> processes = Processes();
+    ASSERT_FALSE(processes.empty());
+    EXPECT_TRUE(IsThere(processes.back()));
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, 0), std::nullopt);
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    // They are gone by now, and collected.
+    for (const pid_t each : Processes())
+        EXPECT_FALSE(IsThere(each)) << each;
+    Handles().CloseHandle(process);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ToughProcessTest,
+    testing::Values(
+        Tough{"Plain", "echo $$ > \"$here/told\"; echo ready > \"$here/ready\"; sleep 600"},
+        Tough{"IgnoresSignals", "trap '' INT TERM HUP QUIT USR1 TSTP CHLD; echo $$ > \"$here/told\"; "
+                                "echo ready > \"$here/ready\"; sleep 600; sleep 600"},
+        Tough{"Daemon", "setsid sh -c '(echo $$ >> \"$here/told\"; setsid sh -c \"echo \\$\\$ >> $here/told; "
+                        "echo ready > $here/ready; exec sleep 600\" <&- >&- 2>&- &) & exit' & wait; exit 0"},
+        Tough{"Stopped", "sh -c 'echo $$ >> \"$here/told\"; echo ready > \"$here/ready\"; kill -STOP $$; sleep 600' & "
+                         "wait"},
+        Tough{"Tree", "for a in 1 2 3; do (for b in 1 2 3; do (for c in 1 2 3; do sleep 600 & echo $! >> "
+                      "\"$here/told\"; done; wait) & done; wait) & done; "
+                      "while [ $(wc -l < \"$here/told\") -lt 27 ]; do sleep 0.05; done; echo ready > \"$here/ready\"; "
+                      "wait"}),
+    [](const auto& tested) { return tested.param.name; });
+
+TEST_F(PosixJobTest, ProcessesThatForkOnAndOnAreKilled)
+{
+    // Each ends as soon as it has started the next one, a thousand times at most.
+    ASSERT_NE(Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && sh \"$here/next\" $(($1 - 1)) &' > \"$here/next\"; "
+                    "sh \"$here/next\" 1000"),
+              nullptr);
+    while (Processes().size() < 20)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    const std::size_t count = Processes().size();
+    EXPECT_LT(count, 1000u);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(Processes().size(), count);
+    for (const pid_t each : Processes())
+        EXPECT_FALSE(IsThere(each));
+}
+
+TEST_F(PosixJobTest, ProcessesThatBecomeMoreAndMoreAreKilled)
+{
+    // Three become of each, up to a few hundred.
+    ASSERT_NE(Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && for i in 1 2 3; do sh \"$here/next\" $(($1 - 1)) & done; "
+                    "sleep 600' > \"$here/next\"; sh \"$here/next\" 5"),
+              nullptr);
+    while (Processes().size() < 30)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    for (const pid_t each : Processes())
+        EXPECT_FALSE(IsThere(each));
+}
+
+TEST_F(PosixJobTest, DaemonKeepsTheWatchGoingBehindTheProcessThatStartedIt)
+{
+    EXPECT_EQ(Run("setsid sleep 600 & echo $! > \"$here/told\""), 0u);
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, 100), std::nullopt);
+    ::kill(Processes().at(0), SIGKILL);
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+}
+
+TEST_F(PosixJobTest, WatchThatBeginsLaterIsOfWhatIsStartedThen)
+{
+    EXPECT_EQ(Run("true"), 0u);
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    const HANDLE later = Jobs().Watch(m_job);
+    EXPECT_EQ(Jobs().WaitForExitCode(later, 100), std::nullopt);
+    EXPECT_EQ(Run("true"), 0u);
+    EXPECT_EQ(Jobs().WaitForExitCode(later, soon), 0u);
+    Handles().CloseHandle(later);
+}
+
+TEST_F(PosixJobTest, WhatASignalEndsHasItsNumber)
+{
+    EXPECT_EQ(Run("kill -TERM $$"), 128u + SIGTERM);
+    EXPECT_EQ(Run("kill -KILL $$"), 128u + SIGKILL);
+    EXPECT_EQ(Run("exit 255"), 255u);
+}
+
+TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesAlongWhatItStarted)
+{
+    const HANDLE process = Shell("echo $$ > \"$here/told\"; exec sleep 600");
+    const std::string told = ToldAtLast();
+    ASSERT_FALSE(told.empty());
+    ::kill(Supervisor(), SIGKILL);
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
+    EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 1u);
+    EXPECT_TRUE(GoesAway(std::stoi(told)));
+    EXPECT_EQ(Shell("true"), nullptr);
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
+    const HANDLE late = Jobs().Watch(m_job);
+    EXPECT_EQ(Jobs().WaitForExitCode(late, soon), 1u);
+    Handles().CloseHandle(late);
+    Handles().CloseHandle(process);
+}
+
+TEST_F(PosixJobTest, KilledOwnerTakesItsJobAlong)
+{
+    Child owner(
+        [this]
+        {
+            Open();
+            Shell("setsid sleep 600 & echo $! > \"$here/told\"; wait");
+            ToldAtLast();
+            ::kill(::getpid(), SIGKILL);
+            return 0;
+        });
+    EXPECT_EQ(owner.Signal(), SIGKILL);
+    ASSERT_EQ(Processes().size(), 1u);
+    EXPECT_TRUE(GoesAway(Processes()[0]));
+}
+
+TEST_F(PosixJobTest, OwnerThatIsKilledTakesItsJobAlongThoughACopyOfItGoesOn)
+{
+    Child owner(
+        [this]
+        {
+            Open();
+            Shell("echo $$ > \"$here/told\"; exec sleep 600");
+            ToldAtLast();
+            if (const pid_t copy = ::fork(); copy == 0)
+            {
+                ::sleep(60);
+                ::_exit(0);
+            }
+            else
+                std::ofstream((m_folder / "copy").c_str()) << copy << '\n';
+            ::kill(::getpid(), SIGKILL);
+            return 0;
+        });
+    EXPECT_EQ(owner.Signal(), SIGKILL);
+    EXPECT_TRUE(GoesAway(Processes().at(0)));
+    EXPECT_TRUE(IsThere(Processes("copy").at(0)));
+    ::kill(Processes("copy").at(0), SIGKILL);
+}
+
+TEST_F(PosixJobTest, JobIsClosedThoughACopyOfItsOwnerHasTheHandle)
+{
+    const HANDLE process = Shell("sleep 600");
+    const pid_t copy = ::fork();
+    if (copy == 0)
+    {
+        ::sleep(60);
+        ::_exit(0);
+    }
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 128u + SIGKILL);
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    ::kill(copy, SIGKILL);
+    ::waitpid(copy, nullptr, 0);
+    Handles().CloseHandle(process);
+}
+
+TEST_F(PosixJobTest, CopyOfItsOwnerDoesNotCloseTheJob)
+{
+    const HANDLE process = Shell("sleep 600");
+    Child copy(
+        [this]
+        {
+            Close();
+            return 0;
+        });
+    EXPECT_EQ(copy.ExitCode(), 0);
+    EXPECT_EQ(Jobs().WaitForExitCode(process, 100), std::nullopt);
+    EXPECT_EQ(Run("exit 4"), 4u);
+    Handles().CloseHandle(process);
+}
+
+TEST_F(PosixJobTest, ProcessHasTheFolderTheEnvironmentAndTheGroupOfItsCallerAtThatTime)
+{
+    const boost::filesystem::path earlier = boost::filesystem::current_path();
+    boost::filesystem::create_directory(m_folder / "inner");
+    boost::filesystem::current_path(m_folder / "inner");
+    ::setenv("said", "of now, \xFF", 1);
+    EXPECT_EQ(Run("pwd -P > ../folder; printf %s \"$said\" > ../said; ps -o pgid= -p $$ > ../group"), 0u);
+    ::unsetenv("said");
+    boost::filesystem::current_path(earlier);
+    EXPECT_EQ(Told("folder"), boost::filesystem::canonical(m_folder / "inner").string() + '\n');
+    EXPECT_EQ(Told("said"), "of now, \xFF");
+    EXPECT_EQ(std::stoi(Told("group")), ::getpgrp());
+}
+
+TEST_F(PosixJobTest, ProcessHasTheStandardStreamsOfItsCallerAndNoOtherFile)
+{
+    Child child(
+        [this]
+        {
+            Open();
+            const int output = ::open((m_folder / "output").c_str(), O_WRONLY | O_CREAT, 0600);
+            const int input = ::open((m_folder / "input").c_str(), O_RDWR | O_CREAT, 0600);
+            static_cast<void>(::write(input, "typed\n", 6));
+            ::lseek(input, 0, SEEK_SET);
+            ::dup2(input, 0);
+            ::dup2(output, 1);
+            ::close(2);
+            ::fcntl(output, F_SETFD, 0); // for every program that it starts
+            const std::optional<DWORD> code =
+                Run("read line; echo got $line; for each in 0 1 2 3 4 5 6 7 8 9 10; do "
+                    "test -e /proc/$$/fd/$each && echo $each; done; true");
+            return code == 0u ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_EQ(Told("output"), "got typed\n0\n1\n");
+}
+
+TEST_F(PosixJobTest, ClosedStandardStreamsAreClosedInTheProcess)
+{
+    Child child(
+        [this]
+        {
+            for (const int stream : {0, 1, 2})
+                ::close(stream);
+            Open();
+            return static_cast<int>(
+                Run("exec 9> \"$here/told\"; for each in 0 1 2 3 4 5 6 7 8 9 10; do test -e /proc/$$/fd/$each && "
+                    "echo $each >&9; done; exit 6")
+                    .value_or(1));
+        });
+    EXPECT_EQ(child.ExitCode(), 6);
+    EXPECT_EQ(Told(), "9\n");
+}
+
+TEST_F(PosixJobTest, ProcessIsNotBlockedFromSignalsAsItsSupervisorIs)
+{
+    const HANDLE process = Jobs().StartIn(
+        m_job, JoinCommandLine({L"cp", L"/proc/self/status", utility::platform::WideFromPath(m_folder / "told")}).c_str());
+    EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 0u);
+    Handles().CloseHandle(process);
+    EXPECT_NE(Told().find("SigBlk:\t0000000000000000\n"), std::string::npos) << Told();
+}
+
+TEST_F(PosixJobTest, HostThatIgnoresItsChildrenGetsExitCodesAndHasNoChildOfOurs)
+{
+    Child child(
+        [this]
+        {
+            ::signal(SIGCHLD, SIG_IGN);
+            Open();
+            if (Run("(exit 3); exit $?") != 3u)
+                return 1;
+            return ::waitpid(-1, nullptr, __WALL | WNOHANG) == -1 && errno == ECHILD ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, HostIsToldOfNoChild)
+{
+    static volatile sig_atomic_t told;
+    told = 0;
+    struct sigaction before;
+    struct sigaction counting = {};
+    counting.sa_handler = [](int) { told = 1; };
+    ::sigaction(SIGCHLD, &counting, &before);
+    EXPECT_EQ(Run("true"), 0u);
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    ::sigaction(SIGCHLD, &before, nullptr);
+    EXPECT_EQ(told, 0);
+}
+
+TEST_F(PosixJobTest, WaitGoesOnBehindASignal)
+{
+    static volatile sig_atomic_t told;
+    told = 0;
+    struct sigaction before;
+    struct sigaction counting = {};
+    counting.sa_handler = [](int) { told = told + 1; };
+    ::sigaction(SIGALRM, &counting, &before);
+    const itimerval often = {{0, 10000}, {0, 10000}};
+    itimerval never = {};
+    ::setitimer(ITIMER_REAL, &often, nullptr);
+    EXPECT_EQ(Run("sleep 0.3; exit 8"), 8u);
+    ::setitimer(ITIMER_REAL, &never, nullptr);
+    ::sigaction(SIGALRM, &before, nullptr);
+    EXPECT_GT(told, 5);
+}
+
+TEST_F(PosixJobTest, LongCommandLinesAndEnvironmentsArrive)
+{
+    const std::string part(100000, 'x');
+    for (const char* const name : {"long1", "long2", "long3", "long4"})
+        ::setenv(name, part.c_str(), 1);
+    EXPECT_EQ(Run("test ${#long1} -eq 100000 -a ${#long4} -eq 100000 || exit 1; : " + part + "; exit 9"), 9u);
+    for (const char* const name : {"long1", "long2", "long3", "long4"})
+        ::unsetenv(name);
+    // A text of this length is refused by the system itself.
+    EXPECT_EQ(Shell(": " + std::string(200000, 'x')), nullptr);
+}
+
+TEST_F(PosixJobTest, ProgramNameOfBytesThatAreNoTextIsFound)
+{
+    const boost::filesystem::path program = m_folder.File("a\xFF b", "#!/bin/sh\nexit 5\n");
+    ::chmod(program.c_str(), 0700);
+    const HANDLE process =
+        Jobs().StartIn(m_job, JoinCommandLine({utility::platform::WideFromPath(program)}).c_str());
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 5u);
+    Handles().CloseHandle(process);
+}
+
+TEST_F(PosixJobTest, ReasonOfAProgramThatCannotBeStartedIsTold)
+{
+    EXPECT_EQ(Jobs().StartIn(m_job, L"/etc/passwd"), nullptr);
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
+    const boost::filesystem::path program = m_folder.File("text", "no program\n");
+    ::chmod(program.c_str(), 0700);
+    EXPECT_EQ(Jobs().StartIn(m_job, utility::platform::WideFromPath(program).c_str()), nullptr);
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_BAD_EXE_FORMAT));
+}
+
+TEST_F(PosixJobTest, NoCallThatFailsLeavesADescriptor)
+{
+    const std::ptrdiff_t open = support::OpenDescriptors();
+    for (const char* const call : {"socketpair", "memfd_create", "pwrite", "open", "sendmsg", "recv"})
+    {
+        const FailingCall failing(call, EMFILE);
+        EXPECT_EQ(Shell("true"), nullptr) << call;
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_TOO_MANY_OPEN_FILES)) << call;
+        EXPECT_TRUE(failing.HasFailed()) << call;
+    }
+    {
+        const FailingCall failing("socketpair", EMFILE, FailingCall::always);
+        EXPECT_EQ(Jobs().MakeJob(), nullptr);
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_TOO_MANY_OPEN_FILES));
+        EXPECT_EQ(Jobs().Watch(m_job), nullptr);
+    }
+    {
+        const FailingCall failing("clone", EAGAIN);
+        EXPECT_EQ(Jobs().MakeJob(), nullptr);
+        EXPECT_TRUE(failing.HasFailed());
+    }
+    {
+        const FailingCall failing("access", ENOENT);
+        EXPECT_EQ(Jobs().MakeJob(), nullptr);
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
+    }
+    EXPECT_EQ(support::OpenDescriptors(), open);
+    EXPECT_EQ(Run("exit 2"), 2u);
+}
+
+TEST_F(PosixJobTest, ManyJobsOneAfterTheOtherLeaveNothing)
+{
+    const std::ptrdiff_t open = support::OpenDescriptors();
+    for (int each = 0; each < support::Cases(1000); ++each)
+    {
+        Close();
+        Handles().CloseHandle(m_watch);
+        Open();
+        ASSERT_NE(m_job, nullptr);
+        ASSERT_EQ(Run("echo $PPID >> \"$here/told\""), 0u);
+    }
+    EXPECT_EQ(support::OpenDescriptors(), open);
+    Close();
+    EXPECT_EQ(Processes().size(), static_cast<std::size_t>(support::Cases(1000)));
+    for (const pid_t supervisor : Processes())
+        EXPECT_TRUE(GoesAway(supervisor));
+    EXPECT_EQ(::waitpid(-1, nullptr, __WALL | WNOHANG), -1);
+}
+
+TEST_F(PosixJobTest, AnyThreadMayStartAndWait)
+{
+    std::vector<std::thread> threads;
+    for (unsigned int each = 0; each < 4; ++each)
+        threads.emplace_back(
+            [this, each]
+            {
+                for (unsigned int time = 0; time < 5; ++time)
+                    EXPECT_EQ(Run("exit " + std::to_string(10 * each + time)), 10 * each + time);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+}

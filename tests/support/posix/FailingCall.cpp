@@ -12,6 +12,7 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/types.h>
@@ -63,6 +64,7 @@ using support::FailingCall;
         return FailingCall::Fails(#name) ? (failure) : __real_##name(__VA_ARGS__);                                     \
     }
 
+FAILING_CALL(int, -1, access, (const char* path, int kind), path, kind)
 FAILING_CALL(void*, nullptr, dlopen, (const char* file, int mode), file, mode)
 FAILING_CALL(int, -1, fchmod, (int file, mode_t mode), file, mode)
 FAILING_CALL(ssize_t, -1, fgetxattr, (int file, const char* name, void* value, std::size_t size), file, name, value,
@@ -98,9 +100,12 @@ FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destro
 FAILING_CALL(ssize_t, -1, pwrite, (int file, const void* bytes, std::size_t size, off_t at), file, bytes, size, at)
 FAILING_CALL(ssize_t, -1, read, (int file, void* bytes, std::size_t size), file, bytes, size)
 FAILING_CALL(ssize_t, -1, readlink, (const char* link, char* text, std::size_t size), link, text, size)
+FAILING_CALL(ssize_t, -1, recv, (int socket, void* bytes, std::size_t size, int flags), socket, bytes, size, flags)
 FAILING_CALL(int, -1, rename, (const char* from, const char* to), from, to)
 FAILING_CALL(int, -1, renameat2, (int fromFolder, const char* from, int toFolder, const char* to, unsigned int flags),
              fromFolder, from, toFolder, to, flags)
+FAILING_CALL(ssize_t, -1, sendmsg, (int socket, const msghdr* message, int flags), socket, message, flags)
+FAILING_CALL(int, -1, socketpair, (int domain, int type, int protocol, int* ends), domain, type, protocol, ends)
 FAILING_CALL(int, -1, stat, (const char* path, struct stat* status), path, status)
 FAILING_CALL(int, -1, statx, (int folder, const char* path, int flags, unsigned int fields, struct statx* status),
              folder, path, flags, fields, status)
@@ -142,6 +147,12 @@ extern "C" int __wrap_open(const char* path, int flags, ...)
     const auto mode = va_arg(more, mode_t);
     va_end(more);
     return FailingCall::Fails("open") ? -1 : __real_open(path, flags, mode);
+}
+
+extern "C" int __real_clone(int (*body)(void*), void* stack, int flags, void* argument, ...);
+extern "C" int __wrap_clone(int (*body)(void*), void* stack, int flags, void* argument, ...)
+{
+    return FailingCall::Fails("clone") ? -1 : __real_clone(body, stack, flags, argument);
 }
 
 extern "C" int __real_fcntl(int file, int command, ...);

@@ -31,7 +31,7 @@ struct Starting
 {
     const ProgramStart& what;
     sigset_t mask; ///< of the calling thread
-    int error = 0;
+    volatile int error = 0; ///< the new process sets it, in this memory
     int process = -1; ///< a descriptor of the awaited program
 };
 
