@@ -6,6 +6,7 @@
 #include "tests/support/KeepFloatingControl.h"
 #include "tests/support/KeepNewHandler.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/RecordingDebugger.h"
 #include "tests/support/RecordingForm.h"
 #include "tests/support/RecordingMails.h"
 #include "tests/support/RecordingZipLibrary.h"
@@ -17,6 +18,7 @@
 #include "tests/support/ThreadLog.h"
 #include "utility/platform/Clipboard.h"
 #include "utility/platform/Modules.h"
+#include "utility/platform/ThreadPriorities.h"
 #include "utility/Utility.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -78,6 +80,28 @@ protected:
 };
 
 std::wstring console;
+
+/// Programs that are found first along PATH: each writes its arguments to a file of its name, and ends with their number.
+class ProgramsOfTheTest
+{
+public:
+    ProgramsOfTheTest(const support::TemporaryFolder& folder, std::initializer_list<const char*> names)
+    {
+        for (const char* const name : names)
+        {
+            const boost::filesystem::path program =
+                folder.File(name, "#!/bin/sh\necho \"$*\" > \"$0.told\"\nexit $#\n");
+            boost::filesystem::permissions(program, boost::filesystem::owner_all);
+        }
+        ::setenv("PATH", (folder.Path().string() + ':' + m_earlier).c_str(), 1);
+    }
+    ProgramsOfTheTest(const ProgramsOfTheTest&) = delete;
+    ProgramsOfTheTest& operator=(const ProgramsOfTheTest&) = delete;
+    ~ProgramsOfTheTest() { ::setenv("PATH", m_earlier.c_str(), 1); }
+
+private:
+    const std::string m_earlier = std::getenv("PATH");
+};
 
 /// Gives the debugger's output back to the system.
 struct KeepDebuggerSink
@@ -638,6 +662,52 @@ TEST_F(HeaderExampleTest, ExeFile)
     boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
 #include "system/ExeFile.example"
     EXPECT_EQ(shown, L"0|");
+}
+
+TEST_F(HeaderExampleTest, ThreadName)
+{
+    support::RecordingDebugger debugger;
+    debugger.isPresent = true;
+    const DWORD threadId = 7;
+#include "diagnostics/ThreadName.example"
+    EXPECT_EQ(debugger.names.at(0).second, "tool paths");
+}
+
+TEST_F(HeaderExampleTest, EventSetter)
+{
+#include "guards/EventSetter.example"
+    EXPECT_EQ(shown, L"0|");
+}
+
+TEST_F(HeaderExampleTest, ThreadPriority)
+{
+    const auto Recalculate = [] { Show(utility::platform::ThreadPriorities().Priority(utility::platform::ThreadPriorities().CallingThread())); };
+#include "guards/ThreadPriority.example"
+    EXPECT_NE(shown, L"");
+}
+
+TEST_F(HeaderExampleTest, CommandLine)
+{
+    using namespace utility::platform::formats;
+#include "platform/formats/CommandLine.example"
+}
+
+TEST_F(HeaderExampleTest, Jobs)
+{
+    const ProgramsOfTheTest programs(m_folder, {"mill"});
+#include "system/Jobs.example"
+    EXPECT_EQ(shown, L"1|"); // its one argument
+}
+
+TEST_F(HeaderExampleTest, Programs)
+{
+    const ProgramsOfTheTest programs(m_folder, {"convert", "xdg-open"});
+    m_folder.File("part7.pdf", "");
+#include "system/Programs.example"
+    EXPECT_EQ(m_folder.BytesOf("convert.told"), "part 7.igs part7.stl\n");
+    for (int tries = 0; !m_folder.BytesOf("xdg-open.told").ends_with('\n') && tries < 1000; ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(m_folder.BytesOf("xdg-open.told"), "part7.pdf\n");
 }
 
 TEST_F(HeaderExampleTest, PerfLib)

@@ -44,9 +44,14 @@ if(STEP STREQUAL "install")
   endif()
 
   if(NOT TOOLCHAIN)
-    # Without a request the program that writes crash reports ends with 2.
     file(GLOB_RECURSE library "${PREFIX}/libUtility.so" "${PREFIX}/libUtility.a")
     cmake_path(GET library PARENT_PATH folder)
+    # Without an owner the supervisor of a job has nothing to do.
+    execute_process(COMMAND "${folder}/UtilityJobSupervisor" INPUT_FILE /dev/null RESULT_VARIABLE result)
+    if(NOT result EQUAL 0)
+      message(FATAL_ERROR "${folder}/UtilityJobSupervisor: ${result}")
+    endif()
+    # Without a request the program that writes crash reports ends with 2.
     execute_process(COMMAND "${folder}/UtilityCrashReport" INPUT_FILE /dev/null RESULT_VARIABLE result)
     if(NOT result EQUAL 2)
       message(FATAL_ERROR "${folder}/UtilityCrashReport: ${result}")

@@ -5,6 +5,7 @@
 
 #include <deque>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace support
@@ -25,6 +26,7 @@ public:
         return isPresent;
     }
     void Break() override { ++breaks; }
+    void NameThread(DWORD thread, const char* name) override { names.emplace_back(thread, name); }
     void Output(const wchar_t* text) override { wide.emplace_back(text); }
     void Output(const char* text) override { narrow.emplace_back(text); }
 
@@ -32,6 +34,7 @@ public:
     std::deque<bool> nextAnswers; ///< `isPresent` from one question to the next
     int questions = 0;
     int breaks = 0;
+    std::vector<std::pair<DWORD, std::string>> names;
     std::vector<std::wstring> wide;
     std::vector<std::string> narrow;
 

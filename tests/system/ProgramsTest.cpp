@@ -1,6 +1,7 @@
 #include "utility/system/Programs.h"
 
 #include "tests/support/CommandLines.h"
+#include "tests/support/ScriptedDesktop.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TellingProgram.h"
 #include "utility/platform/Programs.h"
@@ -92,4 +93,44 @@ TEST(ExecuteTest, WithoutWaitingItReturnsAheadOfTheEnd)
     std::wstring line = program.Line() + L" exit=0 late";
     QLMExecute(line.c_str(), false);
     EXPECT_EQ(program.ToldAtLast(), "<exit=0><late>");
+}
+
+TEST(ShellExecuteTest, AboveThirtyTwoIsASuccessOfWhichNothingIsSaid)
+{
+    RecordingPrograms programs;
+    support::ScriptedDesktop desktop;
+    EXPECT_TRUE(QLMShellExecute(L"part.pdf", L"-p 2"));
+    EXPECT_STREQ(programs.m_file, L"part.pdf");
+    EXPECT_STREQ(programs.m_parameters, L"-p 2");
+    EXPECT_TRUE(desktop.shown.empty());
+}
+
+TEST(ShellExecuteTest, NullParametersAreAnEmptyText)
+{
+    RecordingPrograms programs;
+    EXPECT_TRUE(QLMShellExecute(L"part.pdf", nullptr));
+    ASSERT_NE(programs.m_parameters, nullptr);
+    EXPECT_STREQ(programs.m_parameters, L"");
+}
+
+TEST(ShellExecuteTest, UpToThirtyTwoIsTheNumberOfTheErrorThatABoxTells)
+{
+    RecordingPrograms programs;
+    for (const std::intptr_t error : {2, 32})
+    {
+        support::ScriptedDesktop desktop;
+        programs.m_opened = error;
+        EXPECT_FALSE(QLMShellExecute(L"part.pdf", nullptr));
+        ASSERT_EQ(desktop.shown.size(), 1u);
+        EXPECT_FALSE(desktop.shown[0].text.empty());
+        EXPECT_EQ(desktop.shown[0].style, 64u);
+        EXPECT_EQ(desktop.shown[0].helpTopic, 0u);
+    }
+}
+
+TEST(ShellExecuteTest, FileThatIsMissingIsTold)
+{
+    support::ScriptedDesktop desktop;
+    EXPECT_FALSE(QLMShellExecute(L"there-is-no-such-file.pdf", nullptr));
+    EXPECT_EQ(desktop.shown.size(), 1u);
 }

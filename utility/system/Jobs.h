@@ -6,9 +6,9 @@
 //     std::unique_ptr<void, int (*)(void*)> job(nullptr, nullptr), thread(nullptr, nullptr), process(nullptr, nullptr);
 //     if (CreateJob(job, thread) && StartInJob(job.get(), L"mill \"part 7.igs\"", process))
 //     {
-//         const std::optional<DWORD> code = WaitForExitCode(process.get());
-//         job.reset();                    // kills what it left behind,
-//         WaitForExitCode(thread.get());  // of which nothing is there any more
+//         Show(*WaitForExitCode(process.get()));
+//         job.reset();                   // kills what the command left behind,
+//         WaitForExitCode(thread.get()); // of which nothing is there any more
 //     }
 //
 // Any thread may call. A refused operation has its reason in utility::platform::LastError(); only a lack of memory is

@@ -3,8 +3,8 @@
 // Two ways of starting another program.
 //
 //     wchar_t convert[] = L"convert \"part 7.igs\" part7.stl";
-//     QLMExecute(convert, true);                              // and waits for its end
-//     const bool isShown = QLMShellExecute(L"part7.pdf", nullptr); // in the program that the desktop has for it
+//     QLMExecute(convert, true);              // and waits for its end
+//     QLMShellExecute(L"part7.pdf", nullptr); // in the program that the desktop has for it
 //
 // Any thread may call. Only a lack of memory is thrown.
 //

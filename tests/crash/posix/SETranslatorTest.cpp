@@ -190,6 +190,7 @@ TEST_F(PosixSETranslatorTest, DebuggerThatCameLaterIsStoppedInAndNothingIsThrown
     {
     public:
         bool IsPresent() override { return m_questions++ != 0; }
+        void NameThread(DWORD, const char*) override {}
         void Break() override { ::_exit(3); }
         void Output(const wchar_t*) override {}
         void Output(const char*) override {}

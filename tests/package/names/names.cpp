@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <list>
+#include <memory>
 #include <utility>
 
 namespace
@@ -810,6 +811,19 @@ void System()
     Copy<CSerialPortInfo>();
     Move<CSerialPortInfo>();
     EnumerateSerialPorts(Any<std::list<CSerialPortInfo>>());
+
+    std::unique_ptr<void, int (*)(void*)> owner(nullptr, nullptr);
+    CreateJob(owner, owner);
+    StartInJob(nullptr, L"", owner);
+    WaitForExitCode(nullptr);
+    CEventSetter setter(utility::platform::Events().MakeEvent());
+    CThreadPriority{0};
+    CThreadPriority{nullptr, 0};
+    SetThreadName(0, "");
+    QLMExecute(L"", true);
+    QLMShellExecute(L"", nullptr);
+    static_cast<void>(utility::platform::formats::JoinCommandLine({}));
+    static_cast<void>(utility::platform::formats::SplitCommandLine(L""));
 }
 
 void Text()

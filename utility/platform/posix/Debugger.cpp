@@ -6,6 +6,8 @@
 #include "utility/platform/SystemService.h"
 
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -40,6 +42,16 @@ public:
 
     /// Right here, where a signal raised by a call would stop within that call.
     void Break() override { asm volatile("int3"); }
+
+    void NameThread(DWORD thread, const char* name) override
+    {
+        const std::string file = "/proc/self/task/" + std::to_string(thread) + "/comm";
+        const int descriptor = ::open(file.c_str(), O_WRONLY | O_CLOEXEC);
+        if (descriptor < 0)
+            return;
+        posix::Uninterrupted([&] { return ::write(descriptor, name, std::strlen(name)); });
+        ::close(descriptor);
+    }
 
     void Output(const wchar_t* text) override
     {

@@ -6,16 +6,13 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
+#include "utility/platform/posix/handles/Readable.h"
 #include "utility/platform/posix/jobs/JobMessages.h"
 #include "utility/platform/posix/programs/Start.h"
 #include "utility/platform/SystemService.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <limits>
-#include <poll.h>
 #include <string>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -188,48 +185,24 @@ public:
 
     std::optional<DWORD> WaitForExitCode(HANDLE handle, DWORD milliseconds) override
     {
-        using Clock = std::chrono::steady_clock;
-        const auto until = Clock::now() + std::chrono::milliseconds(milliseconds);
-        pollfd socket = {SocketOf(posix::HandleKind::ending, handle), POLLIN, 0};
-        if (socket.fd < 0)
-        {
+        const int socket = SocketOf(posix::HandleKind::ending, handle);
+        std::optional<bool> isTold = socket < 0 ? std::nullopt : posix::WaitUntilReadable(socket, milliseconds);
+        // It stays there for the next who asks. Without a supervisor nothing tells what became of its job.
+        posix::JobAnswer answer = {posix::JobAnswer::ended, 1};
+        if (isTold == true)
+            ::recv(socket, &answer, sizeof(answer), MSG_PEEK);
+        if (answer.kind == posix::JobAnswer::neverEnds)
+            isTold = posix::WaitUntilReadable(-1, milliseconds);
+        if (isTold == true)
+            return answer.code;
+        if (isTold == false)
+            SetLastError(ERROR_SUCCESS);
+        else
             posix::Fail();
-            return std::nullopt;
-        }
-        for (;;)
-        {
-            const int ready = posix::Uninterrupted(
-                [&]
-                {
-                    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now()).count();
-                    const auto most = static_cast<std::int64_t>(std::numeric_limits<int>::max());
-                    return ::poll(&socket, 1,
-                                  milliseconds == forEver ? -1 : static_cast<int>(std::clamp<std::int64_t>(left, 0, most)));
-                });
-            if (ready < 0)
-            {
-                posix::Fail();
-                return std::nullopt;
-            }
-            if (ready == 0 && milliseconds != forEver && Clock::now() >= until)
-            {
-                SetLastError(ERROR_SUCCESS);
-                return std::nullopt;
-            }
-            if (ready == 0)
-                continue;
-            // It stays there for the next who asks. Without a supervisor nothing tells what became of its job.
-            posix::JobAnswer answer = {posix::JobAnswer::ended, 1};
-            ::recv(socket.fd, &answer, sizeof(answer), MSG_PEEK);
-            if (answer.kind == posix::JobAnswer::ended)
-                return answer.code;
-            socket.fd = -1;
-        }
+        return std::nullopt;
     }
 
 private:
-    static constexpr DWORD forEver = 0xFFFFFFFF;
-
     /// Has the supervisor start a program as this process would.
     static bool Ask(int socket, int answers, std::wstring_view commandLine)
     {

@@ -3,6 +3,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/threads/TimedThreads.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -66,9 +67,10 @@ bool CloseHandle(HANDLE handle) noexcept
             ::shutdown(job, SHUT_RDWR);
         return CloseDescriptor(job);
     }
-    if (const int ending = NumberOf(HandleKind::ending, handle); ending >= 0)
-        return CloseDescriptor(ending);
-    return CloseDescriptor(NumberOf(HandleKind::file, handle));
+    int descriptor = -1;
+    for (const HandleKind kind : {HandleKind::file, HandleKind::ending, HandleKind::event})
+        descriptor = std::max(descriptor, NumberOf(kind, handle));
+    return CloseDescriptor(descriptor);
 }
 
 }

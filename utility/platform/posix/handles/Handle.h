@@ -11,8 +11,9 @@ enum class HandleKind
     file,
     mapping,
     thread,
-    job,   ///< by the socket to its supervisor
-    ending ///< of a job or a process in one, by the socket that tells of it
+    job,    ///< by the socket to its supervisor
+    ending, ///< of a job or a process in one, by the socket that tells of it
+    event
 };
 
 /// The handle of a thing that is known by a number, not negative, among those of its kind: by its descriptor, if it has
