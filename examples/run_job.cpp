@@ -25,12 +25,13 @@ using Handle = std::unique_ptr<void, int (*)(void*)>;
 
 void ShowHelp()
 {
-    std::printf("usage: run_job COMMAND [ARGUMENT...]\n"
-                "\n"
-                "Runs a command so that nothing of it survives. What it started and left behind is killed when it has\n"
-                "ended, and all of it when run_job is ended, in whatever way.\n"
-                "\n"
-                "Exit status: that of the command; 125 if there can be no job, 127 if the command cannot be started.\n");
+    std::printf(
+        "usage: run_job COMMAND [ARGUMENT...]\n"
+        "\n"
+        "Runs a command so that nothing of it survives. What it started and left behind is killed when it has\n"
+        "ended, and all of it when run_job is ended, in whatever way.\n"
+        "\n"
+        "Exit status: that of the command; 125 if there can be no job, 127 if the command cannot be started.\n");
 }
 
 /// False if one of the arguments is no text.

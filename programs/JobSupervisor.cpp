@@ -137,7 +137,8 @@ private:
         if (::fstat(file, &status) == 0)
             bytes.resize(static_cast<std::size_t>(status.st_size));
         std::size_t done = 0;
-        for (ssize_t read = 1; read > 0 && done < bytes.size(); done += static_cast<std::size_t>(std::max<ssize_t>(read, 0)))
+        for (ssize_t read = 1; read > 0 && done < bytes.size();
+             done += static_cast<std::size_t>(std::max<ssize_t>(read, 0)))
             read = Uninterrupted(
                 [&] { return ::pread(file, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done)); });
         std::vector<std::string> texts;
@@ -179,7 +180,8 @@ private:
     }
 
     /// In the new process, which shares this one's memory.
-    [[noreturn]] void Become(const JobRequest& request, const Descriptors& descriptors, char** texts, volatile int& error) const
+    [[noreturn]] void Become(const JobRequest& request, const Descriptors& descriptors, char** texts,
+                             volatile int& error) const
     {
         // Should this program be killed, at least what it started goes with it.
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -236,7 +238,9 @@ int OpenOwner()
 {
     ucred owner = {};
     socklen_t size = sizeof(owner);
-    return ::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &owner, &size) == 0 ? static_cast<int>(::syscall(SYS_pidfd_open, owner.pid, 0)) : -1;
+    return ::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &owner, &size) == 0
+               ? static_cast<int>(::syscall(SYS_pidfd_open, owner.pid, 0))
+               : -1;
 }
 
 Earlier MakeReady()
@@ -266,8 +270,9 @@ int main()
         children,
         owner
     };
-    std::array<pollfd, 3> sources = {
-        {{STDIN_FILENO, POLLIN, 0}, {::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK), POLLIN, 0}, {OpenOwner(), POLLIN, 0}}};
+    std::array<pollfd, 3> sources = {{{STDIN_FILENO, POLLIN, 0},
+                                      {::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK), POLLIN, 0},
+                                      {OpenOwner(), POLLIN, 0}}};
     Job job(earlier);
     while (Uninterrupted([&] { return ::poll(sources.data(), sources.size(), -1); }) > 0)
     {

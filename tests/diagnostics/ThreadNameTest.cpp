@@ -34,7 +34,9 @@ TEST(ThreadNameTest, SystemsOwnWayOfTellingItIsSwallowed)
     utility::platform::Debugger().NameThread(thread, "tool paths of 1234");
     std::string now;
     if (std::getline(std::ifstream("/proc/thread-self/comm"), now))
+    {
         EXPECT_EQ(now, "tool paths of 1");
+    }
     utility::platform::Debugger().NameThread(thread, before.c_str());
     utility::platform::Debugger().NameThread(0x7FFFFFFF, "nobody");
 }

@@ -39,7 +39,8 @@ private:
                         std::to_string(priority));
     }
 
-    support::Substitute<utility::platform::ThreadPriorityService> m_scope{utility::platform::ThreadPrioritiesSlot(), *this};
+    support::Substitute<utility::platform::ThreadPriorityService> m_scope{utility::platform::ThreadPrioritiesSlot(),
+                                                                          *this};
 };
 
 int OwnPriority() { return ThreadPriorities().Priority(ThreadPriorities().CallingThread()); }

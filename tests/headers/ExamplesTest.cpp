@@ -17,7 +17,9 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/ThreadLog.h"
 #include "utility/platform/Clipboard.h"
+#include "utility/platform/Jobs.h"
 #include "utility/platform/Modules.h"
+#include "utility/platform/Programs.h"
 #include "utility/platform/ThreadPriorities.h"
 #include "utility/Utility.h"
 
@@ -80,28 +82,6 @@ protected:
 };
 
 std::wstring console;
-
-/// Programs that are found first along PATH: each writes its arguments to a file of its name, and ends with their number.
-class ProgramsOfTheTest
-{
-public:
-    ProgramsOfTheTest(const support::TemporaryFolder& folder, std::initializer_list<const char*> names)
-    {
-        for (const char* const name : names)
-        {
-            const boost::filesystem::path program =
-                folder.File(name, "#!/bin/sh\necho \"$*\" > \"$0.told\"\nexit $#\n");
-            boost::filesystem::permissions(program, boost::filesystem::owner_all);
-        }
-        ::setenv("PATH", (folder.Path().string() + ':' + m_earlier).c_str(), 1);
-    }
-    ProgramsOfTheTest(const ProgramsOfTheTest&) = delete;
-    ProgramsOfTheTest& operator=(const ProgramsOfTheTest&) = delete;
-    ~ProgramsOfTheTest() { ::setenv("PATH", m_earlier.c_str(), 1); }
-
-private:
-    const std::string m_earlier = std::getenv("PATH");
-};
 
 /// Gives the debugger's output back to the system.
 struct KeepDebuggerSink
@@ -681,7 +661,8 @@ TEST_F(HeaderExampleTest, EventSetter)
 
 TEST_F(HeaderExampleTest, ThreadPriority)
 {
-    const auto Recalculate = [] { Show(utility::platform::ThreadPriorities().Priority(utility::platform::ThreadPriorities().CallingThread())); };
+    using utility::platform::ThreadPriorities;
+    const auto Recalculate = [] { Show(ThreadPriorities().Priority(ThreadPriorities().CallingThread())); };
 #include "guards/ThreadPriority.example"
     EXPECT_NE(shown, L"");
 }
@@ -694,20 +675,41 @@ TEST_F(HeaderExampleTest, CommandLine)
 
 TEST_F(HeaderExampleTest, Jobs)
 {
-    const ProgramsOfTheTest programs(m_folder, {"mill"});
+    struct OneCommand final : utility::platform::JobService
+    {
+        HANDLE MakeJob() override { return utility::platform::Events().MakeEvent(); }
+        bool KillOnClose(HANDLE) override { return true; }
+        HANDLE Watch(HANDLE) override { return MakeJob(); }
+        HANDLE StartIn(HANDLE, const wchar_t* line) override
+        {
+            Show(line);
+            return MakeJob();
+        }
+        std::optional<DWORD> WaitForExitCode(HANDLE, DWORD) override { return 3; }
+    } jobs;
+    const support::Substitute<utility::platform::JobService> scope(utility::platform::JobsSlot(), jobs);
 #include "system/Jobs.example"
-    EXPECT_EQ(shown, L"1|"); // its one argument
+    EXPECT_EQ(shown, L"mill \"part 7.igs\"|3|");
 }
 
 TEST_F(HeaderExampleTest, Programs)
 {
-    const ProgramsOfTheTest programs(m_folder, {"convert", "xdg-open"});
-    m_folder.File("part7.pdf", "");
+    struct ShownPrograms final : utility::platform::ProgramService
+    {
+        bool Run(wchar_t* line, utility::platform::UntilItEnds) override
+        {
+            Show(line);
+            return true;
+        }
+        std::intptr_t Open(const wchar_t* file, const wchar_t* parameters) override
+        {
+            Show(file, parameters);
+            return 33;
+        }
+    } programs;
+    const support::Substitute<utility::platform::ProgramService> scope(utility::platform::ProgramsSlot(), programs);
 #include "system/Programs.example"
-    EXPECT_EQ(m_folder.BytesOf("convert.told"), "part 7.igs part7.stl\n");
-    for (int tries = 0; !m_folder.BytesOf("xdg-open.told").ends_with('\n') && tries < 1000; ++tries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(m_folder.BytesOf("xdg-open.told"), "part7.pdf\n");
+    EXPECT_EQ(shown, L"convert \"part 7.igs\" part7.stl|part7.pdf||");
 }
 
 TEST_F(HeaderExampleTest, PerfLib)

@@ -69,15 +69,15 @@ protected:
 
     HANDLE Shell(const std::string& script) const
     {
-        return Jobs().StartIn(m_job, JoinCommandLine({L"sh", L"-c", std::wstring(script.begin(), script.end())}).c_str());
+        return Jobs().StartIn(m_job,
+                              JoinCommandLine({L"sh", L"-c", std::wstring(script.begin(), script.end())}).c_str());
     }
 
     /// The exit code of a script.
     std::optional<DWORD> Run(const std::string& script) const
     {
         const HANDLE process = Shell(script);
-        const std::optional<DWORD> code =
-            process == nullptr ? std::nullopt : Jobs().WaitForExitCode(process, soon);
+        const std::optional<DWORD> code = process == nullptr ? std::nullopt : Jobs().WaitForExitCode(process, soon);
         Handles().CloseHandle(process);
         return code;
     }
@@ -174,9 +174,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(PosixJobTest, ProcessesThatForkOnAndOnAreKilled)
 {
     // Each ends as soon as it has started the next one, a thousand times at most.
-    ASSERT_NE(Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && sh \"$here/next\" $(($1 - 1)) &' > \"$here/next\"; "
-                    "sh \"$here/next\" 1000"),
-              nullptr);
+    ASSERT_NE(
+        Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && sh \"$here/next\" $(($1 - 1)) &' > \"$here/next\"; "
+              "sh \"$here/next\" 1000"),
+        nullptr);
     while (Processes().size() < 20)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     Close();
@@ -192,7 +193,8 @@ TEST_F(PosixJobTest, ProcessesThatForkOnAndOnAreKilled)
 TEST_F(PosixJobTest, ProcessesThatBecomeMoreAndMoreAreKilled)
 {
     // Three become of each, up to a few hundred.
-    ASSERT_NE(Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && for i in 1 2 3; do sh \"$here/next\" $(($1 - 1)) & done; "
+    ASSERT_NE(Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && for i in 1 2 3; do sh \"$here/next\" $(($1 - "
+                    "1)) & done; "
                     "sleep 600' > \"$here/next\"; sh \"$here/next\" 5"),
               nullptr);
     while (Processes().size() < 30)
@@ -346,9 +348,8 @@ TEST_F(PosixJobTest, ProcessHasTheStandardStreamsOfItsCallerAndNoOtherFile)
             ::dup2(output, 1);
             ::close(2);
             ::fcntl(output, F_SETFD, 0); // for every program that it starts
-            const std::optional<DWORD> code =
-                Run("read line; echo got $line; for each in 0 1 2 3 4 5 6 7 8 9 10; do "
-                    "test -e /proc/$$/fd/$each && echo $each; done; true");
+            const std::optional<DWORD> code = Run("read line; echo got $line; for each in 0 1 2 3 4 5 6 7 8 9 10; do "
+                                                  "test -e /proc/$$/fd/$each && echo $each; done; true");
             return code == 0u ? 0 : 1;
         });
     EXPECT_EQ(child.ExitCode(), 0);
@@ -375,7 +376,8 @@ TEST_F(PosixJobTest, ClosedStandardStreamsAreClosedInTheProcess)
 TEST_F(PosixJobTest, ProcessIsNotBlockedFromSignalsAsItsSupervisorIs)
 {
     const HANDLE process = Jobs().StartIn(
-        m_job, JoinCommandLine({L"cp", L"/proc/self/status", utility::platform::WideFromPath(m_folder / "told")}).c_str());
+        m_job,
+        JoinCommandLine({L"cp", L"/proc/self/status", utility::platform::WideFromPath(m_folder / "told")}).c_str());
     EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 0u);
     Handles().CloseHandle(process);
     EXPECT_NE(Told().find("SigBlk:\t0000000000000000\n"), std::string::npos) << Told();
@@ -443,8 +445,7 @@ TEST_F(PosixJobTest, ProgramNameOfBytesThatAreNoTextIsFound)
 {
     const boost::filesystem::path program = m_folder.File("a\xFF b", "#!/bin/sh\nexit 5\n");
     ::chmod(program.c_str(), 0700);
-    const HANDLE process =
-        Jobs().StartIn(m_job, JoinCommandLine({utility::platform::WideFromPath(program)}).c_str());
+    const HANDLE process = Jobs().StartIn(m_job, JoinCommandLine({utility::platform::WideFromPath(program)}).c_str());
     ASSERT_NE(process, nullptr);
     EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 5u);
     Handles().CloseHandle(process);

@@ -58,8 +58,10 @@ protected:
 
 private:
     const ImportedCall<decltype(&::CreateIoCompletionPort)> m_port{
-        __imp_CreateIoCompletionPort, [](HANDLE file, HANDLE port, ULONG_PTR key, DWORD concurrency)
-        { return file == INVALID_HANDLE_VALUE && port == nullptr && key == 1 && concurrency == 0 ? scriptedPort : nullptr; }};
+        __imp_CreateIoCompletionPort, [](HANDLE file, HANDLE port, ULONG_PTR key, DWORD concurrency) {
+            return file == INVALID_HANDLE_VALUE && port == nullptr && key == 1 && concurrency == 0 ? scriptedPort
+                                                                                                   : nullptr;
+        }};
     const ImportedCall<decltype(&::SetInformationJobObject)> m_association{
         __imp_SetInformationJobObject, [](HANDLE job, JOBOBJECTINFOCLASS kind, LPVOID record, DWORD size)
         {
@@ -72,8 +74,7 @@ private:
         __imp_WaitForSingleObject, [](HANDLE handle, DWORD milliseconds)
         { return handle == scriptedPort && milliseconds == INFINITE ? DWORD{WAIT_OBJECT_0} : DWORD{WAIT_FAILED}; }};
     const ImportedCall<decltype(&::GetQueuedCompletionStatus)> m_message{
-        __imp_GetQueuedCompletionStatus,
-        [](HANDLE port, LPDWORD message, PULONG_PTR, LPOVERLAPPED*, DWORD milliseconds)
+        __imp_GetQueuedCompletionStatus, [](HANDLE port, LPDWORD message, PULONG_PTR, LPOVERLAPPED*, DWORD milliseconds)
         {
             *message = 4;
             return BOOL{port == scriptedPort && milliseconds == INFINITE};
@@ -154,8 +155,9 @@ TEST(JobsTest, NothingButKillingIsAskedOfTheJob)
 
 TEST(JobsTest, WatcherIsAThreadWithTheStackOfTheSystem)
 {
-    const ImportedCall call(__imp_CreateThread, [](LPSECURITY_ATTRIBUTES security, SIZE_T stack,
-                                                   LPTHREAD_START_ROUTINE body, LPVOID job, DWORD flags, LPDWORD id)
+    const ImportedCall call(__imp_CreateThread,
+                            [](LPSECURITY_ATTRIBUTES security, SIZE_T stack, LPTHREAD_START_ROUTINE body, LPVOID job,
+                               DWORD flags, LPDWORD id)
                             {
                                 return security == nullptr && stack == 0 && body != nullptr && job == scriptedJob &&
                                                flags == 0 && id == nullptr
@@ -213,8 +215,8 @@ TEST(JobsTest, ProcessThatTheJobDoesNotTakeNeverRuns)
     const ImportedCall call(__imp_AssignProcessToJobObject,
                             [](HANDLE, HANDLE process)
                             {
-                                ::DuplicateHandle(::GetCurrentProcess(), process, ::GetCurrentProcess(), &refused, 0, FALSE,
-                                                  DUPLICATE_SAME_ACCESS);
+                                ::DuplicateHandle(::GetCurrentProcess(), process, ::GetCurrentProcess(), &refused, 0,
+                                                  FALSE, DUPLICATE_SAME_ACCESS);
                                 ::SetLastError(ERROR_ACCESS_DENIED);
                                 return FALSE;
                             });

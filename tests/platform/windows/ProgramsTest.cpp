@@ -52,7 +52,8 @@ private:
             return BOOL{line[1] != L'?'};
         }};
     const ImportedCall<decltype(&::WaitForSingleObject)> m_wait{
-        __imp_WaitForSingleObject, [](HANDLE handle, DWORD milliseconds) -> DWORD
+        __imp_WaitForSingleObject,
+        [](HANDLE handle, DWORD milliseconds) -> DWORD
         {
             calls += handle == reinterpret_cast<HANDLE>(processHandle) && milliseconds == INFINITE ? "wait " : "other ";
             return WAIT_OBJECT_0;
@@ -91,12 +92,12 @@ TEST_F(ProgramCallsTest, ProgramThatCannotBeStartedLeavesNothingToDo)
 
 TEST(ProgramsOpenTest, ShellIsAskedWithoutAWindowAVerbOrAFolder)
 {
-    const ImportedCall call(__imp_ShellExecuteW, [](HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters,
-                                                    LPCWSTR folder, INT mode)
+    const ImportedCall call(__imp_ShellExecuteW,
+                            [](HWND window, LPCWSTR verb, LPCWSTR file, LPCWSTR parameters, LPCWSTR folder, INT mode)
                             {
-                                const bool isRight = window == nullptr && verb == nullptr &&
-                                                     std::wstring(file) == L"part.pdf" && std::wstring(parameters) == L"2" &&
-                                                     folder != nullptr && *folder == 0 && mode == 5;
+                                const bool isRight =
+                                    window == nullptr && verb == nullptr && std::wstring(file) == L"part.pdf" &&
+                                    std::wstring(parameters) == L"2" && folder != nullptr && *folder == 0 && mode == 5;
                                 return reinterpret_cast<HINSTANCE>(std::intptr_t{isRight ? 42 : 2});
                             });
     EXPECT_EQ(Programs().Open(L"part.pdf", L"2"), 42);

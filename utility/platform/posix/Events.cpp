@@ -38,8 +38,7 @@ public:
         const int number = posix::NumberOf(posix::HandleKind::event, event);
         if (number < 0)
             errno = EBADF;
-        const std::optional<bool> isSet =
-            number < 0 ? std::nullopt : posix::WaitUntilReadable(number, milliseconds);
+        const std::optional<bool> isSet = number < 0 ? std::nullopt : posix::WaitUntilReadable(number, milliseconds);
         return isSet ? *isSet : posix::Fail();
     }
 };

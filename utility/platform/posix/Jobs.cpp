@@ -98,7 +98,8 @@ Descriptor FileOf(const std::string& texts)
     for (std::size_t done = 0; file && done < texts.size();)
     {
         const ssize_t written = posix::Uninterrupted(
-            [&] { return ::pwrite(file.Number(), texts.data() + done, texts.size() - done, static_cast<off_t>(done)); });
+            [&]
+            { return ::pwrite(file.Number(), texts.data() + done, texts.size() - done, static_cast<off_t>(done)); });
         if (written < 0)
             return Descriptor();
         done += static_cast<std::size_t>(written);
@@ -173,7 +174,8 @@ public:
             return FailWithoutHandle();
         ends.theirs = Descriptor();
         posix::JobAnswer answer;
-        const ssize_t size = posix::Uninterrupted([&] { return ::recv(ends.ours.Number(), &answer, sizeof(answer), 0); });
+        const ssize_t size =
+            posix::Uninterrupted([&] { return ::recv(ends.ours.Number(), &answer, sizeof(answer), 0); });
         if (size == 0)
             errno = EPIPE;
         else if (size > 0 && answer.kind == posix::JobAnswer::failed)

@@ -39,10 +39,7 @@ bool IsProgram(const std::string& name)
 }
 
 /// Whether it is an address of the net or of mail, and no file.
-bool IsAddress(const std::string& name)
-{
-    return name.find("://") != std::string::npos || name.starts_with("mailto:");
-}
+bool IsAddress(const std::string& name) { return name.find("://") != std::string::npos || name.starts_with("mailto:"); }
 
 class PosixPrograms final : public ProgramService
 {
@@ -77,7 +74,7 @@ public:
             return Failure();
         }
         return Start({"xdg-open", name.starts_with('-') ? "./" + name : name}, UntilItEnds::goOn) ? success
-                                                                                                   : noProgramForIt;
+                                                                                                  : noProgramForIt;
     }
 
 private:

@@ -33,8 +33,7 @@ public:
 
     std::intptr_t Open(const wchar_t* file, const wchar_t* parameters) override
     {
-        return reinterpret_cast<std::intptr_t>(
-            ::ShellExecuteW(nullptr, nullptr, file, parameters, L"", SW_SHOW));
+        return reinterpret_cast<std::intptr_t>(::ShellExecuteW(nullptr, nullptr, file, parameters, L"", SW_SHOW));
     }
 };
 

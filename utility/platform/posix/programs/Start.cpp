@@ -30,9 +30,9 @@ namespace
 struct Starting
 {
     const ProgramStart& what;
-    sigset_t mask; ///< of the calling thread
+    sigset_t mask;          ///< of the calling thread
     volatile int error = 0; ///< the new process sets it, in this memory
-    int process = -1; ///< a descriptor of the awaited program
+    int process = -1;       ///< a descriptor of the awaited program
 };
 
 void LeaveOnly(int input)
@@ -112,8 +112,7 @@ bool StartProgram(const ProgramStart& start) noexcept
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &starting.mask);
     alignas(16) char stack[16384];
-    const pid_t between =
-        ::clone(&StartAndEnd, stack + sizeof(stack), CLONE_VM | CLONE_VFORK | CLONE_FILES, &starting);
+    const pid_t between = ::clone(&StartAndEnd, stack + sizeof(stack), CLONE_VM | CLONE_VFORK | CLONE_FILES, &starting);
     if (between < 0)
         starting.error = errno;
     else

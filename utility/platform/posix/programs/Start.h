@@ -10,9 +10,9 @@ namespace utility::platform::posix
 /// What a program is started with.
 struct ProgramStart
 {
-    const char* program = nullptr;            ///< the path of its file
-    const char* const* arguments = nullptr;   ///< its name the first of them, and null behind the last
-    int input = -1;                           ///< its standard input, if not -1; its output then leads nowhere, and its folder is the root
+    const char* program = nullptr;          ///< the path of its file
+    const char* const* arguments = nullptr; ///< its name the first of them, and null behind the last
+    int input = -1; ///< its standard input, if not -1; its output then leads nowhere, and its folder is the root
     bool hasOwnGroup = false;
     bool isAwaited = false;
 };
