@@ -9,6 +9,6 @@
 #include "utility/platform/DelayLoad.h"
 #include "utility/platform/Export.h"
 
-/// For notification 3, a library that could not be loaded, tries the file of its name in the folder of the program, and
-/// gives the module or null. For any other one it does nothing and gives null.
+/// For notification 3, a library that could not be loaded, tries the file of its name in GetExecutablePath(), and gives
+/// the module or null. For any other one it does nothing and gives null.
 UTILITY_API utility::platform::DelayLoadResult ZeloDliHook(unsigned int notification, DelayLoadInfo* info);

@@ -42,6 +42,7 @@ using DelayLoadHook = DelayLoadResult (*)(unsigned int notification, DelayLoadIn
 [[nodiscard]] HINSTANCE LoadCode(const boost::filesystem::path& file);
 
 /// Loads a library by its name or path as the system does, and if that fails what the hook gives, which may be null.
+/// An empty name is no library's; nor is null, for which no hook is asked.
 /// The result is for dlsym and dlclose, on Windows for GetProcAddress and FreeLibrary. Any thread may call.
 [[nodiscard]] UTILITY_API HINSTANCE OpenDelayed(const char* library, DelayLoadHook failureHook);
 

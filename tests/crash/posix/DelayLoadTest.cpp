@@ -1,9 +1,16 @@
 #include "utility/crash/DelayLoad.h"
+#include "utility/files/Places.h"
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <string>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
 
 using utility::platform::DelayLoadResult;
 using utility::platform::OpenDelayed;
@@ -57,4 +64,30 @@ TEST(PosixDelayLoadTest, LibraryThatIsNotFoundIsTriedBesideTheProgramByItsNameAl
     EXPECT_EQ(::dlclose(library), 0);
     EXPECT_EQ(OpenDelayed("/nowhere/libnothing.so", &ZeloDliHook), nullptr);
     EXPECT_EQ(OpenDelayed("/nowhere/", &ZeloDliHook), nullptr);
+}
+
+TEST(PosixDelayLoadTest, PipeBesideTheProgramIsNoLibraryAndIsNotWaitedFor)
+{
+    const boost::filesystem::path pipe = GetExecutablePath() / "libpipe.so";
+    ::unlink(pipe.c_str());
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    // Without it, who waits for a writer waits for ever.
+    std::atomic<bool> isOver = false;
+    std::thread writer(
+        [&]
+        {
+            for (int i = 0; !isOver; ++i)
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                if (i >= 100)
+                    ::close(::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+            }
+        });
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(OpenDelayed("/nowhere/libpipe.so", &ZeloDliHook), nullptr);
+    EXPECT_EQ(OpenDelayed(pipe.c_str(), nullptr), nullptr);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(900));
+    isOver = true;
+    writer.join();
+    ::unlink(pipe.c_str());
 }

@@ -13,6 +13,8 @@ HINSTANCE LoadCode(const boost::filesystem::path& file) { return Modules().Load(
 
 HINSTANCE OpenDelayed(const char* library, DelayLoadHook failureHook)
 {
+    if (library == nullptr)
+        return nullptr;
     const HINSTANCE module = ::LoadLibraryW(boost::filesystem::path(library).c_str());
     if (module != nullptr || failureHook == nullptr)
         return module;
