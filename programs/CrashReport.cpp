@@ -39,7 +39,7 @@ int main()
     ReportRequest request;
     if (!ReadRequest(request))
         return 2;
-    SetReportedThread(request.thread);
+    SetReportedThread(request.thread, request.threadInProc);
     const _EXCEPTION_POINTERS fault = {&request.record, &request.context};
     const auto opened = [&request](const boost::filesystem::path& report)
     {

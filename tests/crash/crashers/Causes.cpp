@@ -204,6 +204,20 @@ void FromOutside()
         ::pause();
 }
 
+void Caught()
+{
+    const CSETranslator translator;
+    try
+    {
+        Null();
+    }
+    catch (CStructuredException* failure)
+    {
+        failure->Delete();
+        static_cast<void>(::write(STDOUT_FILENO, "caught\n", 7));
+    }
+}
+
 void Handle(int, siginfo_t*, void*) { static_cast<void>(::write(STDOUT_FILENO, "handled\n", 8)); }
 
 struct sigaction libraryAction;
@@ -407,7 +421,7 @@ void BeforeAll(int count, char** words, char**)
     if (count != 2)
         return;
     const std::string_view word = words[1];
-    if (word == "earlier")
+    if (word == "earlier" || word == "earlier-quiet" || word == "earlier-caught")
         InstallFor(SIGSEGV, &HandleOnce, nullptr);
     if (word == "earlier-malloc")
         InstallFor(SIGSEGV, &Handle, nullptr);
@@ -455,6 +469,8 @@ constexpr Cause causes[] = {
     {"later", &LaterHandler},
     {"later-ends", &LaterHandlerThatEnds},
     {"earlier", &Null},
+    {"earlier-quiet", &Quiet},
+    {"earlier-caught", &Caught},
     {"earlier-ends", &Null},
     {"earlier-malloc", &WithinMalloc},
     {"earlier-crashes", &Null},

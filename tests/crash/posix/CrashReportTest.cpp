@@ -121,6 +121,22 @@ void Limit(int resource, rlim_t limit)
     ::setrlimit(static_cast<decltype(RLIMIT_AS)>(resource), &both);
 }
 
+/// What comes is the first process of a numbering of its own, and /proc has the old one. The calling process ends as
+/// that one does.
+void NumberProcessesAnew()
+{
+    if (::unshare(CLONE_NEWPID) != 0)
+        ::_exit(125);
+    const pid_t first = ::fork();
+    if (first == 0)
+        return;
+    int status = 0;
+    ::waitpid(first, &status, 0);
+    if (WIFSIGNALED(status))
+        ::raise(WTERMSIG(status));
+    ::_exit(WEXITSTATUS(status));
+}
+
 /// One that is exhausted at once, and may be made larger.
 void UseSmallStack()
 {
@@ -339,6 +355,22 @@ TEST_F(PosixCrashReport, HandlerThatWasThereEarlierIsCalledAheadOfTheReport)
 {
     ExpectEndBy(SIGSEGV, "earlier");
     EXPECT_EQ(m_end.output.substr(0, 8), "handled\n");
+    ExpectWholeReport(0xC0000005);
+}
+
+TEST_F(PosixCrashReport, HandlerThatWasThereEarlierIsCalledWhereNoReportIsWantedToo)
+{
+    ExpectEndBy(SIGSEGV, "earlier-quiet");
+    EXPECT_EQ(m_end.output, "handled\n");
+    EXPECT_FALSE(boost::filesystem::exists(m_crasher.DataFolder()));
+}
+
+TEST_F(PosixCrashReport, HandlerThatWasThereEarlierIsCalledAheadOfWhatIsThrown)
+{
+    m_end = m_crasher.Run("earlier-caught");
+    EXPECT_FALSE(m_end.isCrash);
+    EXPECT_EQ(m_end.outcome, 0U);
+    EXPECT_EQ(m_end.output, "handled\ncaught\n");
     ExpectWholeReport(0xC0000005);
 }
 
@@ -605,6 +637,26 @@ TEST_F(PosixCrashReport, FilterThatKillsWhatLooksIntoProcessesCostsTheRestOfTheR
     EXPECT_EQ(report.code, 0xC0000005U);
     EXPECT_FALSE(report.modules.empty());
     EXPECT_FALSE(report.isWhole) << m_text;
+}
+
+TEST_F(PosixCrashReport, IsOfTheProcessThatCrashedWhereNumbersOfProcessesAreNotThoseOfProc)
+{
+    if (!MayMount())
+        GTEST_SKIP() << "The user lacks the right to have processes of its own";
+    ExpectEndBy(SIGSEGV, "null", NumberProcessesAnew);
+    ExpectWholeReport(0xC0000005);
+    EXPECT_EQ(Report().path, m_crasher.PathInReport());
+    EXPECT_NE(m_text.find("WriteAValue"), std::string::npos) << m_text;
+}
+
+TEST_F(PosixCrashReportAlone, IsOfTheProcessThatCrashedFromInsideTooWhereNumbersAreNotThoseOfProc)
+{
+    if (!MayMount())
+        GTEST_SKIP() << "The user lacks the right to have processes of its own";
+    ExpectEndBy(SIGSEGV, "null", NumberProcessesAnew);
+    ExpectWholeReport(0xC0000005);
+    EXPECT_EQ(Report().path, m_crasher.PathInReport());
+    EXPECT_NE(m_text.find("WriteAValue"), std::string::npos) << m_text;
 }
 
 // What the names are.

@@ -38,7 +38,7 @@ class OpenSymbols
 public:
     explicit OpenSymbols(pid_t process = 0)
     {
-        posix::SetReportedThread(process);
+        posix::SetReportedThread(process, process);
         Symbols().Begin();
     }
     OpenSymbols(const OpenSymbols&) = delete;
@@ -46,7 +46,7 @@ public:
     ~OpenSymbols()
     {
         Symbols().End();
-        posix::SetReportedThread(0);
+        posix::SetReportedThread(0, 0);
     }
 };
 

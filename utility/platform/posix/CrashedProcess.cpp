@@ -33,7 +33,7 @@ namespace utility::platform
 namespace
 {
 
-std::string KernelFileOf(const char* name) { return "/proc/" + std::to_string(posix::ReportedThread()) + '/' + name; }
+std::string KernelFileOf(const char* name) { return "/proc/" + std::to_string(posix::ReportedThreadInProc()) + '/' + name; }
 
 /// A line of the kernel's list of what is mapped.
 struct Mapping

@@ -2,6 +2,7 @@
 
 #include "utility/platform/Faults.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/faults/ReportedProcess.h"
 #include "utility/platform/posix/faults/ReportRequest.h"
 
 #include <atomic>
@@ -176,7 +177,7 @@ constinit std::atomic_flag isSharedRoomTaken;
 bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log, Room& room)
 {
     Job& job = room.job;
-    job.request = {::gettid(), *fault.ExceptionRecord, *fault.ContextRecord, log};
+    job.request = {::gettid(), posix::ReportedThreadInProc(), *fault.ExceptionRecord, *fault.ContextRecord, log};
     job.isDone = false;
     if (!FindProgram(job.program))
         return false;

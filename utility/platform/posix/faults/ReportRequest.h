@@ -12,7 +12,8 @@ namespace utility::platform::posix
 /// says that there is a report, if only its beginning.
 struct ReportRequest
 {
-    pid_t thread; ///< that faulted
+    pid_t thread;       ///< that faulted
+    pid_t threadInProc; ///< its number in /proc
     _EXCEPTION_RECORD record;
     _CONTEXT context;
     const void* log; ///< in the memory of the process, null if none is wanted

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -15,12 +17,24 @@ namespace
 
 /// Zero for one of this process.
 pid_t reportedThread = 0;
+pid_t reportedThreadInProc = 0;
+
+/// The calling thread's.
+pid_t NumberInProc() noexcept
+{
+    char text[64];
+    const ssize_t length = ::readlink("/proc/thread-self", text, sizeof(text)); // 1234/task/1235
+    const std::string_view path(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    pid_t number = 0;
+    std::from_chars(path.data() + path.rfind('/') + 1, path.data() + path.size(), number);
+    return number != 0 ? number : ::gettid();
+}
 
 /// Where the system, or what it is run in, knows no better way.
 std::size_t ReadFile(std::uint64_t address, void* bytes, std::size_t size) noexcept
 {
     char path[32];
-    std::snprintf(path, sizeof(path), "/proc/%d/mem", ReportedThread());
+    std::snprintf(path, sizeof(path), "/proc/%d/mem", ReportedThreadInProc());
     const int file = ::open(path, O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return 0;
@@ -33,7 +47,13 @@ std::size_t ReadFile(std::uint64_t address, void* bytes, std::size_t size) noexc
 
 pid_t ReportedThread() noexcept { return reportedThread != 0 ? reportedThread : ::gettid(); }
 
-void SetReportedThread(pid_t thread) noexcept { reportedThread = thread; }
+pid_t ReportedThreadInProc() noexcept { return reportedThread != 0 ? reportedThreadInProc : NumberInProc(); }
+
+void SetReportedThread(pid_t thread, pid_t inProc) noexcept
+{
+    reportedThread = thread;
+    reportedThreadInProc = inProc;
+}
 
 bool IsReportedHere() noexcept { return reportedThread == 0; }
 

@@ -10,7 +10,10 @@ namespace utility::platform::posix
 /// A thread of the process that a report is of: the calling one, unless the program that writes reports of others has
 /// said which. The system tells of a process by the number of any thread that lives, and the first need not.
 pid_t ReportedThread() noexcept;
-void SetReportedThread(pid_t thread) noexcept;
+/// Its number in /proc: another one where processes are numbered anew, as in a container, and /proc is from outside.
+/// May be called within a fault.
+pid_t ReportedThreadInProc() noexcept;
+void SetReportedThread(pid_t thread, pid_t inProc) noexcept;
 
 /// Whether it is this process.
 bool IsReportedHere() noexcept;

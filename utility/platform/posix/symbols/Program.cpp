@@ -66,7 +66,7 @@ Program::~Program()
 void Program::Report() const
 {
     m_elfutils.dwfl_report_begin(m_session);
-    if (m_elfutils.dwfl_linux_proc_report(m_session, ReportedThread()) != 0 && IsReportedHere())
+    if (m_elfutils.dwfl_linux_proc_report(m_session, ReportedThreadInProc()) != 0 && IsReportedHere())
     {
         LinkerList list = {m_elfutils, m_session};
         ::dl_iterate_phdr(ReportModule, &list);
