@@ -185,8 +185,9 @@ private:
     {
         // Should this program be killed, at least what it started goes with it.
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        // The owner's, so that Ctrl-C reaches it, if the owner still has it.
-        ::setpgid(0, request.group);
+        // So that Ctrl-C reaches it, if the owner still has that group.
+        if (request.group != 0)
+            ::setpgid(0, request.group);
         bool isReady = ::fchdir(descriptors[2]) == 0;
         std::size_t next = 3;
         for (int stream = 0; stream <= STDERR_FILENO; ++stream)

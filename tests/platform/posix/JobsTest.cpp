@@ -320,18 +320,44 @@ TEST_F(PosixJobTest, CopyOfItsOwnerDoesNotCloseTheJob)
     Handles().CloseHandle(process);
 }
 
-TEST_F(PosixJobTest, ProcessHasTheFolderTheEnvironmentAndTheGroupOfItsCallerAtThatTime)
+TEST_F(PosixJobTest, ProcessHasTheFolderAndTheEnvironmentOfItsCallerAtThatTime)
 {
     const boost::filesystem::path earlier = boost::filesystem::current_path();
     boost::filesystem::create_directory(m_folder / "inner");
     boost::filesystem::current_path(m_folder / "inner");
     ::setenv("said", "of now, \xFF", 1);
-    EXPECT_EQ(Run("pwd -P > ../folder; printf %s \"$said\" > ../said; ps -o pgid= -p $$ > ../group"), 0u);
+    EXPECT_EQ(Run("pwd -P > ../folder; printf %s \"$said\" > ../said"), 0u);
     ::unsetenv("said");
     boost::filesystem::current_path(earlier);
     EXPECT_EQ(Told("folder"), boost::filesystem::canonical(m_folder / "inner").string() + '\n');
     EXPECT_EQ(Told("said"), "of now, \xFF");
-    EXPECT_EQ(std::stoi(Told("group")), ::getpgrp());
+}
+
+TEST_F(PosixJobTest, ProcessIsOfItsCallersGroupOnATerminalSoThatControlCReachesIt)
+{
+    const auto work = [this]
+    {
+        Open();
+        return Run("test $(ps -o pgid= -p $$) -eq " + std::to_string(::getpgrp())) == 0u ? 0 : 1;
+    };
+    EXPECT_EQ(Child(work, Child::Terminal::foreground).ExitCode(), 0);
+    EXPECT_EQ(Child(work, Child::Terminal::none).ExitCode(), 1);
+}
+
+TEST_F(PosixJobTest, StoppedProcessHangsUpNothingOfTheCallersWhenAnotherEnds)
+{
+    Child child(
+        [this]
+        {
+            Open();
+            Handles().CloseHandle(Shell("echo $$ > \"$here/told\"; kill -STOP $$"));
+            const pid_t stopped = std::stoi(ToldAtLast());
+            const std::string status = "/proc/" + std::to_string(stopped) + "/status";
+            const bool isStopped = Run("until grep -q 'State:.T' " + status + "; do sleep 0.01; done") == 0u;
+            return isStopped && Run("exit 3") == 3u ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+    EXPECT_EQ(child.Signal(), -1);
 }
 
 TEST_F(PosixJobTest, ProcessHasTheStandardStreamsOfItsCallerAndNoOtherFile)

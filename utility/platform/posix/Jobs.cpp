@@ -205,6 +205,11 @@ public:
     }
 
 private:
+    static bool HasTerminal()
+    {
+        return static_cast<bool>(Descriptor(::open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC)));
+    }
+
     /// Has the supervisor start a program as this process would.
     static bool Ask(int socket, int answers, std::wstring_view commandLine)
     {
@@ -215,7 +220,6 @@ private:
         posix::JobRequest request;
         request.kind = posix::JobRequest::start;
         request.arguments = static_cast<std::uint32_t>(arguments.size());
-        request.group = ::getpgrp();
         std::string texts = program + '\0';
         for (const std::string& argument : arguments)
             texts += argument + '\0';
@@ -228,6 +232,9 @@ private:
         const Descriptor folder(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!file || !folder)
             return false;
+        // Where no shell minds the group, one of its processes that is stopped and the end of another, whose parent is of
+        // another group, are for the system a reason to hang it all up.
+        request.group = HasTerminal() ? ::getpgrp() : 0;
         std::vector<int> descriptors = {answers, file.Number(), folder.Number()};
         for (int stream = 0; stream <= STDERR_FILENO; ++stream)
         {

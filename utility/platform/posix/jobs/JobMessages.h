@@ -25,7 +25,7 @@ struct JobRequest
     std::uint32_t arguments = 0; ///< how many texts there are: behind that of the program's file the arguments,
     std::uint32_t variables = 0; ///< behind these the environment
     std::uint32_t streams = 0;   ///< a bit for each standard stream that is open
-    std::int32_t group = 0;      ///< the owner's process group, to be the program's
+    std::int32_t group = 0;      ///< the process group that the program is to be of; 0 for the supervisor's
 };
 
 /// From the supervisor.
