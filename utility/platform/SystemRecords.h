@@ -44,6 +44,25 @@ struct tagWINDOWPLACEMENT
 };
 using WINDOWPLACEMENT = tagWINDOWPLACEMENT;
 
+struct _devicemodeOfPrinter
+{
+    std::int16_t dmOrientation;
+    std::int16_t dmPaperSize;
+    std::int16_t dmPaperLength;
+    std::int16_t dmPaperWidth;
+    std::int16_t dmScale;
+    std::int16_t dmCopies;
+    std::int16_t dmDefaultSource;
+    std::int16_t dmPrintQuality;
+};
+
+struct _devicemodeOfScreen
+{
+    tagPOINT dmPosition;
+    DWORD dmDisplayOrientation;
+    DWORD dmDisplayFixedOutput;
+};
+
 /// A printer or a screen.
 struct _devicemodeW
 {
@@ -55,23 +74,8 @@ struct _devicemodeW
     DWORD dmFields;
     union
     {
-        struct
-        {
-            std::int16_t dmOrientation;
-            std::int16_t dmPaperSize;
-            std::int16_t dmPaperLength;
-            std::int16_t dmPaperWidth;
-            std::int16_t dmScale;
-            std::int16_t dmCopies;
-            std::int16_t dmDefaultSource;
-            std::int16_t dmPrintQuality;
-        } printer;
-        struct
-        {
-            tagPOINT dmPosition;
-            DWORD dmDisplayOrientation;
-            DWORD dmDisplayFixedOutput;
-        } screen;
+        _devicemodeOfPrinter printer;
+        _devicemodeOfScreen screen;
     };
     std::int16_t dmColor;
     std::int16_t dmDuplex;

@@ -183,7 +183,7 @@ std::int32_t CallEarlierAction(_EXCEPTION_POINTERS*)
     const struct sigaction action = handled->earlier;
     if (action.sa_handler == SIG_DFL)
         return continueSearch;
-    if (action.sa_flags & SA_RESETHAND)
+    if ((static_cast<unsigned>(action.sa_flags) & SA_RESETHAND) != 0)
         handled->earlier.sa_handler = SIG_DFL;
     // What it blocks stays so until the end of the handler: it may have sent itself a signal that waits for that.
     sigset_t mask = action.sa_mask;

@@ -189,7 +189,7 @@ bool WriteFromOutside(const _EXCEPTION_POINTERS& fault, const void* log, Room& r
     ::prctl(PR_SET_PTRACER, ::getpid());
     const pid_t between = ::clone(&StartAndWait, room.stack + sizeof(room.stack), CLONE_VM | CLONE_VFORK, &job);
     if (between > 0)
-        posix::Uninterrupted([&] { return ::waitpid(between, nullptr, __WCLONE); });
+        posix::Uninterrupted([&] { return ::waitpid(between, nullptr, static_cast<int>(__WCLONE)); });
     ::prctl(PR_SET_PTRACER, 0);
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return job.isDone;

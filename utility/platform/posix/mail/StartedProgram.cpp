@@ -121,7 +121,7 @@ std::optional<ProgramState> Run(const std::vector<std::string>& arguments, int m
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     const pid_t between = ::clone(&StartAndWait, stack + sizeof(stack), CLONE_VM | CLONE_VFORK, &job);
     if (between > 0)
-        Uninterrupted([&] { return ::waitpid(between, nullptr, __WCLONE); });
+        Uninterrupted([&] { return ::waitpid(between, nullptr, static_cast<int>(__WCLONE)); });
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return job.hasStarted ? std::optional(job.state) : std::nullopt;
 }

@@ -116,7 +116,7 @@ bool StartProgram(const ProgramStart& start) noexcept
     if (between < 0)
         starting.error = errno;
     else
-        Uninterrupted([&] { return ::waitpid(between, nullptr, __WCLONE); });
+        Uninterrupted([&] { return ::waitpid(between, nullptr, static_cast<int>(__WCLONE)); });
     ::pthread_sigmask(SIG_SETMASK, &starting.mask, nullptr);
     if (starting.process >= 0)
         WaitFor(starting.process);
