@@ -34,12 +34,13 @@ public:
     }
 
 private:
-    /// By the one call that both systems have. What it is given belongs to the environment from then on.
     static void SetTold(const std::string& file)
     {
-        static std::string variable;
-        variable = "UTILITY_TOLD=" + file;
-        ::putenv(variable.data());
+#ifdef _WIN32
+        ::_putenv(("UTILITY_TOLD=" + file).c_str());
+#else
+        ::setenv("UTILITY_TOLD", file.c_str(), 1);
+#endif
     }
 
     const TemporaryFolder m_folder;

@@ -118,8 +118,12 @@ zlib_filefunc64_def NewArchive::Functions() noexcept
     functions.zopen64_file = [](voidpf archive, const void* /*name*/, int /*mode*/) { return archive; };
     functions.zread_file = [](voidpf, voidpf archive, void* to, uLong size) -> uLong
     { return Of(archive).Read(to, size) ? size : 0; };
+    // Where a write fails minizip forgets what it has allocated: the archive remembers that it did.
     functions.zwrite_file = [](voidpf, voidpf archive, const void* from, uLong size) -> uLong
-    { return Of(archive).Write(from, size) ? size : 0; };
+    {
+        Of(archive).Write(from, size);
+        return size;
+    };
     functions.ztell64_file = [](voidpf, voidpf archive) -> ZPOS64_T { return Of(archive).Position(); };
     functions.zseek64_file = [](voidpf, voidpf archive, ZPOS64_T distance, int origin) -> long
     {

@@ -95,8 +95,8 @@ std::string ExactTimeOf(std::int64_t seconds)
     return extra.append(reinterpret_cast<const char*>(&stored), sizeof(stored));
 }
 
-bool AddFile(const Minizip& minizip, zipFile zip, const std::string& name, const path& path, int level,
-             std::vector<char>& block)
+bool AddFile(const Minizip& minizip, zipFile zip, const NewArchive& archive, const std::string& name, const path& path,
+             int level, std::vector<char>& block)
 {
     const SourceFile file(path);
     if (!file.IsPlain())
@@ -120,7 +120,7 @@ bool AddFile(const Minizip& minizip, zipFile zip, const std::string& name, const
     for (std::uint64_t at = 0; at < file.Length();)
     {
         const std::size_t size = std::min<std::uint64_t>(block.size(), file.Length() - at);
-        if (!file.Read(block.data(), size, at) ||
+        if (archive.HasFailed() || !file.Read(block.data(), size, at) ||
             minizip.zipWriteInFileInZip(zip, block.data(), static_cast<unsigned int>(size)) != ZIP_OK)
             return false;
         at += size;
@@ -136,8 +136,10 @@ bool AddFiles(const Minizip& minizip, const FilesByName& files, int level, NewAr
     std::unique_ptr<void, decltype(close)> zip(minizip.zipOpen2_64("", append, nullptr, &functions), close);
     std::vector<char> block(1 << 17);
     return zip != nullptr &&
-           std::ranges::all_of(files, [&](const auto& file)
-                               { return AddFile(minizip, zip.get(), file.first, file.second, level, block); }) &&
+           std::ranges::all_of(files,
+                               [&](const auto& file) {
+                                   return AddFile(minizip, zip.get(), archive, file.first, file.second, level, block);
+                               }) &&
            close(zip.release()) == ZIP_OK;
 }
 
