@@ -491,10 +491,11 @@ TEST_F(BoxDialogTest, InterruptedWaitForTheAnswerGoesOn)
         [&]
         {
             ::setenv("PATH", (m_folder / ".").c_str(), 1);
-            const FailingCall reading("read", EINTR);
-            const FailingCall waiting("waitpid", EINTR);
+            const FailingCall starting("waitpid", EINTR);
+            const FailingCall waiting("poll", EINTR);
+            const FailingCall reading("pread", EINTR);
             const int answer = AskWithDisplay("DISPLAY");
-            return reading.HasFailed() && waiting.HasFailed() ? answer : -1;
+            return starting.HasFailed() && waiting.HasFailed() && reading.HasFailed() ? answer : -1;
         });
     EXPECT_EQ(child.ExitCode(), CodeOf(BoxAnswer::abort));
 }
@@ -502,7 +503,7 @@ TEST_F(BoxDialogTest, InterruptedWaitForTheAnswerGoesOn)
 TEST_F(BoxDialogTest, DialogThatCannotBeHadIsIgnore)
 {
     Program("zenity", "echo Abort; exit 1\n");
-    for (const char* const call : {"pipe2", "posix_spawn_file_actions_adddup2", "posix_spawnp"})
+    for (const char* const call : {"memfd_create", "clone", "open", "pread"})
     {
         Child child(
             [&]

@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <linux/serial.h>
 #include <new>
+#include <poll.h>
 #include <pthread.h>
-#include <spawn.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
@@ -86,15 +86,7 @@ FAILING_CALL(int, -1, memfd_create, (const char* name, unsigned int flags), name
 FAILING_CALL(void*, MAP_FAILED, mmap, (void* at, std::size_t length, int access, int flags, int file, off_t offset), at,
              length, access, flags, file, offset)
 FAILING_CALL(int, -1, munmap, (void* at, std::size_t length), at, length)
-FAILING_CALL(int, -1, pipe2, (int* ends, int flags), ends, flags)
-FAILING_CALL(int, errno, posix_spawn_file_actions_addclosefrom_np, (posix_spawn_file_actions_t * actions, int from),
-             actions, from)
-FAILING_CALL(int, errno, posix_spawn_file_actions_adddup2,
-             (posix_spawn_file_actions_t * actions, int file, int newFile), actions, file, newFile)
-FAILING_CALL(int, errno, posix_spawnp,
-             (pid_t * process, const char* file, const posix_spawn_file_actions_t* actions,
-              const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment),
-             process, file, actions, attributes, arguments, environment)
+FAILING_CALL(int, -1, poll, (pollfd * waited, nfds_t count, int milliseconds), waited, count, milliseconds)
 FAILING_CALL(ssize_t, -1, pread, (int file, void* bytes, std::size_t size, off_t at), file, bytes, size, at)
 FAILING_CALL(int, errno, pthread_key_create, (pthread_key_t * key, void (*destroy)(void*)), key, destroy)
 FAILING_CALL(ssize_t, -1, pwrite, (int file, const void* bytes, std::size_t size, off_t at), file, bytes, size, at)

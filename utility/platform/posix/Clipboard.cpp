@@ -6,10 +6,11 @@
 #include "utility/platform/posix/programs/RunProgram.h"
 #include "utility/platform/SystemService.h"
 
-#include <initializer_list>
+#include <optional>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
+#include <vector>
 
 namespace utility::platform
 {
@@ -24,12 +25,8 @@ public:
     bool SetText(const wchar_t* text) override
     {
         // A file cannot break as a pipe does, nor does anybody wait for the one who reads it.
-        const int file = posix::AboveStandardStreams(::memfd_create("clipboard", MFD_CLOEXEC));
-        if (file < 0)
-            return false;
-        const bool isSet = posix::WriteAll(file, formats::Utf8FromWide(text)) && Offer(file);
-        ::close(file);
-        return isSet;
+        const posix::Descriptor file(::memfd_create("clipboard", MFD_CLOEXEC));
+        return file && posix::WriteAll(file.Number(), formats::Utf8FromWide(text)) && Offer(file.Number());
     }
 
 private:
@@ -41,9 +38,12 @@ private:
     }
 
     /// The program goes on by itself once it has taken the text, which is a moment's work.
-    static bool Takes(int text, std::initializer_list<const char*> program)
+    static bool Takes(int text, const std::vector<std::string>& program)
     {
-        return ::lseek(text, 0, SEEK_SET) == 0 && posix::ExitCodeOf(program, {text, std::chrono::seconds(5)}) == 0;
+        const auto run = ::lseek(text, 0, SEEK_SET) == 0
+                             ? posix::RunProgram(program, {.input = text, .milliseconds = 5000})
+                             : std::nullopt;
+        return run && run->exitCode == 0;
     }
 };
 

@@ -26,33 +26,7 @@ namespace utility::platform
 namespace
 {
 
-/// Owns a descriptor; the reason of a failure stays when it is closed.
-class Descriptor
-{
-public:
-    Descriptor() : Descriptor(-1) {}
-    explicit Descriptor(int number) : m_number(posix::AboveStandardStreams(number)) {}
-    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-    ~Descriptor()
-    {
-        const int reason = errno;
-        if (m_number >= 0)
-            ::close(m_number);
-        errno = reason;
-    }
-
-    explicit operator bool() const { return m_number >= 0; }
-    int Number() const { return m_number; }
-    int Release() { return std::exchange(m_number, -1); }
-
-private:
-    int m_number;
-};
+using posix::Descriptor;
 
 /// Two ends of a socket whose messages stay apart.
 struct Ends
@@ -145,10 +119,11 @@ public:
         posix::ProgramStart start;
         start.program = program.c_str();
         start.arguments = arguments;
-        start.input = ends.theirs.Number();
+        start.streams = {ends.theirs.Number(), posix::ProgramStart::nowhere, posix::ProgramStart::nowhere};
+        start.folder = "/";
         // What kills the owner's group shall not take along what cleans up behind it.
-        start.hasOwnGroup = true;
-        if (!posix::StartProgram(start))
+        start.group = posix::ProgramStart::own;
+        if (posix::StartProgram(start) == posix::ProgramState::notStarted)
             return FailWithoutHandle();
         return posix::MakeHandle(posix::HandleKind::job, ends.ours.Release());
     }

@@ -5,7 +5,7 @@
 #include "utility/platform/posix/mail/MailCopy.h"
 #include "utility/platform/posix/mail/MailPortal.h"
 #include "utility/platform/posix/mail/MailTexts.h"
-#include "utility/platform/posix/mail/StartedProgram.h"
+#include "utility/platform/posix/programs/RunProgram.h"
 #include "utility/platform/SystemService.h"
 #include "utility/platform/Text.h"
 
@@ -16,7 +16,7 @@
 #include <cstdlib>
 #include <optional>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 namespace utility::platform
 {
@@ -24,7 +24,7 @@ namespace utility::platform
 namespace
 {
 
-constexpr int startMilliseconds = 5000; ///< of a mail program; who runs by then shows the mail
+constexpr DWORD startMilliseconds = 5000; ///< of a mail program; who runs by then shows the mail
 
 /// Up to a null character.
 std::string_view Whole(std::string_view text) { return text.substr(0, text.find('\0')); }
@@ -47,41 +47,45 @@ posix::MailTexts TextsOf(const Mail& mail)
     return texts;
 }
 
-/// xdg-email, with the program that it leaves a mail to.
-struct Relay
+bool IsInstalled(const char* program) { return !posix::InstalledProgram(program).empty(); }
+
+/// The program that xdg-email leaves a mail to.
+enum class Relay
 {
-    std::string path;
-    bool isToThunderbird = false;
+    thunderbird,
+    another
 };
 
 /// xdg-email, where it leaves mails to a program that is known to keep attachments.
 std::optional<Relay> FindRelay()
 {
-    Relay relay = {posix::FindProgram("xdg-email")};
-    const std::string query = posix::FindProgram("xdg-mime");
     // A program that the user has named to it alone may do anything.
     const char* const named = std::getenv("MAILER");
-    if (relay.path.empty() || query.empty() || (named != nullptr && *named != '\0'))
+    if (!IsInstalled("xdg-email") || (named != nullptr && *named != '\0'))
         return std::nullopt;
-    const std::string mailProgram = boost::algorithm::to_lower_copy(
-        posix::OutputOf({query, "query", "default", "x-scheme-handler/mailto"}, startMilliseconds));
+    const auto asked = posix::RunProgram({"xdg-mime", "query", "default", "x-scheme-handler/mailto"},
+                                         {.milliseconds = startMilliseconds, .keepsOutput = true});
+    if (!asked || asked->exitCode != 0)
+        return std::nullopt;
+    const std::string mailProgram = boost::algorithm::to_lower_copy(asked->output);
     const auto isOf = [&](const char* name) { return mailProgram.find(name) != std::string::npos; };
-    relay.isToThunderbird = isOf("thunderbird") || isOf("icedove");
-    if (!relay.isToThunderbird && !isOf("evolution") && !isOf("kmail") && !isOf("claws-mail"))
-        return std::nullopt;
-    return relay;
+    if (isOf("thunderbird") || isOf("icedove"))
+        return Relay::thunderbird;
+    if (isOf("evolution") || isOf("kmail") || isOf("claws-mail"))
+        return Relay::another;
+    return std::nullopt;
 }
 
 class PosixMailProgram final : public MailProgram
 {
 public:
-    explicit PosixMailProgram(std::string thunderbird) : m_thunderbird(std::move(thunderbird)) {}
+    explicit PosixMailProgram(bool hasThunderbird) : m_hasThunderbird(hasThunderbird) {}
 
     bool Prepare() override
     {
         m_hasPortal = posix::HasMailPortal();
         m_relay = posix::HasDisplay() ? FindRelay() : std::nullopt;
-        m_isPrepared = m_hasPortal || !m_thunderbird.empty() || m_relay;
+        m_isPrepared = m_hasPortal || m_hasThunderbird || m_relay;
         return m_isPrepared;
     }
 
@@ -111,35 +115,38 @@ private:
             if (const auto result = posix::SendByPortal(texts, attachment))
                 return *result;
         }
-        if (!m_thunderbird.empty())
+        if (m_hasThunderbird)
         {
-            if (const auto state = posix::StartProgram(
-                    {m_thunderbird, "-compose", posix::ThunderbirdMail(texts, attachment.native())}, startMilliseconds))
-                return ResultOf(*state);
+            if (const auto result =
+                    Start({"thunderbird", "-compose", posix::ThunderbirdMail(texts, attachment.native())}))
+                return *result;
         }
         if (m_relay && IsSafe(*m_relay, texts.recipient) && IsSafe(*m_relay, attachment.native()))
         {
-            if (const auto state = posix::StartProgram(
-                    {m_relay->path, "--utf8", "--attach", attachment.native(), posix::MailAddress(texts)},
-                    startMilliseconds))
-                return ResultOf(*state);
+            if (const auto result =
+                    Start({"xdg-email", "--utf8", "--attach", attachment.native(), posix::MailAddress(texts)}))
+                return *result;
         }
         return mailFailed;
     }
 
-    static std::uint32_t ResultOf(const posix::ProgramState& state)
+    /// No value if there is no such program.
+    static std::optional<std::uint32_t> Start(const std::vector<std::string>& arguments)
     {
-        return state.isRunning || state.hasSucceeded ? mailSucceeded : mailFailed;
+        const auto run = posix::RunProgram(arguments, {.milliseconds = startMilliseconds, .runsOn = true});
+        if (!run)
+            return std::nullopt;
+        return run->exitCode.value_or(0) == 0 ? mailSucceeded : mailFailed;
     }
 
     /// Whether this arrives as it is. xdg-email has a shell print it, which takes backslashes for more than themselves,
     /// and puts it between Thunderbird's quotes without more ado, where it might begin another attachment.
-    static bool IsSafe(const Relay& relay, std::string_view text)
+    static bool IsSafe(Relay relay, std::string_view text)
     {
-        return text.find_first_of(relay.isToThunderbird ? "\\\n\r\"'," : "\\\n\r") == std::string_view::npos;
+        return text.find_first_of(relay == Relay::thunderbird ? "\\\n\r\"'," : "\\\n\r") == std::string_view::npos;
     }
 
-    const std::string m_thunderbird;
+    const bool m_hasThunderbird;
     std::optional<Relay> m_relay;
     bool m_hasPortal = false;
     bool m_isPrepared = false;
@@ -150,11 +157,11 @@ class PosixMails final : public MailService
 public:
     std::unique_ptr<MailProgram> Load() override
     {
-        std::string thunderbird = posix::HasDisplay() ? posix::FindProgram("thunderbird") : std::string();
-        const bool mayRelay = posix::HasDisplay() && !posix::FindProgram("xdg-email").empty();
-        if (thunderbird.empty() && !mayRelay && !posix::HasSessionBus())
+        const bool hasThunderbird = posix::HasDisplay() && IsInstalled("thunderbird");
+        const bool mayRelay = posix::HasDisplay() && IsInstalled("xdg-email");
+        if (!hasThunderbird && !mayRelay && !posix::HasSessionBus())
             return nullptr;
-        return std::make_unique<PosixMailProgram>(std::move(thunderbird));
+        return std::make_unique<PosixMailProgram>(hasThunderbird);
     }
 };
 

@@ -24,9 +24,11 @@ bool Start(const std::vector<std::string>& arguments, UntilItEnds then)
     posix::ProgramStart start;
     start.program = program.c_str();
     start.arguments = pointers.data();
-    start.isAwaited = then == UntilItEnds::wait;
-    start.hasOwnGroup = !start.isAwaited;
-    return posix::StartProgram(start) || posix::Fail();
+    if (then == UntilItEnds::wait)
+        start.awaited = posix::ProgramStart::forEver;
+    else
+        start.group = posix::ProgramStart::own;
+    return posix::StartProgram(start) != posix::ProgramState::notStarted || posix::Fail();
 }
 
 /// Whether the system is to run a file: one that has the permission, or, if there is no such file, one along PATH.

@@ -5,7 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "utility/desktop/SendMail.h"
 #include "utility/platform/Mail.h"
-#include "utility/platform/posix/mail/StartedProgram.h"
+#include "utility/platform/posix/programs/Start.h"
 
 #include <boost/filesystem/operations.hpp>
 #include <boost/filesystem/string_file.hpp>
@@ -85,9 +85,9 @@ class MailPortalTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        const std::string daemon = utility::platform::posix::FindProgram("dbus-daemon");
+        const std::string daemon = utility::platform::posix::InstalledProgram("dbus-daemon");
         if (daemon.empty())
-            GTEST_SKIP() << "no dbus-daemon";
+            GTEST_SKIP() << "The machine lacks dbus-daemon";
         const path configuration = m_folder.File("bus.conf", R"(<busconfig><type>session</type><listen>unix:path=)" +
                                                                  m_bus.string() + R"(</listen><policy context="default">
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>)");

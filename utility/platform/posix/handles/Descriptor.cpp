@@ -20,6 +20,14 @@ int AboveStandardStreams(int descriptor) noexcept
     return moved;
 }
 
+Descriptor::~Descriptor()
+{
+    const int reason = errno;
+    if (m_number >= 0)
+        ::close(m_number);
+    errno = reason;
+}
+
 int MakeFile(const char* path, mode_t mode) noexcept
 {
     const int made = Uninterrupted([&] { return ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });

@@ -2,6 +2,7 @@
 
 #include <string_view>
 #include <sys/types.h>
+#include <utility>
 
 namespace utility::platform::posix
 {
@@ -10,6 +11,28 @@ namespace utility::platform::posix
 /// what is still written there must not go into a file of ours. -1, with the reason in errno, if it is none or cannot
 /// be moved.
 int AboveStandardStreams(int descriptor) noexcept;
+
+/// Owns a descriptor, moved as above; the reason of a failure stays in errno when it is closed.
+class Descriptor
+{
+public:
+    Descriptor() : Descriptor(-1) {}
+    explicit Descriptor(int number) : m_number(AboveStandardStreams(number)) {}
+    Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    ~Descriptor();
+
+    explicit operator bool() const { return m_number >= 0; }
+    int Number() const { return m_number; }
+    int Release() { return std::exchange(m_number, -1); }
+
+private:
+    int m_number;
+};
 
 /// Makes a file, to be read and written, where there is none. -1, with the reason in errno and nothing made, where
 /// there is one, or a link (EEXIST), and on failure.

@@ -3,13 +3,13 @@
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Readable.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -32,43 +32,50 @@ struct Starting
     const ProgramStart& what;
     sigset_t mask;          ///< of the calling thread
     volatile int error = 0; ///< the new process sets it, in this memory
-    int process = -1;       ///< a descriptor of the awaited program
+    pid_t program = -1;
+    int end = -1; ///< a descriptor that tells the awaited program's end
 };
 
-void LeaveOnly(int input)
+/// False, with the reason in errno, if one of them cannot be had.
+bool ArrangeStreams(const std::array<int, 3>& streams)
 {
-    if (input < 0)
-        return;
-    ::dup2(input, STDIN_FILENO);
-    static_cast<void>(!::chdir("/"));
-    const int nowhere = ::open("/dev/null", O_RDWR);
-    ::dup2(nowhere, STDOUT_FILENO);
-    ::dup2(nowhere, STDERR_FILENO);
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+    {
+        const int wanted = streams[static_cast<std::size_t>(stream)];
+        const int file = wanted == ProgramStart::nowhere ? ::open("/dev/null", O_RDWR) : wanted;
+        if (wanted != ProgramStart::ofTheHost && ::dup2(file, stream) < 0)
+            return false;
+    }
+    ::close_range(STDERR_FILENO + 1, ~0U, 0);
+    return true;
 }
 
-/// No signal may run one here, in the host's memory.
-void ForgetHandlers()
+void ArrangeSignals(bool isFresh, const sigset_t& mask)
 {
-    // A host may ignore the end of its children; a program that has some of its own counts on being told.
-    ::signal(SIGCHLD, SIG_DFL);
+    // No signal may run a handler here, in the host's memory. A host may ignore the end of its children; a program that
+    // has some of its own counts on being told.
     for (int number = 1; number < NSIG; ++number)
     {
         struct sigaction action;
-        if (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+        if (isFresh || number == SIGCHLD ||
+            (::sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN))
             ::signal(number, SIG_DFL);
     }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, isFresh ? &none : &mask, nullptr);
 }
 
 [[noreturn]] void BecomeProgram(Starting& starting)
 {
     const ProgramStart& what = starting.what;
-    if (what.hasOwnGroup)
+    if (what.group == ProgramStart::own)
         ::setpgid(0, 0);
-    LeaveOnly(what.input);
-    ::close_range(STDERR_FILENO + 1, ~0U, 0);
-    ForgetHandlers();
-    ::sigprocmask(SIG_SETMASK, &starting.mask, nullptr);
-    ::execve(what.program, const_cast<char* const*>(what.arguments), environ);
+    else if (what.group == ProgramStart::ofOwnSession)
+        ::setsid();
+    ArrangeSignals(what.hasFreshSignals, starting.mask);
+    if (ArrangeStreams(what.streams) && (what.folder == nullptr || ::chdir(what.folder) == 0))
+        ::execve(what.program, const_cast<char* const*>(what.arguments), environ);
     starting.error = errno;
     ::_exit(127);
 }
@@ -79,33 +86,68 @@ int StartAndEnd(void* argument)
     auto& starting = *static_cast<Starting*>(argument);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::signal(SIGCHLD, SIG_DFL);
-    const pid_t program = ::vfork();
-    if (program == 0)
+    starting.program = ::vfork();
+    if (starting.program == 0)
         BecomeProgram(starting);
-    if (program < 0)
+    if (starting.program < 0)
         starting.error = errno;
-    else if (starting.error == 0 && starting.what.isAwaited)
+    else if (starting.error == 0 && starting.what.awaited != 0)
     {
-        starting.process = static_cast<int>(::syscall(SYS_pidfd_open, program, 0));
+        starting.end = static_cast<int>(::syscall(SYS_pidfd_open, starting.program, 0));
         // With no descriptor left, it is this process that waits.
-        if (starting.process < 0)
-            Uninterrupted([&] { return ::waitpid(program, nullptr, 0); });
+        if (starting.end < 0)
+            Uninterrupted([&] { return ::waitpid(starting.program, nullptr, 0); });
     }
     return 0;
 }
 
-void WaitFor(int process)
+/// The state of an awaited program, in its time.
+ProgramState Await(const Starting& starting)
 {
-    pollfd end = {process, POLLIN, 0};
-    Uninterrupted([&] { return ::poll(&end, 1, -1); });
+    const ProgramStart& what = starting.what;
+    bool hasEnded = WaitUntilReadable(starting.end, what.awaited) == true;
+    if (!hasEnded && what.isKilledLate)
+    {
+        ::kill(-starting.program, SIGKILL);
+        hasEnded = WaitUntilReadable(starting.end, ProgramStart::forEver) == true;
+    }
     // A host that adopts orphans has it as its child by now.
-    ::waitid(P_PIDFD, static_cast<id_t>(process), nullptr, WEXITED | WNOHANG);
-    ::close(process);
+    if (hasEnded)
+        ::waitid(P_PIDFD, static_cast<id_t>(starting.end), nullptr, WEXITED | WNOHANG);
+    ::close(starting.end);
+    return hasEnded ? ProgramState::ended : ProgramState::running;
+}
+
+/// The first file of a name, along the folders of PATH that are asked for, that may be run. Empty, with the reason in
+/// errno, if there is none.
+template <typename IsAskedFor>
+std::string AlongPath(const std::string& name, IsAskedFor isAskedFor)
+{
+    const char* const path = std::getenv("PATH");
+    int reason = ENOENT;
+    for (std::string_view rest = path != nullptr ? path : "/usr/local/bin:/usr/bin:/bin"; !name.empty();)
+    {
+        const std::size_t end = std::min(rest.find(':'), rest.size());
+        const std::string folder(rest.substr(0, end));
+        const std::string file = (folder.empty() ? "." : folder) + '/' + name;
+        struct stat status;
+        if (isAskedFor(folder) && ::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        {
+            if (::access(file.c_str(), X_OK) == 0)
+                return file;
+            reason = errno;
+        }
+        if (end == rest.size())
+            break;
+        rest.remove_prefix(end + 1);
+    }
+    errno = reason;
+    return {};
 }
 
 }
 
-bool StartProgram(const ProgramStart& start) noexcept
+ProgramState StartProgram(const ProgramStart& start) noexcept
 {
     Starting starting = {start, {}};
     sigset_t all;
@@ -118,36 +160,24 @@ bool StartProgram(const ProgramStart& start) noexcept
     else
         Uninterrupted([&] { return ::waitpid(between, nullptr, static_cast<int>(__WCLONE)); });
     ::pthread_sigmask(SIG_SETMASK, &starting.mask, nullptr);
-    if (starting.process >= 0)
-        WaitFor(starting.process);
+    if (starting.end >= 0)
+        return Await(starting);
     errno = starting.error;
-    return starting.error == 0;
+    return starting.error != 0  ? ProgramState::notStarted
+           : start.awaited != 0 ? ProgramState::ended
+                                : ProgramState::running;
 }
 
 std::string ProgramFile(const std::string& name)
 {
     if (name.find('/') != std::string::npos)
         return name;
-    const char* const path = std::getenv("PATH");
-    int reason = ENOENT;
-    for (std::string_view rest = path != nullptr ? path : "/usr/local/bin:/usr/bin:/bin"; !name.empty();)
-    {
-        const std::size_t end = std::min(rest.find(':'), rest.size());
-        const std::string folder(rest.substr(0, end));
-        const std::string file = (folder.empty() ? "." : folder) + '/' + name;
-        struct stat status;
-        if (::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode))
-        {
-            if (::access(file.c_str(), X_OK) == 0)
-                return file;
-            reason = errno;
-        }
-        if (end == rest.size())
-            break;
-        rest.remove_prefix(end + 1);
-    }
-    errno = reason;
-    return {};
+    return AlongPath(name, [](const std::string&) { return true; });
+}
+
+std::string InstalledProgram(const std::string& name)
+{
+    return AlongPath(name, [](const std::string& folder) { return folder.starts_with('/'); });
 }
 
 std::vector<std::string> ArgumentsOf(std::wstring_view commandLine)
