@@ -12,9 +12,11 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <fstream>
 #include <iterator>
 #include <new>
 #include <random>
@@ -22,6 +24,7 @@
 #include <string>
 #include <string_view>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -73,6 +76,17 @@ void SetTimeOfChange(const path& file, std::time_t seconds)
     ::utimensat(AT_FDCWD, file.c_str(), times, 0);
 }
 
+/// Has a disk of its own at a new folder, for this process alone. False if the user may not have one.
+bool MountDisk(const path& folder, const char* options)
+{
+    ::mkdir(folder.c_str(), 0777);
+    return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("none", folder.c_str(), "tmpfs", 0, options) == 0;
+}
+
+constexpr int noDisk = 99;
+constexpr const char* noDiskReason = "The user lacks the right to mount file systems";
+
 class PosixZipTest : public ::testing::Test
 {
 protected:
@@ -92,6 +106,20 @@ protected:
             length = gone ? length : std::max(length, each);
         }
         return length;
+    }
+
+    /// Whether this file gets into the archive while something is done. It is done when what comes of the beginning of
+    /// the file is in the new archive, long ahead of its end.
+    template <class Work>
+    bool IsPackedWhile(const path& file, Work work) const
+    {
+        std::atomic<bool> isDone = false;
+        std::jthread packing([&] { isDone = Zip::ZipFiles(m_archive, {file}); });
+        while (LongestDraft() == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        work();
+        packing.join();
+        return isDone;
     }
 
     /// The names in the archive, in their order.
@@ -258,6 +286,40 @@ TEST_F(PosixZipReadBackTest, ArchiveOfAnotherProgramIsUpdatedWithAllItHas)
     EXPECT_EQ(OutputOf(test), "1\n");
 }
 
+TEST_F(PosixZipReadBackTest, EncryptedEntryStaysAndCanBeRead)
+{
+    // As the format's first way of encryption has it: a header of 12 bytes, of which the last tells a wrong password.
+    const std::string made =
+        OutputOf("python3 -c \"import struct, sys, zipfile, zlib\n"
+                 "text = b'secret moves'\n"
+                 "crc = zlib.crc32(text)\n"
+                 "step = lambda c, b: zlib.crc32(bytes([b]), c ^ 0xffffffff) ^ 0xffffffff\n"
+                 "keys = [0x12345678, 0x23456789, 0x34567890]\n"
+                 "def update(b):\n"
+                 "    keys[0] = step(keys[0], b)\n"
+                 "    keys[1] = ((keys[1] + (keys[0] & 0xff)) * 134775813 + 1) & 0xffffffff\n"
+                 "    keys[2] = step(keys[2], keys[1] >> 24)\n"
+                 "for b in b'password': update(b)\n"
+                 "data = bytearray()\n"
+                 "for b in bytes(11) + bytes([crc >> 24]) + text:\n"
+                 "    k = keys[2] | 2\n"
+                 "    data.append(b ^ (k * (k ^ 1) >> 8 & 0xff))\n"
+                 "    update(b)\n"
+                 "numbers = struct.pack('<5H3I2H', 20, 1, 0, 0, 33, crc, len(data), len(text), 6, 0)\n"
+                 "entry = b'PK\\3\\4' + numbers + b'secret' + data\n"
+                 "record = b'PK\\1\\2\\24\\3' + numbers + bytes(14) + b'secret'\n"
+                 "end = struct.pack('<4s4H2IH', b'PK\\5\\6', 0, 0, 1, 1, len(record), len(entry), 0)\n"
+                 "open(sys.argv[1], 'wb').write(entry + record + end)\n\" " +
+                 Quoted(m_archive));
+    ASSERT_EQ(made, "0\n");
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves}));
+    EXPECT_EQ(OutputOf("unzip -p -P password " + Quoted(m_archive)), "0\nsecret movesN10 G01 X12\n");
+    EXPECT_EQ(OutputOf("python3 -c \"import sys, zipfile\nz = zipfile.ZipFile(sys.argv[1])\n"
+                       "print(z.read('secret', b'password'), z.namelist())\" " +
+                       Quoted(m_archive)),
+              "0\nb'secret moves' ['secret', 'moves.nc']\n");
+}
+
 TEST_F(PosixZipReadBackTest, ArchiveOfManyEntriesIsUpdated)
 {
     ASSERT_EQ(OutputOf("python3 -c \"import sys, zipfile\nwith zipfile.ZipFile(sys.argv[1], 'w') as z:\n"
@@ -404,6 +466,7 @@ TEST_F(PosixZipTest, WhatCannotBePackedLeavesTheArchiveAsItWas)
         }
         ExpectFailure({m_moves, m_folder / "missing"});
         ExpectFailure({m_moves, same});
+        ExpectFailure({m_moves, "moves.nc"});
         for (const char* name : {"pipe", "dangling", "loop"})
             ExpectFailure({m_moves, m_folder / name});
         ExpectFailure({m_moves, "/dev/null"});
@@ -460,6 +523,65 @@ TEST_F(PosixZipTest, ArchiveWhoseEntriesLieWithinOthersOrNowhereStaysAsItIs)
         m_folder.File("a.zip", changed);
         ExpectFailure({m_moves});
     }
+}
+
+TEST_F(PosixZipTest, ArchiveThatIsChangedAtAnyByteStaysAsItIsOrIsUpdated)
+{
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves, m_folder.File("b", "b")}));
+    const std::string whole = Bytes();
+    const int changes[] = {1, 0x80, 0xFF};
+    int updated = 0;
+    for (std::size_t at = 0; at < whole.size(); ++at)
+        for (const int change : changes)
+        {
+            if (!support::Thorough() && change != changes[at % std::size(changes)])
+                continue;
+            std::string changed = whole;
+            changed[at] = static_cast<char>(changed[at] ^ change);
+            m_folder.File("a.zip", changed);
+            const bool isUpdated = Zip::ZipFiles(m_archive, {m_moves});
+            ASSERT_TRUE(isUpdated || Bytes() == changed) << at;
+            ASSERT_TRUE(!isUpdated || Names().back() == "moves.nc") << at;
+            updated += isUpdated ? 1 : 0;
+        }
+    EXPECT_GT(updated, 30); // of what stays as it is, whatever it says
+    EXPECT_EQ(Entries(), 4);
+}
+
+TEST_F(PosixZipTest, DirectoryThatIsSaidToBeLongerThanItsEntriesCanBeTakesNoMemory)
+{
+    constexpr std::uint64_t length = 1000000000;
+    m_folder.File("a.zip", "");
+    support::TemporaryFolder::WriteAt(m_archive, length, utility::platform::formats::ZipEndOf(1, 0, length));
+    support::Child child(
+        [&]
+        {
+            const auto kilobytesAtMost = []
+            {
+                rusage usage;
+                ::getrusage(RUSAGE_SELF, &usage);
+                return usage.ru_maxrss;
+            };
+            const long before = kilobytesAtMost();
+            if (Zip::ZipFiles(m_archive, {m_moves}))
+                return 1;
+            return kilobytesAtMost() - before < 100000 ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixZipTest, ArchiveWithoutEntriesIsUpdated)
+{
+    m_folder.File("a.zip", utility::platform::formats::ZipEndOf(0, 0, 0));
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves}));
+    EXPECT_EQ(Names(), (std::vector<std::string>{"moves.nc"}));
+}
+
+TEST_F(PosixZipTest, NamesThatDifferInCaseAreTwo)
+{
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves, m_folder.File("Moves.nc", "other")}));
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_folder.File("MOVES.NC", "a third")}));
+    EXPECT_EQ(Names(), (std::vector<std::string>{"Moves.nc", "moves.nc", "MOVES.NC"}));
 }
 
 TEST_F(PosixZipTest, FirstArchiveThatIsUpdatedToNothingButNewEntriesIsOne)
@@ -548,10 +670,8 @@ TEST_F(PosixZipTest, FullDiskLeavesTheArchiveAsItWas)
         [this]
         {
             const path disk = m_folder / "disk";
-            ::mkdir(disk.c_str(), 0777);
-            if (::unshare(CLONE_NEWNS) != 0 || ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                ::mount("none", disk.c_str(), "tmpfs", 0, "size=128k") != 0)
-                return 99;
+            if (!MountDisk(disk, "size=128k"))
+                return noDisk;
             if (!Zip::ZipFiles(disk / "a.zip", {m_moves}))
                 return 1;
             const std::string before = support::TemporaryFolder::BytesOf(disk / "a.zip");
@@ -564,28 +684,173 @@ TEST_F(PosixZipTest, FullDiskLeavesTheArchiveAsItWas)
             return Zip::ZipFiles(disk / "a.zip", {m_plate}) ? 0 : 4;
         });
     const int code = child.ExitCode();
-    if (code == 99)
-        GTEST_SKIP() << "The user lacks the right to mount file systems";
+    if (code == noDisk)
+        GTEST_SKIP() << noDiskReason;
     EXPECT_EQ(code, 0);
+}
+
+TEST_F(PosixZipTest, FullDiskThatALinkLeadsToLeavesTheLinkAndTheArchive)
+{
+    support::Child child(
+        [this]
+        {
+            const path disk = m_folder / "disk";
+            if (!MountDisk(disk, "size=128k"))
+                return noDisk;
+            boost::filesystem::create_symlink("disk/a.zip", m_archive);
+            if (!Zip::ZipFiles(disk / "a.zip", {m_moves}) || !Zip::ZipFiles(m_archive, {m_moves}))
+                return 1;
+            const std::string before = Bytes();
+            const path big = m_folder.File("noise", Noise(200000));
+            if (Zip::ZipFiles(m_archive, {big}))
+                return 2;
+            if (!boost::filesystem::is_symlink(m_archive) || Bytes() != before)
+                return 3;
+            return std::distance(boost::filesystem::directory_iterator(disk), {}) == 1 && Entries() == 5 ? 0 : 4;
+        });
+    const int code = child.ExitCode();
+    if (code == noDisk)
+        GTEST_SKIP() << noDiskReason;
+    EXPECT_EQ(code, 0);
+}
+
+TEST_F(PosixZipTest, DiskWithoutRoomForAnotherFileLeavesTheArchiveAsItWas)
+{
+    support::Child child(
+        [this]
+        {
+            const path disk = m_folder / "disk";
+            if (!MountDisk(disk, "nr_inodes=2"))
+                return noDisk;
+            std::ofstream((disk / "moves.nc").native()) << "moves";
+            if (Zip::ZipFiles(disk / "a.zip", {"moves.nc"}) || boost::filesystem::exists(disk / "a.zip"))
+                return 1;
+            boost::filesystem::remove(disk / "moves.nc");
+            if (!Zip::ZipFiles(disk / "a.zip", {m_moves}))
+                return 2;
+            const std::string before = support::TemporaryFolder::BytesOf(disk / "a.zip");
+            if (Zip::ZipFiles(disk / "a.zip", {m_plate}))
+                return 3;
+            return support::TemporaryFolder::BytesOf(disk / "a.zip") == before ? 0 : 4;
+        });
+    const int code = child.ExitCode();
+    if (code == noDisk)
+        GTEST_SKIP() << noDiskReason;
+    EXPECT_EQ(code, 0);
+}
+
+TEST_F(PosixZipTest, LimitOfTheFileSizeLeavesTheArchiveAsItWas)
+{
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves}));
+    const path big = m_folder.File("noise", Noise(200000));
+    support::Child child(
+        [&]
+        {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{100000, 100000};
+            if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
+                return 1;
+            ExpectFailure({big});
+            return HasFailure() ? 2 : 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixZipTest, WhatTheUserMayNotReadOrWriteIsLeftAsItIs)
+{
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves}));
+    const path hidden = m_folder.File("hidden", "of somebody else");
+    ::chmod(hidden.c_str(), 0);
+    const auto byAnother = [this](const path& file)
+    {
+        support::Child child(
+            [&]
+            {
+                if (::geteuid() == 0 && ::setuid(3) != 0)
+                    return 1;
+                ExpectFailure({file});
+                return HasFailure() ? 2 : 0;
+            });
+        return child.ExitCode();
+    };
+    ::chmod(m_folder.Path().c_str(), 0777);
+    EXPECT_EQ(byAnother(hidden), 0);
+    ::chmod(m_folder.Path().c_str(), 0555);
+    EXPECT_EQ(byAnother(m_plate), 0);
+    ::chmod(m_folder.Path().c_str(), 0755);
 }
 
 TEST_F(PosixZipTest, FileThatGrowsOrShrinksWhileItIsReadIsRefused)
 {
-    // What comes of its beginning is in the new archive long ahead of its end.
     constexpr std::uint64_t length = 100000000;
     const path file = m_folder.File("changing", Noise(1000000));
     for (const std::uint64_t newLength : {length - 1, length + 1, std::uint64_t(1000000)})
     {
         boost::filesystem::resize_file(file, length);
-        std::atomic<bool> isDone = false;
-        std::jthread packing([&] { isDone = Zip::ZipFiles(m_archive, {file}); });
-        while (LongestDraft() == 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        boost::filesystem::resize_file(file, newLength);
-        packing.join();
-        EXPECT_FALSE(isDone) << newLength;
+        EXPECT_FALSE(IsPackedWhile(file, [&] { boost::filesystem::resize_file(file, newLength); })) << newLength;
         EXPECT_EQ(Entries(), 3);
     }
+}
+
+TEST_F(PosixZipTest, ArchiveThatAnotherProgramWritesMeanwhileIsLeftAsThatHasWrittenIt)
+{
+    const path file = m_folder.File("long", Noise(1000000));
+    boost::filesystem::resize_file(file, 100000000);
+    const path other = m_folder / "other.zip";
+    ASSERT_TRUE(Zip::ZipFiles(other, {m_moves, m_plate}));
+    const std::string others = support::TemporaryFolder::BytesOf(other);
+
+    EXPECT_FALSE(IsPackedWhile(file, [&] { m_folder.File("a.zip", others); })) << "made";
+    EXPECT_TRUE(Bytes() == others);
+
+    EXPECT_FALSE(IsPackedWhile(file, [&] { support::TemporaryFolder::WriteAt(m_archive, others.size(), "more"); }))
+        << "longer";
+    EXPECT_TRUE(Bytes() == others + "more");
+
+    m_folder.File("a.zip", others);
+    EXPECT_FALSE(IsPackedWhile(file, [&] { support::TemporaryFolder::WriteAt(m_archive, 0, "of the same length"); }));
+    EXPECT_EQ(Bytes().substr(0, 18), "of the same length");
+
+    m_folder.File("a.zip", others);
+    const path first = m_folder / "first.zip";
+    ASSERT_TRUE(Zip::ZipFiles(first, {m_moves}));
+    EXPECT_FALSE(IsPackedWhile(file, [&] { boost::filesystem::rename(first, m_archive); })) << "replaced";
+    EXPECT_EQ(Names(), std::vector<std::string>{"moves.nc"});
+
+    EXPECT_FALSE(IsPackedWhile(file, [&] { boost::filesystem::remove(m_archive); })) << "removed";
+    EXPECT_FALSE(boost::filesystem::exists(m_archive));
+    EXPECT_EQ(Entries(), 4);
+}
+
+TEST_F(PosixZipTest, ThreadsThatWriteOneArchiveLoseNothingThatWasWritten)
+{
+    constexpr int times = 20;
+    std::vector<std::vector<std::string>> written(4);
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t number = 0; number < written.size(); ++number)
+            threads.emplace_back(
+                [&, number]
+                {
+                    for (int time = 0; time < times; ++time)
+                    {
+                        const std::string name = std::to_string(number) + '-' + std::to_string(time);
+                        if (Zip::ZipFiles(m_archive, {m_folder.File(name.c_str(), name)}))
+                            written[number].push_back(name);
+                    }
+                });
+    }
+    const std::vector<std::string> names = Names();
+    std::size_t count = 0;
+    for (const std::vector<std::string>& each : written)
+    {
+        for (const std::string& name : each)
+            EXPECT_EQ(std::ranges::count(names, name), 1) << name;
+        count += each.size();
+    }
+    EXPECT_EQ(names.size(), count);
+    EXPECT_GE(count, std::size_t(times));
+    EXPECT_EQ(Entries(), 3 + 4 * times);
 }
 
 TEST_F(PosixZipTest, ThreadsWriteArchivesAtOnce)

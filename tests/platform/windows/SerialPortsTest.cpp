@@ -41,6 +41,12 @@ protected:
         {
             return isInfoRefused ? ERROR_ACCESS_DENIED : ScratchHives::RegQueryInfoKeyW(key, info);
         }
+        LSTATUS RegEnumValueW(HKEY key, DWORD index, wchar_t* name, DWORD& length, DWORD* type, void* data,
+                              DWORD* size) override
+        {
+            return index >= refusedFrom ? ERROR_MORE_DATA
+                                        : ScratchHives::RegEnumValueW(key, index, name, length, type, data, size);
+        }
         LSTATUS RegCloseKey(HKEY key) override
         {
             ++closed;
@@ -48,6 +54,7 @@ protected:
         }
 
         bool isInfoRefused = false;
+        DWORD refusedFrom = 1000;
         int closed = 0;
     };
 
@@ -108,6 +115,21 @@ TEST_F(DeviceMapTest, TextEndsAtItsNullOrWithItsBytes)
     const PortNames names = SerialPorts().Names();
     ASSERT_TRUE(names.has_value());
     EXPECT_EQ(*names, (std::vector<std::wstring>{L"COM7", L"COM8", L"COM9", L""}));
+}
+
+TEST_F(DeviceMapTest, PortsAreReadUpToTheFirstThatCannotBe)
+{
+    MakeMap();
+    Add(L"a", REG_SZ, std::wstring(L"COM1\0", 5));
+    Add(L"b", REG_SZ, std::wstring(L"COM2\0", 5));
+    Add(L"c", REG_SZ, std::wstring(L"COM3\0", 5));
+    for (m_hives.refusedFrom = 0; m_hives.refusedFrom < 3; ++m_hives.refusedFrom)
+    {
+        const PortNames names = SerialPorts().Names();
+        ASSERT_TRUE(names.has_value());
+        EXPECT_EQ(names->size(), m_hives.refusedFrom);
+    }
+    EXPECT_EQ(m_hives.closed, 3);
 }
 
 TEST_F(DeviceMapTest, EmptyOneAndOneThatTellsNothingOfItselfHaveNoPorts)

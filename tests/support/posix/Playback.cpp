@@ -96,6 +96,7 @@ Playback::Playback(const std::vector<SystemCall>& calls, const Files& files)
             m_taken.push_back({Step::name, names.at(call.path), {}, call.otherPath, 0, {}});
             break;
         case SYS_rename:
+        case SYS_renameat2: // which exchanges nothing here
             names[call.otherPath] = names.at(call.path);
             m_taken.push_back({Step::rename, names.at(call.path), call.path, call.otherPath, 0, {}});
             names.erase(call.path);

@@ -45,6 +45,9 @@ struct ZipEntry
     bool isWide;            ///< whether that has eight bytes there, not four
 };
 
+/// No entry has a longer record.
+inline constexpr std::uint64_t longestZipRecord = 46 + 3 * 0xFFFF;
+
 /// The entries of a directory, in its bytes. None unless it has just as many as it is said to have, all in this part.
 std::optional<std::vector<ZipEntry>> ZipEntries(Bytes directory, std::uint64_t count);
 

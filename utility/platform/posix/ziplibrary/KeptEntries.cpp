@@ -58,6 +58,8 @@ std::optional<ZipEnd> ReadEnd(std::uint64_t length, const Reader& read, std::str
 std::optional<std::vector<ZipEntry>> ReadEntries(const ZipEnd& end, std::uint64_t count, const Reader& read,
                                                  std::string& directory)
 {
+    if (end.directorySize / formats::longestZipRecord > count)
+        return std::nullopt;
     directory.resize(end.directorySize);
     return read(directory, end.directoryPosition) ? formats::ZipEntries(BytesOf(directory), count) : std::nullopt;
 }

@@ -8,7 +8,10 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace utility::platform::posix
@@ -138,21 +141,38 @@ zlib_filefunc64_def NewArchive::Functions() noexcept
     return functions;
 }
 
-bool NewArchive::TakePlace(bool isNew)
+bool NewArchive::TakePlace(const SourceFile& old)
 {
     if (!Flush() || Uninterrupted([&] { return ::fsync(m_descriptor); }) != 0)
         return false;
     NoteFlushed(m_descriptor);
+    if (!old.IsOpen())
+        return TakeFreePlace();
+    if (!old.Claim() || !old.IsStillAt(m_archive))
+        return false;
     const path backup = NameBeside(m_archive);
-    const bool isSwapped = !isNew && FileSystem().Replace(m_archive, m_name, backup);
+    const bool isSwapped = FileSystem().Replace(m_archive, m_name, backup);
     if (isSwapped)
         Remove(backup);
     // A file system that can neither link nor exchange files can still rename them.
     else if (!FileSystem().Move(m_name, m_archive))
         return false;
     m_name.clear();
-    const bool isFlushed = isSwapped || FileSystem().FlushName(m_archive);
-    if (!isFlushed && isNew)
+    return isSwapped || FileSystem().FlushName(m_archive);
+}
+
+bool NewArchive::TakeFreePlace()
+{
+    const auto rename = [&]
+    { return ::renameat2(AT_FDCWD, m_name.c_str(), AT_FDCWD, m_archive.c_str(), RENAME_NOREPLACE); };
+    // A link to nowhere gives its place. Not every file system looks whether something is there.
+    struct stat status;
+    if (Uninterrupted(rename) != 0 &&
+        (::stat(m_archive.c_str(), &status) == 0 || errno != ENOENT || !FileSystem().Move(m_name, m_archive)))
+        return false;
+    m_name.clear();
+    const bool isFlushed = FileSystem().FlushName(m_archive);
+    if (!isFlushed)
         Remove(m_archive);
     return isFlushed;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utility/platform/formats/Bytes.h"
+#include "utility/platform/posix/ziplibrary/SourceFile.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -36,11 +36,13 @@ public:
     /// For minizip to write to it.
     zlib_filefunc64_def Functions() noexcept;
 
-    /// Brings it to the disk and puts it in its place. With `isNew` nothing is there.
-    bool TakePlace(bool isNew);
+    /// Brings it to the disk and puts it in its place: that of the old one, or one where nothing is if that is not open.
+    /// What somebody else has put or written there meanwhile stays.
+    bool TakePlace(const SourceFile& old);
 
 private:
     bool Flush() noexcept;
+    bool TakeFreePlace();
 
     boost::filesystem::path m_archive;
     boost::filesystem::path m_name;

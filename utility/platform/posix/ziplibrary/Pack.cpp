@@ -14,6 +14,8 @@
 #include "utility/platform/posix/ziplibrary/NewArchive.h"
 #include "utility/platform/posix/ziplibrary/SourceFile.h"
 
+#include <boost/filesystem/operations.hpp>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -57,6 +59,15 @@ std::optional<FilesByName> FilesToPack(const path& folder, std::span<const char*
             return std::nullopt;
     }
     return byName.empty() ? std::nullopt : std::optional(std::move(byName));
+}
+
+/// Where an archive is that is there, behind links; none if that cannot be told.
+std::optional<path> PlaceOf(const path& archive)
+{
+    boost::system::error_code failure;
+    const path place =
+        boost::filesystem::is_symlink(archive, failure) ? boost::filesystem::canonical(archive, failure) : archive;
+    return failure ? std::nullopt : std::optional(place);
 }
 
 bool IsUtf8(const std::string& text)
@@ -154,7 +165,11 @@ bool Pack(const Minizip& minizip, const path& archive, const path& folder, std::
     const auto byName = FilesToPack(folder, files, old);
     if (!byName)
         return false;
-    NewArchive made(archive);
+    // What is beside a link may be on another disk.
+    const auto place = old.IsOpen() ? PlaceOf(archive) : archive;
+    if (!place)
+        return false;
+    NewArchive made(*place);
     KeptEntries kept = {};
     if (old.IsOpen())
     {
@@ -165,7 +180,7 @@ bool Pack(const Minizip& minizip, const path& archive, const path& folder, std::
         kept = std::move(*found);
     }
     return AddFiles(minizip, *byName, level, made) &&
-           Finish(made, kept.count + byName->size(), byName->size(), kept.comment) && made.TakePlace(!old.IsOpen());
+           Finish(made, kept.count + byName->size(), byName->size(), kept.comment) && made.TakePlace(old);
 }
 
 }

@@ -33,6 +33,11 @@ public:
     /// Whether the file ends at a position now.
     bool EndsAt(std::uint64_t position) const;
 
+    /// Keeps others who claim the file off it. False if one of them has it.
+    bool Claim() const;
+    /// Whether a path leads to this file, and nobody has written to it since it was opened.
+    bool IsStillAt(const boost::filesystem::path& path) const;
+
 private:
     HANDLE m_file;
     int m_descriptor;
