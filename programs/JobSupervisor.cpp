@@ -2,10 +2,17 @@
 // when the owner of the job is gone or has closed it, and tells who watches it when none is left. Its standard input is
 // the socket to the owner; requests come there (see JobMessages.h).
 //
-// Only its own children are ever killed, each before it is collected, so no identifier can have become that of another
-// process. The children of one that was killed are its own children then.
+// Only its own children are ever killed one by one, each before it is collected, so no identifier can have become that
+// of another process. The children of one that was killed are its own children then. Where the system lends the owner a
+// control group, the processes are in one of their own as well, and are killed by that at first, all at once.
+//
+// It is two processes, of which one alone can be killed without harm: a guard, which only waits, and its child, the
+// supervisor, whose orphans fall to the guard. Each kills the job at the end of the other. They have the same
+// descriptors, so that nobody is told of an end ahead of what the guard does.
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/jobs/ControlGroup.h"
 #include "utility/platform/posix/jobs/JobMessages.h"
 
 #include <algorithm>
@@ -15,10 +22,9 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <poll.h>
+#include <sched.h>
 #include <string>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -49,6 +55,49 @@ void AnswerAtLast(int socket, JobAnswer::Kind kind, std::uint32_t code)
     ::close(socket);
 }
 
+/// The processes that are to be killed: all whose parent is the calling process, then and later.
+class Children
+{
+public:
+    explicit operator bool() const { return static_cast<bool>(m_list); }
+
+    /// Until none is left. Tells who was collected, and how it ended.
+    template <class Tell>
+    void Kill(Tell&& tell) const
+    {
+        int status = 0;
+        pid_t process = 0;
+        do
+        {
+            KillListed();
+            process = Uninterrupted([&] { return ::waitpid(-1, &status, 0); });
+            for (; process > 0; process = ::waitpid(-1, &status, WNOHANG))
+                tell(process, status);
+        } while (process == 0);
+    }
+
+private:
+    void KillListed() const
+    {
+        pid_t child = 0;
+        char list[4096];
+        ssize_t size = 0;
+        for (off_t at = 0; (size = ::pread(m_list.Number(), list, sizeof(list), at)) > 0; at += size)
+        {
+            for (const char* each = list; each != list + size; ++each)
+            {
+                const bool isDigit = *each >= '0' && *each <= '9';
+                if (!isDigit && child != 0)
+                    ::kill(child, SIGKILL);
+                child = isDigit ? 10 * child + (*each - '0') : 0;
+            }
+        }
+    }
+
+    // Open from the start: there may be no descriptor for it later.
+    const Descriptor m_list{::open("/proc/thread-self/children", O_RDONLY | O_CLOEXEC)};
+};
+
 /// What was so before this program made itself ready, for the programs that it starts.
 struct Earlier
 {
@@ -59,7 +108,7 @@ struct Earlier
 class Job
 {
 public:
-    explicit Job(const Earlier& earlier) : m_earlier(earlier) {}
+    Job(const Earlier& earlier, const ControlGroup& group) : m_earlier(earlier), m_group(group) {}
 
     void Take(const JobRequest& request, const Descriptors& descriptors)
     {
@@ -87,19 +136,11 @@ public:
     }
 
     /// Until nothing is left.
-    void Kill()
+    void Kill(const Children& children)
     {
-        int status = 0;
-        pid_t process = 0;
-        do
-        {
-            std::ifstream children("/proc/thread-self/children");
-            for (pid_t child = 0; children >> child;)
-                ::kill(child, SIGKILL);
-            process = Uninterrupted([&] { return ::waitpid(-1, &status, 0); });
-            for (; process > 0; process = ::waitpid(-1, &status, WNOHANG))
-                TellEnd(process, status);
-        } while (process == 0);
+        m_group.Kill();
+        children.Kill([this](pid_t process, int status) { TellEnd(process, status); });
+        m_group.Remove();
         Collect();
         TellWatchers(JobAnswer::neverEnds);
     }
@@ -183,8 +224,9 @@ private:
     [[noreturn]] void Become(const JobRequest& request, const Descriptors& descriptors, char** texts,
                              volatile int& error) const
     {
-        // Should this program be killed, at least what it started goes with it.
+        // Should both processes of this program be killed at once, at least what it started goes with it.
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        m_group.Enter();
         // So that Ctrl-C reaches it, if the owner still has that group.
         if (request.group != 0)
             ::setpgid(0, request.group);
@@ -207,6 +249,7 @@ private:
     }
 
     const Earlier& m_earlier;
+    const ControlGroup& m_group;
     std::map<pid_t, int> m_started; ///< the sockets for their ends
     Descriptors m_watchers;         ///< the same for the end of them all
     bool m_isUsed = false;          ///< something was started since watchers were last told
@@ -233,15 +276,15 @@ bool Receive(JobRequest& request, Descriptors& descriptors)
     return size == static_cast<ssize_t>(sizeof(request));
 }
 
+int OpenProcess(pid_t process) { return static_cast<int>(::syscall(SYS_pidfd_open, process, 0)); }
+
 /// A descriptor that tells when the owner, whose socket this has, is gone: a copy of it by fork may still hold the
 /// socket then.
 int OpenOwner()
 {
     ucred owner = {};
     socklen_t size = sizeof(owner);
-    return ::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &owner, &size) == 0
-               ? static_cast<int>(::syscall(SYS_pidfd_open, owner.pid, 0))
-               : -1;
+    return ::getsockopt(STDIN_FILENO, SOL_SOCKET, SO_PEERCRED, &owner, &size) == 0 ? OpenProcess(owner.pid) : -1;
 }
 
 Earlier MakeReady()
@@ -250,11 +293,63 @@ Earlier MakeReady()
     sigset_t all;
     ::sigfillset(&all);
     ::sigprocmask(SIG_SETMASK, &all, &earlier.mask);
-    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     ::getrlimit(RLIMIT_NOFILE, &earlier.files);
     const rlimit most = {earlier.files.rlim_max, earlier.files.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &most);
     return earlier;
+}
+
+void AdoptOrphans() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
+
+/// Kills what a supervisor that was killed has left.
+void Guard(pid_t supervisor, const ControlGroup& group)
+{
+    const Children children;
+    Uninterrupted([&] { return ::waitpid(supervisor, nullptr, 0); });
+    // Nobody is there to answer.
+    ::shutdown(STDIN_FILENO, SHUT_RDWR);
+    group.Kill();
+    children.Kill([](pid_t, int) {});
+    group.Remove();
+}
+
+void Supervise(Job& job, const Descriptor& guard)
+{
+    const Children children;
+    if (!children)
+        return;
+    sigset_t ends;
+    ::sigemptyset(&ends);
+    ::sigaddset(&ends, SIGCHLD);
+    const Descriptor signals(::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK));
+    const Descriptor owner(OpenOwner());
+    enum
+    {
+        ofRequests,
+        ofChildren,
+        ofOwner,
+        ofGuard
+    };
+    std::array<pollfd, 4> sources = {{{STDIN_FILENO, POLLIN, 0},
+                                      {signals.Number(), POLLIN, 0},
+                                      {owner.Number(), POLLIN, 0},
+                                      {guard.Number(), POLLIN, 0}}};
+    while (Uninterrupted([&] { return ::poll(sources.data(), sources.size(), -1); }) > 0)
+    {
+        signalfd_siginfo ignored;
+        if (sources[ofChildren].revents != 0 && ::read(signals.Number(), &ignored, sizeof(ignored)) > 0)
+            job.Collect();
+        if (sources[ofOwner].revents != 0 || sources[ofGuard].revents != 0)
+            break;
+        JobRequest request;
+        Descriptors descriptors;
+        if (sources[ofRequests].revents == 0)
+            continue;
+        if (!Receive(request, descriptors))
+            break;
+        job.Take(request, descriptors);
+    }
+    job.Kill(children);
 }
 
 }
@@ -262,33 +357,21 @@ Earlier MakeReady()
 int main()
 {
     const Earlier earlier = MakeReady();
-    sigset_t ends;
-    ::sigemptyset(&ends);
-    ::sigaddset(&ends, SIGCHLD);
-    enum
+    const std::string folder = ControlGroupFolder();
+    ControlGroup::KillAbandoned(folder);
+    const ControlGroup group(folder);
+    const Descriptor guard(OpenProcess(::getpid()));
+    AdoptOrphans();
+    // Without the memory for a second process the supervisor is alone.
+    const long supervisor = ::syscall(SYS_clone, CLONE_FILES | SIGCHLD, nullptr, nullptr, nullptr, nullptr);
+    if (supervisor > 0)
     {
-        requests,
-        children,
-        owner
-    };
-    std::array<pollfd, 3> sources = {{{STDIN_FILENO, POLLIN, 0},
-                                      {::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK), POLLIN, 0},
-                                      {OpenOwner(), POLLIN, 0}}};
-    Job job(earlier);
-    while (Uninterrupted([&] { return ::poll(sources.data(), sources.size(), -1); }) > 0)
-    {
-        signalfd_siginfo ignored;
-        if (sources[children].revents != 0 && ::read(sources[children].fd, &ignored, sizeof(ignored)) > 0)
-            job.Collect();
-        if (sources[owner].revents != 0)
-            break;
-        JobRequest request;
-        Descriptors descriptors;
-        if (sources[requests].revents == 0)
-            continue;
-        if (!Receive(request, descriptors))
-            break;
-        job.Take(request, descriptors);
+        Guard(static_cast<pid_t>(supervisor), group);
+        return 0;
     }
-    job.Kill();
+    AdoptOrphans();
+    // What kills one of the groups spares the other.
+    ::setpgid(0, 0);
+    Job job(earlier, group);
+    Supervise(job, guard);
 }

@@ -12,7 +12,8 @@ namespace utility::platform
 /// An operation that fails leaves its reason in LastError().
 ///
 /// On Linux a job is a program, UtilityJobSupervisor beside the library, that the processes of the job are descendants
-/// of, however they were started: it adopts those whose parents have ended.
+/// of, however they were started: it adopts those whose parents have ended. They are in a control group of their own where
+/// the system lets this process make one.
 class JobService
 {
 public:

@@ -16,8 +16,11 @@
 //
 // On Windows a job is the system's own, and a process can also be put into it by AssignProcessToJobObject. On Linux,
 // where no process can be put into anything, StartInJob is the one way in, and a job is a program, UtilityJobSupervisor,
-// which is installed beside the library. What another user's rights protect from signals it can only wait for. If it is
-// killed itself, what was started in the job goes with it, and what that has started goes on.
+// which is installed beside the library. It is two processes: when one of them is killed, the other kills the job, of
+// which the watch may then end with 1. What another user's rights protect from signals they can only wait for, and when
+// both are killed at once, what was started in the job goes with them, and what that has started goes on. Both is better
+// where the system lends this process a control group of version 2, as systemd does for the programs of a desktop: the
+// job has a group of its own then, which is killed as a whole, be it by WaitForExitCode, the job's end or the next job.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"

@@ -2,12 +2,13 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/posix/ScriptTest.h"
 #include "tests/support/Thorough.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Handles.h"
 #include "utility/platform/Paths.h"
+#include "utility/platform/posix/jobs/ControlGroup.h"
 
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
@@ -17,10 +18,11 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
+#include <sched.h>
 #include <string>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -32,24 +34,19 @@ using utility::platform::Handles;
 using utility::platform::Jobs;
 using utility::platform::LastError;
 using utility::platform::formats::JoinCommandLine;
+using utility::platform::posix::ControlGroupFolder;
 
 namespace
 {
 
 constexpr DWORD soon = 30000;
 
-/// A job in whose processes the variable `here` names a folder for what they tell.
-class PosixJobTest : public testing::Test
+class PosixJobTest : public support::ScriptTest
 {
 protected:
-    PosixJobTest()
-    {
-        ::setenv("here", m_folder.Path().c_str(), 1);
-        Open();
-    }
+    PosixJobTest() { Open(); }
     ~PosixJobTest() override
     {
-        ::unsetenv("here");
         Close();
         Handles().CloseHandle(m_watch);
     }
@@ -67,11 +64,7 @@ protected:
         m_job = nullptr;
     }
 
-    HANDLE Shell(const std::string& script) const
-    {
-        return Jobs().StartIn(m_job,
-                              JoinCommandLine({L"sh", L"-c", std::wstring(script.begin(), script.end())}).c_str());
-    }
+    HANDLE Shell(const std::string& script) const { return Jobs().StartIn(m_job, support::ScriptLine(script).c_str()); }
 
     /// The exit code of a script.
     std::optional<DWORD> Run(const std::string& script) const
@@ -82,37 +75,6 @@ protected:
         return code;
     }
 
-    std::string Told(const char* file = "told") const { return support::TemporaryFolder::BytesOf(m_folder / file); }
-
-    /// What stands in a file as soon as it is a whole line.
-    std::string ToldAtLast(const char* file = "told") const
-    {
-        std::string told;
-        for (int tries = 0; !(told = Told(file)).ends_with('\n') && tries < 3000; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return told;
-    }
-
-    /// The processes whose numbers a file has in a line each.
-    std::vector<pid_t> Processes(const char* file = "told") const
-    {
-        std::ifstream stream((m_folder / file).c_str());
-        std::vector<pid_t> processes;
-        for (pid_t process = 0; stream >> process;)
-            processes.push_back(process);
-        return processes;
-    }
-
-    static bool IsThere(pid_t process) { return ::kill(process, 0) == 0; }
-
-    /// Whether it is gone soon, for one that nobody tells the end of.
-    static bool GoesAway(pid_t process)
-    {
-        for (int tries = 0; IsThere(process) && tries < 3000; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return !IsThere(process);
-    }
-
     /// The supervisor, of which a process that the job has started is a child.
     pid_t Supervisor() const
     {
@@ -120,7 +82,59 @@ protected:
         return Processes("supervisor").at(0);
     }
 
-    const support::TemporaryFolder m_folder;
+    /// What looks after the supervisor.
+    pid_t Guard() const
+    {
+        EXPECT_EQ(Run("ps -o ppid= -p $PPID > \"$here/guard\""), 0u);
+        return Processes("guard").at(0);
+    }
+
+    void KillSupervisorAndGuard() const
+    {
+        const pid_t guard = Guard();
+        const pid_t supervisor = Supervisor();
+        ::kill(guard, SIGSTOP); // so that it is too late for it
+        ::kill(supervisor, SIGKILL);
+        ::kill(guard, SIGKILL);
+        EXPECT_TRUE(GoesAway(guard));
+    }
+
+    /// Whether the system lets this process have groups in its own.
+    static bool MayHaveControlGroup()
+    {
+        const std::string probe = ControlGroupFolder() + "/probe-of-a-test";
+        return ::mkdir(probe.c_str(), 0700) == 0 && ::rmdir(probe.c_str()) == 0;
+    }
+
+    /// The control group that a process of the job is in; empty if it is that of this process.
+    std::string ControlGroup() const
+    {
+        EXPECT_EQ(Run("cp /proc/$$/cgroup \"$here/groups\""), 0u);
+        const std::string group =
+            ControlGroupFolder(Told("groups"), support::TemporaryFolder::BytesOf("/proc/self/mountinfo"));
+        return group != ControlGroupFolder() ? group : std::string();
+    }
+
+    /// Does something in a copy of this process with a job of its own, for which the system has no control group.
+    template <class Work>
+    void WithoutControlGroup(Work work)
+    {
+        Child copy(
+            [&]
+            {
+                const std::string folder = ControlGroupFolder();
+                // The empty folder over it is seen by this process alone.
+                if (MayHaveControlGroup() && (::unshare(CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER)) != 0 ||
+                                              ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                                              ::mount("none", folder.c_str(), "tmpfs", 0, nullptr) != 0))
+                    return 2;
+                Open();
+                work();
+                return HasFailure() ? 1 : 0;
+            });
+        EXPECT_EQ(copy.ExitCode(), 0);
+    }
+
     HANDLE m_job = nullptr;
     HANDLE m_watch = nullptr;
 };
@@ -134,41 +148,55 @@ struct Tough
 
 class ToughProcessTest : public PosixJobTest, public testing::WithParamInterface<Tough>
 {
+protected:
+    void IsKilled()
+    {
+        const HANDLE process = Shell(GetParam().script);
+        ASSERT_NE(process, nullptr);
+        ASSERT_EQ(ToldAtLast("ready"), "ready\n");
+        const std::vector<pid_t> processes = Processes();
+        ASSERT_FALSE(processes.empty());
+        EXPECT_TRUE(IsThere(processes.back()));
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, 0), std::nullopt);
+        Close();
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+        // They are gone by now, and collected.
+        for (const pid_t each : Processes())
+            EXPECT_FALSE(IsThere(each)) << each;
+        Handles().CloseHandle(process);
+    }
 };
+
+/// A daemon, two processes away from the one that the job started and in a session of its own.
+constexpr char daemonScript[] =
+    "setsid sh -c 'sh -c \"echo \\$\\$ > $here/daemon; exec sleep 600\" & exit' <&- >&- 2>&- & "
+    "while ! test -s \"$here/daemon\"; do sleep 0.01; done; echo $$ > \"$here/told\"; exec sleep 600";
 
 }
 
-TEST_P(ToughProcessTest, IsKilledWithTheJob)
+TEST_P(ToughProcessTest, IsKilledWithTheJob) { IsKilled(); }
+
+TEST_P(ToughProcessTest, IsKilledWithTheJobWhereThereAreNoControlGroups)
 {
-    const HANDLE process = Shell(GetParam().script);
-    ASSERT_NE(process, nullptr);
-    ASSERT_EQ(ToldAtLast("ready"), "ready\n");
-    const std::vector<pid_t> processes = Processes();
-    ASSERT_FALSE(processes.empty());
-    EXPECT_TRUE(IsThere(processes.back()));
-    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, 0), std::nullopt);
-    Close();
-    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
-    // They are gone by now, and collected.
-    for (const pid_t each : Processes())
-        EXPECT_FALSE(IsThere(each)) << each;
-    Handles().CloseHandle(process);
+    WithoutControlGroup([this] { IsKilled(); });
 }
 
 INSTANTIATE_TEST_SUITE_P(
     All, ToughProcessTest,
-    testing::Values(
-        Tough{"Plain", "echo $$ > \"$here/told\"; echo ready > \"$here/ready\"; sleep 600"},
-        Tough{"IgnoresSignals", "trap '' INT TERM HUP QUIT USR1 TSTP CHLD; echo $$ > \"$here/told\"; "
-                                "echo ready > \"$here/ready\"; sleep 600; sleep 600"},
-        Tough{"Daemon", "setsid sh -c '(echo $$ >> \"$here/told\"; setsid sh -c \"echo \\$\\$ >> $here/told; "
-                        "echo ready > $here/ready; exec sleep 600\" <&- >&- 2>&- &) & exit' & wait; exit 0"},
-        Tough{"Stopped", "sh -c 'echo $$ >> \"$here/told\"; echo ready > \"$here/ready\"; kill -STOP $$; sleep 600' & "
-                         "wait"},
-        Tough{"Tree", "for a in 1 2 3; do (for b in 1 2 3; do (for c in 1 2 3; do sleep 600 & echo $! >> "
-                      "\"$here/told\"; done; wait) & done; wait) & done; "
-                      "while [ $(wc -l < \"$here/told\") -lt 27 ]; do sleep 0.05; done; echo ready > \"$here/ready\"; "
-                      "wait"}),
+    testing::Values(Tough{"Plain", "echo $$ > \"$here/told\"; echo ready > \"$here/ready\"; sleep 600"},
+                    Tough{"IgnoresSignals", "trap '' INT TERM HUP QUIT USR1 TSTP CHLD; echo $$ > \"$here/told\"; "
+                                            "echo ready > \"$here/ready\"; sleep 600; sleep 600"},
+                    Tough{"Daemon",
+                          "setsid sh -c '(echo $$ >> \"$here/told\"; setsid sh -c \"echo \\$\\$ >> $here/told; "
+                          "echo ready > $here/ready; exec sleep 600\" <&- >&- 2>&- &) & exit' & wait; exit 0"},
+                    Tough{"Stopped",
+                          "sh -c 'echo $$ >> \"$here/told\"; echo ready > \"$here/ready\"; kill -STOP $$; sleep 600' & "
+                          "wait"},
+                    Tough{"Tree", "for a in 1 2 3; do (for b in 1 2 3; do (for c in 1 2 3; do sleep 600 & echo $! >> "
+                                  "\"$here/told\"; done; wait) & done; wait) & done; "
+                                  "while [ $(cat \"$here/told\" 2>/dev/null | wc -l) -lt 27 ]; do sleep 0.05; done; "
+                                  "echo ready > \"$here/ready\"; "
+                                  "wait"}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST_F(PosixJobTest, ProcessesThatForkOnAndOnAreKilled)
@@ -231,21 +259,144 @@ TEST_F(PosixJobTest, WhatASignalEndsHasItsNumber)
     EXPECT_EQ(Run("exit 255"), 255u);
 }
 
-TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesAlongWhatItStarted)
+TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesTheWholeJobAlong)
 {
-    const HANDLE process = Shell("echo $$ > \"$here/told\"; exec sleep 600");
-    const std::string told = ToldAtLast();
-    ASSERT_FALSE(told.empty());
-    ::kill(Supervisor(), SIGKILL);
-    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
-    EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 1u);
-    EXPECT_TRUE(GoesAway(std::stoi(told)));
-    EXPECT_EQ(Shell("true"), nullptr);
-    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
-    const HANDLE late = Jobs().Watch(m_job);
-    EXPECT_EQ(Jobs().WaitForExitCode(late, soon), 1u);
-    Handles().CloseHandle(late);
-    Handles().CloseHandle(process);
+    const auto test = [this]
+    {
+        const HANDLE process = Shell(daemonScript);
+        ASSERT_FALSE(ToldAtLast().empty());
+        const std::string group = ControlGroup();
+        ::kill(Supervisor(), SIGKILL);
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
+        EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 1u);
+        // They are gone by now.
+        EXPECT_FALSE(IsThere(Processes().at(0)));
+        EXPECT_FALSE(IsThere(Processes("daemon").at(0)));
+        EXPECT_EQ(Shell("true"), nullptr);
+        EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
+        const HANDLE late = Jobs().Watch(m_job);
+        EXPECT_EQ(Jobs().WaitForExitCode(late, soon), 1u);
+        Handles().CloseHandle(late);
+        Handles().CloseHandle(process);
+        EXPECT_FALSE(boost::filesystem::exists(group));
+        boost::filesystem::remove(m_folder / "told");
+        boost::filesystem::remove(m_folder / "daemon");
+    };
+    test();
+    WithoutControlGroup(test);
+}
+
+TEST_F(PosixJobTest, KilledGuardOfTheSupervisorTakesTheWholeJobAlong)
+{
+    const auto test = [this]
+    {
+        const HANDLE process = Shell(daemonScript);
+        ASSERT_FALSE(ToldAtLast().empty());
+        const std::string group = ControlGroup();
+        ::kill(Guard(), SIGKILL);
+        EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 128u + SIGKILL);
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+        EXPECT_FALSE(IsThere(Processes().at(0)));
+        EXPECT_FALSE(IsThere(Processes("daemon").at(0)));
+        EXPECT_EQ(Shell("true"), nullptr);
+        Handles().CloseHandle(process);
+        EXPECT_FALSE(boost::filesystem::exists(group));
+        boost::filesystem::remove(m_folder / "told");
+        boost::filesystem::remove(m_folder / "daemon");
+    };
+    test();
+    WithoutControlGroup(test);
+}
+
+TEST_F(PosixJobTest, SupervisorKilledWithItsGuardTakesAlongWhatItStartedAndWithAControlGroupAll)
+{
+    const auto test = [this]
+    {
+        const HANDLE process = Shell(daemonScript);
+        ASSERT_FALSE(ToldAtLast().empty());
+        const std::string group = ControlGroup();
+        KillSupervisorAndGuard();
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
+        EXPECT_TRUE(GoesAway(Processes().at(0)));
+        const pid_t daemon = Processes("daemon").at(0);
+        EXPECT_EQ(group.empty() ? !IsThere(daemon) : GoesAway(daemon), !group.empty());
+        ::kill(daemon, SIGKILL);
+        Handles().CloseHandle(process);
+        EXPECT_FALSE(boost::filesystem::exists(group));
+        boost::filesystem::remove(m_folder / "told");
+        boost::filesystem::remove(m_folder / "daemon");
+    };
+    test();
+    WithoutControlGroup(test);
+}
+
+TEST_F(PosixJobTest, CloseKillsWhatAKilledSupervisorAndItsGuardHaveLeftInAControlGroup)
+{
+    const std::string group = ControlGroup();
+    ASSERT_NE(Shell(daemonScript), nullptr);
+    ASSERT_FALSE(ToldAtLast().empty());
+    KillSupervisorAndGuard();
+    Close();
+    const pid_t daemon = Processes("daemon").at(0);
+    EXPECT_EQ(group.empty() ? !IsThere(daemon) : GoesAway(daemon), !group.empty());
+    ::kill(daemon, SIGKILL);
+    EXPECT_FALSE(boost::filesystem::exists(group));
+}
+
+TEST_F(PosixJobTest, NextJobKillsWhatAKilledOwnerWithAKilledSupervisorHasLeftInAControlGroup)
+{
+    Child child(
+        [this]
+        {
+            // In a group of the test, where others have no jobs.
+            const std::string folder = ControlGroupFolder() + "/utility-test-" + std::to_string(::getpid());
+            const std::string outside = ControlGroupFolder() + "/cgroup.procs";
+            const bool mayHave = MayHaveControlGroup() && ::mkdir(folder.c_str(), 0700) == 0;
+            if (mayHave)
+                std::ofstream(folder + "/cgroup.procs") << 0;
+            Child owner(
+                [this]
+                {
+                    Open();
+                    Shell(daemonScript);
+                    ToldAtLast();
+                    KillSupervisorAndGuard();
+                    ::kill(::getpid(), SIGKILL);
+                    return 0;
+                });
+            EXPECT_EQ(owner.Signal(), SIGKILL);
+            const pid_t daemon = Processes("daemon").at(0);
+            EXPECT_TRUE(IsThere(daemon));
+            Open();
+            EXPECT_EQ(Run("true"), 0u);
+            EXPECT_EQ(mayHave ? GoesAway(daemon) : !IsThere(daemon), mayHave);
+            ::kill(daemon, SIGKILL);
+            Close();
+            EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+            if (mayHave)
+            {
+                std::ofstream(outside) << 0;
+                // The guard may be there for a moment more.
+                bool isGone = false;
+                for (int tries = 0; !(isGone = ::rmdir(folder.c_str()) == 0) && tries < 1000; ++tries)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+                EXPECT_TRUE(isGone);
+            }
+            return HasFailure() ? 1 : 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, ProcessesAreInAControlGroupOfTheirOwnWhereTheSystemLendsOneWhichIsGoneWithTheJob)
+{
+    EXPECT_EQ(Run("sleep 600 & echo $! > \"$here/sleeper\""), 0u);
+    const std::string group = ControlGroup();
+    EXPECT_EQ(!group.empty(), MayHaveControlGroup());
+    EXPECT_EQ(boost::filesystem::path(group).filename().native().starts_with("utility-job-"), MayHaveControlGroup());
+    Close();
+    EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
+    EXPECT_FALSE(IsThere(Processes("sleeper").at(0)));
+    EXPECT_FALSE(boost::filesystem::exists(group));
 }
 
 TEST_F(PosixJobTest, KilledOwnerTakesItsJobAlong)
@@ -426,34 +577,18 @@ TEST_F(PosixJobTest, HostThatIgnoresItsChildrenGetsExitCodesAndHasNoChildOfOurs)
 
 TEST_F(PosixJobTest, HostIsToldOfNoChild)
 {
-    static volatile sig_atomic_t told;
-    told = 0;
-    struct sigaction before;
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { told = 1; };
-    ::sigaction(SIGCHLD, &counting, &before);
+    const support::CountedSignal told(SIGCHLD);
     EXPECT_EQ(Run("true"), 0u);
     Close();
     EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
-    ::sigaction(SIGCHLD, &before, nullptr);
-    EXPECT_EQ(told, 0);
+    EXPECT_EQ(told.Count(), 0);
 }
 
 TEST_F(PosixJobTest, WaitGoesOnBehindASignal)
 {
-    static volatile sig_atomic_t told;
-    told = 0;
-    struct sigaction before;
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { told = told + 1; };
-    ::sigaction(SIGALRM, &counting, &before);
-    const itimerval often = {{0, 10000}, {0, 10000}};
-    itimerval never = {};
-    ::setitimer(ITIMER_REAL, &often, nullptr);
+    const support::FrequentAlarm told;
     EXPECT_EQ(Run("sleep 0.3; exit 8"), 8u);
-    ::setitimer(ITIMER_REAL, &never, nullptr);
-    ::sigaction(SIGALRM, &before, nullptr);
-    EXPECT_GT(told, 5);
+    EXPECT_GT(told.Count(), 5);
 }
 
 TEST_F(PosixJobTest, LongCommandLinesAndEnvironmentsArrive)

@@ -2,7 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/posix/ScriptTest.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Paths.h"
@@ -11,15 +11,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <string>
 #include <sys/prctl.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 using support::Child;
@@ -33,26 +30,12 @@ using utility::platform::formats::JoinCommandLine;
 namespace
 {
 
-/// The variable `here` names a folder for what is told.
-class PosixProgramsTest : public testing::Test
+class PosixProgramsTest : public support::ScriptTest
 {
 protected:
-    PosixProgramsTest() { ::setenv("here", m_folder.Path().c_str(), 1); }
-    ~PosixProgramsTest() override { ::unsetenv("here"); }
-
     static bool Run(const std::string& script, UntilItEnds then = UntilItEnds::wait)
     {
-        std::wstring line = JoinCommandLine({L"sh", L"-c", std::wstring(script.begin(), script.end())});
-        return Programs().Run(line.data(), then);
-    }
-
-    std::string Told() const { return support::TemporaryFolder::BytesOf(m_folder / "told"); }
-
-    std::string ToldAtLast() const
-    {
-        for (int tries = 0; !Told().ends_with('\n') && tries < 3000; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        return Told();
+        return Programs().Run(support::ScriptLine(script).data(), then);
     }
 
     /// A program that tells its name and its arguments.
@@ -64,8 +47,6 @@ protected:
         ::chmod(file.c_str(), 0700);
         return file;
     }
-
-    const support::TemporaryFolder m_folder;
 };
 
 /// Programs are found in the folder of the test first.
@@ -103,25 +84,17 @@ TEST_F(PosixProgramsTest, AwaitedProgramIsOfTheCallersGroup)
 
 TEST_F(PosixProgramsTest, HostIsToldOfNoChildAndHasNone)
 {
-    static volatile sig_atomic_t told;
-    told = 0;
-    struct sigaction before;
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { told = 1; };
-    ::sigaction(SIGCHLD, &counting, &before);
+    const support::CountedSignal told(SIGCHLD);
     for (const UntilItEnds then : {UntilItEnds::wait, UntilItEnds::goOn})
     {
         EXPECT_TRUE(Run("echo $$ > \"$here/told\"", then));
         const pid_t process = std::stoi(ToldAtLast());
-        for (int tries = 0; ::kill(process, 0) == 0 && tries < 3000; ++tries)
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        EXPECT_NE(::kill(process, 0), 0) << "it is left behind as one that nobody collects";
+        EXPECT_TRUE(GoesAway(process)) << "it is left behind as one that nobody collects";
         boost::filesystem::remove(m_folder / "told");
     }
     EXPECT_EQ(::waitpid(-1, nullptr, __WALL | WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
-    ::sigaction(SIGCHLD, &before, nullptr);
-    EXPECT_EQ(told, 0);
+    EXPECT_EQ(told.Count(), 0);
 }
 
 TEST_F(PosixProgramsTest, HostThatIgnoresItsChildrenMayWaitAndTheProgramMayForItsOwn)
@@ -151,19 +124,11 @@ TEST_F(PosixProgramsTest, HostThatAdoptsOrphansIsLeftWithNone)
 
 TEST_F(PosixProgramsTest, SignalsArriveWhileAProgramIsAwaited)
 {
-    static volatile sig_atomic_t told;
-    told = 0;
-    struct sigaction before;
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { told = told + 1; };
-    ::sigaction(SIGALRM, &counting, &before);
-    const itimerval often = {{0, 10000}, {0, 10000}};
-    const itimerval never = {};
-    ::setitimer(ITIMER_REAL, &often, nullptr);
-    EXPECT_TRUE(Run("sleep 0.3; echo done > \"$here/told\""));
-    ::setitimer(ITIMER_REAL, &never, nullptr);
-    ::sigaction(SIGALRM, &before, nullptr);
-    EXPECT_GT(told, 5);
+    {
+        const support::FrequentAlarm told;
+        EXPECT_TRUE(Run("sleep 0.3; echo done > \"$here/told\""));
+        EXPECT_GT(told.Count(), 5);
+    }
     EXPECT_EQ(Told(), "done\n");
 }
 

@@ -7,6 +7,7 @@
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/posix/handles/Readable.h"
+#include "utility/platform/posix/jobs/ControlGroup.h"
 #include "utility/platform/posix/jobs/JobMessages.h"
 #include "utility/platform/posix/programs/Start.h"
 #include "utility/platform/SystemService.h"
@@ -166,8 +167,8 @@ public:
         std::optional<bool> isTold = socket < 0 ? std::nullopt : posix::WaitUntilReadable(socket, milliseconds);
         // It stays there for the next who asks. Without a supervisor nothing tells what became of its job.
         posix::JobAnswer answer = {posix::JobAnswer::ended, 1};
-        if (isTold == true)
-            ::recv(socket, &answer, sizeof(answer), MSG_PEEK);
+        if (isTold == true && ::recv(socket, &answer, sizeof(answer), MSG_PEEK) == 0)
+            posix::ControlGroup::KillLost();
         if (answer.kind == posix::JobAnswer::neverEnds)
             isTold = posix::WaitUntilReadable(-1, milliseconds);
         if (isTold == true)

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/handles/Handle.h"
 
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/jobs/ControlGroup.h"
 #include "utility/platform/posix/threads/TimedThreads.h"
 
 #include <algorithm>
@@ -64,7 +65,12 @@ bool CloseHandle(HANDLE handle) noexcept
     {
         // A copy of its owner, made by fork, may have the socket as well.
         if (IsOwn(handle))
+        {
+            char nothing = 0;
+            if (::recv(job, &nothing, sizeof(nothing), MSG_PEEK | MSG_DONTWAIT) == 0)
+                ControlGroup::KillLost();
             ::shutdown(job, SHUT_RDWR);
+        }
         return CloseDescriptor(job);
     }
     int descriptor = -1;
