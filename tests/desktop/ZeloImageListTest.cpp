@@ -2,7 +2,7 @@
 
 #include "tests/support/ForwardingImages.h"
 #include "tests/support/StripModule.h"
-#include "utility/desktop/internal/ImageCurves.h"
+#include "utility/guards/ResourcePtr.h"
 #include "utility/platform/Handles.h"
 
 #include <gtest/gtest.h>
@@ -76,6 +76,35 @@ private:
 
     RecordingHandles m_handles{*this};
 };
+
+// What is private is part of the class's shape. An explicit instantiation may name it.
+unsigned char PrivateGamma(const CZeloImageList& list, unsigned char channel, double gamma);
+tagRGBQUAD PrivateDisable(const CZeloImageList& list, const unsigned char (&pixel)[3], const unsigned char (&tint)[3]);
+HBITMAP PrivateImage(CZeloImageList& list, unsigned int resourceId, int imageSize, int& imageCount);
+std::vector<double> PrivateConstants();
+template <auto gamma, auto disable, HBITMAP (CZeloImageList::*image)(unsigned, int, int&, const DWORD&, unsigned),
+          auto... constants>
+struct PrivateOfImageList
+{
+    friend unsigned char PrivateGamma(const CZeloImageList& list, unsigned char channel, double exponent)
+    {
+        return (list.*gamma)(channel, exponent);
+    }
+    friend tagRGBQUAD PrivateDisable(const CZeloImageList& list, const unsigned char (&pixel)[3],
+                                     const unsigned char (&tint)[3])
+    {
+        return (list.*disable)(pixel[0], pixel[1], pixel[2], tint[0], tint[1], tint[2]);
+    }
+    friend HBITMAP PrivateImage(CZeloImageList& list, unsigned int resourceId, int imageSize, int& imageCount)
+    {
+        return (list.*image)(resourceId, imageSize, imageCount, 0, TB_SETIMAGELIST);
+    }
+    friend std::vector<double> PrivateConstants() { return {static_cast<double>(*constants)...}; }
+};
+template struct PrivateOfImageList<&CZeloImageList::ApplyGamma, &CZeloImageList::ApplyDisable,
+                                   &CZeloImageList::Create32BitImage, &CZeloImageList::m_dDisabledGamma,
+                                   &CZeloImageList::m_dHotGamma, &CZeloImageList::m_clrBackgroundRed,
+                                   &CZeloImageList::m_clrBackgroundGreen, &CZeloImageList::m_clrBackgroundBlue>;
 
 class ZeloImageListTest : public testing::Test
 {
@@ -278,6 +307,52 @@ TEST_F(ZeloImageListTest, StripHigherThanAnImageLosesItsLowerRows)
     EXPECT_EQ(list.AddBitmap(101, 1, anyTint, asTheyAre), 1);
     EXPECT_EQ(list.GetImageCount(), 4);
     EXPECT_EQ(PixelsOf(list.GetImage(2)), (Pixels{0x2000FF00}));
+}
+
+TEST_F(ZeloImageListTest, HasNothingButTheListOfItsBase)
+{
+    EXPECT_EQ(sizeof(CZeloImageList), sizeof(CImageList));
+    const CObject& object = list;
+    EXPECT_EQ(dynamic_cast<const CImageList*>(&object), &list);
+}
+
+TEST_F(ZeloImageListTest, ConstantsAreTheTwoExponentsAndMagentaForNobody)
+{
+    EXPECT_EQ(PrivateConstants(), (std::vector<double>{0.6, 1.2, 255, 0, 255}));
+}
+
+TEST_F(ZeloImageListTest, CurvesOfOnePixelAreThoseOfTheTables)
+{
+    EXPECT_EQ(PrivateGamma(list, 128, 1.2), 111);
+    EXPECT_EQ(PrivateGamma(list, 254, 1.2), 253);
+    EXPECT_EQ(PrivateGamma(list, 128, 0.6), 168);
+    const tagRGBQUAD red = PrivateDisable(list, {128, 128, 128}, {255, 0, 0});
+    EXPECT_EQ(support::PixelOf(red), 0x00A80000u);
+    const tagRGBQUAD grey = PrivateDisable(list, {100, 50, 30}, {192, 192, 192});
+    EXPECT_EQ(support::PixelOf(grey), 0x005A5A5Au);
+    const tagRGBQUAD white = PrivateDisable(list, {255, 255, 255}, {1, 2, 255});
+    EXPECT_EQ(support::PixelOf(white), 0x000009FEu);
+}
+
+TEST_F(ZeloImageListTest, CountOfImagesIsHowManyAreWholeInTheWidth)
+{
+    const auto countOf = [&](unsigned int resourceId, int imageSize)
+    {
+        int count = -1;
+        const resource_ptr<HBITMAP> image(PrivateImage(list, resourceId, imageSize, count));
+        EXPECT_NE(image, nullptr);
+        return count;
+    };
+    EXPECT_EQ(countOf(160, 16), 10);
+    EXPECT_EQ(countOf(0x10000 + 160, 24), 6);
+    EXPECT_EQ(countOf(160, 161), 0);
+}
+
+TEST_F(ZeloImageListTest, CountStaysWhereThereIsNoStrip)
+{
+    int count = 24;
+    EXPECT_EQ(PrivateImage(list, 999, 16, count), nullptr);
+    EXPECT_EQ(count, 24);
 }
 
 TEST(AlphaColourTest, AlphaStandsAboveTheColour)

@@ -6,9 +6,8 @@
 #include "utility/platform/Images.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <vector>
 
 using utility::platform::BitmapBits;
 using utility::platform::Images;
@@ -85,23 +84,17 @@ HBITMAP CZeloImageList::Create32BitImage(const wchar_t* resourceName, int imageS
     BitmapBits destination;
     if (bitmap == nullptr || !Images().Describe(bitmap, destination))
         return bitmap;
-    // Bytes that a strip of fewer bits does not have are black.
-    std::vector<std::byte> longer;
-    if (source.bytes.size() < destination.bytes.size())
-    {
-        longer.assign(source.bytes.begin(), source.bytes.end());
-        longer.resize(destination.bytes.size());
-        source.bytes = longer;
-    }
+    // A strip of fewer bits ends earlier: what it does not have stays black, as every kind leaves it.
+    const std::size_t size = std::min(source.bytes.size(), destination.bytes.size());
     const std::byte* const from = source.bytes.data();
     std::byte* const to = destination.bytes.data();
-    const std::size_t count = destination.bytes.size() / sizeof(tagRGBQUAD);
+    const std::size_t count = size / sizeof(tagRGBQUAD);
     if (kind == TB_SETHOTIMAGELIST)
         detail::ApplyTable(detail::GammaTable(m_dHotGamma), from, to, count);
     else if (kind == TB_SETDISABLEDIMAGELIST)
         detail::ApplyTable(detail::WashesOf(detail::TintOf(tint), m_dDisabledGamma), from, to, count);
     else
-        std::copy_n(from, destination.bytes.size(), to);
+        std::copy_n(from, size, to);
     return bitmap;
 }
 
