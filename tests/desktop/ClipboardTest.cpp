@@ -26,3 +26,5 @@ TEST(SetClipboardTextTest, GivesTheTextToTheSystemAndTellsWhetherItWasTaken)
     EXPECT_FALSE(SetClipboardText(L""));
     EXPECT_EQ(clipboard.given, L"");
 }
+
+TEST(SetClipboardTextTest, NullIsNoText) { EXPECT_FALSE(SetClipboardText(nullptr)); }

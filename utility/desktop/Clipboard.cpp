@@ -2,4 +2,4 @@
 
 #include "utility/platform/Clipboard.h"
 
-bool SetClipboardText(const wchar_t* text) { return utility::platform::Clipboard().SetText(text); }
+bool SetClipboardText(const wchar_t* text) { return text != nullptr && utility::platform::Clipboard().SetText(text); }

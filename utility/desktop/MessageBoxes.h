@@ -9,6 +9,7 @@
 // Each has the name of the program as its title, and waits until the user has seen it. On Linux it is on the process's
 // terminal if it is in its foreground, until Enter; otherwise, with a display, `zenity` or `kdialog` shows it; and where
 // there is none of all these the text goes to the debugger's output (see platform/DebuggerSink.h) and nobody waits.
+// A display that takes a connection and says nothing for three seconds is none.
 //
 // Any thread may call. Nothing throws but for lack of memory.
 

@@ -23,10 +23,11 @@
 // On Linux it is the first of these that takes the mail: the desktop's portal (org.freedesktop.portal.Email on the
 // session's bus), where it can see the attachment; Thunderbird; and xdg-email, where the desktop's program for mails is
 // one that is known to keep attachments (Thunderbird, Evolution, KMail, Claws Mail), since others drop them without a
-// word. The last two need a display. The user always sees the mail before it goes, with or without a dialog asked for,
-// and nobody tells whether it then went: success means that a mail program has taken it, cancelled that the user
-// did not want one. A program that fails within five seconds of its start is a failure, one that runs by then has the
-// mail. The programs are started without a shell; the host is told of no child, and none of them is left as a zombie.
+// word. The last two need a display that answers. The user always sees the mail before it goes, with or without a dialog
+// asked for, and nobody tells whether it then went: success means that a mail program has taken it, cancelled that the
+// user did not want one. A program that fails within five seconds of its start is a failure, one that runs by then has
+// the mail. No shell reads what the programs are given; the host is told of no child, and none of them is left as a
+// zombie.
 //
 // Programs of Linux read an attachment long after Send has returned. So they get a copy of it, under its attachment
 // name, in a folder that only the user may enter: utility-mail-XXXXXX among the system's temporary files ($TMPDIR, or

@@ -17,7 +17,7 @@ enum class BoxAnswer
 ///
 /// On Linux a box is on the process's terminal if it is in its foreground; otherwise, with a display, it is that of
 /// `zenity` or `kdialog`; and where there is none of all these the answer is Ignore, and the text goes to the
-/// debugger's output, which is the error stream unless the host takes it.
+/// debugger's output, which is the error stream unless the host takes it. A display that hangs is none.
 class BoxService
 {
 public:

@@ -17,7 +17,7 @@ public:
 
     // Whether a key, or a button of the mouse, is held, by the number that Windows has for it: as the calling thread
     // has been told, and at this moment. On Linux both are what an X server knows at this moment, which under Wayland
-    // is only of keys for its own windows; without one, or libxcb, no key is held.
+    // is only of keys for its own windows; without one that answers, or libxcb, no key is held.
 
     virtual bool IsDown(int virtualKey) = 0;
     virtual bool IsDownNow(int virtualKey) = 0;

@@ -2,12 +2,14 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/MadeUpXServer.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Keys.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -409,6 +411,21 @@ TEST_F(BoxTextTest, IsOnTheErrorStreamWhereNobodyMayHaveSeenIt)
     EXPECT_EQ(Errors([] { return ShowTextWithDisplay(); }), text) << "a program that fails";
     Program("zenity", "kill -9 $$\n");
     EXPECT_NE(Errors([] { return ShowTextWithDisplay(); }).find(text), std::string::npos) << "one that crashes";
+}
+
+TEST_F(BoxTextTest, ServerThatHangsIsNoneAndTheTextGoesToTheErrorStream)
+{
+    Program("zenity", "/bin/sleep 60\n");
+    const support::MadeUpXServer server;
+    ASSERT_NE(server.Display(), "");
+    const auto show = [&]
+    {
+        ::setenv("DISPLAY", server.Display().c_str(), 1);
+        return ShowText();
+    };
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Errors(show), text);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
 TEST_F(BoxTextTest, IsSeenWhereTheHostIgnoresTheEndOfItsChildren)

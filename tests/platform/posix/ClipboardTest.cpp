@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/MadeUpXServer.h"
 #include "tests/support/posix/XServer.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -147,10 +148,47 @@ TEST_F(PosixClipboardTest, ProgramThatHangsIsKilledWithWhatItHasStarted)
         const std::string process = m_folder.BytesOf(m_folder / name);
         ASSERT_FALSE(process.empty());
         const std::string status = "/proc/" + process.substr(0, process.size() - 1) + "/stat";
-        const std::string text = m_folder.BytesOf(status);
-        // It may be waiting to be collected by whoever has adopted it.
-        EXPECT_TRUE(text.empty() || text.find(") Z ") != std::string::npos) << text;
+        // It may be on its way out, and then be waiting to be collected by whoever has adopted it.
+        std::string text;
+        const auto isThere = [&]
+        {
+            text = m_folder.BytesOf(status);
+            return !text.empty() && text.find(") Z ") == std::string::npos;
+        };
+        for (int i = 0; i < 500 && isThere(); ++i)
+            ::usleep(10000);
+        EXPECT_FALSE(isThere()) << text;
     }
+}
+
+TEST_F(PosixClipboardTest, ProgramsThatAllHangHaveFiveSecondsTogether)
+{
+    for (const char* const program : {"wl-copy", "xclip", "xsel"})
+        Program(program, "/bin/sleep 60\n");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Set(":0", "wayland-0"), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9500));
+}
+
+TEST_F(PosixClipboardTest, ServerThatHangsIsNoneAndNothingIsStarted)
+{
+    for (const char* const program : {"wl-copy", "xclip", "xsel"})
+        Keeper(program);
+    const support::MadeUpXServer server;
+    ASSERT_NE(server.Display(), "");
+    const std::string socket = "/tmp/.X11-unix/X" + server.Display().substr(1);
+    const auto start = std::chrono::steady_clock::now();
+    // Of either kind.
+    EXPECT_EQ(Set((server.Display() + ".0").c_str(), socket.c_str()), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_EQ(Arguments(), "");
+}
+
+TEST_F(PosixClipboardTest, ServerThatRefusesTheGreetingIsThere)
+{
+    Keeper("xclip");
+    const support::MadeUpXServer server({std::string(8, '\0')});
+    EXPECT_EQ(Set(server.Display().c_str(), nullptr), 1);
 }
 
 TEST_F(PosixClipboardTest, OwnerOfTheTextGoesOnByItself)

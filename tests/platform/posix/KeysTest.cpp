@@ -2,12 +2,15 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/MadeUpXServer.h"
 #include "tests/support/posix/XServer.h"
 #include "utility/platform/Boxes.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
 #include <unistd.h>
@@ -85,6 +88,96 @@ TEST(HeldKeysTest, WithoutTheServersLibraryNoKeyIsHeld)
             return !Keys().IsDown(0x10) && failing.HasFailed() ? 0 : 1;
         });
     EXPECT_EQ(child.ExitCode(), 0);
+}
+
+namespace
+{
+
+/// The bytes of numbers that have so many each.
+struct SaidBytes
+{
+    std::string text;
+
+    SaidBytes& Add(std::size_t size, std::uint32_t value)
+    {
+        text.append(reinterpret_cast<const char*>(&value), size);
+        return *this;
+    }
+    SaidBytes& Fill(std::size_t size, char value = 0)
+    {
+        text.append(size, value);
+        return *this;
+    }
+};
+
+/// What a server says to who connects: keys have these numbers, and there is no screen.
+std::string SetupOfServer(std::uint8_t firstKey, std::uint8_t lastKey)
+{
+    return SaidBytes()
+        .Add(1, 1)
+        .Fill(1)
+        .Add(2, 11)
+        .Fill(2)
+        .Add(2, 8) // as many words as follow
+        .Fill(4)
+        .Add(4, 0x200000)
+        .Add(4, 0x1FFFFF)
+        .Fill(6)
+        .Add(2, 0xFFFF) // the longest request
+        .Fill(6)
+        .Add(1, firstKey)
+        .Add(1, lastKey)
+        .Fill(4)
+        .text;
+}
+
+/// All keys are held, and each has this symbol; as many of them are told as there are said to be with each key.
+std::string AnswersOfServer(std::uint8_t symbolsOfEach, std::uint32_t symbols)
+{
+    SaidBytes said;
+    said.Add(1, 1).Fill(1).Add(2, 1).Add(4, 2).Fill(32, '\xFF');
+    said.Add(1, 1).Add(1, symbolsOfEach).Add(2, 2).Add(4, symbols).Fill(24);
+    for (std::uint32_t i = 0; i < symbols; ++i)
+        said.Add(4, 'q');
+    return said.text;
+}
+
+bool IsQHeldAt(const std::string& setup, const std::string& answers)
+{
+    const support::MadeUpXServer server({setup, answers});
+    EXPECT_NE(server.Display(), "");
+    return IsHeldAt(server.Display(), 'Q');
+}
+
+}
+
+TEST(HeldKeysTest, ServerThatHangsIsNotWaitedForForEver)
+{
+    const support::MadeUpXServer silent;
+    const support::MadeUpXServer hanging({SetupOfServer(8, 255)});
+    for (const support::MadeUpXServer* const server : {&silent, &hanging})
+    {
+        ASSERT_NE(server->Display(), "");
+        const auto start = std::chrono::steady_clock::now();
+        Child child(
+            [&]
+            {
+                ::setenv("DISPLAY", server->Display().c_str(), 1);
+                return Keys().IsDown('Q') ? 1 : 0;
+            });
+        EXPECT_EQ(child.ExitCode(), 0);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(15));
+    }
+}
+
+TEST(HeldKeysTest, ServerThatAnswersWhatItMayNotHarmsNothing)
+{
+    EXPECT_TRUE(IsQHeldAt(SetupOfServer(8, 255), AnswersOfServer(1, 248))) << "the server is a good one";
+    EXPECT_FALSE(IsQHeldAt(SetupOfServer(8, 255), AnswersOfServer(0, 4))) << "no symbols of a key";
+    EXPECT_FALSE(IsQHeldAt(SetupOfServer(255, 8), AnswersOfServer(1, 5000))) << "no keys";
+    EXPECT_FALSE(IsQHeldAt(std::string(8, '\0'), "")) << "no connection";
+    const support::MadeUpXServer server({SetupOfServer(8, 255), ""});
+    EXPECT_FALSE(IsHeldAt(server.Display(), 1)) << "no screen, where the mouse would be";
 }
 
 TEST(HeldKeysTest, RealServerTellsOfKeysAndButtons)

@@ -6,7 +6,7 @@
 #include "utility/platform/posix/programs/RunProgram.h"
 #include "utility/platform/SystemService.h"
 
-#include <optional>
+#include <chrono>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -32,18 +32,20 @@ public:
 private:
     static bool Offer(int text)
     {
-        return (posix::HasWayland() && Takes(text, {"wl-copy", "--type", "text/plain"})) ||
-               (posix::HasX11() && (Takes(text, {"xclip", "-in", "-selection", "clipboard"}) ||
-                                    Takes(text, {"xsel", "--input", "--clipboard"})));
-    }
-
-    /// The program goes on by itself once it has taken the text, which is a moment's work.
-    static bool Takes(int text, const std::vector<std::string>& program)
-    {
-        const auto run = ::lseek(text, 0, SEEK_SET) == 0
-                             ? posix::RunProgram(program, {.input = text, .milliseconds = 5000})
-                             : std::nullopt;
-        return run && run->exitCode == 0;
+        using Clock = std::chrono::steady_clock;
+        const auto end = Clock::now() + std::chrono::seconds(5);
+        // The program goes on by itself once it has taken the text, which is a moment's work.
+        const auto takes = [&](const std::vector<std::string>& program)
+        {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+            if (left <= 0 || ::lseek(text, 0, SEEK_SET) != 0)
+                return false;
+            const auto run = posix::RunProgram(program, {.input = text, .milliseconds = static_cast<DWORD>(left)});
+            return run && run->exitCode == 0;
+        };
+        return (posix::HasWayland() && takes({"wl-copy", "--type", "text/plain"})) ||
+               (posix::HasX11() &&
+                (takes({"xclip", "-in", "-selection", "clipboard"}) || takes({"xsel", "--input", "--clipboard"})));
     }
 };
 

@@ -157,8 +157,9 @@ class PosixMails final : public MailService
 public:
     std::unique_ptr<MailProgram> Load() override
     {
-        const bool hasThunderbird = posix::HasDisplay() && IsInstalled("thunderbird");
-        const bool mayRelay = posix::HasDisplay() && IsInstalled("xdg-email");
+        const bool hasDisplay = posix::HasDisplay();
+        const bool hasThunderbird = hasDisplay && IsInstalled("thunderbird");
+        const bool mayRelay = hasDisplay && IsInstalled("xdg-email");
         if (!hasThunderbird && !mayRelay && !posix::HasSessionBus())
             return nullptr;
         return std::make_unique<PosixMailProgram>(hasThunderbird);

@@ -1,20 +1,18 @@
 #pragma once
 
-#include <cstdlib>
+#include "utility/platform/Types.h"
 
 namespace utility::platform::posix
 {
 
-inline bool IsInEnvironment(const char* variable)
-{
-    const char* const value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
+// What the user's session shows windows by. A server of this machine that takes a connection and then says nothing for
+// as long as this hangs: it is none, since whoever talked to it would wait for ever.
 
-// What the user's session shows windows by.
+inline constexpr DWORD displayPatience = 3000; ///< milliseconds
 
-inline bool HasX11() { return IsInEnvironment("DISPLAY"); }
-inline bool HasWayland() { return IsInEnvironment("WAYLAND_DISPLAY"); }
-inline bool HasDisplay() { return HasX11() || HasWayland(); }
+bool HasX11();
+bool HasWayland();
+
+inline bool HasDisplay() { return HasWayland() || HasX11(); }
 
 }
