@@ -16,6 +16,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -222,6 +223,35 @@ TEST_F(SendMailTest, WriterThatThrowsLeavesNoFile)
     EXPECT_EQ(FilesInFolder(), 0u);
 }
 
+TEST_F(SendMailTest, MailProgramThatThrowsLeavesNoFile)
+{
+    m_mails.throws = true;
+    CSendMail mail;
+    mail.Init();
+    EXPECT_THROW(mail.Send(&WritePart, 0, L"Part.nc", m_folder.Path()), std::bad_alloc);
+    EXPECT_EQ(m_mails.record.mails.size(), 1u);
+    EXPECT_EQ(FilesInFolder(), 0u);
+}
+
+TEST_F(SendMailTest, WrittenAttachmentWithoutANameHasNone)
+{
+    CSendMail mail;
+    mail.Init();
+    EXPECT_TRUE(mail.Send(&WritePart, 0, nullptr, m_folder.Path()));
+    ASSERT_EQ(m_mails.record.mails.size(), 1u);
+    EXPECT_EQ(m_mails.record.mails[0].attachmentName, L"");
+}
+
+TEST_F(SendMailTest, WriterIsCalledWhereThereIsNoMailProgramAndItsFileIsGone)
+{
+    m_mails.isThere = false;
+    written.clear();
+    CSendMail mail;
+    EXPECT_TRUE(mail.Send(&WritePart, 0, L"Part.nc", m_folder.Path()));
+    EXPECT_EQ(written.size(), 1u);
+    EXPECT_EQ(FilesInFolder(), 0u);
+}
+
 TEST_F(SendMailTest, MoveTakesTheLibraryOver)
 {
     CSendMail first;
@@ -231,6 +261,7 @@ TEST_F(SendMailTest, MoveTakesTheLibraryOver)
     EXPECT_FALSE(second.Send(L"", L"", L"part.nc", L"", L"", false));
     EXPECT_EQ(m_mails.record.mails.size(), 1u);
     static_assert(!std::is_copy_constructible_v<CSendMail> && !std::is_copy_assignable_v<CSendMail>);
+    static_assert(!std::is_polymorphic_v<CSendMail>);
 }
 
 TEST_F(SendMailTest, AssignmentReleasesTheLibraryThatWasHeld)

@@ -2,13 +2,15 @@
 // file, a text in a line, once it has all of it; the file is there, empty, as soon as it serves.
 // A number is the response to a mail; otherwise:
 //   refuses  an error for each mail        silent   no answer to a mail        mute     no answer to anything
-//   patient  an answer and no response     dies     an answer, and its end     blind    it sees other temporary files
+//   patient  an answer and no response     dies     an answer, and its end     blind    it sees no temporary file
+//   misled   it sees other temporary files under their names
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <sched.h>
 #include <string>
@@ -16,6 +18,7 @@
 #include <sys/stat.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -120,13 +123,25 @@ int Serve(sd_bus_message* message, void*, sd_bus_error*)
     return 0;
 }
 
-/// Hides the temporary files of others from this process.
-bool BecomeBlind()
+/// Hides the temporary files of others from this process. If it is misled, there are others of the same names.
+bool BecomeBlind(bool isMisled)
 {
     const char* const folder = std::getenv("TMPDIR");
-    return folder != nullptr && (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
-           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-           ::mount("tmpfs", folder, "tmpfs", 0, nullptr) == 0;
+    if (folder == nullptr)
+        return false;
+    std::vector<std::filesystem::path> files;
+    for (const auto& each : std::filesystem::directory_iterator(folder))
+        files.push_back(each.path());
+    if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
+        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("tmpfs", folder, "tmpfs", 0, nullptr) != 0)
+        return false;
+    for (const std::filesystem::path& each : files)
+    {
+        if (isMisled)
+            std::ofstream(each) << "another";
+    }
+    return true;
 }
 
 }
@@ -143,9 +158,9 @@ int main(int count, char** arguments)
         sd_bus_request_name(bus, "org.freedesktop.portal.Desktop", 0) < 0)
         return 1;
     std::string ready;
-    if (behaviour == "blind")
+    if (behaviour == "blind" || behaviour == "misled")
     {
-        ready = BecomeBlind() ? "" : "sees";
+        ready = BecomeBlind(behaviour == "misled") ? "" : "sees";
         behaviour = "0";
     }
     std::ofstream(recordPath) << ready;

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@ struct MailRecord
 class RecordingMailProgram final : public utility::platform::MailProgram
 {
 public:
-    RecordingMailProgram(MailRecord& record, bool sends, std::uint32_t status)
-        : m_record(record), m_sends(sends), m_status(status)
+    RecordingMailProgram(MailRecord& record, bool sends, bool throws, std::uint32_t status)
+        : m_record(record), m_sends(sends), m_throws(throws), m_status(status)
     {
         ++m_record.loaded;
     }
@@ -41,12 +42,15 @@ public:
     {
         m_record.mails.push_back(mail);
         m_record.attached = TemporaryFolder::BytesOf(mail.attachment);
+        if (m_throws)
+            throw std::bad_alloc();
         return m_status;
     }
 
 private:
     MailRecord& m_record;
     bool m_sends;
+    bool m_throws;
     std::uint32_t m_status;
 };
 
@@ -56,11 +60,12 @@ class RecordingMails final : public utility::platform::MailService
 public:
     std::unique_ptr<utility::platform::MailProgram> Load() override
     {
-        return isThere ? std::make_unique<RecordingMailProgram>(record, sends, status) : nullptr;
+        return isThere ? std::make_unique<RecordingMailProgram>(record, sends, throws, status) : nullptr;
     }
 
     bool isThere = true;
     bool sends = true;
+    bool throws = false; ///< when it has got a mail
     std::uint32_t status = 0;
     MailRecord record;
 };

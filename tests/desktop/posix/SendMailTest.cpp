@@ -1,7 +1,10 @@
 #include "utility/desktop/SendMail.h"
 
+#include "tests/support/posix/Child.h"
 #include "tests/support/posix/Environment.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/LeasedFile.h"
+#include "tests/support/posix/MadeUpXServer.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -18,6 +21,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <pty.h>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
@@ -534,6 +538,15 @@ TEST_F(SendMailPrograms, WithoutADisplayThereIsNoMailProgram)
     EXPECT_EQ(ReasonOfInit(), noProgram);
 }
 
+TEST_F(SendMailPrograms, DisplayThatHangsIsNone)
+{
+    Recorder("thunderbird");
+    const support::MadeUpXServer server;
+    ASSERT_NE(server.Display(), "");
+    m_display.Set(server.Display());
+    EXPECT_EQ(ReasonOfInit(), noProgram);
+}
+
 TEST_F(SendMailPrograms, SessionWithoutABusIsToldByInit)
 {
     m_runtime.Set(m_folder.Path().string());
@@ -565,6 +578,33 @@ TEST_F(SendMailPrograms, AttachmentThatIsNoFileIsAFailureAndStartsNothing)
         EXPECT_TRUE(SendFile(file)) << file;
     EXPECT_FALSE(boost::filesystem::exists(m_folder / "arguments"));
     EXPECT_EQ(Copies(), 0);
+}
+
+TEST_F(SendMailPrograms, AttachmentThatAnotherProgramHasALeaseOnIsWaitedFor)
+{
+    Recorder("thunderbird");
+    support::LeasedFile leased(m_part);
+    EXPECT_FALSE(Send());
+    EXPECT_TRUE(leased.WasGivenUp());
+}
+
+TEST_F(SendMailPrograms, AttachmentThatIsATerminalDoesNotBecomeTheHosts)
+{
+    Recorder("thunderbird");
+    support::Child child(
+        [&]
+        {
+            int controlling = -1;
+            int terminal = -1;
+            char name[64];
+            if (::openpty(&controlling, &terminal, name, nullptr, nullptr) != 0 || ::open("/dev/tty", O_RDWR) >= 0)
+                return 2;
+            CSendMail mail;
+            mail.Init();
+            const bool isFailure = mail.Send(L"", L"", name, L"Part.nc", L"", false);
+            return isFailure && ::open("/dev/tty", O_RDWR) < 0 ? 0 : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
 }
 
 TEST_F(SendMailPrograms, AttachmentWithoutAnyBytesIsSent)

@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/LeasedFile.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/files/MemoryMappedFile.h"
 #include "utility/framework/FileException.h"
@@ -14,7 +15,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <fcntl.h>
 #include <fstream>
 #include <memory>
@@ -136,29 +136,11 @@ TEST(PosixFilesTest, FileThatAnotherProgramHasALeaseOnIsWaitedFor)
 {
     const support::TemporaryFolder folder;
     const auto path = folder.File("a", "bytes");
-    const Signal leased;
-    support::Child holder(
-        [&]
-        {
-            sigset_t breaks;
-            ::sigemptyset(&breaks);
-            ::sigaddset(&breaks, SIGIO);
-            ::sigprocmask(SIG_BLOCK, &breaks, nullptr);
-            const int file = ::open(path.c_str(), O_RDWR);
-            const bool hasLease = ::fcntl(file, F_SETLEASE, F_WRLCK) == 0;
-            leased.Give();
-            if (!hasLease)
-                return 1;
-            int signal = 0;
-            ::sigwait(&breaks, &signal);
-            ::usleep(50000);
-            return ::fcntl(file, F_SETLEASE, F_UNLCK);
-        });
-    leased.Await();
+    support::LeasedFile leased(path);
     const HANDLE file = Files().OpenForReading(path);
     EXPECT_NE(file, INVALID_HANDLE_VALUE) << LastError();
     EXPECT_TRUE(Files().Close(file));
-    EXPECT_EQ(holder.ExitCode(), 0);
+    EXPECT_TRUE(leased.WasGivenUp());
 }
 
 TEST(PosixFilesTest, ProcessForkedMeanwhileDoesNotKeepAFileThatWasClosed)

@@ -23,17 +23,6 @@ namespace
 
 int DescriptorOf(HANDLE file) { return posix::NumberOf(posix::HandleKind::file, file); }
 
-/// Opens a file, or with O_CREAT makes it. -1 on failure.
-int OpenAny(const boost::filesystem::path& path, int flags)
-{
-    const auto open = [&](int more)
-    { return posix::Uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC | more, 0666); }); };
-    // A pipe without a writer would hold up the caller. Only a file that another program holds a lease on is not to be
-    // had at once: that one is waited for, until the other has let go.
-    const int descriptor = open(O_NONBLOCK);
-    return posix::AboveStandardStreams(descriptor < 0 && errno == EAGAIN ? open(0) : descriptor);
-}
-
 /// Takes the advisory lock of this type on the whole of a file. A file system without locks lets everybody in; only a
 /// lock held by another turns the caller away.
 DWORD TakeLock(int descriptor, short type)
@@ -67,7 +56,7 @@ HANDLE OpenLocked(const boost::filesystem::path& path, int access, short lockTyp
     if (!AreWhole(path))
         return INVALID_HANDLE_VALUE;
     const int errnoBefore = errno;
-    int descriptor = OpenAny(path, access);
+    int descriptor = posix::OpenAny(path.c_str(), access);
     bool isNew = false;
     if (descriptor < 0 && errno == ENOENT && then == Absent::isMade)
     {
@@ -75,7 +64,7 @@ HANDLE OpenLocked(const boost::filesystem::path& path, int access, short lockTyp
         isNew = descriptor >= 0;
         // A link to where nothing is, or somebody else has made it meanwhile.
         if (!isNew && errno == EEXIST)
-            descriptor = OpenAny(path, access | O_CREAT);
+            descriptor = posix::OpenAny(path.c_str(), access | O_CREAT);
     }
     if (descriptor < 0)
     {

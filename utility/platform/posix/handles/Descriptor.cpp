@@ -28,6 +28,14 @@ Descriptor::~Descriptor()
     errno = reason;
 }
 
+int OpenAny(const char* path, int flags) noexcept
+{
+    const auto open = [&](int more)
+    { return Uninterrupted([&] { return ::open(path, flags | O_CLOEXEC | O_NOCTTY | more, 0666); }); };
+    const int descriptor = open(O_NONBLOCK);
+    return AboveStandardStreams(descriptor < 0 && errno == EAGAIN ? open(0) : descriptor);
+}
+
 int MakeFile(const char* path, mode_t mode) noexcept
 {
     const int made = Uninterrupted([&] { return ::open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode); });

@@ -34,6 +34,11 @@ private:
     int m_number;
 };
 
+/// Opens a file, or with O_CREAT makes it, and is not held up by a pipe that nobody writes, nor given a terminal to be
+/// the process's own. Only a file that another program holds a lease on is waited for, until the other has let go. What
+/// is opened does not block (O_NONBLOCK). -1, with the reason in errno, on failure.
+int OpenAny(const char* path, int flags) noexcept;
+
 /// Makes a file, to be read and written, where there is none. -1, with the reason in errno and nothing made, where
 /// there is one, or a link (EEXIST), and on failure.
 int MakeFile(const char* path, mode_t mode) noexcept;

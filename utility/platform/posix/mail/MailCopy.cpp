@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace utility::platform::posix
 {
@@ -28,19 +29,6 @@ boost::filesystem::path TemporaryFolder()
     return given != nullptr && *given == '/' ? given : "/tmp";
 }
 
-bool WriteAll(int file, const char* bytes, std::size_t size)
-{
-    while (size != 0)
-    {
-        const ssize_t written = Uninterrupted([&] { return ::write(file, bytes, size); });
-        if (written <= 0)
-            return false;
-        bytes += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 /// What is read to the end of one file goes into another one.
 std::uint32_t CopyBytes(int from, int to)
 {
@@ -52,7 +40,7 @@ std::uint32_t CopyBytes(int from, int to)
             return mailSucceeded;
         if (size < 0)
             return mailAttachmentNotOpened;
-        if (!WriteAll(to, bytes, static_cast<std::size_t>(size)))
+        if (!WriteAll(to, {bytes, static_cast<std::size_t>(size)}))
             return mailAttachmentNotWritten;
     }
 }
@@ -85,30 +73,21 @@ MailCopy::~MailCopy()
 
 std::uint32_t MailCopy::Make(const boost::filesystem::path& file, std::string name)
 {
-    // Without waiting for somebody to write into it, if it is a pipe.
-    const int opened = Uninterrupted([&] { return ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
-    if (opened < 0)
+    const Descriptor from(OpenAny(file.c_str(), O_RDONLY));
+    if (!from)
         return errno == ENOENT || errno == ENOTDIR ? mailAttachmentNotFound : mailAttachmentNotOpened;
-    const int from = AboveStandardStreams(opened);
     struct stat status;
-    std::uint32_t result = mailAttachmentNotOpened;
-    if (from >= 0 && ::fstat(from, &status) == 0 && S_ISREG(status.st_mode))
-    {
-        std::string folder = (TemporaryFolder() / folderPrefix).native() + "XXXXXX";
-        result = mailAttachmentNotWritten;
-        if (::mkdtemp(folder.data()) != nullptr)
-        {
-            m_folder = folder;
-            if (name.empty())
-                name = file.filename().native();
-            std::ranges::replace(name, '/', '_');
-            m_path = m_folder / name;
-            result = CopyToNewFile(from, m_path);
-        }
-    }
-    if (from >= 0)
-        ::close(from);
-    return result;
+    if (::fstat(from.Number(), &status) != 0 || !S_ISREG(status.st_mode))
+        return mailAttachmentNotOpened;
+    std::string folder = (TemporaryFolder() / folderPrefix).native() + "XXXXXX";
+    if (::mkdtemp(folder.data()) == nullptr)
+        return mailAttachmentNotWritten;
+    m_folder = std::move(folder);
+    if (name.empty())
+        name = file.filename().native();
+    std::ranges::replace(name, '/', '_');
+    m_path = m_folder / name;
+    return CopyToNewFile(from.Number(), m_path);
 }
 
 void MailCopy::RemoveOld()

@@ -289,18 +289,13 @@ std::optional<std::uint32_t> SendByPortal(const MailTexts& texts, const boost::f
                                           const PortalWaits& waits)
 {
     // All that a portal may want of it is that it names the file.
-    const int file =
-        AboveStandardStreams(Uninterrupted([&] { return ::open(attachment.c_str(), O_PATH | O_CLOEXEC); }));
-    if (file < 0)
+    const Descriptor file(Uninterrupted([&] { return ::open(attachment.c_str(), O_PATH | O_CLOEXEC); }));
+    if (!file)
         return std::nullopt;
-    std::optional<std::uint32_t> result;
-    {
-        Session session(waits);
-        if (session.HasPortal() && session.PortalSees(attachment, file))
-            result = session.Compose(texts, file);
-    }
-    ::close(file);
-    return result;
+    Session session(waits);
+    if (!session.HasPortal() || !session.PortalSees(attachment, file.Number()))
+        return std::nullopt;
+    return session.Compose(texts, file.Number());
 }
 
 }
