@@ -240,7 +240,6 @@ private:
                 isReady = next < descriptors.size() && ::dup2(descriptors[next++], stream) == stream && isReady;
         }
         ::setrlimit(RLIMIT_NOFILE, &m_earlier.files);
-        ::close_range(STDERR_FILENO + 1, ~0U, 0);
         ::sigprocmask(SIG_SETMASK, &m_earlier.mask, nullptr);
         if (isReady)
             ::execve(texts[0], texts + 1, texts + 2 + request.arguments);
@@ -316,12 +315,13 @@ void Guard(pid_t supervisor, const ControlGroup& group)
 void Supervise(Job& job, const Descriptor& guard)
 {
     const Children children;
-    if (!children)
-        return;
     sigset_t ends;
     ::sigemptyset(&ends);
     ::sigaddset(&ends, SIGCHLD);
     const Descriptor signals(::signalfd(-1, &ends, SFD_CLOEXEC | SFD_NONBLOCK));
+    // Without these it would leave something behind, or keep somebody waiting.
+    if (!children || !signals)
+        return;
     const Descriptor owner(OpenOwner());
     enum
     {

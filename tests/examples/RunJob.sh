@@ -1,5 +1,6 @@
 #!/bin/sh
-# What run_job leaves behind: RunJob.sh PROGRAM end|interrupt|kill FOLDER
+# What run_job leaves behind, and what it says without a supervisor:
+# RunJob.sh PROGRAM end|interrupt|kill|terminal|alone FOLDER
 set -eu
 program=$1 case=$2 folder=$3
 rm -rf "$folder"
@@ -32,7 +33,41 @@ if [ "$case" = end ]; then
     ! kill -0 "$(cat "$folder/daemon")" 2>/dev/null
     exit
 fi
-"$program" sh -c "$daemon; echo \$\$ > \"\$folder/command\"; sleep 600; sleep 600" &
+if [ "$case" = alone ]; then
+    cp "$program" "$folder"
+    for each in "${program%/*}"/../utility/libUtility.so*; do
+        ! [ -e "$each" ] || cp -P "$each" "$folder"
+    done
+    for supervisor in none forbidden; do
+        [ "$supervisor" = none ] || : >"$folder/UtilityJobSupervisor"
+        status=0
+        said=$(LD_LIBRARY_PATH=$folder "$folder/${program##*/}" touch "$folder/touched" 2>&1) || status=$?
+        [ "$status" = 125 ] && [ "$said" = 'run_job: there can be no job' ] && ! [ -e "$folder/touched" ] || {
+            echo "status $status, and it said: $said"
+            exit 1
+        }
+    done
+    exit
+fi
+command="$daemon; echo \$\$ > \"\$folder/command\"; sleep 600; sleep 600"
+if [ "$case" = terminal ]; then
+    # Ctrl-C is typed as soon as the command is there. The terminal stays until the end.
+    export program command
+    status=0
+    (
+        while ! [ -s "$folder/command" ]; do sleep 0.02; done
+        printf '\003'
+        gone "$(cat "$folder/command")"
+    ) | script -qec '"$program" sh -c "$command"' /dev/null || status=$?
+    [ "$status" = 130 ] || {
+        echo "status $status"
+        exit 1
+    }
+    gone "$(cat "$folder/daemon")"
+    gone "$(cat "$folder/command")"
+    exit
+fi
+"$program" sh -c "$command" &
 while ! [ -s "$folder/command" ]; do sleep 0.02; done
 case $case in
 interrupt) kill -TERM $! ;;

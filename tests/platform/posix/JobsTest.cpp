@@ -3,11 +3,13 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/ScriptTest.h"
+#include "tests/support/posix/Threads.h"
 #include "tests/support/Thorough.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Handles.h"
 #include "utility/platform/Paths.h"
+#include "utility/platform/posix/handles/Readable.h"
 #include "utility/platform/posix/jobs/ControlGroup.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -22,6 +24,7 @@
 #include <string>
 #include <sys/mount.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -113,6 +116,14 @@ protected:
         const std::string group =
             ControlGroupFolder(Told("groups"), support::TemporaryFolder::BytesOf("/proc/self/mountinfo"));
         return group != ControlGroupFolder() ? group : std::string();
+    }
+
+    /// Whether a folder is gone soon.
+    static bool IsRemoved(const std::string& folder)
+    {
+        for (int tries = 0; boost::filesystem::exists(folder) && tries < 1000; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return !boost::filesystem::exists(folder);
     }
 
     /// Does something in a copy of this process with a job of its own, for which the system has no control group.
@@ -266,7 +277,14 @@ TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesTheWholeJob
         const HANDLE process = Shell(daemonScript);
         ASSERT_FALSE(ToldAtLast().empty());
         const std::string group = ControlGroup();
-        ::kill(Supervisor(), SIGKILL);
+        const pid_t supervisor = Supervisor();
+        const pid_t guard = Guard();
+        ::kill(guard, SIGSTOP);
+        ::kill(supervisor, SIGKILL);
+        // Nobody is told of an end that is none yet.
+        EXPECT_EQ(Jobs().WaitForExitCode(m_watch, 100), std::nullopt);
+        ::kill(guard, SIGCONT);
+        EXPECT_TRUE(IsRemoved(group));
         EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
         EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 1u);
         // They are gone by now.
@@ -284,6 +302,20 @@ TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesTheWholeJob
     };
     test();
     WithoutControlGroup(test);
+}
+
+TEST_F(PosixJobTest, CommandThatASupervisorWasKilledOverIsNotStarted)
+{
+    const pid_t supervisor = Supervisor();
+    ::kill(supervisor, SIGSTOP);
+    std::jthread killing(
+        [supervisor]
+        {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            ::kill(supervisor, SIGKILL);
+        });
+    EXPECT_EQ(Shell("true"), nullptr);
+    EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_BROKEN_PIPE));
 }
 
 TEST_F(PosixJobTest, KilledGuardOfTheSupervisorTakesTheWholeJobAlong)
@@ -341,6 +373,48 @@ TEST_F(PosixJobTest, CloseKillsWhatAKilledSupervisorAndItsGuardHaveLeftInAContro
     EXPECT_EQ(group.empty() ? !IsThere(daemon) : GoesAway(daemon), !group.empty());
     ::kill(daemon, SIGKILL);
     EXPECT_FALSE(boost::filesystem::exists(group));
+}
+
+TEST_F(PosixJobTest, WhatKillsTheGroupOfTheSupervisorSparesItsGuardWhichKillsTheJob)
+{
+    WithoutControlGroup(
+        [this]
+        {
+            const HANDLE process = Shell(daemonScript);
+            ASSERT_FALSE(ToldAtLast().empty());
+            EXPECT_NE(::getpgid(Guard()), ::getpgrp());
+            ::kill(-::getpgid(Supervisor()), SIGKILL);
+            EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 1u);
+            EXPECT_FALSE(IsThere(Processes("daemon").at(0)));
+        });
+}
+
+TEST_F(PosixJobTest, StrangerInTheControlGroupIsKilledWithTheJobAlsoByTheGuard)
+{
+    for (const bool isSupervisorKilled : {false, true})
+    {
+        Close();
+        Handles().CloseHandle(m_watch);
+        Open();
+        const std::string group = ControlGroup();
+        Child stranger(
+            [&]
+            {
+                std::ofstream(group + "/cgroup.procs") << 0;
+                std::ofstream((m_folder / "told").c_str()) << "there\n";
+                ::alarm(group.empty() ? 1 : 60);
+                ::pause();
+                return 0;
+            });
+        EXPECT_EQ(ToldAtLast(), "there\n");
+        if (isSupervisorKilled)
+            ::kill(Supervisor(), SIGKILL);
+        else
+            Close();
+        EXPECT_EQ(stranger.Signal(), group.empty() ? SIGALRM : SIGKILL);
+        EXPECT_TRUE(IsRemoved(group));
+        boost::filesystem::remove(m_folder / "told");
+    }
 }
 
 TEST_F(PosixJobTest, NextJobKillsWhatAKilledOwnerWithAKilledSupervisorHasLeftInAControlGroup)
@@ -684,4 +758,146 @@ TEST_F(PosixJobTest, AnyThreadMayStartAndWait)
             });
     for (std::thread& thread : threads)
         thread.join();
+}
+
+TEST_F(PosixJobTest, CopiesOfAProgramWithThreadsHaveJobsToo)
+{
+    support::ExpectChildrenOfThreadsToWork([this] { return Run("exit 3") == 3u; },
+                                           [this]
+                                           {
+                                               const HANDLE parents = m_job;
+                                               const bool isOld = Run("exit 4") == 4u;
+                                               Open();
+                                               const bool isNew = Run("exit 5") == 5u;
+                                               Close();
+                                               const bool isEnd = Jobs().WaitForExitCode(m_watch, soon) == 0u;
+                                               m_job = parents;
+                                               return isOld && isNew && isEnd;
+                                           });
+}
+
+TEST_F(PosixJobTest, ControlCEndsTheProcessAndLeavesTheJob)
+{
+    Child child(
+        [this]
+        {
+            ::signal(SIGINT, [](int) {}); // which ends the owner otherwise
+            Open();
+            const HANDLE process = Shell("trap 'exit 9' INT; echo ready; sleep 600 & wait");
+            return Jobs().WaitForExitCode(process, soon) == 9u && Run("exit 4") == 4u ? 0 : 1;
+        },
+        Child::Terminal::foreground);
+    EXPECT_NE(child.ReadUntil("ready").find("ready"), std::string::npos);
+    child.Type("\x03");
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, LimitOnTheSizeOfFilesIsAReasonAndNoEndOfTheHost)
+{
+    Child child(
+        [this]
+        {
+            Open();
+            rlimit size = {0, RLIM_INFINITY};
+            ::setrlimit(RLIMIT_FSIZE, &size);
+            if (Shell("true") != nullptr || LastError() != ERROR_FILE_TOO_LARGE)
+                return 1;
+            size.rlim_cur = RLIM_INFINITY;
+            ::setrlimit(RLIMIT_FSIZE, &size);
+            return Run("exit 3") == 3u ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, SupervisorWithTooFewDescriptorsEndsAtOnce)
+{
+    const boost::filesystem::path program =
+        boost::filesystem::canonical("/proc/self/exe").parent_path() / "UtilityJobSupervisor";
+    for (const rlim_t count : {4, 5, 5, 5})
+    {
+        int ends[2];
+        ASSERT_EQ(::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends), 0);
+        Child supervisor(
+            [&]
+            {
+                ::dup2(ends[1], STDIN_FILENO);
+                const rlimit most = {count, count};
+                ::setrlimit(RLIMIT_NOFILE, &most);
+                ::close_range(STDERR_FILENO + 1, ~0U, 0);
+                return ::execl(program.c_str(), program.c_str(), nullptr);
+            });
+        ::close(ends[1]);
+        EXPECT_EQ(utility::platform::posix::WaitUntilReadable(ends[0], soon), true) << count;
+        ::close(ends[0]);
+        EXPECT_EQ(supervisor.ExitCode(), 0);
+    }
+}
+
+TEST_F(PosixJobTest, JobHasMoreProcessesThanItsOwnersLimitOfOpenFilesWhichTheyHaveAllTheSame)
+{
+    Child child(
+        [this]
+        {
+            rlimit files = {};
+            ::getrlimit(RLIMIT_NOFILE, &files);
+            const rlimit earlier = files;
+            files.rlim_cur = static_cast<rlim_t>(20 + support::OpenDescriptors());
+            ::setrlimit(RLIMIT_NOFILE, &files);
+            Open();
+            ::setrlimit(RLIMIT_NOFILE, &earlier);
+            for (int each = 0; each < 60; ++each)
+            {
+                if (Shell("exec sleep 600") == nullptr)
+                    return 1;
+            }
+            return Run("test $(ulimit -n) -eq " + std::to_string(files.rlim_cur)) == 0u ? 0 : 2;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, HostThatCollectsWhateverEndsIsLeftAlone)
+{
+    Child child(
+        [this]
+        {
+            // As servers do that have many children.
+            ::signal(SIGCHLD,
+                     [](int)
+                     {
+                         while (::waitpid(-1, nullptr, WNOHANG) > 0)
+                         {
+                         }
+                     });
+            const pid_t own = ::fork();
+            if (own == 0)
+                ::_exit(0);
+            Open();
+            for (unsigned int each = 0; each < 20; ++each)
+            {
+                if (Run("exit " + std::to_string(each)) != each)
+                    return 1;
+            }
+            return 0;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST_F(PosixJobTest, ManyJobsAtATimeAreKilledByTheEndOfTheirOwner)
+{
+    Child owner(
+        [this]
+        {
+            for (int each = 0; each < support::Cases(200); ++each)
+            {
+                Open();
+                Shell("echo $$ >> \"$here/told\"; exec sleep 600");
+            }
+            while (Processes().size() < static_cast<std::size_t>(support::Cases(200)))
+                std::this_thread::sleep_for(std::chrono::milliseconds(5));
+            return 0;
+        });
+    EXPECT_EQ(owner.ExitCode(), 0);
+    EXPECT_EQ(Processes().size(), static_cast<std::size_t>(support::Cases(200)));
+    for (const pid_t each : Processes())
+        EXPECT_TRUE(GoesAway(each));
 }

@@ -7,6 +7,7 @@
 #include "utility/platform/posix/faults/ReportedProcess.h"
 #include "utility/platform/posix/files/KernelFile.h"
 #include "utility/platform/posix/files/Lock.h"
+#include "utility/platform/posix/files/WithoutSignalForSize.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
@@ -33,7 +34,10 @@ namespace utility::platform
 namespace
 {
 
-std::string KernelFileOf(const char* name) { return "/proc/" + std::to_string(posix::ReportedThreadInProc()) + '/' + name; }
+std::string KernelFileOf(const char* name)
+{
+    return "/proc/" + std::to_string(posix::ReportedThreadInProc()) + '/' + name;
+}
 
 /// A line of the kernel's list of what is mapped.
 struct Mapping
@@ -94,33 +98,9 @@ int OpenEarlier(const char* path)
     return -1;
 }
 
-/// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it.
-class WithoutSignalForSize
-{
-public:
-    WithoutSignalForSize()
-    {
-        ::sigemptyset(&m_signal);
-        ::sigaddset(&m_signal, SIGXFSZ);
-        ::pthread_sigmask(SIG_BLOCK, &m_signal, &m_before);
-    }
-    WithoutSignalForSize(const WithoutSignalForSize&) = delete;
-    WithoutSignalForSize& operator=(const WithoutSignalForSize&) = delete;
-    ~WithoutSignalForSize()
-    {
-        constexpr timespec noTime = {};
-        ::sigtimedwait(&m_signal, nullptr, &noTime);
-        ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
-    }
-
-private:
-    sigset_t m_signal;
-    sigset_t m_before;
-};
-
 bool WriteAll(HANDLE file, std::string_view bytes)
 {
-    const WithoutSignalForSize scope;
+    const posix::WithoutSignalForSize scope;
     DWORD written = 0;
     for (; !bytes.empty(); bytes.remove_prefix(written))
     {

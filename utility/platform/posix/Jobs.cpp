@@ -4,6 +4,7 @@
 #include "utility/platform/Modules.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/error/Errno.h"
+#include "utility/platform/posix/files/WithoutSignalForSize.h"
 #include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/posix/handles/Readable.h"
@@ -69,6 +70,7 @@ bool Send(int socket, const posix::JobRequest& request, const std::vector<int>& 
 /// A file in memory with texts, each with the null that ends it.
 Descriptor FileOf(const std::string& texts)
 {
+    const posix::WithoutSignalForSize scope;
     Descriptor file(::memfd_create("job", MFD_CLOEXEC));
     for (std::size_t done = 0; file && done < texts.size();)
     {

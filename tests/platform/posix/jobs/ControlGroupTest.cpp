@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <iterator>
 #include <string>
 #include <sys/file.h>
 #include <unistd.h>
@@ -75,14 +74,6 @@ TEST(ControlGroupTest, FolderThatIsNoGroupIsLeftAsItWas)
         group.Remove();
     }
     EXPECT_TRUE(boost::filesystem::is_empty(folder.Path()));
-}
-
-TEST(ControlGroupTest, FolderInWhichNewOnesAreNoGroupsIsLeftAsItWas)
-{
-    const TemporaryFolder folder;
-    folder.File("cgroup.procs", "");
-    EXPECT_FALSE(ControlGroup(folder.Path().string()));
-    EXPECT_EQ(std::distance(boost::filesystem::directory_iterator(folder.Path()), {}), 1);
 }
 
 TEST(ControlGroupTest, OnlyGroupsOfJobsThatNobodyHoldsAreAbandoned)

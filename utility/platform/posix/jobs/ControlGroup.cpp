@@ -142,7 +142,7 @@ ControlGroup::ControlGroup(const std::string& folder)
     for (int tries = 0; tries < 10 && !folder.empty() && !m_folder; ++tries)
     {
         m_path = folder + '/' + std::string(ofAJob) + "XXXXXX";
-        if (::access((folder + "/cgroup.procs").c_str(), W_OK) != 0 || ::mkdtemp(m_path.data()) == nullptr)
+        if (::mkdtemp(m_path.data()) == nullptr)
             return;
         m_folder = OpenFolder(m_path);
         if (m_folder && Uninterrupted([&] { return ::flock(m_folder.Number(), LOCK_EX); }) == 0 &&
