@@ -22,4 +22,9 @@ TEST(GetClassAtomTest, IsWhatTheSystemHasForTheName)
     EXPECT_EQ(GetClassAtom(L"Tool"), 0);
 }
 
-TEST(GetClassAtomTest, ClassThatIsNotThereHasNone) { EXPECT_EQ(GetClassAtom(L"No such class"), 0); }
+TEST(GetClassAtomTest, ClassThatIsNotThereHasNone)
+{
+    EXPECT_EQ(GetClassAtom(L"No such class"), 0);
+    EXPECT_EQ(GetClassAtom(L""), 0);
+    EXPECT_EQ(GetClassAtom(nullptr), 0);
+}

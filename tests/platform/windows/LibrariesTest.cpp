@@ -11,6 +11,8 @@
 using support::ImportedCall;
 using utility::platform::Libraries;
 
+extern "C" decltype(&::ActivateActCtx) __imp_ActivateActCtx;
+extern "C" decltype(&::DeactivateActCtx) __imp_DeactivateActCtx;
 extern "C" decltype(&::GetSystemInfo) __imp_GetSystemInfo;
 extern "C" decltype(&::LoadLibraryExW) __imp_LoadLibraryExW;
 
@@ -28,6 +30,36 @@ TEST(WindowsLibrariesTest, LibraryIsLoadedWithAnAlteredSearchPath)
     EXPECT_FALSE(IsDLLAvailable(L"C:\\tools\\tools.dll"));
     EXPECT_EQ(name, L"C:\\tools\\tools.dll");
     EXPECT_EQ(flags, 8u);
+}
+
+TEST(WindowsLibrariesTest, LibraryIsLoadedInTheContextOfThisModuleAndTheReasonOfAFailureStays)
+{
+    static std::string called;
+    called.clear();
+    const ImportedCall activate(__imp_ActivateActCtx,
+                                [](HANDLE, ULONG_PTR* cookie)
+                                {
+                                    *cookie = 24;
+                                    called += "activate ";
+                                    return TRUE;
+                                });
+    const ImportedCall deactivate(__imp_DeactivateActCtx,
+                                  [](DWORD, ULONG_PTR cookie)
+                                  {
+                                      called += cookie == 24 ? "deactivate " : "another ";
+                                      ::SetLastError(1);
+                                      return TRUE;
+                                  });
+    const ImportedCall load(__imp_LoadLibraryExW,
+                            [](LPCWSTR, HANDLE, DWORD) -> HMODULE
+                            {
+                                called += "load ";
+                                ::SetLastError(ERROR_MOD_NOT_FOUND);
+                                return nullptr;
+                            });
+    EXPECT_EQ(Libraries().Load(L"C:\\tools\\tools.dll"), nullptr);
+    EXPECT_EQ(::GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
+    EXPECT_EQ(called, "activate load deactivate ");
 }
 
 TEST(WindowsLibrariesTest, LibrariesOfTheSystemAreThereAndTellTheirVersions)

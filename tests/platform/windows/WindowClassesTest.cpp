@@ -10,6 +10,8 @@
 using support::ImportedCall;
 using utility::platform::WindowClasses;
 
+extern "C" decltype(&::ActivateActCtx) __imp_ActivateActCtx;
+extern "C" decltype(&::DeactivateActCtx) __imp_DeactivateActCtx;
 extern "C" decltype(&::CreateWindowExW) __imp_CreateWindowExW;
 extern "C" decltype(&::DestroyWindow) __imp_DestroyWindow;
 extern "C" decltype(&::GetClassLongW) __imp_GetClassLongW;
@@ -33,9 +35,24 @@ TEST(WindowsWindowClassesTest, WindowHasNothingAndIsDestroyed)
     static int index;
     static HWND destroyed;
     destroyed = nullptr;
+    static std::string contexts;
+    contexts.clear();
+    const ImportedCall activate(__imp_ActivateActCtx,
+                                [](HANDLE, ULONG_PTR*)
+                                {
+                                    contexts += "activate ";
+                                    return TRUE;
+                                });
+    const ImportedCall deactivate(__imp_DeactivateActCtx,
+                                  [](DWORD, ULONG_PTR)
+                                  {
+                                      contexts += "deactivate ";
+                                      return TRUE;
+                                  });
     const auto create = [](DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
                            int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID argument) -> HWND
     {
+        contexts += "create ";
         name = className;
         isPlain = extendedStyle == 0 && title == nullptr && style == 0 && x == 0 && y == 0 && width == 0 &&
                   height == 0 && parent == nullptr && menu == nullptr && instance == nullptr && argument == nullptr;
@@ -59,4 +76,5 @@ TEST(WindowsWindowClassesTest, WindowHasNothingAndIsDestroyed)
     EXPECT_TRUE(isPlain);
     EXPECT_EQ(index, -32);
     EXPECT_EQ(destroyed, reinterpret_cast<HWND>(std::intptr_t{0x1000}));
+    EXPECT_EQ(contexts, "activate create deactivate ");
 }

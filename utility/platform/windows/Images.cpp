@@ -1,6 +1,7 @@
 #include "utility/platform/Images.h"
 
 #include "utility/platform/SystemService.h"
+#include "utility/platform/windows/ModulesContext.h"
 
 #include <cstdlib>
 
@@ -9,36 +10,6 @@ namespace utility::platform
 
 namespace
 {
-
-const char addressInThisModule = 0;
-
-/// For the length of a scope the thread loads and calls what the manifest of this module asks for.
-class ModulesContext
-{
-public:
-    ModulesContext() : m_isActive(::ActivateActCtx(OfThisModule(), &m_cookie) != FALSE) {}
-    ModulesContext(const ModulesContext&) = delete;
-    ModulesContext& operator=(const ModulesContext&) = delete;
-    ~ModulesContext()
-    {
-        if (m_isActive)
-            ::DeactivateActCtx(0, m_cookie);
-    }
-
-private:
-    /// Null, which is that of the process, for a module without a manifest.
-    static HANDLE OfThisModule()
-    {
-        ACTIVATION_CONTEXT_BASIC_INFORMATION context = {};
-        ::QueryActCtxW(QUERY_ACTCTX_FLAG_ACTCTX_IS_ADDRESS | QUERY_ACTCTX_FLAG_NO_ADDREF,
-                       const_cast<char*>(&addressInThisModule), nullptr, ActivationContextBasicInformation, &context,
-                       sizeof(context), nullptr);
-        return context.hActCtx;
-    }
-
-    ULONG_PTR m_cookie = 0;
-    bool m_isActive;
-};
 
 /// The common controls, as this module asks for them.
 struct CommonControls
@@ -70,7 +41,7 @@ const CommonControls& Controls()
 template <class Function, class Result, class... Arguments>
 Result Call(Function CommonControls::*function, Result otherwise, Arguments... arguments)
 {
-    const ModulesContext context;
+    const windows::ModulesContext context;
     const auto address = Controls().*function;
     return address != nullptr ? address(arguments...) : otherwise;
 }

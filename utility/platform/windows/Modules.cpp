@@ -1,6 +1,7 @@
 #include "utility/platform/Modules.h"
 
 #include "utility/platform/SystemService.h"
+#include "utility/platform/windows/ModulesContext.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -50,6 +51,7 @@ public:
 
     HINSTANCE Load(const wchar_t* path) override
     {
+        const windows::ModulesContext context;
         return ::LoadLibraryExW(path, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     }
 
