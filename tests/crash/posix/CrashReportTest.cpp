@@ -1,6 +1,7 @@
 #include "tests/support/CrashReport.h"
 #include "tests/support/Crasher.h"
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/Script.h"
 
 #include <boost/algorithm/hex.hpp>
 #include <boost/filesystem/operations.hpp>
@@ -83,12 +84,6 @@ bool HasLibraryVariables()
     bool isThere = false;
     ::dl_iterate_phdr(look, &isThere);
     return isThere;
-}
-
-void MakeShell(const boost::filesystem::path& file, const char* what)
-{
-    std::ofstream(file.string()) << "#!/bin/sh\n" << what << '\n';
-    boost::filesystem::permissions(file, boost::filesystem::owner_all);
 }
 
 /// The calling process has mounts of its own from here on.
@@ -760,28 +755,28 @@ TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsMayNot
 
 TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsIsAnother)
 {
-    MakeShell(Helper(), "exit 3");
+    support::MakeScript(Helper(), "exit 3");
     ExpectEndBy(SIGSEGV, "null");
     ExpectWholeReport(0xC0000005);
 }
 
 TEST_F(PosixCrashReportAlone, IsWrittenFromInsideWhereTheProgramForReportsIsKilled)
 {
-    MakeShell(Helper(), "kill -KILL $$");
+    support::MakeScript(Helper(), "kill -KILL $$");
     ExpectEndBy(SIGSEGV, "null");
     ExpectWholeReport(0xC0000005);
 }
 
 TEST_F(PosixCrashReportAlone, ProgramForReportsThatIsKilledLaterCostsTheRestOfTheReport)
 {
-    MakeShell(Helper(), "echo; kill -KILL $$");
+    support::MakeScript(Helper(), "echo; kill -KILL $$");
     ExpectEndBy(SIGSEGV, "null");
     ExpectNoReport();
 }
 
 TEST_F(PosixCrashReportAlone, ProgramForReportsThatHangsIsEnded)
 {
-    MakeShell(Helper(), "exec sleep 1000");
+    support::MakeScript(Helper(), "exec sleep 1000");
     ExpectEndBy(SIGSEGV, "null");
     ExpectNoReport();
 }

@@ -5,6 +5,8 @@
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/LeasedFile.h"
 #include "tests/support/posix/MadeUpXServer.h"
+#include "tests/support/posix/Script.h"
+#include "tests/support/posix/ScriptTest.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <boost/filesystem/operations.hpp>
@@ -25,7 +27,6 @@
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -81,8 +82,6 @@ std::string PathOfUrl(const std::string& url)
     return PercentDecoded(url.substr(7));
 }
 
-volatile std::sig_atomic_t toldOfChildren = 0;
-
 /// Programs that the test writes are all that is on the path. There is a display, and neither a bus nor a home.
 class SendMailPrograms : public ::testing::Test
 {
@@ -93,12 +92,7 @@ protected:
         boost::filesystem::create_directory(m_temporary);
     }
 
-    void Program(const char* name, const std::string& script) const
-    {
-        const path file = m_bin / name;
-        std::ofstream(file.string()) << "#!/bin/sh\n" + script + '\n';
-        boost::filesystem::permissions(file, boost::filesystem::owner_all);
-    }
+    void Program(const char* name, const std::string& script) const { support::MakeScript(m_bin / name, script); }
 
     /// A program that records its arguments, and does so much more.
     void Recorder(const char* name, const std::string& more = "") const
@@ -312,11 +306,7 @@ TEST_F(SendMailPrograms, MailProgramThatCannotBeStartedIsAFailure)
 TEST_F(SendMailPrograms, MailProgramThatRunsOnIsWaitedForFiveSecondsAndIsNoChildOfTheHost)
 {
     Recorder("thunderbird", "/bin/sleep 7\necho >'" + (m_folder / "done").string() + "'");
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { toldOfChildren = toldOfChildren + 1; };
-    struct sigaction earlier;
-    ::sigaction(SIGCHLD, &counting, &earlier);
-    toldOfChildren = 0;
+    const support::CountedSignal ends(SIGCHLD);
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_FALSE(Send());
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
@@ -326,26 +316,20 @@ TEST_F(SendMailPrograms, MailProgramThatRunsOnIsWaitedForFiveSecondsAndIsNoChild
     EXPECT_EQ(errno, ECHILD);
     EXPECT_FALSE(boost::filesystem::exists(m_folder / "done"));
     EXPECT_TRUE(Comes(m_folder / "done"));
-    EXPECT_EQ(toldOfChildren, 0);
-    ::sigaction(SIGCHLD, &earlier, nullptr);
+    EXPECT_EQ(ends.Count(), 0);
     EXPECT_EQ(Copies(), 1);
 }
 
 TEST_F(SendMailPrograms, MailProgramThatEndsAtOnceLeavesNoZombieAndTheHostIsNotTold)
 {
     Recorder("thunderbird");
-    struct sigaction counting = {};
-    counting.sa_handler = [](int) { toldOfChildren = toldOfChildren + 1; };
-    struct sigaction earlier;
-    ::sigaction(SIGCHLD, &counting, &earlier);
-    toldOfChildren = 0;
+    const support::CountedSignal ends(SIGCHLD);
     EXPECT_FALSE(Send());
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG | __WALL), -1);
     EXPECT_EQ(errno, ECHILD);
-    EXPECT_EQ(toldOfChildren, 0);
-    struct sigaction now;
-    ::sigaction(SIGCHLD, &earlier, &now);
-    EXPECT_EQ(now.sa_handler, counting.sa_handler);
+    EXPECT_EQ(ends.Count(), 0);
+    ::raise(SIGCHLD);
+    EXPECT_EQ(ends.Count(), 1) << "the host's own action for them is still there";
 }
 
 TEST_F(SendMailPrograms, HostThatIgnoresItsChildrenIsToldOfSuccessAndFailureAllTheSame)
@@ -722,16 +706,8 @@ TEST_F(SendMailPrograms, CopyIsRemovedByTheNextMailAWeekLater)
 TEST_F(SendMailPrograms, SignalsThatComeAllTheTimeHarmNothing)
 {
     Recorder("thunderbird", "/bin/sleep 0.3");
-    struct sigaction ignored = {};
-    ignored.sa_handler = [](int) {};
-    struct sigaction earlier;
-    ::sigaction(SIGALRM, &ignored, &earlier);
-    const itimerval often = {{0, 1000}, {0, 1000}};
-    ::setitimer(ITIMER_REAL, &often, nullptr);
-    const bool isFailure = Send();
-    const itimerval never = {};
-    ::setitimer(ITIMER_REAL, &never, nullptr);
-    ::sigaction(SIGALRM, &earlier, nullptr);
-    EXPECT_FALSE(isFailure);
+    const support::FrequentAlarm alarm;
+    EXPECT_FALSE(Send());
+    EXPECT_GT(alarm.Count(), 0);
     EXPECT_EQ(Arguments().size(), 2u);
 }

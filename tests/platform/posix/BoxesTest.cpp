@@ -3,6 +3,8 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/MadeUpXServer.h"
+#include "tests/support/posix/Script.h"
+#include "tests/support/posix/ScriptTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/platform/Keys.h"
 
@@ -17,7 +19,6 @@
 #include <poll.h>
 #include <string>
 #include <string_view>
-#include <sys/time.h>
 #include <unistd.h>
 
 using support::Child;
@@ -65,11 +66,7 @@ class BoxTerminalTest : public ::testing::TestWithParam<Typed>
 class BoxDialogTest : public ::testing::Test
 {
 protected:
-    void Program(const char* name, const std::string& script) const
-    {
-        const auto path = m_folder.File(name, "#!/bin/sh\n" + script);
-        boost::filesystem::permissions(path, boost::filesystem::owner_all);
-    }
+    void Program(const char* name, const std::string& script) const { support::MakeScript(m_folder / name, script); }
 
     int AnswerWith(const char* display) const
     {
@@ -274,11 +271,7 @@ TEST_F(BoxDialogTest, AnswerIsTheSameAmongSignals)
         Child child(
             [&]
             {
-                struct sigaction interrupting = {};
-                interrupting.sa_handler = [](int) {};
-                ::sigaction(SIGALRM, &interrupting, nullptr);
-                const itimerval often{{0, 1000}, {0, 1000}};
-                ::setitimer(ITIMER_REAL, &often, nullptr);
+                const support::FrequentAlarm alarm;
                 ::setenv("PATH", (m_folder / ".").c_str(), 1);
                 return AskWithDisplay("DISPLAY");
             });

@@ -3,6 +3,8 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/posix/MadeUpXServer.h"
+#include "tests/support/posix/Script.h"
+#include "tests/support/posix/ScriptTest.h"
 #include "tests/support/posix/XServer.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -16,7 +18,6 @@
 #include <fcntl.h>
 #include <functional>
 #include <string>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,11 +35,7 @@ constexpr const char* pastedBytes = "-n N10 \xE2\x82\xAC\n\"$(x)\" 'y' %s";
 class PosixClipboardTest : public testing::Test
 {
 protected:
-    void Program(const char* name, const std::string& script) const
-    {
-        const auto path = m_folder.File(name, "#!/bin/sh\n" + script);
-        boost::filesystem::permissions(path, boost::filesystem::owner_all);
-    }
+    void Program(const char* name, const std::string& script) const { support::MakeScript(m_folder / name, script); }
 
     /// One that keeps what it got.
     void Keeper(const char* name) const
@@ -292,14 +289,7 @@ TEST_F(PosixClipboardTest, WhatCannotBeStartedHasNotTakenTheText)
 TEST_F(PosixClipboardTest, SignalsDoNotHurry)
 {
     Program("xclip", "/bin/sleep 0.2; /bin/cat >'" + Kept("text") + "'\n");
-    const auto often = []
-    {
-        struct sigaction interrupting = {};
-        interrupting.sa_handler = [](int) {};
-        ::sigaction(SIGALRM, &interrupting, nullptr);
-        const itimerval timer{{0, 1000}, {0, 1000}};
-        ::setitimer(ITIMER_REAL, &timer, nullptr);
-    };
+    const auto often = [] { static const support::FrequentAlarm alarm; };
     EXPECT_EQ(Set(":0", nullptr, often), 1);
     EXPECT_EQ(Text(), pastedBytes);
 }

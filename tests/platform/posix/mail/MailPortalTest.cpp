@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Environment.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/Script.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/desktop/SendMail.h"
 #include "utility/platform/Mail.h"
@@ -295,9 +296,7 @@ TEST_F(MailPortalTest, CancelledMailLeavesNoCopyAndIsNothingToTell)
 TEST_F(MailPortalTest, MailThatThePortalRefusesGoesToThunderbird)
 {
     Portal("refuses");
-    const path program =
-        m_folder.File("thunderbird", "#!/bin/sh\necho \"$1\" >'" + (m_folder / "got").string() + "'\n");
-    boost::filesystem::permissions(program, boost::filesystem::owner_all);
+    support::MakeScript(m_folder / "thunderbird", "echo \"$1\" >'" + (m_folder / "got").string() + "'");
     m_path.Set(m_folder.Path().string());
     m_display.Set(":99");
     CSendMail mail;

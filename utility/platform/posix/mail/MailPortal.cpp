@@ -85,7 +85,7 @@ private:
     void* const m_library;
 };
 
-std::uint64_t Until(Clock::time_point end)
+std::uint64_t MicrosecondsUntil(Clock::time_point end)
 {
     const auto left = std::chrono::duration_cast<microseconds>(end - Clock::now()).count();
     return left > 0 ? static_cast<std::uint64_t>(left) : 0;
@@ -209,7 +209,7 @@ private:
                 return false;
             if (done > 0)
                 continue;
-            const std::uint64_t left = Until(end);
+            const std::uint64_t left = MicrosecondsUntil(end);
             if (left == 0)
                 return false;
             const int ready = m_library.wait(m_bus, left);
@@ -273,6 +273,7 @@ private:
     bool m_isOpen = false;
 };
 
+/// As the library for the bus asks for it.
 bool IsSet(const char* variable)
 {
     const char* const value = ::secure_getenv(variable);
