@@ -23,7 +23,15 @@ try
     // Relative names would be those of files in the folder of the archive.
     std::set<boost::filesystem::path> files;
     for (std::size_t each = 1; each < paths.size(); ++each)
+    {
+        boost::system::error_code failure;
+        if (!boost::filesystem::exists(paths[each], failure))
+        {
+            console::Print(stderr, console::Utf8(paths[each]) + " cannot be found\n");
+            return 1;
+        }
         files.insert(boost::filesystem::absolute(paths[each]));
+    }
     if (Zip::ZipFiles(boost::filesystem::absolute(paths.front()), files))
         return 0;
     console::Print(stderr, console::Utf8(paths.front()) + " cannot be written\n");

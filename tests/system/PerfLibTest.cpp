@@ -329,6 +329,7 @@ struct OddRegistry final : support::ForwardingRegistry
     LSTATUS RegOpenKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
     {
         accesses.push_back(access);
+        keys.emplace_back(subKey);
         return ForwardingRegistry::RegOpenKeyExW(parent, subKey, access, key);
     }
     LSTATUS RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* type, void* data, DWORD* size) override
@@ -348,8 +349,17 @@ struct OddRegistry final : support::ForwardingRegistry
     LSTATUS status = 0;
     std::function<void()> ahead;
     std::vector<DWORD> accesses;
+    std::vector<std::wstring> keys;
     int closed = 0;
 };
+
+TEST_F(PerfLibTest, KeyIsOpenedByItsNameInLowerCase)
+{
+    const OddRegistry registry;
+    const CPerfLib absent(0xC1B, true, false);
+    EXPECT_EQ(registry.keys,
+              std::vector<std::wstring>{L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Perflib\\c1b"});
+}
 
 TEST_F(PerfLibTest, ValueThatCannotBeReadAnyMoreLeavesTheMapAndTrueIsDeliberatelyGiven)
 {

@@ -227,6 +227,14 @@ TEST_F(PosixZipReadBackTest, TimeIsLocalForThoseWhoReadNoOther)
     EXPECT_EQ(ReadByPython(m_archive, "i.date_time"), "0\n(2023, 11, 15, 3, 43, 20)\n");
 }
 
+TEST_F(PosixZipReadBackTest, TimeThatAnArchiveCannotHoldIsTheLatestThatItCan)
+{
+    SetTimeOfChange(m_moves, 2147483648);
+    SetTimeOfChange(m_plate, 7258204800);
+    ASSERT_TRUE(Zip::ZipFiles(m_archive, {m_moves, m_plate}));
+    EXPECT_EQ(ReadByPython(m_archive, "i.date_time[0], i.extra"), "0\n2038 b''\n2107 b''\n");
+}
+
 TEST_F(PosixZipReadBackTest, UpdateReplacesWhatHasTheNameAndKeepsTheRest)
 {
     const path other = m_folder.File("other.txt", "other");
@@ -816,6 +824,13 @@ TEST_F(PosixZipTest, ArchiveThatAnotherProgramWritesMeanwhileIsLeftAsThatHasWrit
     ASSERT_TRUE(Zip::ZipFiles(first, {m_moves}));
     EXPECT_FALSE(IsPackedWhile(file, [&] { boost::filesystem::rename(first, m_archive); })) << "replaced";
     EXPECT_EQ(Names(), std::vector<std::string>{"moves.nc"});
+
+    const path alike = m_folder.File("alike.zip", others);
+    m_folder.File("a.zip", others);
+    for (const path& each : {m_archive, alike})
+        SetTimeOfChange(each, 1700000001);
+    const auto replace = [&] { boost::filesystem::rename(alike, m_archive); };
+    EXPECT_FALSE(IsPackedWhile(file, replace)) << "replaced by one of the same length and time";
 
     EXPECT_FALSE(IsPackedWhile(file, [&] { boost::filesystem::remove(m_archive); })) << "removed";
     EXPECT_FALSE(boost::filesystem::exists(m_archive));

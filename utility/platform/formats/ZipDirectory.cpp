@@ -1,5 +1,7 @@
 #include "utility/platform/formats/ZipDirectory.h"
 
+#include <utility>
+
 namespace utility::platform::formats
 {
 
@@ -102,6 +104,22 @@ void Append(std::string& bytes, const Value& value)
 
 std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
+/// What an end tells, of either kind.
+struct Told
+{
+    std::uint64_t entries;
+    std::uint64_t directorySize;
+    std::uint64_t directoryPosition;
+    bool isInOnePart;
+};
+
+template <class AnyEnd>
+Told ToldBy(const AnyEnd& end)
+{
+    return {end.entries, end.directorySize, end.directoryPosition,
+            end.part == 0 && end.partOfDirectory == 0 && end.entriesInPart == end.entries};
+}
+
 /// Where the numbers of eight bytes are in a record's extra part; its end if there are none.
 struct WideNumbers
 {
@@ -137,30 +155,25 @@ std::optional<ZipEntry> EntryAt(Bytes directory, std::uint64_t offset)
                       record.position,
                       record.packedSize,
                       positionInRecord,
-                      false};
+                      record.position == elsewhere32};
 
     // Those that are elsewhere, and no others, in this order.
     WideNumbers wide = FindWideNumbers(whole.subspan(extraAt, record.extraSize));
     const auto next = [&](std::uint64_t& number)
     {
-        entry.positionAt = extraAt + wide.at;
-        const bool isThere = wide.size >= sizeof(number);
-        if (isThere)
-        {
-            number = RecordAt<std::uint64_t>(whole, entry.positionAt);
-            wide = {wide.at + sizeof(number), wide.size - sizeof(number)};
-        }
-        return isThere;
+        if (wide.size < sizeof(number))
+            return false;
+        number = RecordAt<std::uint64_t>(whole, extraAt + wide.at);
+        wide = {wide.at + sizeof(number), wide.size - sizeof(number)};
+        return true;
     };
     std::uint64_t size = 0;
-    if ((record.size == elsewhere32 && !next(size)) || (record.packedSize == elsewhere32 && !next(entry.packedSize)))
+    if (record.part != 0 || (record.size == elsewhere32 && !next(size)) ||
+        (record.packedSize == elsewhere32 && !next(entry.packedSize)) || (entry.isWide && !next(entry.position)))
         return std::nullopt;
-    entry.isWide = record.position == elsewhere32;
-    if (entry.isWide && !next(entry.position))
-        return std::nullopt;
-    if (!entry.isWide)
-        entry.positionAt = positionInRecord;
-    return record.part == 0 ? std::optional(entry) : std::nullopt;
+    if (entry.isWide)
+        entry.positionAt = extraAt + wide.at - sizeof(entry.position);
+    return entry;
 }
 
 }
@@ -175,8 +188,7 @@ std::optional<ZipEnd> FindZipEnd(Bytes lastBytes, std::uint64_t fileLength)
         if (end.signature != End::expected || end.commentSize != commentSize)
             continue;
         std::uint64_t directoryEnd = fileLength - (lastBytes.size() - at);
-        ZipEnd found = {end.entries, 0, end.directorySize, end.directoryPosition, lastBytes.last(commentSize)};
-        bool isInOnePart = end.part == 0 && end.partOfDirectory == 0 && end.entriesInPart == end.entries;
+        Told told = ToldBy(end);
         if (at >= sizeof(Locator) + sizeof(WideEnd))
         {
             const auto locator = RecordAt<Locator>(lastBytes, at - sizeof(Locator));
@@ -184,16 +196,15 @@ std::optional<ZipEnd> FindZipEnd(Bytes lastBytes, std::uint64_t fileLength)
             if (locator.signature == Locator::expected && wide.signature == WideEnd::expected)
             {
                 directoryEnd -= sizeof(Locator) + sizeof(WideEnd);
-                found = {wide.entries, 0, wide.directorySize, wide.directoryPosition, found.comment};
-                isInOnePart = wide.part == 0 && wide.partOfDirectory == 0 && wide.entriesInPart == wide.entries;
+                told = ToldBy(wide);
             }
         }
-        const std::uint64_t told = found.begin;
-        if (!isInOnePart || found.directorySize > directoryEnd || told > directoryEnd - found.directorySize)
+        if (!told.isInOnePart || told.directorySize > directoryEnd ||
+            told.directoryPosition > directoryEnd - told.directorySize)
             return std::nullopt;
-        found.directoryPosition = directoryEnd - found.directorySize;
-        found.begin = found.directoryPosition - told;
-        return found;
+        const std::uint64_t position = directoryEnd - told.directorySize;
+        return ZipEnd{told.entries, position, told.directorySize, position - told.directoryPosition,
+                      lastBytes.last(commentSize)};
     }
     return std::nullopt;
 }

@@ -13,8 +13,8 @@
 namespace utility::platform::posix
 {
 
-/// An archive that is being written, beside the one whose place it is to take, under a name of its own. It goes with the
-/// object unless it has taken that place.
+/// An archive that is being written, beside the one whose place it is to take, under a name of its own. It goes with
+/// the object unless it has taken that place.
 class NewArchive
 {
 public:
@@ -36,7 +36,7 @@ public:
     /// For minizip to write to it.
     zlib_filefunc64_def Functions() noexcept;
 
-    /// Brings it to the disk and puts it in its place: that of the old one, or one where nothing is if that is not open.
+    /// Brings it to the disk and puts it in its place: that of the old one, or where nothing is if that is not open.
     /// What somebody else has put or written there meanwhile stays.
     bool TakePlace(const SourceFile& old);
 
