@@ -99,6 +99,11 @@ ExitStatus Run(const Options& options)
 {
     const CMemoryMappedFile file(options.report);
     const std::string name = console::Utf8(options.report);
+    if (!file.IsValid())
+    {
+        console::Print(stderr, name + " is empty or cannot be mapped\n");
+        return exitNotReadable;
+    }
     const std::string_view bytes(static_cast<const char*>(file.GetBase()), file.GetFileSize());
     if (!crash::IsReport(bytes))
     {

@@ -3,6 +3,7 @@
 //   Loader end MODULE      ends without unloading it: a digit is printed for each that is destroyed all the same
 //   Loader within MODULE   ends while it unloads it: a digit is printed for each object of another that is destroyed
 //   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
+//   Loader filter LIBRARY  loads the library, which has a filter for faults, and unloads it: the earlier one is back
 //   Loader zlib LIBRARY    unloads the library after it has loaded zlib, which goes with it (Linux)
 // Its exit code is 0 if all went well.
 
@@ -19,6 +20,12 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <csignal>
+#endif
 
 namespace
 {
@@ -81,6 +88,30 @@ int LoadOften(const boost::filesystem::path& path)
     return 0;
 }
 
+/// What the system calls for a fault.
+const void* Filter()
+{
+#ifdef _WIN32
+    const auto filter = ::SetUnhandledExceptionFilter(nullptr);
+    ::SetUnhandledExceptionFilter(filter);
+    return reinterpret_cast<const void*>(filter);
+#else
+    struct sigaction action;
+    ::sigaction(SIGSEGV, nullptr, &action);
+    return reinterpret_cast<const void*>(action.sa_sigaction);
+#endif
+}
+
+int LoadWithFilter(const boost::filesystem::path& path)
+{
+    const void* const before = Filter();
+    boost::dll::shared_library library(path);
+    if (Filter() == before)
+        return 1;
+    library.unload();
+    return Filter() == before ? 0 : 1;
+}
+
 bool IsMapped(std::string_view file)
 {
     std::ifstream maps("/proc/self/maps");
@@ -110,6 +141,7 @@ int main(int argumentCount, char** arguments)
            : what == "end"    ? End(path)
            : what == "within" ? EndWithin(path)
            : what == "often"  ? LoadOften(path)
+           : what == "filter" ? LoadWithFilter(path)
            : what == "zlib"   ? UnloadWithZlib(path)
                               : 2;
 }

@@ -4,11 +4,14 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 
 namespace support
 {
 
-void Crasher::UseCopy(const std::string& name)
+void Crasher::UseCopy(const boost::filesystem::path& name)
 {
     const boost::filesystem::path folder = m_folder / "program";
     boost::filesystem::create_directory(folder);
@@ -39,7 +42,9 @@ std::string Crasher::Report() const
 
 std::string Crasher::TextOf(const boost::filesystem::path& report)
 {
-    std::string text = TemporaryFolder::BytesOf(report);
+    // The program, and so the report's folder, may have any name.
+    std::ifstream file(std::filesystem::path(report.native()), std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
     if (boost::filesystem::path::preferred_separator == '\\')
         boost::replace_all(text, "\r\n", "\n");
     return text;

@@ -4,6 +4,7 @@
 
 #include <boost/filesystem/path.hpp>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -40,13 +41,16 @@ public:
     /// Runs it to its end. Linux: after `inside`, which is called in the new process.
     End Run(const std::string& cause, const std::function<void()>& inside = nullptr);
 
+    /// How long a run may take. Then it is ended, and says so.
+    void SetPatience(std::chrono::milliseconds patience) { m_patience = patience; }
+
     /// Linux: sends the program a signal as soon as it has written that it is ready.
     void SendWhenReady(int signal) { m_signalWhenReady = signal; }
 
     /// The program's path as it is started.
     const boost::filesystem::path& Program() const { return m_program; }
     /// Has a copy of the program with this name run in its place, in a folder that has nothing else.
-    void UseCopy(const std::string& name);
+    void UseCopy(const boost::filesystem::path& name);
 
     /// The same as a report has it.
     std::string PathInReport() const;
@@ -68,6 +72,7 @@ private:
     TemporaryFolder m_folder;
     boost::filesystem::path m_program;
     int m_signalWhenReady = 0;
+    std::chrono::milliseconds m_patience = std::chrono::seconds(60);
 };
 
 /// What a reader of XML that others have made says against a text; nothing if it is well-formed.

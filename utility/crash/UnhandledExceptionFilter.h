@@ -15,7 +15,8 @@
 // On Linux the file is UTF-8, whatever the locale; bytes that are no UTF-8 are U+FFFD. The program UtilityCrashReport,
 // which is installed beside the library, writes it from outside, so that it needs nothing of the process that may be
 // damaged. Where that cannot be started the process does it itself. On Windows the file has the encoding of the global
-// locale, and ends where a character cannot be had in that.
+// locale, and a question mark for each character that cannot be had in that; a second thread that crashes while it is
+// written ends the process, and the report with it.
 //
 // A report never ends at a variable that is a pointer to a pointer: it breaks off there, on Linux after some seconds,
 // and on Windows when somebody ends the process. What was written until then stays.

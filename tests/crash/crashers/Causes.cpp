@@ -3,16 +3,20 @@
 
 #include "utility/Utility.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cfenv>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <span>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
 
 #ifdef _WIN32
+#include <malloc.h>
 #include <windows.h>
 #else
 #include <csignal>
@@ -187,10 +191,137 @@ void Quiet()
     Null();
 }
 
+/// The translator is another thread's.
+void BesideTranslator()
+{
+    const CSETranslator translator;
+    OnThread();
+}
+
+void BehindTranslator()
+{
+    {
+        const CSETranslator translator;
+    }
+    Null();
+}
+
+void HostileNames() { kept = Hostile(nullptr); }
+
+/// What malloc keeps of its memory is overwritten, and it says so.
+void Heap()
+{
+    char* const block = static_cast<char*>(std::malloc(100));
+#ifdef _WIN32
+    const std::size_t size = ::_msize(block);
+#else
+    const std::size_t size = ::malloc_usable_size(block);
+#endif
+    volatile char* behind = block;
+    asm volatile("" : "+r"(behind));
+    for (std::size_t at = size; at < size + 16; ++at)
+        behind[at] = 0x7F;
+    for (std::size_t i = 1000; i < 100000; i += 1000)
+        static_cast<void>(*static_cast<char volatile*>(std::malloc(i)));
+}
+
+/// Faults within malloc, which holds its lock then, since there are threads.
+void WithinMalloc()
+{
+    std::thread([] { std::this_thread::sleep_for(std::chrono::hours(1)); }).detach();
+    char* const block = static_cast<char*>(std::malloc(2000));
+    static_cast<void>(*static_cast<char volatile*>(std::malloc(3000)));
+    volatile char* links = block;
+    asm volatile("" : "+r"(links));
+    std::free(block);
+    // The list of what is free goes on where nothing is.
+    for (std::size_t at = 0; at < 16; ++at)
+        links[at] = 0x11;
+    for (std::size_t i = 2000; i < 100000; i += 1000)
+        static_cast<void>(*static_cast<char volatile*>(std::malloc(i)));
+}
+
 #ifdef _WIN32
 
 /// What the system has a text for, and no table of ours.
 void Outside() { ::RaiseException(0xC0000017, 0, 0, nullptr); }
+
+/// Where a module of the system calls WriteFile, this one is called for files, up to where their disk is full.
+[[gnu::noipa]] BOOL WINAPI WriteToFullDisk(HANDLE file, const void* bytes, DWORD size, DWORD* written,
+                                           OVERLAPPED* where)
+{
+    static DWORD room = 4096;
+    if (size <= room)
+    {
+        room -= size;
+        return ::WriteFile(file, bytes, size, written, where);
+    }
+    *written = 0;
+    ::SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+[[gnu::noipa]] void FillDisk()
+{
+    // What the module calls is in a table of its own.
+    auto* const module = reinterpret_cast<std::byte*>(::GetModuleHandleW(L"msvcrt"));
+    const auto& header = *reinterpret_cast<const IMAGE_DOS_HEADER*>(module);
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS64*>(module + header.e_lfanew);
+    const IMAGE_DATA_DIRECTORY& table = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IAT];
+    auto* const first = reinterpret_cast<ULONG_PTR*>(module + table.VirtualAddress);
+    DWORD before = 0;
+    ::VirtualProtect(first, table.Size, PAGE_READWRITE, &before);
+    const std::span calls(first, table.Size / sizeof(*first));
+    std::ranges::replace(calls, reinterpret_cast<ULONG_PTR>(&::WriteFile),
+                         reinterpret_cast<ULONG_PTR>(&WriteToFullDisk));
+}
+
+void DeepOnFullDisk()
+{
+    FillDisk();
+    Deep();
+}
+
+/// A filter that the program sets ahead of the library's, which is in it then.
+int filterCalls = 0;
+
+LONG WINAPI GoOn(EXCEPTION_POINTERS*)
+{
+    ++filterCalls;
+    return EXCEPTION_CONTINUE_EXECUTION;
+}
+
+LONG WINAPI End(EXCEPTION_POINTERS*) { ::ExitProcess(7); }
+
+[[gnu::constructor(101)]] void SetEarlierFilter()
+{
+    const std::string_view line = ::GetCommandLineA();
+    if (line.ends_with(" earlier") || line.ends_with(" earlier-caught"))
+        ::SetUnhandledExceptionFilter(&GoOn);
+    if (line.ends_with(" earlier-ends"))
+        ::SetUnhandledExceptionFilter(&End);
+}
+
+void GoOnAfterFault()
+{
+    CUnhandledExceptionFilter::g_bGenerateExceptionReport = false;
+    Outside();
+    ::ExitProcess(filterCalls == 1 ? 7 : 8);
+}
+
+void Caught()
+{
+    const CSETranslator translator;
+    try
+    {
+        Null();
+    }
+    catch (CStructuredException* failure)
+    {
+        failure->Delete();
+        ::ExitProcess(filterCalls != 0 ? 7 : 8); // for what the report breaks off at too
+    }
+}
 
 #else
 
@@ -298,35 +429,6 @@ void Bus()
     kept = WriteAValue(place);
 }
 
-/// What malloc keeps of its memory is overwritten, and it says so.
-void Heap()
-{
-    char* const block = static_cast<char*>(std::malloc(100));
-    const std::size_t size = ::malloc_usable_size(block);
-    volatile char* behind = block;
-    asm volatile("" : "+r"(behind));
-    for (std::size_t at = size; at < size + 16; ++at)
-        behind[at] = 0x7F;
-    for (std::size_t i = 1000; i < 100000; i += 1000)
-        static_cast<void>(*static_cast<char volatile*>(std::malloc(i)));
-}
-
-/// Faults within malloc, which holds its lock then, since there are threads.
-void WithinMalloc()
-{
-    std::thread([] { ::pause(); }).detach();
-    char* const block = static_cast<char*>(std::malloc(2000));
-    static_cast<void>(*static_cast<char volatile*>(std::malloc(3000)));
-    volatile char* links = block;
-    asm volatile("" : "+r"(links));
-    std::free(block);
-    // The list of what is free goes on where nothing is.
-    for (std::size_t at = 0; at < 16; ++at)
-        links[at] = 0x11;
-    for (std::size_t i = 2000; i < 100000; i += 1000)
-        static_cast<void>(*static_cast<char volatile*>(std::malloc(i)));
-}
-
 /// Everything that the C library has of descriptors is closed.
 void WithoutDescriptors()
 {
@@ -413,8 +515,6 @@ void Replaced()
     Null();
 }
 
-void HostileNames() { kept = Hostile(nullptr); }
-
 /// Runs ahead of every constructor, those of libraries among them, while the cause is not known yet.
 void BeforeAll(int count, char** words, char**)
 {
@@ -462,8 +562,17 @@ constexpr Cause causes[] = {
     {"control", &Control},
     {"smashed", &SmashedFrame},
     {"quiet", &Quiet},
+    {"beside-translator", &BesideTranslator},
+    {"behind-translator", &BehindTranslator},
+    {"heap", &Heap},
+    {"malloc", &WithinMalloc},
+    {"hostile", &HostileNames},
 #ifdef _WIN32
     {"outside", &Outside},
+    {"full-disk", &DeepOnFullDisk},
+    {"earlier", &GoOnAfterFault},
+    {"earlier-caught", &Caught},
+    {"earlier-ends", &Null},
 #else
     {"signal", &FromOutside},
     {"later", &LaterHandler},
@@ -478,8 +587,6 @@ constexpr Cause causes[] = {
     {"blocked", &Blocked},
     {"ignored", &Ignored},
     {"bus", &Bus},
-    {"heap", &Heap},
-    {"malloc", &WithinMalloc},
     {"descriptors", &WithoutDescriptors},
     {"after-main", &AfterMain},
     {"undumpable", &Undumpable},
@@ -489,7 +596,6 @@ constexpr Cause causes[] = {
     {"own-stack-abort", &AbortOnOwnStack},
     {"unlinked", &Unlinked},
     {"replaced", &Replaced},
-    {"hostile", &HostileNames},
 #endif
 };
 

@@ -208,6 +208,16 @@ protected:
 
     void ExpectNoReport() { EXPECT_TRUE(m_crasher.Reports().empty()); }
 
+    void ExpectReportWhereProcessesAreNumberedAnew()
+    {
+        if (!MayMount())
+            GTEST_SKIP() << "The user lacks the right to have processes of its own";
+        ExpectEndBy(SIGSEGV, "null", NumberProcessesAnew);
+        ExpectWholeReport(0xC0000005);
+        EXPECT_EQ(Report().path, m_crasher.PathInReport());
+        EXPECT_NE(m_text.find("WriteAValue"), std::string::npos) << m_text;
+    }
+
     Crasher m_crasher;
     Crasher::End m_end;
     std::string m_text;
@@ -636,22 +646,12 @@ TEST_F(PosixCrashReport, FilterThatKillsWhatLooksIntoProcessesCostsTheRestOfTheR
 
 TEST_F(PosixCrashReport, IsOfTheProcessThatCrashedWhereNumbersOfProcessesAreNotThoseOfProc)
 {
-    if (!MayMount())
-        GTEST_SKIP() << "The user lacks the right to have processes of its own";
-    ExpectEndBy(SIGSEGV, "null", NumberProcessesAnew);
-    ExpectWholeReport(0xC0000005);
-    EXPECT_EQ(Report().path, m_crasher.PathInReport());
-    EXPECT_NE(m_text.find("WriteAValue"), std::string::npos) << m_text;
+    ExpectReportWhereProcessesAreNumberedAnew();
 }
 
 TEST_F(PosixCrashReportAlone, IsOfTheProcessThatCrashedFromInsideTooWhereNumbersAreNotThoseOfProc)
 {
-    if (!MayMount())
-        GTEST_SKIP() << "The user lacks the right to have processes of its own";
-    ExpectEndBy(SIGSEGV, "null", NumberProcessesAnew);
-    ExpectWholeReport(0xC0000005);
-    EXPECT_EQ(Report().path, m_crasher.PathInReport());
-    EXPECT_NE(m_text.find("WriteAValue"), std::string::npos) << m_text;
+    ExpectReportWhereProcessesAreNumberedAnew();
 }
 
 // What the names are.
@@ -727,6 +727,25 @@ TEST(PosixCrashReportModules, FileThatIsGoneOrAnotherHasNoTime)
         const CrashReport report(text);
         EXPECT_EQ(report.modules.at(0).path, crasher.Program().native());
         EXPECT_EQ(report.modules.at(0).built, "19700101-000000");
+    }
+}
+
+TEST(PosixCrashReportModules, LineFeedInThePathOfTheProgramCostsNothing)
+{
+    // The system writes the one as the other.
+    for (const char* const name : {"turning\nmilling", "turning\\012milling"})
+    {
+        Crasher crasher("Crasher");
+        crasher.UseCopy(name);
+        EXPECT_EQ(crasher.Run("null").outcome, static_cast<std::uint32_t>(SIGSEGV));
+        const std::string text = crasher.Report();
+        const CrashReport report(text);
+        EXPECT_TRUE(report.isWhole) << text;
+        EXPECT_EQ(report.path, crasher.PathInReport());
+        ASSERT_FALSE(report.modules.empty() || report.frames.empty()) << text;
+        EXPECT_EQ(report.modules[0].path, report.path);
+        EXPECT_NE(report.modules[0].built, "19700101-000000");
+        EXPECT_NE(report.frames[0].line, 0U) << text;
     }
 }
 

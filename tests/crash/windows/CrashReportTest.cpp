@@ -4,7 +4,12 @@
 #include <boost/filesystem/operations.hpp>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <windows.h>
 
 using support::Crasher;
 using support::CrashReport;
@@ -75,4 +80,143 @@ TEST(WindowsCrashReport, HasTheModules)
         hasLibrary = hasLibrary || each.path.ends_with("Utility.dll");
     }
     EXPECT_TRUE(hasLibrary);
+}
+
+// How the process ends.
+
+TEST(WindowsCrashReport, PointerToAPointerDeliberatelyKeepsTheReportFromEndingUntilSomebodyEndsTheProcess)
+{
+    Crasher crasher("Crasher");
+    crasher.SetPatience(std::chrono::seconds(10));
+    const Crasher::End end = crasher.Run("unending");
+    EXPECT_FALSE(end.isCrash);
+    EXPECT_EQ(end.output, "The program did not end.\n");
+    const std::string text = crasher.Report();
+    EXPECT_FALSE(CrashReport(text).isWhole);
+    EXPECT_TRUE(text.ends_with("<Symbol>place</Symbol>\n")) << text;
+}
+
+TEST(WindowsCrashReport, TwoThreadsThatCrashAtOnceEndTheProcessAndMayCostTheReport)
+{
+    Crasher crasher("Crasher");
+    const std::uint32_t outcome = crasher.Run("threads").outcome;
+    EXPECT_TRUE(outcome == 0xC0000005 || outcome == 0xC0000094) << outcome;
+    EXPECT_FALSE(crasher.Reports().empty());
+}
+
+TEST(WindowsCrashReport, FaultWithinTheHeapEndsTheProcess)
+{
+    Crasher crasher("Crasher");
+    EXPECT_EQ(crasher.Run("malloc").outcome, 0xC0000005U);
+}
+
+TEST(WindowsCrashReport, StackThatIsExhaustedEndsTheProcess)
+{
+    // Wine keeps back two pages, whatever it is asked for, and ends a thread that takes them.
+    const bool isWine = ::GetProcAddress(::GetModuleHandleW(L"ntdll"), "wine_get_version") != nullptr;
+    Crasher crasher("CrasherOptimised");
+    const Crasher::End end = crasher.Run("exhausted");
+    EXPECT_EQ(end.output, "");
+    EXPECT_EQ(end.isCrash, !isWine);
+    EXPECT_EQ(crasher.Reports().size(), isWine ? 0U : 1U);
+}
+
+TEST(WindowsCrashReport, FaultThatNoTranslatorOfItsThreadTakesEndsTheProcess)
+{
+    for (const char* const cause : {"beside-translator", "behind-translator"})
+    {
+        Crasher crasher("CrasherStatic");
+        EXPECT_EQ(crasher.Run(cause).outcome, 0xC0000005U) << cause;
+        EXPECT_EQ(CrashReport(crasher.Report()).code, 0xC0000005U) << cause;
+    }
+}
+
+// The filter that was there earlier.
+
+TEST(WindowsCrashReport, FilterThatWasThereEarlierIsCalledAndItsWordIsTheLast)
+{
+    Crasher crasher("CrasherStatic");
+    EXPECT_EQ(crasher.Run("earlier").outcome, 7U);
+    EXPECT_FALSE(boost::filesystem::exists(crasher.ReportFolder())) << "it wants no report";
+}
+
+TEST(WindowsCrashReport, FilterThatWasThereEarlierIsCalledAheadOfTheReport)
+{
+    Crasher crasher("CrasherStatic");
+    EXPECT_EQ(crasher.Run("earlier-ends").outcome, 7U);
+    EXPECT_FALSE(boost::filesystem::exists(crasher.ReportFolder()));
+}
+
+TEST(WindowsCrashReport, FilterThatWasThereEarlierIsCalledAheadOfWhatIsThrown)
+{
+    Crasher crasher("CrasherStatic");
+    EXPECT_EQ(crasher.Run("earlier-caught").outcome, 7U);
+    EXPECT_EQ(CrashReport(crasher.Report()).code, 0xC0000005U);
+}
+
+// Where the report goes.
+
+TEST(WindowsCrashReport, FullDiskCostsTheRestOfTheReportAndTheProcessEndsByItsCode)
+{
+    Crasher crasher("Crasher");
+    EXPECT_EQ(crasher.Run("full-disk").outcome, 0xC0000005U);
+    const std::string text = crasher.Report();
+    EXPECT_EQ(CrashReport(text).code, 0xC0000005U);
+    EXPECT_FALSE(CrashReport(text).isWhole);
+    EXPECT_LE(text.size(), 4096U);
+    EXPECT_GT(text.size(), 1024U);
+}
+
+TEST(WindowsCrashReport, FolderThatCannotBeMadeCostsTheReportAlone)
+{
+    Crasher crasher("Crasher");
+    const boost::filesystem::path program = crasher.ReportFolder().parent_path();
+    boost::filesystem::create_directories(program.parent_path());
+    std::ofstream(program.string()) << "in the way";
+    EXPECT_EQ(crasher.Run("divide").outcome, 0xC0000094U);
+    EXPECT_EQ(support::TemporaryFolder::BytesOf(program), "in the way");
+}
+
+TEST(WindowsCrashReport, CrashesInTheSameSecondShareAFileThatTheFirstHasToItself)
+{
+    Crasher crasher("Crasher");
+    // What a program that crashed in another second leaves is another file: then it is tried again.
+    for (int run = 0; run < 10 && crasher.Reports().size() != 1; ++run)
+    {
+        boost::filesystem::remove_all(crasher.ReportFolder());
+        Crasher::End other;
+        std::thread beside([&] { other = crasher.Run("deep"); });
+        EXPECT_TRUE(crasher.Run("deep").isCrash);
+        beside.join();
+        EXPECT_TRUE(other.isCrash);
+    }
+    const CrashReport report(crasher.Report());
+    EXPECT_EQ(report.code, 0xC0000005U);
+    EXPECT_GT(report.frames.size(), 290U);
+}
+
+// What the names are.
+
+TEST(WindowsCrashReport, FilesMayHaveAnyName)
+{
+    Crasher crasher("Crasher");
+    EXPECT_TRUE(crasher.Run("hostile").isCrash);
+    const std::string text = crasher.Report();
+    EXPECT_NE(text.find("R&amp;D &quot;new&quot;\\"), std::string::npos) << text;
+    const CrashReport report(text);
+    ASSERT_FALSE(report.frames.empty());
+    EXPECT_TRUE(report.frames[0].path.value_or("").ends_with("<1>.cpp")) << text;
+    EXPECT_EQ(report.frames[0].line, 9U);
+}
+
+TEST(WindowsCrashReport, CharacterThatTheEncodingOfTheLocaleLacksIsAQuestionMark)
+{
+    Crasher crasher("Crasher");
+    crasher.UseCopy(L"R\u00E4der \u9244\u92FC.exe");
+    EXPECT_TRUE(crasher.Run("null").isCrash);
+    const CrashReport report(crasher.Report());
+    EXPECT_TRUE(report.path.value_or("").ends_with("R\xE4"
+                                                   "der ??.exe"))
+        << report.path.value_or("none");
+    EXPECT_FALSE(report.frames.empty());
 }

@@ -95,6 +95,14 @@ TEST(PosixModulesTest, FileNameFromAFolderThatIsGoneIsWhereItWas)
     EXPECT_TRUE(IsToldItsFileName(folder.Path(), [&] { boost::filesystem::remove_all(folder.Path()); }));
 }
 
+TEST(PosixModulesTest, FileNameMayHaveALineFeed)
+{
+    const support::TemporaryFolder temporary;
+    const auto folder = temporary / "turning\nmilling";
+    boost::filesystem::create_directory(folder);
+    EXPECT_TRUE(IsToldItsFileName(folder, [] { boost::filesystem::current_path("/"); }));
+}
+
 TEST(PosixModulesTest, FileNameMayEndLikeTheMarkOfOneThatIsGone)
 {
     const support::TemporaryFolder folder;

@@ -21,9 +21,9 @@ namespace
 
 /// What a process writes into a pipe until nobody has the other end, or for far too long: then `isLate`. It gets a
 /// signal, if there is one, as soon as it is ready.
-std::string AllOf(int pipe, pid_t process, int signal, bool& isLate)
+std::string AllOf(int pipe, pid_t process, int signal, std::chrono::milliseconds patience, bool& isLate)
 {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    const auto end = std::chrono::steady_clock::now() + patience;
     std::string text;
     char part[4096];
     for (;;)
@@ -77,7 +77,7 @@ Crasher::End Crasher::Run(const std::string& cause, const std::function<void()>&
     ::close(output[1]);
     End end;
     bool isLate = false;
-    end.output = AllOf(output[0], process, m_signalWhenReady, isLate);
+    end.output = AllOf(output[0], process, m_signalWhenReady, m_patience, isLate);
     ::close(output[0]);
     if (isLate)
     {

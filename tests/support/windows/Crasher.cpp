@@ -39,7 +39,7 @@ Crasher::End Crasher::Run(const std::string& cause, const std::function<void()>&
     End end;
     if (!isStarted)
         return end;
-    if (::WaitForSingleObject(process.hProcess, 60000) != WAIT_OBJECT_0)
+    if (::WaitForSingleObject(process.hProcess, static_cast<DWORD>(m_patience.count())) != WAIT_OBJECT_0)
     {
         end.output = "The program did not end.\n";
         ::TerminateProcess(process.hProcess, 0);

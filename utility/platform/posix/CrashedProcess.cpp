@@ -47,7 +47,7 @@ struct Mapping
     bool isCode = false;
     std::uint64_t offset = 0; ///< in the file
     std::uint64_t inode = 0;
-    std::string path; ///< as the kernel writes it
+    std::string path; ///< with the mark of a file that is gone
 };
 
 bool Parse(const std::string& line, Mapping& mapping)
@@ -58,7 +58,7 @@ bool Parse(const std::string& line, Mapping& mapping)
                     &mapping.end, rights, &mapping.offset, &mapping.inode, &pathAt) != 5)
         return false;
     mapping.isCode = rights[2] == 'x';
-    mapping.path = line.substr(static_cast<std::size_t>(pathAt));
+    mapping.path = posix::ReadMappedPath(line.substr(static_cast<std::size_t>(pathAt)));
     return true;
 }
 

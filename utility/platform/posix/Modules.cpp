@@ -45,7 +45,7 @@ boost::filesystem::path MappedFileAt(const void* address)
     for (std::string line; std::getline(maps, line);)
     {
         if (std::strtoull(line.c_str(), nullptr, 16) == reinterpret_cast<std::uintptr_t>(address))
-            return posix::PlaceOf(line.substr(std::min(line.find('/'), line.size())));
+            return posix::PlaceOf(posix::ReadMappedPath(line.substr(std::min(line.find('/'), line.size()))));
     }
     return {};
 }

@@ -6,14 +6,16 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include <cstddef>
 #include <cstdio>
 #include <cwchar>
-#include <ext/stdio_filebuf.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <locale>
 #include <share.h>
 #include <shlobj.h>
+#include <streambuf>
 #include <tlhelp32.h>
 
 namespace utility::platform
@@ -29,18 +31,57 @@ struct CloseFile
 
 using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 
-class ReportStream final : public std::wostream
+/// Text in a file, which is closed with it.
+class ReportBuffer final : public std::wstreambuf
 {
 public:
-    explicit ReportStream(OpenFile file)
-        : std::wostream(nullptr), m_file(std::move(file)), m_buffer(m_file.get(), std::ios::out)
+    explicit ReportBuffer(OpenFile file) : m_file(std::move(file)) { setp(m_text, std::end(m_text)); }
+    ReportBuffer(const ReportBuffer&) = delete;
+    ReportBuffer& operator=(const ReportBuffer&) = delete;
+    ~ReportBuffer() override { ReportBuffer::sync(); }
+
+protected:
+    int_type overflow(int_type next) override
     {
-        rdbuf(&m_buffer);
+        if (ReportBuffer::sync() != 0)
+            return traits_type::eof();
+        return traits_type::eq_int_type(next, traits_type::eof()) ? traits_type::not_eof(next)
+                                                                  : sputc(traits_type::to_char_type(next));
+    }
+
+    int sync() override
+    {
+        using Encoding = std::codecvt<wchar_t, char, std::mbstate_t>;
+        const auto& encoding = std::use_facet<Encoding>(getloc());
+        for (const wchar_t* rest = pbase(); rest != pptr();)
+        {
+            char bytes[1024];
+            char* end = bytes;
+            std::mbstate_t state = {};
+            if (encoding.out(state, rest, pptr(), rest, bytes, std::end(bytes) - 1, end) == Encoding::error)
+            {
+                // One character less is better than a report that ends here.
+                *end++ = '?';
+                ++rest;
+            }
+            std::fwrite(bytes, 1, static_cast<std::size_t>(end - bytes), m_file.get());
+        }
+        setp(m_text, std::end(m_text));
+        return std::fflush(m_file.get()) == 0 && std::ferror(m_file.get()) == 0 ? 0 : -1;
     }
 
 private:
     OpenFile m_file;
-    __gnu_cxx::stdio_filebuf<wchar_t> m_buffer;
+    wchar_t m_text[2048];
+};
+
+class ReportStream final : public std::wostream
+{
+public:
+    explicit ReportStream(OpenFile file) : std::wostream(nullptr), m_buffer(std::move(file)) { rdbuf(&m_buffer); }
+
+private:
+    ReportBuffer m_buffer;
 };
 
 class WindowsCrashedProcess final : public CrashedProcessService

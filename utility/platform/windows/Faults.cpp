@@ -21,14 +21,24 @@ constinit std::atomic<FaultFilter> processFilter = nullptr;
 /// What the system had for a filter when a translator put its own in front.
 constinit std::atomic<FaultFilter> nextFilter = nullptr;
 
-struct ThreadFaults
+/// What is thrown points here, until the thread's next.
+struct Records
 {
-    FaultTranslator translator;
-    bool isLetGo;  ///< the translator has returned: the fault comes again, and is not its any more
-    bool isInNext; ///< the next filter is called, which may call this one in its turn
     _EXCEPTION_RECORD record;
     _CONTEXT registers;
     _EXCEPTION_POINTERS pointers;
+};
+
+struct ThreadFaults
+{
+    FaultTranslator translator;
+    bool isTranslating; ///< the translator is called, and what it has for itself must not touch what it is called for
+    bool isInNext;      ///< the next filter is called, which may call this one in its turn
+    bool isLetGo;       ///< the translator has returned
+    Records first;
+    Records within; ///< of a fault within the translator
+
+    Records& Present() { return isTranslating ? within : first; }
 };
 thread_local ThreadFaults thread = {};
 
@@ -43,27 +53,50 @@ LONG CallNext(_EXCEPTION_POINTERS* fault)
     return disposition;
 }
 
+[[gnu::noinline]] void Translate(Records& records)
+{
+    struct Translating
+    {
+        ~Translating() { thread.isTranslating = before; }
+        const bool before = std::exchange(thread.isTranslating, true);
+    } const scope;
+    thread.translator(records.record.ExceptionCode, &records.pointers);
+}
+
 /// Where the thread goes on: entered as by a call, on any stack.
 [[gnu::noinline, gnu::force_align_arg_pointer]] void Throw()
 {
-    thread.translator(thread.record.ExceptionCode, &thread.pointers);
+    Records& records = thread.Present();
+    Translate(records);
     thread.isLetGo = true;
     // What the system's own record of the registers has behind it is not copied.
-    thread.registers.ContextFlags = CONTEXT_FULL;
-    ::RtlRestoreContext(&thread.registers, nullptr);
+    records.registers.ContextFlags = CONTEXT_FULL;
+    ::RtlRestoreContext(&records.registers, nullptr);
+}
+
+/// Whether it is the fault that the translator has returned from, which comes again then and is not its any more.
+bool IsLetGo(const _EXCEPTION_POINTERS& fault)
+{
+    const Records& latest = thread.Present();
+    return std::exchange(thread.isLetGo, false) &&
+           fault.ExceptionRecord->ExceptionAddress == latest.record.ExceptionAddress &&
+           fault.ExceptionRecord->ExceptionInformation[1] == latest.record.ExceptionInformation[1] &&
+           fault.ContextRecord->Rsp == latest.registers.Rsp;
 }
 
 LONG WINAPI TranslatingFilter(_EXCEPTION_POINTERS* fault)
 {
-    if (thread.translator == nullptr || std::exchange(thread.isLetGo, false) ||
+    if (thread.translator == nullptr || IsLetGo(*fault) ||
         (fault->ExceptionRecord->ExceptionFlags & EXCEPTION_NONCONTINUABLE) != 0)
         return CallNext(fault);
-    thread.record = *fault->ExceptionRecord;
-    thread.registers = *fault->ContextRecord;
+    Records& records = thread.Present();
+    records.record = *fault->ExceptionRecord;
+    records.registers = *fault->ContextRecord;
+    records.pointers = {&records.record, &records.registers};
     CONTEXT& context = *fault->ContextRecord;
     // A call that led nowhere has left its return address already.
     constexpr ULONG_PTR fetching = 8;
-    const bool isCall = thread.record.NumberParameters != 0 && thread.record.ExceptionInformation[0] == fetching;
+    const bool isCall = records.record.NumberParameters != 0 && records.record.ExceptionInformation[0] == fetching;
     if (!isCall && context.Rip != 0)
     {
         context.Rsp -= sizeof(DWORD64);
@@ -83,12 +116,14 @@ LONG WINAPI TranslatingFilter(_EXCEPTION_POINTERS* fault)
 FaultFilter SetFaultFilter(FaultFilter filter) noexcept
 {
     processFilter = filter;
+    // The thread that loads the library is the main one as a rule.
+    if (filter != nullptr)
+        EnterFaultStack();
     return ::SetUnhandledExceptionFilter(filter);
 }
 
 FaultTranslator SetFaultTranslator(FaultTranslator translator) noexcept
 {
-    thread.pointers = {&thread.record, &thread.registers};
     if (translator != nullptr)
     {
         const FaultFilter before = ::SetUnhandledExceptionFilter(&TranslatingFilter);

@@ -1,6 +1,7 @@
 #include "utility/platform/posix/symbols/Program.h"
 
 #include "utility/platform/posix/faults/ReportedProcess.h"
+#include "utility/platform/posix/modules/PlaceOf.h"
 #include "utility/platform/posix/symbols/Dies.h"
 
 #include <algorithm>
@@ -15,6 +16,11 @@ namespace utility::platform::posix
 
 namespace
 {
+
+int FindElf(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr base, char** file, Elf** elf)
+{
+    return Elfutils::Loaded()->dwfl_linux_proc_find_elf(module, data, ReadMappedPath(name).c_str(), base, file, elf);
+}
 
 /// Debugging information that is on this machine: a report does not ask servers.
 int FindDebugInfo(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr base, const char* file,
@@ -49,7 +55,7 @@ int ReportModule(dl_phdr_info* module, std::size_t, void* data)
 
 Program::Program(const Elfutils& elfutils)
     : m_elfutils(elfutils),
-      m_callbacks{elfutils.dwfl_linux_proc_find_elf, FindDebugInfo, nullptr, nullptr},
+      m_callbacks{FindElf, FindDebugInfo, nullptr, nullptr},
       m_session(elfutils.dwfl_begin(&m_callbacks)),
       m_units(elfutils)
 {
