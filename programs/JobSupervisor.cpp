@@ -301,14 +301,13 @@ Earlier MakeReady()
 void AdoptOrphans() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
 
 /// Kills what a supervisor that was killed has left.
-void Guard(pid_t supervisor, const ControlGroup& group)
+void Guard(pid_t supervisor, const ControlGroup& group, const Children& orphans)
 {
-    const Children children;
     Uninterrupted([&] { return ::waitpid(supervisor, nullptr, 0); });
     // Nobody is there to answer.
     ::shutdown(STDIN_FILENO, SHUT_RDWR);
     group.Kill();
-    children.Kill([](pid_t, int) {});
+    orphans.Kill([](pid_t, int) {});
     group.Remove();
 }
 
@@ -361,12 +360,13 @@ int main()
     ControlGroup::KillAbandoned(folder);
     const ControlGroup group(folder);
     const Descriptor guard(OpenProcess(::getpid()));
+    const Children orphans;
     AdoptOrphans();
     // Without the memory for a second process the supervisor is alone.
     const long supervisor = ::syscall(SYS_clone, CLONE_FILES | SIGCHLD, nullptr, nullptr, nullptr, nullptr);
     if (supervisor > 0)
     {
-        Guard(static_cast<pid_t>(supervisor), group);
+        Guard(static_cast<pid_t>(supervisor), group, orphans);
         return 0;
     }
     AdoptOrphans();

@@ -222,6 +222,41 @@ TEST_F(OpenTest, AddressIsForTheDesktopToo)
     EXPECT_EQ(ToldAtLast(), "xdg-open<https://example.org/a?b=c&d>\n");
 }
 
+TEST_F(OpenTest, AddressOfMailIsForTheDesktopToo)
+{
+    Program("xdg-open");
+    EXPECT_GT(Programs().Open(L"mailto:ann@example.org", L""), 32);
+    EXPECT_EQ(ToldAtLast(), "xdg-open<mailto:ann@example.org>\n");
+}
+
+TEST_F(OpenTest, FileWhoseNameLooksLikeAnOptionIsAFileToTheDesktop)
+{
+    Program("xdg-open");
+    m_folder.File("-part.pdf", "");
+    const boost::filesystem::path earlier = boost::filesystem::current_path();
+    boost::filesystem::current_path(m_folder.Path());
+    EXPECT_GT(Programs().Open(L"-part.pdf", L""), 32);
+    boost::filesystem::current_path(earlier);
+    EXPECT_EQ(ToldAtLast(), "xdg-open<./-part.pdf>\n");
+}
+
+TEST_F(OpenTest, ProgramInTheCurrentFolderIsFoundThere)
+{
+    const boost::filesystem::path earlier = boost::filesystem::current_path();
+    boost::filesystem::create_directory(m_folder / "here");
+    boost::filesystem::rename(Program("a-program"), m_folder / "here/a-program");
+    boost::filesystem::current_path(m_folder / "here");
+    EXPECT_GT(Programs().Open(L"a-program", L"7"), 32);
+    boost::filesystem::current_path(earlier);
+    EXPECT_EQ(ToldAtLast(), "a-program<7>\n");
+}
+
+TEST_F(OpenTest, ReasonWhoseNumberWouldBeASuccessIsAGeneralFailure)
+{
+    EXPECT_EQ(Programs().Open(std::wstring(5000, L'x').c_str(), L""), 31);
+    EXPECT_EQ(Programs().Open(std::wstring(5000, L'x').c_str(), L"1"), 2) << "no program along the path";
+}
+
 TEST_F(OpenTest, FileOrProgramThatIsMissingIsTwo)
 {
     Program("xdg-open");

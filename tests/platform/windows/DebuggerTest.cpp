@@ -1,12 +1,16 @@
 #include "utility/platform/Debugger.h"
 
+#include "tests/support/windows/ImportedCall.h"
 #include "utility/platform/Types.h"
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 
 using utility::platform::Debugger;
+
+extern "C" decltype(&::RaiseException) __imp_RaiseException;
 
 namespace
 {
@@ -146,3 +150,27 @@ TEST(WindowsDebuggerSeesTest, TextsAndBreakOfAProgramThatKnowsOfIt)
 }
 
 TEST(WindowsDebuggerSeesTest, NothingOfThisProgram) { EXPECT_EQ(Debugger().IsPresent(), ::IsDebuggerPresent() != 0); }
+
+TEST(WindowsThreadNameTest, DebuggerIsGivenTheRecordWithACountOfSix)
+{
+    static DWORD code, flags, count;
+    static ULONG_PTR given[6];
+    const support::ImportedCall raise(__imp_RaiseException,
+                                      [](DWORD raised, DWORD with, DWORD size, const ULONG_PTR* arguments)
+                                      {
+                                          code = raised;
+                                          flags = with;
+                                          count = size;
+                                          std::memcpy(given, arguments, sizeof(given));
+                                      });
+    const char name[] = "tool paths";
+    Debugger().NameThread(0x89ABCDEF, name);
+    EXPECT_EQ(code, 0x406D1388u);
+    EXPECT_EQ(flags, 0u);
+    EXPECT_EQ(count, 6u);
+    EXPECT_EQ(static_cast<DWORD>(given[0]), 0x1000u);
+    EXPECT_EQ(given[1], reinterpret_cast<ULONG_PTR>(name));
+    EXPECT_EQ(given[2], 0x89ABCDEFu) << "and 0 behind it";
+    for (const ULONG_PTR each : {given[3], given[4], given[5]})
+        EXPECT_EQ(each, 0u);
+}
