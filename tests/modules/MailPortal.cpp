@@ -18,7 +18,6 @@
 #include <sys/stat.h>
 #include <systemd/sd-bus.h>
 #include <unistd.h>
-#include <vector>
 
 namespace
 {
@@ -123,25 +122,23 @@ int Serve(sd_bus_message* message, void*, sd_bus_error*)
     return 0;
 }
 
-/// Hides the temporary files of others from this process. If it is misled, there are others of the same names.
+/// Hides the temporary files of others from this process. If it is misled, there are others of the same names, and on the
+/// same disk.
 bool BecomeBlind(bool isMisled)
 {
     const char* const folder = std::getenv("TMPDIR");
     if (folder == nullptr)
         return false;
-    std::vector<std::filesystem::path> files;
+    const std::filesystem::path others = folder + std::string(".others");
+    std::filesystem::create_directory(others);
     for (const auto& each : std::filesystem::directory_iterator(folder))
-        files.push_back(each.path());
-    if ((::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        ::mount("tmpfs", folder, "tmpfs", 0, nullptr) != 0)
-        return false;
-    for (const std::filesystem::path& each : files)
     {
         if (isMisled)
-            std::ofstream(each) << "another";
+            std::ofstream(others / each.path().filename()) << "another";
     }
-    return true;
+    return (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount(others.c_str(), folder, nullptr, MS_BIND, nullptr) == 0;
 }
 
 }

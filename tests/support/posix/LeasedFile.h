@@ -5,6 +5,7 @@
 #include <boost/filesystem/path.hpp>
 
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -40,10 +41,10 @@ private:
         [[maybe_unused]] const ssize_t told = ::write(m_ends[1], "x", 1);
         if (!hasLease)
             return 1;
-        int signal = 0;
-        ::sigwait(&breaks, &signal);
+        const timespec wait = {10, 0};
+        const bool isWanted = ::sigtimedwait(&breaks, nullptr, &wait) == SIGIO;
         ::usleep(50000);
-        return ::fcntl(file, F_SETLEASE, F_UNLCK);
+        return ::fcntl(file, F_SETLEASE, F_UNLCK) == 0 && isWanted ? 0 : 1;
     }
 
     int m_ends[2];
