@@ -357,7 +357,6 @@ int main()
 {
     const Earlier earlier = MakeReady();
     const std::string folder = ControlGroupFolder();
-    ControlGroup::KillAbandoned(folder);
     const ControlGroup group(folder);
     const Descriptor guard(OpenProcess(::getpid()));
     const Children orphans;
@@ -366,6 +365,8 @@ int main()
     const long supervisor = ::syscall(SYS_clone, CLONE_FILES | SIGCHLD, nullptr, nullptr, nullptr, nullptr);
     if (supervisor > 0)
     {
+        // There may be thousands of groups to look at, for which nobody has to wait.
+        ControlGroup::KillAbandoned(folder);
         Guard(static_cast<pid_t>(supervisor), group, orphans);
         return 0;
     }
