@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -324,6 +325,14 @@ TEST_F(ExceptionReportTest, TellsOfEachCallWhereItIsAndInWhat)
                               L"<Path>a&amp;b.cpp</Path>\n<Line>4294967295</Line>\n</SourceLocation>\n"
                               L"</StackEntry>\n</CallStack>\n"));
     EXPECT_EQ(symbols.walked, 0x7FFE0012ABCDU);
+}
+
+TEST_F(ExceptionReportTest, IsInItsFileUpToTheFirstLineOfTheStackAndUpToTheLast)
+{
+    symbols.frames = {{{1, 0, 0}, {{"f", 0}}, {}, {}}};
+    const std::wstring report = Report();
+    for (const std::wstring line : {L"<CallStack>\n", L"</CallStack>\n"})
+        EXPECT_EQ(std::ranges::count(process.Flushes(), report.find(line) + line.size()), 1);
 }
 
 TEST_F(ExceptionReportTest, MissesACallWithoutASymbolAltogetherAndHasThoseBehindIt)

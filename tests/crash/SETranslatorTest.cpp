@@ -3,6 +3,7 @@
 #include "tests/support/CaughtFault.h"
 #include "tests/support/FaultsOfTheProcessor.h"
 #include "tests/support/RecordingDebugger.h"
+#include "utility/platform/Faults.h"
 
 #include <gtest/gtest.h>
 
@@ -199,6 +200,27 @@ TEST_F(SETranslatorTest, RoundingAndMasksAreThoseFromBeforeTheFaultAndNothingIsP
                   })
                   .code,
               0xC0000005);
+    double sum = 0.0;
+    asm volatile("fld1; fld1; fld1; fld1; fld1; fld1; fld1; fld1;"
+                 "faddp; faddp; faddp; faddp; faddp; faddp; faddp; fstpl %0"
+                 : "=m"(sum));
+    EXPECT_EQ(sum, 8.0);
+}
+
+TEST_F(SETranslatorTest, RepairsTheFloatingStateWhateverTheSystemLeavesOfIt)
+{
+    namespace platform = utility::platform;
+    const CSETranslator translator;
+    const platform::FaultTranslator translate = platform::SetFaultTranslator(nullptr);
+    platform::SetFaultTranslator(translate);
+    platform::FloatingControl(_RC_UP, _MCW_RC);
+    const unsigned int before = platform::FloatingControl(0, 0);
+    Failure failure(0xC0000094);
+    _mm_setcsr(_mm_getcsr() | 0x3F);
+    asm volatile("fld1; fld1; fld1; fld1; fld1; fld1; fld1; fld1");
+    CatchFault([&] { translate(0xC0000094, failure.Pointers()); });
+    EXPECT_EQ(_mm_getcsr() & 0x3F, 0U);
+    EXPECT_EQ(platform::FloatingControl(0, 0), before);
     double sum = 0.0;
     asm volatile("fld1; fld1; fld1; fld1; fld1; fld1; fld1; fld1;"
                  "faddp; faddp; faddp; faddp; faddp; faddp; faddp; fstpl %0"

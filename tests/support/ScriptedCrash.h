@@ -7,6 +7,7 @@
 #include "utility/platform/Symbols.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <iterator>
@@ -212,6 +213,8 @@ public:
 
     /// What of it was in the file at the latest flush.
     const std::wstring& Flushed() const { return m_text.flushed; }
+    /// How much was there at each.
+    const std::vector<std::size_t>& Flushes() const { return m_text.flushes; }
 
     std::wstring programPath;
     int lastPathAnswered = 1000; ///< later questions for the program's path fail
@@ -238,10 +241,12 @@ private:
         int sync() override
         {
             flushed = str();
+            flushes.push_back(flushed.size());
             return 0;
         }
 
         std::wstring flushed;
+        std::vector<std::size_t> flushes;
     };
 
     Text m_text;
