@@ -242,8 +242,7 @@ TEST_F(HeaderExampleTest, SendMail)
 {
     support::RecordingMails mails;
     const support::Substitute<utility::platform::MailService> scope(utility::platform::MailsSlot(), mails);
-    const auto send = []
-    {
+    const auto send = [] {
 #include "desktop/SendMail.example"
     };
     send();
