@@ -107,7 +107,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Fault{0xC000008F, [] { support::DivideUnmasked(1.0, 3.0, _EM_INEXACT); }},
                     Fault{0xC000001D, [] { support::ExecuteNoInstruction(); }},
                     Fault{0xC0000096, [] { support::ExecuteInstructionOfTheKernel(); }},
-                    Fault{0x80000003, [] { support::Breakpoint(); }}));
+                    Fault{0x80000003, [] { support::Breakpoint(); }},
+                    Fault{0xC000001D, [] { support::ExecuteNoInstructionWithoutAFrame(); }}));
 
 TEST_F(SETranslatorTest, AccessIsToldWithItsAddress)
 {

@@ -23,7 +23,8 @@ inline int DivideByNothing()
 {
     volatile int dividend = 1;
     volatile int divisor = 0;
-    return dividend / divisor;
+    volatile int result = dividend / divisor;
+    return result;
 }
 /// With the conditions unmasked that _controlfp calls so.
 [[gnu::noinline]] inline double DivideUnmasked(double dividend, double divisor, unsigned int conditions)
@@ -33,6 +34,8 @@ inline int DivideByNothing()
     return result;
 }
 inline void ExecuteNoInstruction() { asm volatile("ud2"); }
+/// In a function without a frame, whose stack is not aligned as at a call.
+[[gnu::naked]] inline void ExecuteNoInstructionWithoutAFrame() { asm volatile("ud2\n\tret"); }
 inline void ExecuteInstructionOfTheKernel() { asm volatile("hlt"); }
 inline void Breakpoint() { asm volatile("int3"); }
 

@@ -63,8 +63,8 @@ LONG CallNext(_EXCEPTION_POINTERS* fault)
     thread.translator(records.record.ExceptionCode, &records.pointers);
 }
 
-/// Where the thread goes on: entered as by a call, on any stack.
-[[gnu::noinline, gnu::force_align_arg_pointer]] void Throw()
+[[gnu::used, gnu::noinline]] void Throw() asm("utility_throw");
+void Throw()
 {
     Records& records = thread.Present();
     Translate(records);
@@ -73,6 +73,25 @@ LONG CallNext(_EXCEPTION_POINTERS* fault)
     records.registers.ContextFlags = CONTEXT_FULL;
     ::RtlRestoreContext(&records.registers, nullptr);
 }
+
+/// Where the thread goes on: entered as by a call, on any stack. That of a function without a frame is not aligned as at
+/// a call, and the compiler aligns none on this system.
+extern "C" void ThrowOnAnyStack() asm("utility_throw_on_any_stack");
+asm(R"(
+        .text
+        .seh_proc utility_throw_on_any_stack
+utility_throw_on_any_stack:
+        pushq   %rbp
+        .seh_pushreg %rbp
+        movq    %rsp, %rbp
+        .seh_setframe %rbp, 0
+        .seh_endprologue
+        andq    $-16, %rsp
+        subq    $32, %rsp
+        call    utility_throw
+        int3
+        .seh_endproc
+)");
 
 /// Whether it is the fault that the translator has returned from, which comes again then and is not its any more.
 bool IsLetGo(const _EXCEPTION_POINTERS& fault)
@@ -103,7 +122,7 @@ LONG WINAPI TranslatingFilter(_EXCEPTION_POINTERS* fault)
         // The unwinder looks ahead of a return address for the call.
         *reinterpret_cast<DWORD64*>(context.Rsp) = context.Rip + 1;
     }
-    context.Rip = reinterpret_cast<DWORD64>(&Throw);
+    context.Rip = reinterpret_cast<DWORD64>(&ThrowOnAnyStack);
     constexpr DWORD status = 0x3F;
     context.MxCsr &= ~status;
     context.FltSave.MxCsr &= ~status;
