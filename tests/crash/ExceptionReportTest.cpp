@@ -119,7 +119,11 @@ struct ExceptionReportTest : testing::Test
 
 // The document.
 
-TEST_F(ExceptionReportTest, OfASoundSystemHasAnEmptySystemSection) { EXPECT_EQ(Report(), Whole(noCalls)); }
+TEST_F(ExceptionReportTest, OfASoundSystemHasAnEmptySystemSection)
+{
+    EXPECT_EQ(Report(), Whole(noCalls));
+    EXPECT_EQ(symbols.ends, 1);
+}
 
 TEST_F(ExceptionReportTest, DeliberatelyNamesTheProgramWithoutItsExtensionAsTheModuleOfTheFault)
 {
