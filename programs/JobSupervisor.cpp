@@ -10,8 +10,8 @@
 // supervisor, whose orphans fall to the guard. Each kills the job at the end of the other. They have the same
 // descriptors, so that nobody is told of an end ahead of what the guard does.
 
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/jobs/ControlGroup.h"
 #include "utility/platform/posix/jobs/JobMessages.h"
 

@@ -9,7 +9,7 @@
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Handles.h"
 #include "utility/platform/Paths.h"
-#include "utility/platform/posix/handles/Readable.h"
+#include "utility/platform/posix/descriptors/Readable.h"
 #include "utility/platform/posix/jobs/ControlGroup.h"
 
 #include <boost/filesystem/operations.hpp>

@@ -3,8 +3,8 @@
 #include "utility/platform/Debugger.h"
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/boxes/DialogPrograms.h"
-#include "utility/platform/posix/boxes/Display.h"
 #include "utility/platform/posix/boxes/Terminal.h"
+#include "utility/platform/posix/display/Display.h"
 #include "utility/platform/posix/keys/ControlKey.h"
 #include "utility/platform/SystemService.h"
 

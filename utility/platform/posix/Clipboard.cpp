@@ -1,8 +1,8 @@
 #include "utility/platform/Clipboard.h"
 
 #include "utility/platform/formats/Utf8.h"
-#include "utility/platform/posix/boxes/Display.h"
-#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
+#include "utility/platform/posix/display/Display.h"
 #include "utility/platform/posix/programs/RunProgram.h"
 #include "utility/platform/SystemService.h"
 

@@ -1,9 +1,9 @@
 #include "utility/platform/Events.h"
 
+#include "utility/platform/posix/descriptors/Descriptor.h"
+#include "utility/platform/posix/descriptors/Readable.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
-#include "utility/platform/posix/handles/Readable.h"
 #include "utility/platform/SystemService.h"
 
 #include <sys/eventfd.h>

@@ -2,12 +2,12 @@
 
 #include "utility/platform/Error.h"
 #include "utility/platform/Paths.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/FileTimes.h"
 #include "utility/platform/posix/files/Flushed.h"
 #include "utility/platform/posix/files/Lock.h"
 #include "utility/platform/posix/files/Views.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/handles/Handle.h"
 #include "utility/platform/SystemService.h"
 

@@ -1,7 +1,7 @@
 #include "utility/platform/Mail.h"
 
 #include "utility/platform/Paths.h"
-#include "utility/platform/posix/boxes/Display.h"
+#include "utility/platform/posix/display/Display.h"
 #include "utility/platform/posix/mail/MailCopy.h"
 #include "utility/platform/posix/mail/MailPortal.h"
 #include "utility/platform/posix/mail/MailTexts.h"

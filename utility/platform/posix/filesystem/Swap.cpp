@@ -13,10 +13,10 @@
 
 #include "utility/platform/posix/filesystem/Swap.h"
 
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/Flushed.h"
 #include "utility/platform/posix/filesystem/Attributes.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <boost/filesystem/operations.hpp>
 

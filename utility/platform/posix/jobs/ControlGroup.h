@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 
 #include <string>
 

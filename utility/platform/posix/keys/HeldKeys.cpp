@@ -1,7 +1,7 @@
 #include "utility/platform/posix/keys/HeldKeys.h"
 
-#include "utility/platform/posix/boxes/Display.h"
-#include "utility/platform/posix/handles/Readable.h"
+#include "utility/platform/posix/descriptors/Readable.h"
+#include "utility/platform/posix/display/Display.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "utility/platform/posix/mail/MailCopy.h"
 
 #include "utility/platform/Mail.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <boost/filesystem/operations.hpp>
 

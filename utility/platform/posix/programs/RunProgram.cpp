@@ -1,7 +1,7 @@
 #include "utility/platform/posix/programs/RunProgram.h"
 
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <cstdlib>
 #include <sys/mman.h>

@@ -2,8 +2,8 @@
 
 #include "utility/platform/formats/CommandLine.h"
 #include "utility/platform/Paths.h"
+#include "utility/platform/posix/descriptors/Readable.h"
 #include "utility/platform/posix/error/Errno.h"
-#include "utility/platform/posix/handles/Readable.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,9 +1,9 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/filesystem/Swap.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "utility/platform/posix/serialports/TerminalDevices.h"
 
 #include "utility/platform/Paths.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/files/KernelFile.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <boost/filesystem/operations.hpp>
 

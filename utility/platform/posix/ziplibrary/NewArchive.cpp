@@ -1,9 +1,9 @@
 #include "utility/platform/posix/ziplibrary/NewArchive.h"
 
 #include "utility/platform/FileSystem.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/files/Flushed.h"
-#include "utility/platform/posix/handles/Descriptor.h"
 
 #include <boost/filesystem/operations.hpp>
 

@@ -1,4 +1,4 @@
-#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 
 #include "utility/platform/posix/error/Errno.h"
 

@@ -1,4 +1,4 @@
-#include "utility/platform/posix/handles/Descriptor.h"
+#include "utility/platform/posix/descriptors/Descriptor.h"
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"

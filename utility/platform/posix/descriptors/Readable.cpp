@@ -1,4 +1,4 @@
-#include "utility/platform/posix/handles/Readable.h"
+#include "utility/platform/posix/descriptors/Readable.h"
 
 #include "utility/platform/posix/error/Errno.h"
 
