@@ -84,7 +84,7 @@ void RepairFloatingPoint()
 }
 
 CStructuredException::CStructuredException(unsigned int code, _EXCEPTION_POINTERS* pointers)
-    : m_nCode(code), m_pointers(*pointers)
+    : m_nCode(code), m_pointers(*pointers) // NOLINT(bugprone-throw-keyword-missing): a copy, by its name
 {
 }
 

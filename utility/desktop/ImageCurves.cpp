@@ -19,7 +19,7 @@ constexpr std::uint32_t alphaBits = 0xFF000000;
 
 std::uint32_t PixelAt(const void* place)
 {
-    std::uint32_t pixel;
+    std::uint32_t pixel = 0;
     std::memcpy(&pixel, place, sizeof(pixel));
     return pixel;
 }

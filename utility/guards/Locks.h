@@ -23,7 +23,7 @@ public:
     CLock() noexcept;
     CLock(const CLock& other) noexcept;
     CLock& operator=(const CLock& other) noexcept;
-    ~CLock();
+    ~CLock(); // NOLINT(performance-trivially-destructible): callers of an earlier version call it
 
     /// To be called once, when the object that the lock stands for is complete: nobody holds it from then on.
     void InitialUnlock() noexcept;

@@ -190,7 +190,7 @@ private:
     /// An exhausted stack has none for what the function was about to keep there.
     static bool HasRoom(const Variable& variable)
     {
-        std::byte first;
+        std::byte first = {};
         return variable.location.kind != Location::Kind::memory || !variable.location.isRelative ||
                ReadReportedProcess(variable.location.number, &first, sizeof(first)) == sizeof(first);
     }

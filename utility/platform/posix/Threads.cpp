@@ -41,7 +41,7 @@ void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
 
 DWORD AllocateThreadSlot() noexcept
 {
-    pthread_key_t key;
+    pthread_key_t key = 0;
     return ::pthread_key_create(&key, nullptr) == 0 ? key : TLS_OUT_OF_INDEXES;
 }
 

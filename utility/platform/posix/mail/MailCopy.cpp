@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace utility::platform::posix
 {
@@ -82,7 +81,7 @@ std::uint32_t MailCopy::Make(const boost::filesystem::path& file, std::string na
     std::string folder = (TemporaryFolder() / folderPrefix).native() + "XXXXXX";
     if (::mkdtemp(folder.data()) == nullptr)
         return mailAttachmentNotWritten;
-    m_folder = std::move(folder);
+    m_folder = folder;
     if (name.empty())
         name = file.filename().native();
     std::ranges::replace(name, '/', '_');

@@ -129,7 +129,7 @@ std::string AlongPath(const std::string& name, IsAskedFor isAskedFor)
     {
         const std::size_t end = std::min(rest.find(':'), rest.size());
         const std::string folder(rest.substr(0, end));
-        const std::string file = (folder.empty() ? "." : folder) + '/' + name;
+        std::string file = (folder.empty() ? "." : folder) + '/' + name;
         struct stat status;
         if (isAskedFor(folder) && ::stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode))
         {
@@ -191,6 +191,7 @@ std::vector<std::string> ArgumentsOf(std::wstring_view commandLine)
 std::vector<const char*> PointersTo(const std::vector<std::string>& texts)
 {
     std::vector<const char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (const std::string& text : texts)
         pointers.push_back(text.c_str());
     pointers.push_back(nullptr);

@@ -75,6 +75,7 @@ std::optional<std::vector<std::wstring>> SerialPortsAmong(const path& terminals,
     std::ranges::sort(names, {}, Rank);
 
     std::vector<std::wstring> ports;
+    ports.reserve(names.size());
     for (const path& name : names)
         ports.push_back(WideFromPath(devices / name));
     return ports;

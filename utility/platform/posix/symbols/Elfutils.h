@@ -26,7 +26,7 @@ struct Elfutils
     FUNCTION(dwfl_report_begin) FUNCTION(dwfl_report_elf) FUNCTION(dwfl_report_end)                                    \
     FUNCTION(dwfl_standard_find_debuginfo)
 // clang-format on
-#define UTILITY_MEMBER(function) decltype(&::function) function;
+#define UTILITY_MEMBER(function) decltype(&::function) function; // NOLINT(bugprone-macro-parentheses)
     UTILITY_ELFUTILS(UTILITY_MEMBER)
 #undef UTILITY_MEMBER
 

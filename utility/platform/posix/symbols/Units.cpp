@@ -52,9 +52,9 @@ std::string Units::QualifiedName(Dwarf_Die die)
     {
         Dwarf_Die outer = parent->second;
         if (const char* const outerName = m_elfutils.dwarf_diename(&outer))
-            name = std::string(outerName) + "::" + name;
+            name.insert(0, "::").insert(0, outerName);
         else if (m_elfutils.dwarf_tag(&outer) == DW_TAG_namespace)
-            name = "(anonymous namespace)::" + name;
+            name.insert(0, "(anonymous namespace)::");
     }
     return name;
 }

@@ -99,9 +99,11 @@ std::optional<KeptEntries> KeepEntries(const SourceFile& old, const std::functio
 
     const std::uint64_t space = end.directoryPosition - end.begin;
     std::vector<Place> places;
+    places.reserve(entries->size());
     for (const ZipEntry& entry : *entries)
         places.push_back({&entry, space, isToGo(entry.name)});
     std::vector<Place*> byPosition;
+    byPosition.reserve(places.size());
     for (Place& place : places)
         byPosition.push_back(&place);
     std::ranges::sort(byPosition, {}, [](const Place* place) { return place->entry->position; });

@@ -43,7 +43,7 @@ bool SourceFile::Read(void* buffer, std::size_t size, std::uint64_t position) co
 
 bool SourceFile::EndsAt(std::uint64_t position) const
 {
-    char next;
+    char next = 0;
     return Uninterrupted([&] { return ::pread(m_descriptor, &next, 1, static_cast<off_t>(position)); }) == 0;
 }
 
