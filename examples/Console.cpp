@@ -100,6 +100,8 @@ std::string RunAgain(const std::vector<std::string>& arguments)
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);
+    // Who ignores the end of children is not told how it was.
+    std::signal(SIGCHLD, SIG_DFL);
     pid_t process = 0;
     int status = 0;
     const int error = ::posix_spawn(&process, "/proc/self/exe", nullptr, nullptr, pointers.data(), environ);

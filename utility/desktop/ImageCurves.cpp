@@ -1,5 +1,7 @@
 #include "utility/desktop/internal/ImageCurves.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -26,9 +28,24 @@ std::uint32_t PixelAt(const void* place)
 
 void PutPixel(std::byte* place, std::uint32_t pixel) { std::memcpy(place, &pixel, sizeof(pixel)); }
 
+void ApplyTableByteByByte(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count)
+{
+    for (const std::byte* const end = source + count * pixelSize; source != end; source += pixelSize)
+    {
+        const std::uint32_t pixel = PixelAt(source);
+        const std::uint32_t colours = static_cast<std::uint32_t>(table[pixel & 0xFF]) |
+                                      static_cast<std::uint32_t>(table[pixel >> 8 & 0xFF]) << 8 |
+                                      static_cast<std::uint32_t>(table[pixel >> 16 & 0xFF]) << 16;
+        PutPixel(destination, colours | (pixel & alphaBits));
+        destination += pixelSize;
+    }
+}
+
 #if defined(__x86_64__)
 
 bool HasTablesOfBytes() { return __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw"); }
+
+bool HasTablesOfHalfBytes() { return __builtin_cpu_supports("avx2"); }
 
 /// Sixteen pixels at a time: the processor looks up each of their bytes in a half of the table.
 [[gnu::target("avx512vbmi,avx512bw")]] void ApplyTableOfBytes(const ChannelTable& table, const std::byte* source,
@@ -51,7 +68,58 @@ bool HasTablesOfBytes() { return __builtin_cpu_supports("avx512vbmi") && __built
     }
 }
 
+[[gnu::target("avx2"), gnu::always_inline]] inline __m256i Twice(const unsigned char* sixteen)
+{
+    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(sixteen)));
+}
+
+/// The values at 32 places of a table, of which this is a piece of that size. The processor looks up the lower half of a
+/// place's byte, or gives 0 if the byte's highest bit is set; the bits of the upper half choose between two pieces.
+template <std::size_t size>
+[[gnu::target("avx2"), gnu::always_inline]] inline __m256i ValuesAt(__m256i places, const unsigned char* piece)
+{
+    const __m256i highest = _mm256_set1_epi8('\x80');
+    if constexpr (size == 32)
+    {
+        const __m256i lower = _mm256_or_si256(_mm256_and_si256(places, _mm256_set1_epi8(0xF)),
+                                              _mm256_and_si256(_mm256_slli_epi16(places, 3), highest));
+        return _mm256_or_si256(_mm256_shuffle_epi8(Twice(piece), lower),
+                               _mm256_shuffle_epi8(Twice(piece + 16), _mm256_xor_si256(lower, highest)));
+    }
+    else
+    {
+        constexpr int belowTheHighest = std::countr_zero(256 / size);
+        return _mm256_blendv_epi8(ValuesAt<size / 2>(places, piece), ValuesAt<size / 2>(places, piece + size / 2),
+                                  _mm256_slli_epi16(places, belowTheHighest));
+    }
+}
+
+/// Eight pixels at a time.
+[[gnu::target("avx2")]] void ApplyTableOfHalfBytes(const ChannelTable& table, const std::byte* source,
+                                                   std::byte* destination, std::size_t count)
+{
+    constexpr std::size_t atOnce = 8;
+    const __m256i alpha = _mm256_set1_epi32(static_cast<int>(alphaBits));
+    for (; count >= atOnce; count -= atOnce)
+    {
+        const __m256i pixels = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(source));
+        const __m256i mapped = _mm256_blendv_epi8(ValuesAt<256>(pixels, table.data()), pixels, alpha);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(destination), mapped);
+        source += atOnce * pixelSize;
+        destination += atOnce * pixelSize;
+    }
+    ApplyTableByteByByte(table, source, destination, count);
+}
+
 #endif
+
+constexpr TableMethod methods[] = {
+#if defined(__x86_64__)
+    {"512bits", HasTablesOfBytes, ApplyTableOfBytes},
+    {"256bits", HasTablesOfHalfBytes, ApplyTableOfHalfBytes},
+#endif
+    {"bytes", [] { return true; }, ApplyTableByteByByte},
+};
 
 }
 
@@ -77,26 +145,12 @@ WashTable WashesOf(const Tint& tint, double gamma)
     return table;
 }
 
-void ApplyTableAnywhere(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count)
-{
-    for (const std::byte* const end = source + count * pixelSize; source != end; source += pixelSize)
-    {
-        const std::uint32_t pixel = PixelAt(source);
-        const std::uint32_t colours = static_cast<std::uint32_t>(table[pixel & 0xFF]) |
-                                      static_cast<std::uint32_t>(table[pixel >> 8 & 0xFF]) << 8 |
-                                      static_cast<std::uint32_t>(table[pixel >> 16 & 0xFF]) << 16;
-        PutPixel(destination, colours | (pixel & alphaBits));
-        destination += pixelSize;
-    }
-}
+std::span<const TableMethod> TableMethods() noexcept { return methods; }
 
 void ApplyTable(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count)
 {
-#if defined(__x86_64__)
-    if (HasTablesOfBytes())
-        return ApplyTableOfBytes(table, source, destination, count);
-#endif
-    ApplyTableAnywhere(table, source, destination, count);
+    std::ranges::find_if(methods, [](const TableMethod& each) { return each.isSupported(); })
+        ->apply(table, source, destination, count);
 }
 
 void ApplyTable(const WashTable& table, const std::byte* source, std::byte* destination, std::size_t count)

@@ -3,10 +3,14 @@
 #include "tests/support/windows/ImportedCall.h"
 #include "utility/platform/PresentContext.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
+
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstring>
 #include <dbghelp.h>
+#include <set>
 #include <string>
 
 using support::ImportedCall;
@@ -19,6 +23,32 @@ extern "C" decltype(&::SymEnumSymbols) __imp_SymEnumSymbols;
 extern "C" decltype(&::SymFromAddr) __imp_SymFromAddr;
 extern "C" decltype(&::SymInitialize) __imp_SymInitialize;
 extern "C" decltype(&::SymSetContext) __imp_SymSetContext;
+
+namespace
+{
+
+/// The libraries that the system loads with this program.
+std::set<std::string> ImportedLibraries()
+{
+    const auto* const begin = reinterpret_cast<const std::byte*>(::GetModuleHandleW(nullptr));
+    const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(begin);
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS64*>(begin + dos.e_lfanew);
+    const DWORD imports = headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    std::set<std::string> libraries;
+    for (auto* each = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(begin + imports); each->Name != 0; ++each)
+        libraries.insert(
+            boost::algorithm::to_lower_copy(std::string(reinterpret_cast<const char*>(begin + each->Name))));
+    return libraries;
+}
+
+}
+
+TEST(WindowsSymbolsTest, LibraryIsLoadedByTheFirstUse)
+{
+    const std::set<std::string> libraries = ImportedLibraries();
+    EXPECT_TRUE(libraries.contains("kernel32.dll"));
+    EXPECT_FALSE(libraries.contains("dbghelp.dll"));
+}
 
 // What the system is asked for: what it answers to that is in the reports of programs that crash.
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace utility::detail
 {
@@ -56,7 +57,16 @@ WashTable WashesOf(const Tint& tint, double gamma);
 void ApplyTable(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count);
 void ApplyTable(const WashTable& table, const std::byte* source, std::byte* destination, std::size_t count);
 
-/// The first of them without what only some processors have.
-void ApplyTableAnywhere(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count);
+/// A way to do the first of them.
+struct TableMethod
+{
+    const char* name;
+    /// Whether this processor, and its system, has what the method takes.
+    bool (*isSupported)();
+    void (*apply)(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count);
+};
+
+/// All that the library has been compiled with, the fastest first. The last one is supported everywhere.
+std::span<const TableMethod> TableMethods() noexcept;
 
 }
