@@ -109,6 +109,22 @@ protected:
         return ::mkdir(probe.c_str(), 0700) == 0 && ::rmdir(probe.c_str()) == 0;
     }
 
+    /// From this process alone, by an empty folder over its own.
+    static bool HideControlGroups()
+    {
+        const boost::filesystem::path folder = ControlGroupFolder();
+        boost::filesystem::path mounted = folder;
+        if (::unshare(CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER)) != 0)
+            return false;
+        while (::mount(nullptr, mounted.c_str(), nullptr, MS_PRIVATE, nullptr) != 0)
+        {
+            if (!mounted.has_parent_path())
+                return false;
+            mounted = mounted.parent_path();
+        }
+        return ::mount("none", folder.c_str(), "tmpfs", 0, nullptr) == 0;
+    }
+
     /// The control group that a process of the job is in; empty if it is that of this process.
     std::string ControlGroup() const
     {
@@ -133,11 +149,7 @@ protected:
         Child copy(
             [&]
             {
-                const std::string folder = ControlGroupFolder();
-                // The empty folder over it is seen by this process alone.
-                if (MayHaveControlGroup() && (::unshare(CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER)) != 0 ||
-                                              ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                                              ::mount("none", folder.c_str(), "tmpfs", 0, nullptr) != 0))
+                if (MayHaveControlGroup() && !HideControlGroups())
                     return 2;
                 Open();
                 work();
