@@ -142,6 +142,8 @@ protected:
         return !boost::filesystem::exists(folder);
     }
 
+    static constexpr int withoutProgram = 77;
+
     /// Does something in a copy of this process with a job of its own, for which the system has no control group.
     template <class Work>
     void WithoutControlGroup(Work work)
@@ -151,10 +153,15 @@ protected:
             {
                 if (MayHaveControlGroup() && !HideControlGroups())
                     return 2;
+                // Below a root that is no mount a process with mounts of its own is told another path of its program.
+                if (!boost::filesystem::exists(boost::filesystem::read_symlink("/proc/self/exe")))
+                    return withoutProgram;
                 Open();
                 work();
                 return HasFailure() ? 1 : 0;
             });
+        if (copy.ExitCode() == withoutProgram)
+            GTEST_SKIP() << "The machine lacks a root of its own";
         EXPECT_EQ(copy.ExitCode(), 0);
     }
 
