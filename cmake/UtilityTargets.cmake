@@ -31,9 +31,11 @@ function(utility_options target)
   endif()
 endfunction()
 
-# The heavy headers of the standard library and of Boost, compiled once for the target.
+# The heavy headers of the standard library and of Boost, or another one, compiled once for the target.
 function(utility_precompile target)
-  target_precompile_headers(${target} PRIVATE "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h")
+  set(header "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h" ${ARGN})
+  list(GET header -1 header)
+  target_precompile_headers(${target} PRIVATE "${header}")
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     target_compile_options(${target} PRIVATE -fpch-preprocess)
   endif()
