@@ -10,8 +10,11 @@ mode=$1 system=$2 list=$3 nm=$4 file=$5
 export LC_ALL=C
 
 case $mode-$system in
-# A weak function is inline, and whether it is there is the compiler's choice.
-exports-linux) "$nm" -D --defined-only "$file" | sed -n 's/.* [BDRTV] //p' ;;
+# One that is unique to the process, `u`, would keep the library loaded for ever, and is told as another name.
+exports-linux)
+    "$nm" -D --defined-only --with-symbol-versions "$file" |
+        sed -E 's/^[0-9a-f]+ u /&unique in the process: /; s/^[0-9a-f]+ . //; s/@@UTILITY_[0-9]+$//'
+    ;;
 exports-windows) "$nm" "$file" | sed -n 's/.* I __imp_//p' ;;
 referred-*) "$nm" "$file" | sed 's/.* //; s/^__imp_//' ;;
 esac | c++filt | {
@@ -25,12 +28,7 @@ esac | c++filt | {
     s/std::basic_string_view<(w?)char(_t)?, std::char_traits<w?char(_t)?> >/std::\1string_view/g
     s/std::basic_ostream<wchar_t, std::char_traits<wchar_t> >/std::wostream/g
     s/ >/>/g
-    s/std::set<([^,<>]*), std::less<\1>, std::allocator<\1>>/std::set<\1>/g
-    # Not the names of other libraries, nor what the compiler makes of a class besides its type and its table of
-    # functions.
-    /^((typeinfo|vtable) for )?(std|boost|__gnu_cxx)::/d
-    /^(typeinfo name for|construction vtable for|VTT for|virtual thunk to|guard variable for) /d
-    /^typeinfo for .*\*$/d' | sort -u | awk -F'\t' -v mode="$mode" -v on="$system" '
+    s/std::set<([^,<>]*), std::less<\1>, std::allocator<\1>>/std::set<\1>/g' | sort -u | awk -F'\t' -v mode="$mode" -v on="$system" '
     function say(what, name) {
         print what ": " name
         bad = 1
@@ -45,7 +43,7 @@ esac | c++filt | {
             say("listed, but not exported", $1)
         delete found[$1]
     }
-    mode == "referred" && !/^(typeinfo|vtable) for / {
+    mode == "referred" && !/^(typeinfo|typeinfo name|vtable|construction vtable|VTT) for |^virtual thunk to / {
         if ($2 !~ /private/ && !($1 in found))
             say("exported, but not referred to", $1)
         else if ($2 ~ /private/ && $1 in found)

@@ -58,7 +58,7 @@ public:
 
 private:
     /// Gives zlib's last result: Z_STREAM_END if all is compressed, and for a plain file.
-    int WriteEnd();
+    UTILITY_LOCAL int WriteEnd();
 
     bool m_bCompressed;
     CTextInputOutputFile m_file;

@@ -43,7 +43,7 @@ public:
 private:
     friend class CVRMLFile;
 
-    z_stream_s* GetZStream();
+    UTILITY_LOCAL z_stream_s* GetZStream();
 
     // As long as the record, which holds numbers of the system's type long.
     alignas(void*) unsigned char m_record[sizeof(long) == 8 ? 112 : 88];

@@ -68,7 +68,7 @@ public:
     ~CSETranslator();
 
 private:
-    static void SETranslator(unsigned int code, _EXCEPTION_POINTERS* pointers);
+    UTILITY_LOCAL static void SETranslator(unsigned int code, _EXCEPTION_POINTERS* pointers);
 
     bool m_bInstalled;
     utility::platform::FaultTranslator m_pPrevious = nullptr;

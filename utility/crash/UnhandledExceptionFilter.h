@@ -45,7 +45,7 @@ public:
     static bool g_bGenerateExceptionReport;
 
 private:
-    void GenerateExceptionReport(_EXCEPTION_POINTERS* fault);
+    UTILITY_LOCAL void GenerateExceptionReport(_EXCEPTION_POINTERS* fault);
 
     utility::platform::FaultFilter m_pPrevious;
 };

@@ -42,14 +42,15 @@ public:
     int AppendBitmap(const wchar_t* resourceName, int imageSize, const DWORD& tint, unsigned int kind);
 
 private:
-    bool Create32BitImageList(const wchar_t* resourceName, int imageSize, const DWORD& tint, unsigned int kind);
-    HBITMAP Create32BitImage(const wchar_t* resourceName, int imageSize, int& imageCount, const DWORD& tint,
-                             unsigned int kind);
-    HBITMAP Create32BitImage(unsigned int resourceId, int imageSize, int& imageCount, const DWORD& tint,
-                             unsigned int kind);
-    unsigned char ApplyGamma(unsigned char channel, double gamma) const;
-    tagRGBQUAD ApplyDisable(unsigned char first, unsigned char second, unsigned char third, unsigned char tintRed,
-                            unsigned char tintGreen, unsigned char tintBlue) const;
+    UTILITY_LOCAL bool Create32BitImageList(const wchar_t* resourceName, int imageSize, const DWORD& tint,
+                                            unsigned int kind);
+    UTILITY_LOCAL HBITMAP Create32BitImage(const wchar_t* resourceName, int imageSize, int& imageCount,
+                                           const DWORD& tint, unsigned int kind);
+    UTILITY_LOCAL HBITMAP Create32BitImage(unsigned int resourceId, int imageSize, int& imageCount, const DWORD& tint,
+                                           unsigned int kind);
+    UTILITY_LOCAL unsigned char ApplyGamma(unsigned char channel, double gamma) const;
+    UTILITY_LOCAL tagRGBQUAD ApplyDisable(unsigned char first, unsigned char second, unsigned char third,
+                                          unsigned char tintRed, unsigned char tintGreen, unsigned char tintBlue) const;
 
     static const double m_dDisabledGamma;
     static const double m_dHotGamma;

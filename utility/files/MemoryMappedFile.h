@@ -104,8 +104,8 @@ protected:
 
 private:
     /// Throws for the call that has just failed.
-    [[noreturn]] void ThrowFailureOn(const boost::filesystem::path& path) const;
-    bool MapWholeFile();
+    [[noreturn]] UTILITY_LOCAL void ThrowFailureOn(const boost::filesystem::path& path) const;
+    UTILITY_LOCAL bool MapWholeFile();
 
     HANDLE m_hFile;
     HANDLE m_hMapping;

@@ -45,8 +45,8 @@ public:
     void ShowBox(const wchar_t* text, UINT style, int helpTopic) override;
 
 private:
-    Field* Find(int id);
-    bool Ask(Field& field);
+    UTILITY_LOCAL Field* Find(int id);
+    UTILITY_LOCAL bool Ask(Field& field);
 
     std::istream& m_in;
     std::ostream& m_out;

@@ -75,9 +75,9 @@ private:
     friend class utility::detail::LogStores;
     friend void utility::detail::DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text);
 
-    void Store(LogSeverity severity, std::wstring_view message);
+    UTILITY_LOCAL void Store(LogSeverity severity, std::wstring_view message);
 
-    static std::atomic<std::uint64_t> m_nDefaultLogCapacity;
+    UTILITY_LOCAL static std::atomic<std::uint64_t> m_nDefaultLogCapacity;
 
     CCriticalSectionSpinCount m_lock;
     Ring m_ring;

@@ -127,13 +127,13 @@ private:
 
     void InsertText(std::wstring_view text);
     void InsertText(const wchar_t* text);
-    void InsertNarrow(std::string_view text);
-    void AppendText(std::wstring_view text);
+    UTILITY_LOCAL void InsertNarrow(std::string_view text);
+    UTILITY_LOCAL void AppendText(std::wstring_view text);
     void AppendInteger(std::uint64_t magnitude, bool negative);
     void AppendReal(double value);
     CLogStream& Stream();
-    std::wstring_view Text() const;
-    void Deliver();
+    UTILITY_LOCAL std::wstring_view Text() const;
+    UTILITY_LOCAL void Deliver();
 
     const void* m_pOwner;
     LogSeverity m_eSeverity;

@@ -62,7 +62,7 @@ public:
     std::uint64_t ElapsedTime() const;
 
 private:
-    void CalcElapsedTime(std::uint64_t& kernel, std::uint64_t& user) const;
+    UTILITY_LOCAL void CalcElapsedTime(std::uint64_t& kernel, std::uint64_t& user) const;
 
     HANDLE m_hThread;
     // While paused what was measured, otherwise what the thread had spent at the start.

@@ -28,7 +28,7 @@ public:
 private:
     using Handler = int (*)(std::size_t);
 
-    static int NewHandler(std::size_t size);
+    UTILITY_LOCAL static int NewHandler(std::size_t size);
 
     bool m_debuggerPresent;
     Handler m_previousHandler = nullptr;

@@ -1,15 +1,19 @@
 #pragma once
 
-/// UTILITY_API marks what a shared build of the library exports. A host that links the static library defines
-/// UTILITY_STATIC; the package's targets do it by themselves.
+/// UTILITY_API marks what a shared build of the library exports, UTILITY_LOCAL what it keeps of a class that it exports:
+/// private members that no inline function uses, which Windows exports with their class. A host that links the static
+/// library defines UTILITY_STATIC; the package's targets do it by themselves.
 #if defined(UTILITY_STATIC)
 #define UTILITY_API
+#define UTILITY_LOCAL
 #elif defined(_WIN32)
 #if defined(UTILITY_EXPORTS)
 #define UTILITY_API __declspec(dllexport)
 #else
 #define UTILITY_API __declspec(dllimport)
 #endif
+#define UTILITY_LOCAL
 #else
 #define UTILITY_API __attribute__((visibility("default")))
+#define UTILITY_LOCAL __attribute__((visibility("hidden")))
 #endif

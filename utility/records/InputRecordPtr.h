@@ -58,7 +58,7 @@ public:
     bool ReadReal(double& value);
 
 private:
-    void NextLine() noexcept;
+    UTILITY_LOCAL void NextLine() noexcept;
 
     CInputOutputFile* m_pFile;
     std::list<InputLine>::const_iterator m_itLine;

@@ -149,7 +149,7 @@ private:
         return m_pCurrent;
     }
     void NextLine();
-    void EnterLine();
+    UTILITY_LOCAL void EnterLine();
     void IssueAtCursor(int messageId) const;
 
     CTextInputOutputFile* m_pFile;

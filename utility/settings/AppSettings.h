@@ -189,15 +189,15 @@ private:
     // NOLINTNEXTLINE(modernize-use-equals-delete)
     bool DoSetValue(const wchar_t* subKey, const wchar_t* name, const void* value) const = delete;
 
-    static Data& DataOf(const std::wstring& appKey);
+    UTILITY_LOCAL static Data& DataOf(const std::wstring& appKey);
 
     template <class T>
-    T Read(const wchar_t* subKey, const wchar_t* name, const T& defaultValue, bool useUserHive) const;
+    UTILITY_LOCAL T Read(const wchar_t* subKey, const wchar_t* name, const T& defaultValue, bool useUserHive) const;
     template <class T>
-    bool WriteNumber(const wchar_t* subKey, const wchar_t* name, const T& value) const;
-    bool WriteText(const wchar_t* subKey, const wchar_t* name, std::wstring_view value) const;
-    bool WriteValue(const wchar_t* subKey, const wchar_t* name, DWORD type, const unsigned char* data,
-                    DWORD size) const;
+    UTILITY_LOCAL bool WriteNumber(const wchar_t* subKey, const wchar_t* name, const T& value) const;
+    UTILITY_LOCAL bool WriteText(const wchar_t* subKey, const wchar_t* name, std::wstring_view value) const;
+    UTILITY_LOCAL bool WriteValue(const wchar_t* subKey, const wchar_t* name, DWORD type, const unsigned char* data,
+                                  DWORD size) const;
 
     Data& m_data;
 };

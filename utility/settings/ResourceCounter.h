@@ -43,12 +43,12 @@ public:
 private:
     struct Release
     {
-        void operator()(HINSTANCE module) const;
+        UTILITY_LOCAL void operator()(HINSTANCE module) const;
     };
     using ModuleOwner = std::unique_ptr<HINSTANCE__, Release>;
 
-    bool LoadLanguageResourceDLL(const wchar_t* filePattern, LCID lcid);
-    bool LoadSatellite(const wchar_t* filePattern, const std::wstring& abbreviation);
+    UTILITY_LOCAL bool LoadLanguageResourceDLL(const wchar_t* filePattern, LCID lcid);
+    UTILITY_LOCAL bool LoadSatellite(const wchar_t* filePattern, const std::wstring& abbreviation);
 
     ModuleOwner m_hResourceDLL;
     ModuleOwner m_hDLL;

@@ -63,25 +63,25 @@ public:
     DWORD GetFileDateLS() const;
 
 private:
-    const wchar_t* GetValue(const wchar_t* name);
-    bool GetFixedFileInfo(VS_FIXEDFILEINFO** info) const;
-    void FreeBlock();
+    UTILITY_LOCAL const wchar_t* GetValue(const wchar_t* name);
+    UTILITY_LOCAL bool GetFixedFileInfo(VS_FIXEDFILEINFO** info) const;
+    UTILITY_LOCAL void FreeBlock();
 
-    static const wchar_t* const m_pszRootBlock;
-    static const wchar_t* const m_pszTranslation;
-    static const wchar_t* const m_pszStringFileInfoFmt;
-    static const wchar_t* const m_pszCompanyName;
-    static const wchar_t* const m_pszProductName;
-    static const wchar_t* const m_pszProductVersion;
-    static const wchar_t* const m_pszLegalCopyright;
-    static const wchar_t* const m_pszComments;
-    static const wchar_t* const m_pszFileDescription;
-    static const wchar_t* const m_pszFileVersion;
-    static const wchar_t* const m_pszInternalName;
-    static const wchar_t* const m_pszLegalTrademarks;
-    static const wchar_t* const m_pszOriginalFileName;
-    static const wchar_t* const m_pszPrivateBuild;
-    static const wchar_t* const m_pszSpecialBuild;
+    UTILITY_LOCAL static const wchar_t* const m_pszRootBlock;
+    UTILITY_LOCAL static const wchar_t* const m_pszTranslation;
+    UTILITY_LOCAL static const wchar_t* const m_pszStringFileInfoFmt;
+    UTILITY_LOCAL static const wchar_t* const m_pszCompanyName;
+    UTILITY_LOCAL static const wchar_t* const m_pszProductName;
+    UTILITY_LOCAL static const wchar_t* const m_pszProductVersion;
+    UTILITY_LOCAL static const wchar_t* const m_pszLegalCopyright;
+    UTILITY_LOCAL static const wchar_t* const m_pszComments;
+    UTILITY_LOCAL static const wchar_t* const m_pszFileDescription;
+    UTILITY_LOCAL static const wchar_t* const m_pszFileVersion;
+    UTILITY_LOCAL static const wchar_t* const m_pszInternalName;
+    UTILITY_LOCAL static const wchar_t* const m_pszLegalTrademarks;
+    UTILITY_LOCAL static const wchar_t* const m_pszOriginalFileName;
+    UTILITY_LOCAL static const wchar_t* const m_pszPrivateBuild;
+    UTILITY_LOCAL static const wchar_t* const m_pszSpecialBuild;
 
     int m_nPrefixLength;
     unsigned int m_nTranslationLength;

@@ -53,7 +53,7 @@ public:
     ExeType GetExeType() const;
 
 private:
-    void Classify();
+    UTILITY_LOCAL void Classify();
 
     errExeFile m_eError;
     DWORD m_nSecondaryHeaderOffset;
@@ -81,7 +81,7 @@ public:
     bool IsValid() const;
 
 private:
-    const void* FindFileHeader() const;
+    UTILITY_LOCAL const void* FindFileHeader() const;
     template <class Field>
     Field FieldAt(std::size_t offset) const;
 

@@ -54,12 +54,13 @@ public:
     static _PERF_OBJECT_TYPE* FindObject(_PERF_DATA_BLOCK* block, DWORD titleIndex);
 
 private:
-    resource_ptr<HKEY> OpenPerfLib();
+    UTILITY_LOCAL resource_ptr<HKEY> OpenPerfLib();
 
     template <class Insert>
     bool LoadTable(const wchar_t* valueName, Insert insert);
 
-    static constexpr wchar_t m_szPerfLibKey[] = L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Perflib";
+    UTILITY_LOCAL static constexpr wchar_t m_szPerfLibKey[] =
+        L"SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\Perflib";
 
     unsigned short m_nLanguage;
     std::map<std::wstring, int> m_titles;

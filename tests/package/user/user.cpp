@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cwchar>
 #include <list>
+#include <stdexcept>
 
 // The library is ready before the static objects of those who use it, and outlasts them.
 static std::list<int, CThreadNodeAllocator<int>> numbers{1, 2};
@@ -12,6 +13,24 @@ static bool CurrentModuleBelongsTo(const wchar_t* product)
 {
     CVersion version;
     return version.Initialise(nullptr) && std::wcscmp(version.GetProductName(), product) == 0;
+}
+
+/// Whether a failure that the call throws is caught by this type, here, though the library has made it.
+template <class Failure, class Call>
+static bool Throws(Call call)
+{
+    try
+    {
+        call();
+    }
+    catch (const Failure&)
+    {
+        return true;
+    }
+    catch (...)
+    {
+    }
+    return false;
 }
 
 int main(int, char** arguments)
@@ -46,6 +65,14 @@ int main(int, char** arguments)
     {
         std::puts("the program's own file was not mapped");
         return 2;
+    }
+
+    const auto throwByText = [] { ThrowSourceLocationException(__FILE__, __LINE__, 8301); };
+    if (!Throws<CSourceLocationException>(throwByText) || !Throws<std::runtime_error>(throwByText) ||
+        !Throws<boost::filesystem::filesystem_error>([] { CChangeDirectoryTemporarily{L"no such folder"}; }))
+    {
+        std::puts("a failure was not caught by its type");
+        return 7;
     }
 
     try
