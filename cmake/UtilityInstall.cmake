@@ -3,9 +3,13 @@
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
+# What a program needs to run is Utility_Runtime, the rest is for those who build one.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME Utility_Development)
 install(
   TARGETS Utility
   EXPORT UtilityTargets
+  RUNTIME COMPONENT Utility_Runtime
+  LIBRARY COMPONENT Utility_Runtime NAMELINK_COMPONENT Utility_Development
   FILE_SET HEADERS)
 install(TARGETS CatchableFaults EXPORT UtilityTargets)
 
@@ -21,7 +25,7 @@ if(NOT WIN32)
   install(
     TARGETS UtilityCrashReport UtilityJobSupervisor
     EXPORT UtilityTargets
-    RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    RUNTIME DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Utility_Runtime)
 endif()
 
 if(UTILITY_SATELLITES)
@@ -30,7 +34,7 @@ if(UTILITY_SATELLITES)
   if(WIN32)
     set(satellite_folder "${CMAKE_INSTALL_BINDIR}")
   endif()
-  install(FILES ${satellites} DESTINATION "${satellite_folder}")
+  install(FILES ${satellites} DESTINATION "${satellite_folder}" COMPONENT Utility_Runtime)
 endif()
 
 set(pc_definitions "")
@@ -47,7 +51,7 @@ endif()
 
 if(WIN32 AND UTILITY_SHARED)
   utility_runtime_files(runtime)
-  install(FILES ${runtime} DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  install(FILES ${runtime} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Utility_Runtime)
 elseif(WIN32)
   # A linker takes from an archive what is referred to by name, which resources are not: they go in as an object.
   set(resources "${CMAKE_INSTALL_LIBDIR}/Utility.res.obj")

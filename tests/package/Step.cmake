@@ -3,7 +3,10 @@
 #   headers   compares what is installed in PREFIX with what utility/Utility.h reaches
 #   exports   compares the names that the library in PREFIX exports with the list of them
 #   use       configures, builds and runs the project in the folder PROGRAM, if not given user/, the WAY it says;
-#             in names/ the program is to refer to every exported name
+#             in names/ the program is to refer to every exported name; with BESIDE it is also run elsewhere, with the
+#             library's files beside it
+#   packages  makes the packages of BUILD; the zip is unpacked to PREFIX, which has its name
+#   paths     looks for the folders of the library and of its build in what is in PREFIX
 # Common: SOURCE (of the library), SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS (a
 # script that names the library's objects, if there are any to take), and what the library was configured with.
 
@@ -91,12 +94,32 @@ elseif(STEP STREQUAL "use")
     # The library's folder and that of the C++ runtime.
     set(ENV{WINEPATH} "Z:${PREFIX}/bin;Z:${RUNTIME}")
     run(${EMULATOR} "${WORK}/${program}.exe")
+    if(BESIDE)
+      unset(ENV{WINEPATH})
+      file(COPY "${PREFIX}/bin/" "${WORK}/${program}.exe" DESTINATION "${WORK}/beside")
+      run(${EMULATOR} "${WORK}/beside/${program}.exe" WORKING_DIRECTORY /)
+    endif()
   else()
     run("${WORK}/${program}")
   endif()
   if(PROGRAM STREQUAL "names")
     file(GLOB object "${WORK}/CMakeFiles/names.dir/names.cpp.o" "${WORK}/CMakeFiles/names.dir/names.cpp.obj")
     check_names(referred "${object}")
+  endif()
+
+elseif(STEP STREQUAL "packages")
+  run(${CMAKE_COMMAND} --build "${BUILD}" --target packages -- --quiet)
+  if(TOOLCHAIN)
+    file(REMOVE_RECURSE "${PREFIX}")
+    cmake_path(GET PREFIX PARENT_PATH folder)
+    cmake_path(GET PREFIX FILENAME package)
+    file(ARCHIVE_EXTRACT INPUT "${BUILD}/packages/${package}.zip" DESTINATION "${folder}")
+  endif()
+
+elseif(STEP STREQUAL "paths")
+  execute_process(COMMAND grep -rlF -e "${SOURCE}" -e "${BUILD}" "${PREFIX}" OUTPUT_VARIABLE files RESULT_VARIABLE result)
+  if(NOT result EQUAL 1)
+    message(FATAL_ERROR "These name the folder that they were made in:\n${files}")
   endif()
 
 else()
