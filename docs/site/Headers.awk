@@ -2,7 +2,8 @@
 #   - the manual behind `#pragma once` becomes the text of the file, which is of its room's group, and of the class that
 #     the header is named after, where that has no comment of its own;
 #   - a class is of its room's group;
-#   - a declaration right below another one shares its comment: both are what the comment speaks of;
+#   - a declaration right below another one shares its comment, and so do all between `/// @{` and `/// @}`: they are
+#     what the comment speaks of;
 #   - copies that are deleted, or are made member by member, are said to be.
 # Called with the header's path, which begins with utility/.
 
@@ -67,6 +68,18 @@ function take_manual(    i, text, in_code) {
     out[2] = room == "" ? "" : "/// @ingroup " room
 }
 
+# Whether a declaration is one of a copy or a move: what makes an object of another one, or assigns it.
+function is_copy(line,    name, type) {
+    if (line !~ /^([A-Za-z_]+& )?[A-Za-z_=]+\((const )?[A-Za-z_]+&&?( [a-z]+)?\)/)
+        return 0
+    name = line
+    sub(/\(.*/, "", name)
+    type = substr(line, length(name) + 2)
+    sub(/^const /, "", type)
+    sub(/&.*/, "", type)
+    return name == type || name ~ /^[A-Za-z_]+& operator=$/
+}
+
 # A class that begins in line i, with its comment, if it has one, from line `first` on.
 function is_class(i, first,    name, text) {
     if (out[first - 1] !~ /^[ \t]*$/ || room == "")
@@ -107,6 +120,13 @@ END {
             continue # the manual
         if (scopes[depth] != "body" && declaration == "") {
             if (line ~ /^\/\/\/( |$)/ && line !~ /^\/\/\/</) {
+                # Between these two marks blank lines do not end it.
+                if (line ~ /^\/\/\/ @[{}]$/) {
+                    family = line ~ /\{/
+                    out[i] = ""
+                    shared = ""
+                    continue
+                }
                 if (comment == "")
                     first_comment = i
                 text = neutral(substr(line, 5))
@@ -117,7 +137,8 @@ END {
                 continue
             }
             if (line == "" || line ~ /^\/\// || line ~ /^#/ || line ~ /^(public|protected|private):/ || line ~ /^\}/ || line == "{") {
-                shared = ""
+                if (!family || line != "")
+                    shared = ""
                 if (line ~ /^#/ && line !~ /^#define/)
                     comment = ""
                 if (line ~ /^#define/ && lines[i] !~ /\\$/)
@@ -126,8 +147,13 @@ END {
                 # A declaration begins.
                 begins = i
                 text = ""
-                if (comment != "")
+                if (comment == "" && is_copy(line) && !shares_copies)
+                    shared = ""
+                if (comment != "") {
                     shared = comment
+                    shares_copies = is_copy(line)
+                } else if (line ~ /^static_assert/)
+                    ;
                 else if (line ~ /\) *= *delete;/)
                     text = "/** There is none: objects are not copied. */ "
                 else if (line ~ /^(virtual )?~/)
@@ -175,7 +201,8 @@ END {
                 if (scopes[depth] != "body") {
                     declaration = ""
                     shared = ""
-                }
+                } else if (scopes[depth - 1] != "body")
+                    declaration = declaration "}"
                 depth--
             }
         }

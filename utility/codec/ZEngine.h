@@ -31,13 +31,20 @@ public:
     CZEngine(const CZEngine&) = default;
     CZEngine& operator=(const CZEngine&) = default;
 
+    /// Begins to compress, as zlib has it: levels from 0, which stores, to 9, and -1 for zlib's choice.
     int DeflateInit(int level);
+    /// The same with zlib's further choices; `windowBits` above 15 makes a gzip file, a negative one a bare stream.
     int DeflateInit2(int level, int method, int windowBits, int memoryLevel, int strategy);
+    /// Compresses as much as there is input, and room for. `flush` is zlib's: Z_FINISH (4) until Z_STREAM_END (1).
     int Deflate(int flush);
+    /// Gives back what the compression holds; Z_DATA_ERROR (-3) where it was not at its end.
     int DeflateEnd();
 
+    /// Begins to expand a stream with zlib's own header.
     int InflateInit();
+    /// Expands as much as there is input, and room for. Z_STREAM_END (1) once the stream is whole.
     int Inflate(int flush);
+    /// Gives back what the expansion holds.
     int InflateEnd();
 
 private:

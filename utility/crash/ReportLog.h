@@ -21,4 +21,5 @@
 
 #include "utility/platform/Export.h"
 
+/// Keeps the latest messages of each owner from now on, for the reports of this process.
 UTILITY_API void KeepLogForExceptionReports() noexcept;

@@ -37,6 +37,7 @@
 #include "utility/platform/ExceptionRecord.h"
 #include "utility/platform/Export.h"
 
+/// A fault of the processor, thrown as a pointer: whoever catches it calls Delete.
 class UTILITY_API CStructuredException : public CException
 {
 public:
@@ -62,9 +63,11 @@ private:
 class UTILITY_API CSETranslator
 {
 public:
+    /// Translates on the calling thread, unless a debugger is attached.
     CSETranslator();
     CSETranslator(const CSETranslator&) = delete;
     CSETranslator& operator=(const CSETranslator&) = delete;
+    /// Puts back what was there, on the same thread.
     ~CSETranslator();
 
 private:

@@ -18,7 +18,9 @@
 class UTILITY_API CWindowPlacement : public WINDOWPLACEMENT
 {
 public:
+    /// The size alone is set.
     CWindowPlacement();
+    /// All fields, the size too.
     CWindowPlacement(const CWindowPlacement&) = default;
     CWindowPlacement& operator=(const CWindowPlacement& other);
 };
@@ -27,7 +29,9 @@ public:
 class UTILITY_API CDevMode : public DEVMODEW
 {
 public:
+    /// The size alone is set.
     CDevMode();
+    /// All fields, the size too.
     CDevMode(const CDevMode&) = default;
     CDevMode& operator=(const CDevMode& other);
 };
@@ -36,18 +40,23 @@ public:
 class UTILITY_API CShellExecuteInfo : public SHELLEXECUTEINFOW
 {
 public:
+    /// The size alone is set.
     CShellExecuteInfo();
+    /// All fields, the size too.
     CShellExecuteInfo(const CShellExecuteInfo&) = default;
     CShellExecuteInfo& operator=(const CShellExecuteInfo& other);
 };
 
+/// In what form data is handed over: as text, say, and by memory.
 class UTILITY_API CFormatEtc : public FORMATETC
 {
 public:
     /// All zeros.
     CFormatEtc();
+    /// Each field as given; the device stays the caller's.
     CFormatEtc(unsigned short clipboardFormat, tagDVTARGETDEVICE* targetDevice, DWORD aspect, std::int32_t index,
                DWORD medium);
+    /// The device is shared.
     CFormatEtc(const CFormatEtc&) = default;
     CFormatEtc& operator=(const CFormatEtc& other);
 };

@@ -24,6 +24,7 @@
 class UTILITY_API CZeloImageList : public CImageList
 {
 public:
+    /// There is no list yet.
     CZeloImageList();
     ~CZeloImageList() override;
 
@@ -64,5 +65,7 @@ private:
 
 /// Whatever stands above the colour already is deliberately not cleared.
 UTILITY_API DWORD MakeRGBA(DWORD rgb, unsigned char alpha);
+/// The colour without its alpha.
 UTILITY_API DWORD GetRGB(DWORD rgba);
+/// The alpha: 0 is nothing, 255 is all of the colour.
 UTILITY_API unsigned char GetAValue(DWORD rgba);

@@ -22,25 +22,29 @@
 #include <stdexcept>
 #include <string>
 
+/// A failure with a severity and a wide text for the user.
 class UTILITY_API CError
 {
 public:
     /// The library stores a severity and gives it back; only the order of the levels has a meaning.
     enum SEVERITY : std::int32_t
     {
-        SeverityNone = 0,
-        SeverityInformation = 1,
-        SeverityWarning = 2,
-        SeverityError = 4,
+        SeverityNone = 0,        ///< below all others
+        SeverityInformation = 1, ///< worth knowing
+        SeverityWarning = 2,     ///< may be wrong
+        SeverityError = 4,       ///< is wrong
     };
 
+    /// The message is copied; it may not be a null pointer.
     CError(SEVERITY severity, std::wstring message);
     CError(SEVERITY severity, const wchar_t* message);
     CError(const CError&) = default;
     CError& operator=(const CError&) = default;
     virtual ~CError();
 
+    /// As given to the constructor.
     SEVERITY Severity() const;
+    /// The text, which lives as long as the failure.
     const std::wstring& Message() const;
 
 private:
@@ -48,6 +52,7 @@ private:
     std::wstring m_strMessage;
 };
 
+/// A failure at a place in a text.
 class UTILITY_API CTextError : public CError
 {
 public:
@@ -84,6 +89,7 @@ public:
 class UTILITY_API CInputRecordException : public CSourceLocationException
 {
 public:
+    /// The text of what() has the file, which may not be null, and the line.
     CInputRecordException(const char* file, int line, DWORD detail);
     CInputRecordException(const CInputRecordException&) = default;
     CInputRecordException& operator=(const CInputRecordException&) = default;
@@ -97,11 +103,13 @@ private:
 class UTILITY_API CTextRecordException : public CSourceLocationException
 {
 public:
+    /// The text of what() has the message, the file, which may not be null, and the line, but not the place.
     CTextRecordException(const char* file, int line, unsigned int messageId, const char* place);
     CTextRecordException(const CTextRecordException&) = default;
     CTextRecordException& operator=(const CTextRecordException&) = default;
     ~CTextRecordException() override;
 
+    /// Where in the record it was; a cursor converts to it.
     const char* Place() const;
 
 private:
@@ -125,13 +133,18 @@ private:
     DWORD m_nError;
 };
 
+/// A computation that could not be done, with the place in the source where that was noticed.
 class UTILITY_API AlgorithmFailure
 {
 public:
+    /// Without a message.
     AlgorithmFailure(const char* file, int line);
+    /// The texts are copied and may not be null.
     AlgorithmFailure(const char* file, int line, const char* message);
 
+    /// The source file as given, which is `__FILE__` as a rule.
     const std::string& FileName() const;
+    /// The line in that file.
     unsigned int LineNumber() const;
     /// Deliberately a copy, unlike FileName.
     const std::string Message() const;

@@ -53,11 +53,13 @@ public:
     explicit CBackupFile(const boost::filesystem::path& file);
     explicit CBackupFile(const std::wstring& file);
     explicit CBackupFile(const wchar_t* file);
+    /// For the same two names: each object swaps, or removes the new version, at its own end.
     CBackupFile(const CBackupFile&);
     CBackupFile& operator=(const CBackupFile&);
     /// Puts the new version in the place of the old one if SetReplaceFile(true) was called; removes it otherwise.
     ~CBackupFile() noexcept(false);
 
+    /// The file to be replaced, as it was given.
     const boost::filesystem::path& GetFilename() const;
     /// Where the new version is written.
     const boost::filesystem::path& GetTempFilename() const;

@@ -21,6 +21,7 @@ class UTILITY_API CBinaryFile : public CInputOutputFile
 public:
     /// Closed.
     CBinaryFile();
+    /// An alias of the same open file, like every copy of a file object.
     CBinaryFile(const CBinaryFile&) = default;
     CBinaryFile& operator=(const CBinaryFile&) = default;
     ~CBinaryFile() override;

@@ -19,12 +19,14 @@
 class UTILITY_API CChangeDirectoryTemporarily
 {
 public:
+    /// Changes to a folder that exists.
     explicit CChangeDirectoryTemporarily(const boost::filesystem::path& directory);
     explicit CChangeDirectoryTemporarily(const std::wstring& directory);
     explicit CChangeDirectoryTemporarily(const wchar_t* directory);
     /// A copy changes back to the same folder.
     CChangeDirectoryTemporarily(const CChangeDirectoryTemporarily&);
     CChangeDirectoryTemporarily& operator=(const CChangeDirectoryTemporarily&) = delete;
+    /// Changes back to the folder that was current at the construction.
     ~CChangeDirectoryTemporarily() noexcept(false);
 
 private:

@@ -38,12 +38,13 @@ UTILITY_API boost::filesystem::path FormatLanguageDependentFilename(LCID languag
 /// is deliberately refused (boost::io::too_many_args) when it comes to the last one.
 UTILITY_API boost::filesystem::path FindLanguageDependentFilename(const wchar_t* format);
 
-// The long and the short name of a file on Windows, where each part of a path may have both; on Linux the name itself.
-// Empty if there is no such file.
-
+/// The long name of a file on Windows, where each part of a path may have a short one too; on Linux the name itself.
+/// Empty if there is no such file.
 UTILITY_API boost::filesystem::path GetLongPathNameW(const boost::filesystem::path& path);
 UTILITY_API boost::filesystem::path GetLongPathNameW(const wchar_t* path);
 UTILITY_API boost::filesystem::path GetLongPathNameW(const std::wstring& path);
+
+/// The short name likewise.
 UTILITY_API boost::filesystem::path GetShortPathNameW(const boost::filesystem::path& path);
 UTILITY_API boost::filesystem::path GetShortPathNameW(const wchar_t* path);
 UTILITY_API boost::filesystem::path GetShortPathNameW(const std::wstring& path);

@@ -31,6 +31,7 @@
 class UTILITY_API CMemoryMappedFile
 {
 public:
+    /// Closed.
     CMemoryMappedFile();
     /// Open to read; test IsValid afterwards.
     explicit CMemoryMappedFile(const wchar_t* path);
@@ -40,6 +41,7 @@ public:
     CMemoryMappedFile(const wchar_t* path, DWORD size);
     CMemoryMappedFile(const std::wstring& path, DWORD size);
     CMemoryMappedFile(const boost::filesystem::path& path, DWORD size);
+    /// An alias of the same open file: only one of the two may be closed while it is valid.
     CMemoryMappedFile(const CMemoryMappedFile& other);
     CMemoryMappedFile& operator=(const CMemoryMappedFile& other);
     /// Does what Close(0) does, if the object is open.
@@ -73,7 +75,10 @@ public:
     /// The length of the view in bytes; 0 when closed, and when writing.
     std::uint64_t GetFileSize() const;
 
+    /// Whether the object is open, to read or to write.
     bool IsValid() const;
+
+    /// The file that was opened last, as it was named.
     const boost::filesystem::path& path() const;
 
     /// Whether a pointer is to a byte of the view. The end is not.
@@ -99,7 +104,10 @@ protected:
     bool CloseFileMapping();
     bool CloseFile();
 
+    /// The handle, which stays the object's; INVALID_HANDLE_VALUE when closed.
     void* GetFile() const;
+
+    /// Throws CFileException, as a pointer, for an error number of Windows.
     [[noreturn]] void ThrowFileException(DWORD error, const wchar_t* path) const;
 
 private:

@@ -22,6 +22,7 @@ class UTILITY_API CTextFile : public CTextInputOutputFile
 public:
     /// Closed.
     CTextFile();
+    /// An alias of the same open file, like every copy of a file object.
     CTextFile(const CTextFile&) = default;
     CTextFile& operator=(const CTextFile&) = default;
     ~CTextFile() override;
@@ -32,6 +33,7 @@ public:
     bool Open(const std::wstring& path);
     bool Open(const boost::filesystem::path& path);
 
+    /// The byte as it is.
     CTextFile& operator<<(char value);
     /// Null is not allowed.
     CTextFile& operator<<(const char* text);

@@ -9,9 +9,10 @@
 /// A place in a text, both counted from 1; 0 and 0 is none.
 struct TextPosition
 {
-    std::uint64_t line = 0;
-    std::uint64_t column = 0; ///< in bytes
+    std::uint64_t line = 0;   ///< the first is 1
+    std::uint64_t column = 0; ///< in bytes; the first is 1
 
+    /// Whether both are the same place.
     bool operator==(const TextPosition&) const = default;
 };
 
@@ -24,6 +25,7 @@ public:
     explicit CTextInputOutputFile(const wchar_t* path);
     explicit CTextInputOutputFile(const std::wstring& path);
     explicit CTextInputOutputFile(const boost::filesystem::path& path);
+    /// An alias of the same open file, like every copy of a file object.
     CTextInputOutputFile(const CTextInputOutputFile&) = default;
     CTextInputOutputFile& operator=(const CTextInputOutputFile&) = default;
     ~CTextInputOutputFile() override;

@@ -38,10 +38,12 @@ public:
     class EditControl
     {
     public:
+        /// Of a form that outlives it.
         EditControl(utility::platform::Form& form, int id) : m_form(form), m_id(id) {}
 
         /// The text, null-terminated and cut to `size` characters with the null.
         void Text(wchar_t* buffer, int size) const { m_form.Text(m_id, buffer, size); }
+        /// Replaces the text.
         void SetText(const std::wstring& text) const { m_form.SetText(m_id, text.c_str()); }
 
     private:
@@ -49,7 +51,7 @@ public:
         int m_id;
     };
 
-    /// The form outlives the exchange.
+    /// A pass over the fields of a form, which outlives it.
     CDataExchange(utility::platform::Form& form, bool saveAndValidate);
 
     /// Whether values are brought from the fields to the variables, rather than shown.
@@ -70,7 +72,7 @@ private:
     int m_id = 0;
 };
 
-// The framework's validators of a range. A value from `minimum` to `maximum` passes, a NaN too, and any while values
-// are shown. The bounds are told to the user with 6 significant digits for a float and 15 for a double.
+/// The framework's validators of a range. A value from `minimum` to `maximum` passes, a NaN too, and any while values
+/// are shown. The bounds are told to the user with 6 significant digits for a float and 15 for a double.
 UTILITY_API void DDV_MinMaxFloat(CDataExchange* exchange, const float& value, float minimum, float maximum);
 UTILITY_API void DDV_MinMaxDouble(CDataExchange* exchange, const double& value, double minimum, double maximum);

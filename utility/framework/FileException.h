@@ -11,25 +11,27 @@
 class UTILITY_API CFileException : public CException
 {
 public:
+    /// What kind of failure it is.
     enum Cause
     {
-        none,
-        genericException,
-        fileNotFound,
-        badPath,
-        tooManyOpenFiles,
-        accessDenied,
-        invalidFile,
-        removeCurrentDir,
-        directoryFull,
-        badSeek,
-        hardIO,
-        sharingViolation,
-        lockViolation,
-        diskFull,
-        endOfFile,
+        none,             ///< no failure
+        genericException, ///< of no kind below
+        fileNotFound,     ///< no such file
+        badPath,          ///< a folder on the way to it is not there, or the name is none
+        tooManyOpenFiles, ///< the process or the system can open no more
+        accessDenied,     ///< it is not allowed
+        invalidFile,      ///< the handle is of no open file
+        removeCurrentDir, ///< a current folder cannot be removed
+        directoryFull,    ///< a folder takes no more names
+        badSeek,          ///< a position that there is not
+        hardIO,           ///< the device has failed
+        sharingViolation, ///< somebody else has it open
+        lockViolation,    ///< somebody else has locked it
+        diskFull,         ///< there is no room
+        endOfFile,        ///< there is nothing behind the end
     };
 
+    /// A null file name is an empty one.
     explicit CFileException(int cause = none, std::int32_t osError = -1, const wchar_t* fileName = nullptr);
     ~CFileException() override;
 
@@ -45,5 +47,6 @@ public:
 
     int m_cause;             ///< one of Cause
     std::int32_t m_lOsError; ///< the system's error number, -1 for none
+    /// The path as it was given to what failed; empty for none.
     std::wstring m_strFileName;
 };

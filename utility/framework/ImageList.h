@@ -31,11 +31,13 @@ public:
     /// Null while there is no list. It stays the object's.
     HIMAGELIST GetSafeHandle() const;
 
+    /// How many images are in it; 0 where there is no list.
     int GetImageCount() const;
 
     /// The pixels of an image as the list keeps them; none if it has no such image. On Linux, and under Wine, they are
     /// those that were added; a list of Windows itself may have the colours multiplied by the alpha.
     utility::platform::ListImage GetImage(int index) const;
 
+    /// The list, which the object ends with itself; null if there is none.
     HIMAGELIST m_hImageList = nullptr;
 };

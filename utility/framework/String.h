@@ -14,18 +14,26 @@
 
 #include <string>
 
+/// A wide text with its length.
 class UTILITY_API CStringW
 {
 public:
+    /// The empty text.
     CStringW();
     CStringW(const wchar_t* text); ///< null is the empty text
+    /// The first characters of a text, null characters among them; the length may not be negative.
     CStringW(const wchar_t* text, int length);
 
+    /// The text, null-terminated; until the string is changed.
     const wchar_t* GetString() const;
     operator const wchar_t*() const;
+    /// In characters, without the null at the end.
     int GetLength() const;
+    /// Whether the length is 0.
     bool IsEmpty() const;
+    /// Makes the text the empty one.
     void Empty();
+    /// Appends a text.
     CStringW& operator+=(const CStringW& text);
 
     /// Replaces the text by a printf-style one; the directives have the Windows meaning on every system. The decimal
@@ -37,6 +45,7 @@ public:
     bool LoadString(unsigned int id) { return Load(id); }
     bool LoadString(HINSTANCE module, unsigned int id) { return Load(module, id); }
 
+    /// Whether the characters are the same, whatever the locale; those behind a null count for two strings.
     friend bool operator==(const CStringW& left, const CStringW& right) { return left.m_text == right.m_text; }
     friend bool operator==(const CStringW& left, const wchar_t* right) { return left.m_text == right; }
 

@@ -21,11 +21,12 @@ namespace utility::framework
 class UTILITY_API TerminalForm final : public platform::Form
 {
 public:
+    /// A line of the form.
     struct Field
     {
-        int id;
-        std::wstring label;
-        std::wstring text = {};
+        int id;                 ///< its number, as the exchange of data has it
+        std::wstring label;     ///< what the user is asked for
+        std::wstring text = {}; ///< what stands in it
     };
 
     /// The streams outlive the form.

@@ -18,9 +18,11 @@
 class UTILITY_API CEventSetter
 {
 public:
+    /// The event outlives the object.
     explicit CEventSetter(void* event) noexcept;
     CEventSetter(const CEventSetter&) = default;
     CEventSetter& operator=(const CEventSetter&) = default;
+    /// Sets the event.
     ~CEventSetter();
 
 private:

@@ -20,7 +20,9 @@
 class UTILITY_API CLock
 {
 public:
+    /// Held for writing, until InitialUnlock.
     CLock() noexcept;
+    /// A copy counts as the other one does, and on its own from then on.
     CLock(const CLock& other) noexcept;
     CLock& operator=(const CLock& other) noexcept;
     ~CLock(); // NOLINT(performance-trivially-destructible): callers of an earlier version call it
@@ -37,8 +39,11 @@ public:
     /// One lock less, and deliberately no write lock any more, also where readers are left. The count may fall below 0.
     void Unlock() noexcept;
 
+    /// Whether the count is above 0.
     bool IsLocked() const noexcept;
+    /// Whether the last lock that was taken is for writing, and none has been given back since.
     bool IsWriteLocked() const noexcept;
+    /// The count: -1 for a new lock, 0 where nobody holds it.
     int LockCount() const noexcept;
 
 private:
@@ -57,6 +62,7 @@ public:
     /// No thread may hold it.
     ~CCriticalSectionSpinCount();
 
+    /// Waits, however long, until no other thread holds it.
     void Lock() noexcept;
     /// Only for the thread that holds it.
     void Unlock() noexcept;

@@ -25,7 +25,9 @@ UTILITY_API void release_resource_ptr(T handle) noexcept;
 template <class T>
 struct resource_releaser
 {
+    /// What the owner holds: the handle itself.
     using pointer = T;
+    /// Gives the handle back.
     void operator()(T handle) const noexcept { release_resource_ptr<T>(handle); }
 };
 

@@ -19,6 +19,7 @@ class UTILITY_API CThreadPriority
 public:
     /// Of the calling thread.
     explicit CThreadPriority(int priority) noexcept;
+    /// Of the thread with this handle, which outlives the object.
     CThreadPriority(void* thread, int priority) noexcept;
     CThreadPriority(const CThreadPriority&) = delete;
     CThreadPriority& operator=(const CThreadPriority&) = delete;

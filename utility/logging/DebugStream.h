@@ -15,9 +15,11 @@
 class UTILITY_API DebugStream : public std::basic_ostream<wchar_t>
 {
 public:
+    /// Where the text is kept until it is sent.
     class UTILITY_API DebugStreamBuf : public std::basic_stringbuf<wchar_t>
     {
     public:
+        /// Empty.
         DebugStreamBuf();
         ~DebugStreamBuf() override;
 
@@ -26,6 +28,7 @@ public:
         int sync() override;
     };
 
+    /// Nothing is sent yet.
     DebugStream();
     /// Sends what is left.
     ~DebugStream() override;
@@ -34,14 +37,18 @@ private:
     DebugStreamBuf m_buffer;
 };
 
+/// What dbg() gives: a stream for one statement.
 class UTILITY_API DebugStreamHelper
 {
 public:
+    /// Nothing is sent yet.
     DebugStreamHelper();
     DebugStreamHelper(const DebugStreamHelper&) = delete;
     DebugStreamHelper& operator=(const DebugStreamHelper&) = delete;
+    /// Sends what is left.
     ~DebugStreamHelper();
 
+    /// Manipulators, such as std::flush and std::endl, which send what was inserted so far.
     const DebugStreamHelper&
     operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&)) const;
 
@@ -57,4 +64,5 @@ private:
     mutable DebugStream m_stream;
 };
 
+/// A stream to the debugger's output, for one statement.
 UTILITY_API DebugStreamHelper dbg();

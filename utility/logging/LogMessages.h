@@ -27,8 +27,10 @@ class LogStores;
 void DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text);
 }
 
+/// A message as a store keeps it.
 struct UTILITY_API CLogMessage
 {
+    /// Copies the text.
     CLogMessage(LogSeverity severity, const std::wstring& message);
     CLogMessage(const CLogMessage&) = default;
     CLogMessage& operator=(const CLogMessage&) = default;
@@ -37,6 +39,7 @@ struct UTILITY_API CLogMessage
     CLogMessage& operator=(CLogMessage&&) noexcept = default;
     ~CLogMessage() = default;
 
+    /// As it was given to the stream, or LogSeverityNone of a message for debugging while those are off.
     LogSeverity m_eSeverity;
     /// Ends in the line feed that the log streams see to.
     std::wstring m_strMessage;
@@ -68,6 +71,7 @@ public:
     void pop(boost::circular_buffer_space_optimized<CLogMessage>& messages);
 
 protected:
+    /// An empty store for so many messages.
     explicit CLogMessages(std::uint64_t capacity);
 
 private:

@@ -9,11 +9,11 @@
 /// How grave a message is. Only the order counts.
 enum LogSeverity : std::int32_t
 {
-    LogSeverityNone = 0,
-    LogSeverityInformation = 1,
-    LogSeverityWarning = 2,
-    LogSeverityError = 4,
-    LogSeverityTiming = 8,
+    LogSeverityNone = 0,        ///< below every level but itself
+    LogSeverityInformation = 1, ///< worth knowing
+    LogSeverityWarning = 2,     ///< may be wrong
+    LogSeverityError = 4,       ///< is wrong
+    LogSeverityTiming = 8,      ///< how long something took
 };
 
 /// The severity that a message needs to be stored by the log streams; LogSeverityInformation at first.

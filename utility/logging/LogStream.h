@@ -45,9 +45,11 @@ inline constexpr bool IsInteger =
 class UTILITY_API CLogStream : public std::basic_ostream<wchar_t>
 {
 public:
+    /// Where the text is kept until it is stored.
     class UTILITY_API CLogStreamBuffer : public std::basic_stringbuf<wchar_t>
     {
     public:
+        /// For messages of this severity to the store of `owner`, which may be null.
         CLogStreamBuffer(const void* owner, LogSeverity severity);
         ~CLogStreamBuffer() override;
 
@@ -60,6 +62,7 @@ public:
         const void* m_pOwner;
     };
 
+    /// For messages of this severity to the store of `owner`, which may be null.
     CLogStream(const void* owner, LogSeverity severity);
     /// Stores what is left, or drops it where memory is short: the destructor of a stream cannot throw.
     ~CLogStream() override;
@@ -74,12 +77,14 @@ private:
 class UTILITY_API CLogStreamHelper
 {
 public:
+    /// For messages of this severity, if the level lets them pass now, to the store of `owner`, which may be null.
     CLogStreamHelper(const void* owner, LogSeverity severity);
     CLogStreamHelper(const CLogStreamHelper&) = delete;
     CLogStreamHelper& operator=(const CLogStreamHelper&) = delete;
     /// Stores what is left. A failed allocation is thrown from here, unless another exception is on its way.
     ~CLogStreamHelper() noexcept(false);
 
+    /// Manipulators; std::flush and std::endl store what was inserted so far as a message.
     CLogStreamHelper& operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&));
 
     /// Whatever can be inserted into a wide stream, but for narrow text, which has its own operators below.

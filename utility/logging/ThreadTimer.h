@@ -20,7 +20,9 @@
 class UTILITY_API KUtime
 {
 public:
+    /// No time.
     KUtime();
+    /// The two times as the system gives them.
     KUtime(const FILETIME& kernel, const FILETIME& user);
 
     /// Replaces both times.
@@ -29,13 +31,14 @@ public:
     /// What was spent in both from `other` to this; it wraps if `other` is the later one.
     ULARGE_INTEGER Diff(const KUtime& other);
 
-    FILETIME m_ftKernel;
-    FILETIME m_ftUser;
+    FILETIME m_ftKernel; ///< in the system's code, in units of 100 ns
+    FILETIME m_ftUser;   ///< in the thread's own, in units of 100 ns
 };
 
 class UTILITY_API ThreadTimer
 {
 public:
+    /// No measurement, and no thread yet.
     ThreadTimer();
     ThreadTimer(const ThreadTimer&) = delete;
     /// Both then have the same handle, and the handle that this one had is lost. Each closes the handle when it dies,

@@ -34,10 +34,12 @@ UTILITY_API CQLMNodeAllocator* ResetThreadAllocator(bool create);
 class UTILITY_API CThreadAllocatorManager
 {
 public:
+    /// Makes an allocator for the calling thread if it has none. Throws std::bad_alloc.
     CThreadAllocatorManager();
     CThreadAllocatorManager(const CThreadAllocatorManager&) = delete;
     /// Takes over whether the other one is to destroy the allocator, and deliberately leaves the other one as it is.
     CThreadAllocatorManager& operator=(const CThreadAllocatorManager&) = default;
+    /// Destroys the allocator with all its nodes if this object made it; to be called on the same thread.
     ~CThreadAllocatorManager();
 
 private:

@@ -30,19 +30,24 @@ template <class T>
 class CThreadNodeAllocator
 {
 public:
+    /// What it allocates.
     using value_type = T;
+    /// Those of two threads differ.
     using is_always_equal = std::false_type;
 
+    /// That of the calling thread. Throws std::bad_alloc if it has none.
     CThreadNodeAllocator() : m_allocator(GetThreadAllocator())
     {
         if (m_allocator == nullptr)
             throw std::bad_alloc();
     }
+    /// The same thread's, for other objects.
     template <class Other>
     CThreadNodeAllocator(const CThreadNodeAllocator<Other>& other) noexcept : m_allocator(other.m_allocator)
     {
     }
 
+    /// Room for `count` objects, which are not made. Never null.
     [[nodiscard]] T* allocate(std::size_t count)
     {
         if constexpr (isPooled)
@@ -55,6 +60,7 @@ public:
             return std::allocator<T>().allocate(count);
     }
 
+    /// Releases the room of `count` objects, the very count that was asked for.
     void deallocate(T* objects, std::size_t count) noexcept
     {
         if constexpr (isPooled)
@@ -66,6 +72,7 @@ public:
     /// For a copy of a container.
     CThreadNodeAllocator select_on_container_copy_construction() const { return {}; }
 
+    /// Whether both are of one thread, so that one may release what the other has allocated.
     template <class Other>
     bool operator==(const CThreadNodeAllocator<Other>& other) const noexcept
     {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Why the calling thread's latest failed operation failed. Any thread may call; each has a reason of its own.
+
 #include "utility/platform/ErrorCodes.h"
 #include "utility/platform/Export.h"
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// What one thread sets and others wait for; guards/EventSetter.h sets one at the end of a scope.
+
 #include "utility/platform/Export.h"
 #include "utility/platform/Service.h"
 #include "utility/platform/Types.h"
@@ -24,7 +26,9 @@ public:
     virtual bool Wait(HANDLE event, DWORD milliseconds) = 0;
 };
 
+/// Where a test puts a substitute in place.
 UTILITY_API ServiceSlot<EventService>& EventsSlot() noexcept;
+/// The events of this process.
 inline EventService& Events() noexcept { return EventsSlot().Get(); }
 
 }

@@ -12,11 +12,11 @@
 /// What happened.
 struct _EXCEPTION_RECORD
 {
-    DWORD ExceptionCode; ///< a Windows exception code on every system: 0xC0000005 is an access violation
-    DWORD ExceptionFlags;
+    DWORD ExceptionCode;                ///< a Windows exception code on every system: 0xC0000005 is an access violation
+    DWORD ExceptionFlags;               ///< 0 is a fault that may go on
     _EXCEPTION_RECORD* ExceptionRecord; ///< deliberately always null
     void* ExceptionAddress;             ///< of the instruction
-    DWORD NumberParameters;
+    DWORD NumberParameters;             ///< how many of the last field count
     /// Of an access violation and an in-page error: 0 for reading, 1 for writing, 8 for executing; and the address that
     /// was to be accessed.
     std::uint64_t ExceptionInformation[15];
@@ -25,6 +25,7 @@ struct _EXCEPTION_RECORD
 /// The registers at that moment.
 struct _CONTEXT
 {
+    /// The registers by their names.
     DWORD MxCsr;
     DWORD EFlags;
     std::uint64_t Rax;
@@ -48,10 +49,11 @@ struct _CONTEXT
     std::uint64_t Xmm[16];
 };
 
+/// A fault, as a filter gets it.
 struct _EXCEPTION_POINTERS
 {
-    _EXCEPTION_RECORD* ExceptionRecord;
-    _CONTEXT* ContextRecord;
+    _EXCEPTION_RECORD* ExceptionRecord; ///< what happened
+    _CONTEXT* ContextRecord;            ///< with which registers
 };
 
 #endif

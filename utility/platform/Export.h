@@ -1,8 +1,9 @@
 #pragma once
 
-/// UTILITY_API marks what a shared build of the library exports, UTILITY_LOCAL what it keeps of a class that it exports:
-/// private members that no inline function uses, which Windows exports with their class. A host that links the static
-/// library defines UTILITY_STATIC; the package's targets do it by themselves.
+// UTILITY_API marks what a shared build of the library exports, UTILITY_LOCAL what it keeps of a class that it exports:
+// private members that no inline function uses, which Windows exports with their class. A host that links the static
+// library defines UTILITY_STATIC; the package's targets do it by themselves.
+
 #if defined(UTILITY_STATIC)
 #define UTILITY_API
 #define UTILITY_LOCAL
@@ -14,6 +15,8 @@
 #endif
 #define UTILITY_LOCAL
 #else
+/// Marks what is exported.
 #define UTILITY_API __attribute__((visibility("default")))
+/// Marks what is kept.
 #define UTILITY_LOCAL __attribute__((visibility("hidden")))
 #endif

@@ -11,6 +11,7 @@
 namespace utility::platform
 {
 
+/// The fields of a dialog, and its box.
 class Form
 {
 public:
@@ -42,6 +43,7 @@ public:
 class UTILITY_API WindowForm final : public Form
 {
 public:
+    /// Of a dialog whose controls are there already.
     explicit WindowForm(HWND dialog);
 
     bool HasField(int id) override;

@@ -14,22 +14,25 @@
 #else
 
 struct _IMAGELIST;
+/// A list of images.
 using HIMAGELIST = _IMAGELIST*;
 
+/// A pixel of 32 bits.
 struct tagRGBQUAD
 {
-    unsigned char rgbBlue;
-    unsigned char rgbGreen;
-    unsigned char rgbRed;
-    unsigned char rgbReserved;
+    unsigned char rgbBlue;     ///< the blue part
+    unsigned char rgbGreen;    ///< the green part
+    unsigned char rgbRed;      ///< the red part
+    unsigned char rgbReserved; ///< the alpha, where there is one
 };
+/// The record by its usual name.
 using RGBQUAD = tagRGBQUAD;
 
-inline constexpr UINT ILC_COLOR32 = 0x20;
+inline constexpr UINT ILC_COLOR32 = 0x20; ///< a list of pixels of 32 bits
 
-inline constexpr UINT TB_SETIMAGELIST = 0x430;
-inline constexpr UINT TB_SETHOTIMAGELIST = 0x434;
-inline constexpr UINT TB_SETDISABLEDIMAGELIST = 0x436;
+inline constexpr UINT TB_SETIMAGELIST = 0x430;         ///< the list of a toolbar's normal images
+inline constexpr UINT TB_SETHOTIMAGELIST = 0x434;      ///< that of the images under the mouse
+inline constexpr UINT TB_SETDISABLEDIMAGELIST = 0x436; ///< that of the images of what cannot be chosen
 
 #endif
 
@@ -41,9 +44,9 @@ namespace utility::platform
 /// An image of a list: its rows from the uppermost to the lowest. The reserved byte of a pixel is its alpha.
 struct ListImage
 {
-    int width = 0;
-    int height = 0;
-    std::vector<tagRGBQUAD> pixels;
+    int width = 0;                  ///< in pixels
+    int height = 0;                 ///< in pixels
+    std::vector<tagRGBQUAD> pixels; ///< row by row, without padding
 };
 
 }

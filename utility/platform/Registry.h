@@ -17,19 +17,20 @@
 
 #ifndef _WIN32
 
+/// The two hives: the user's, and the machine's.
 inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(std::intptr_t{static_cast<std::int32_t>(0x80000001)});
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::intptr_t{static_cast<std::int32_t>(0x80000002)});
 
-inline constexpr DWORD KEY_READ = 0x20019;
-inline constexpr DWORD KEY_WRITE = 0x20006;
+inline constexpr DWORD KEY_READ = 0x20019;  ///< the right to read a key's values and to enumerate
+inline constexpr DWORD KEY_WRITE = 0x20006; ///< the right to set values and to make subkeys
 
-inline constexpr DWORD REG_NONE = 0;
-inline constexpr DWORD REG_SZ = 1;
-inline constexpr DWORD REG_EXPAND_SZ = 2;
-inline constexpr DWORD REG_BINARY = 3;
-inline constexpr DWORD REG_DWORD = 4;
-inline constexpr DWORD REG_MULTI_SZ = 7;
-inline constexpr DWORD REG_QWORD = 11;
+inline constexpr DWORD REG_NONE = 0;      ///< the type tag of bytes without a type
+inline constexpr DWORD REG_SZ = 1;        ///< that of a text
+inline constexpr DWORD REG_EXPAND_SZ = 2; ///< that of a text with names of environment variables
+inline constexpr DWORD REG_BINARY = 3;    ///< that of bytes
+inline constexpr DWORD REG_DWORD = 4;     ///< that of a number of 32 bits
+inline constexpr DWORD REG_MULTI_SZ = 7;  ///< that of several texts, behind the last of which an empty one stands
+inline constexpr DWORD REG_QWORD = 11;    ///< that of a number of 64 bits
 
 #endif
 
@@ -39,9 +40,9 @@ namespace utility::platform
 /// What a key holds.
 struct RegistryKeyInfo
 {
-    DWORD subKeys = 0;
-    DWORD longestSubKey = 0; ///< characters of the longest name, without a terminator
-    DWORD values = 0;
+    DWORD subKeys = 0;          ///< how many
+    DWORD longestSubKey = 0;    ///< characters of the longest name, without a terminator
+    DWORD values = 0;           ///< how many
     DWORD longestValueName = 0; ///< characters, without a terminator
     DWORD largestValue = 0;     ///< bytes
 };
@@ -80,14 +81,17 @@ public:
     /// `type` may be null, and so may `size` where `data` is.
     virtual LSTATUS RegQueryValueExW(HKEY key, const wchar_t* name, DWORD* type, void* data, DWORD* size) = 0;
 
+    /// Stores a value: `size` bytes with a type tag, in the place of an earlier one. Null bytes need a size of 0.
     virtual LSTATUS RegSetValueExW(HKEY key, const wchar_t* name, DWORD type, const void* data, DWORD size) = 0;
 
     /// Sets the unnamed value of a subkey, which is created where it is absent, to a null-terminated text, as REG_SZ.
     /// Only that of the parent itself asks for the right to set values.
     virtual LSTATUS RegSetValueW(HKEY key, const wchar_t* subKey, const wchar_t* text) = 0;
 
+    /// Deletes a value; 2 if there is none.
     virtual LSTATUS RegDeleteValueW(HKEY key, const wchar_t* name) = 0;
 
+    /// Closes a key that was opened; the two hives' own are left alone.
     virtual LSTATUS RegCloseKey(HKEY key) = 0;
 
     /// Deletes a key with all that lies under it; of a hive as a whole, all but its root.
@@ -101,13 +105,16 @@ public:
     virtual LSTATUS RegEnumValueW(HKEY key, DWORD index, wchar_t* name, DWORD& length, DWORD* type, void* data,
                                   DWORD* size) = 0;
 
+    /// How many subkeys and values a key has, and how much room the largest takes.
     virtual LSTATUS RegQueryInfoKeyW(HKEY key, RegistryKeyInfo& info) = 0;
 
     /// Closes the files that it keeps open, if it has any, until it is used again. Keys stay good.
     virtual void Rest() {}
 };
 
+/// Where a test puts a substitute in place.
 UTILITY_API ServiceSlot<RegistryService>& RegistrySlot() noexcept;
+/// The store of this process.
 inline RegistryService& Registry() noexcept { return RegistrySlot().Get(); }
 
 }

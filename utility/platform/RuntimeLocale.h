@@ -1,5 +1,7 @@
 #pragma once
 
+// The record of a thread's locale that text/SetCLocale.h puts back.
+
 #include <string>
 
 namespace utility::platform

@@ -20,6 +20,7 @@ class CInlineTextRecordPtr : public CTextRecordPtr
 public:
     using CTextRecordPtr::CTextRecordPtr;
 
+    /// CTextRecordPtr's reads, with the same results.
     bool ReadInt(int& value) { return ReadIntAs<Format>(value); }
     bool ReadReal(double& value) { return ReadRealAs<Format>(value); }
 };

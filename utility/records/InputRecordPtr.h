@@ -31,6 +31,7 @@ public:
     CInputRecordPtr& operator=(const CInputRecordPtr&) = delete;
     ~CInputRecordPtr();
 
+    /// The file that messages go to, as given to the constructor.
     CInputOutputFile* InputFile() const noexcept;
 
     /// Appends a line, `last` being one past its last byte, and moves to the start of the record. A line must not be
@@ -40,6 +41,7 @@ public:
     /// Moves to the first byte of the first line.
     void Reset() noexcept;
 
+    /// Whether the cursor is behind the last line.
     bool IsEndOfRecord() const noexcept;
 
     /// The byte at the cursor, which must not be at the end of the record.

@@ -68,9 +68,11 @@ public:
     void AdvanceStart(int count) { m_pFirst += count; }
 };
 
+/// A record of text, which is not copied.
 class CTextRecord : public utility::detail::Record<TextLine, char>
 {
 public:
+    /// Without a line.
     CTextRecord() = default;
     CTextRecord(const CTextRecord&) = delete;
     CTextRecord& operator=(const CTextRecord&) = delete;

@@ -77,6 +77,7 @@ public:
     /// Whether a letter introduces an exponent.
     virtual bool IsExponentChar(char c) const { return c == 'D' || c == 'E' || c == 'd' || c == 'e'; }
 
+    /// The file that messages go to, as given to the constructor.
     CTextInputOutputFile* InputFile() const { return m_pFile; }
 
     /// Appends a line, `last` being its last character, and moves to the start of the record. A line without a

@@ -48,15 +48,19 @@ namespace utility
 class KeyName
 {
 public:
+    /// A text by its pointer stays the caller's, for as long as the name is used.
     template <std::convertible_to<const wchar_t*> Text>
     KeyName(const Text& text) : m_text(text)
     {
     }
+    /// Likewise, up to the first null character.
     KeyName(const std::wstring& text) : m_text(text.c_str()) {}
+    /// The parts of the path, joined by backslashes.
     UTILITY_API KeyName(const boost::filesystem::path& path);
     KeyName(const KeyName&) = delete;
     KeyName& operator=(const KeyName&) = delete;
 
+    /// The name, null-terminated.
     const wchar_t* Text() const { return m_text; }
 
 private:
@@ -66,6 +70,7 @@ private:
 
 }
 
+/// The settings of one application key, the user's ahead of the machine's.
 class UTILITY_API CQLMAppSettings
 {
 public:
@@ -202,6 +207,7 @@ private:
     Data& m_data;
 };
 
+/// The text up to its first null; one of size 0 leaves `value` as it was.
 template <>
 UTILITY_API bool CQLMAppSettings::ReadValue(HKEY key, const wchar_t* name, DWORD type, std::wstring& value);
 

@@ -18,6 +18,7 @@
 class UTILITY_API CVersion
 {
 public:
+    /// Without a record, until Initialise.
     CVersion();
     CVersion(const CVersion&) = delete;
     /// Copies each field, the record's owner included: both objects then hold one record, and each frees it. Only one
@@ -33,8 +34,8 @@ public:
     /// The first translation: the language in the low word, the code page in the high one. 0 if there is none.
     DWORD GetTranslation();
 
-    // The texts of the first translation. Each is null if the record has none under its name. They live until the next
-    // Initialise or the object's end.
+    /// A text of the first translation, by its name in the record; null if there is none. It lives until the next
+    /// Initialise or the object's end.
     const wchar_t* GetCompanyName();
     const wchar_t* GetProductName();
     const wchar_t* GetProductVersion();
@@ -48,8 +49,8 @@ public:
     const wchar_t* GetPrivateBuild();
     const wchar_t* GetSpecialBuild();
 
-    // The fields of the numeric block, only after an Initialise that returned true. Version 1.2.3.4 has 0x00010002 in
-    // its most significant and 0x00030004 in its least significant half.
+    /// A field of the numeric block, only after an Initialise that returned true. Version 1.2.3.4 has 0x00010002 in its
+    /// most significant and 0x00030004 in its least significant half.
     DWORD GetFileVersionMS() const;
     DWORD GetFileVersionLS() const;
     DWORD GetProductVersionMS() const;

@@ -32,6 +32,7 @@ class UTILITY_API CPerfLib
 public:
     /// Loads the tables that are asked for. One that cannot be loaded is empty.
     CPerfLib(unsigned short language, bool loadTitles, bool loadHelp);
+    /// The tables are copied, or moved.
     CPerfLib(const CPerfLib& other);
     CPerfLib(CPerfLib&& other) noexcept;
     CPerfLib& operator=(const CPerfLib& other);

@@ -18,18 +18,20 @@
 #include <list>
 #include <string>
 
+/// A port by its names.
 class UTILITY_API CSerialPortInfo
 {
 public:
     /// Null is the empty text.
     CSerialPortInfo(const wchar_t* portName = nullptr, const wchar_t* friendlyName = nullptr);
+    /// Both names are copied, or moved.
     CSerialPortInfo(const CSerialPortInfo& other);
     CSerialPortInfo(CSerialPortInfo&& other) noexcept;
     CSerialPortInfo& operator=(const CSerialPortInfo& other);
     CSerialPortInfo& operator=(CSerialPortInfo&& other) noexcept;
     ~CSerialPortInfo();
 
-    const std::wstring& PortName() const;
+    const std::wstring& PortName() const;     ///< what it is opened by
     const std::wstring& FriendlyName() const; ///< for the user; empty in what EnumerateSerialPorts gives
 
 private:

@@ -23,6 +23,7 @@ namespace tstd::convert_impl
 template <class Character>
 struct converter;
 
+/// From narrow to wide.
 template <>
 struct UTILITY_API converter<wchar_t>
 {
@@ -31,6 +32,7 @@ struct UTILITY_API converter<wchar_t>
     [[nodiscard]] static std::wstring convert(const std::string& text, const std::locale& locale);
 };
 
+/// From wide to narrow.
 template <>
 struct UTILITY_API converter<char>
 {

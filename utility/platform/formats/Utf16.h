@@ -11,8 +11,11 @@
 namespace utility::platform::formats
 {
 
+/// Whether a unit is the first half of a character that takes two.
 constexpr bool IsHighSurrogate(char32_t unit) { return (unit & ~char32_t{0x3FF}) == 0xD800; }
+/// Whether a unit is the second half.
 constexpr bool IsLowSurrogate(char32_t unit) { return (unit & ~char32_t{0x3FF}) == 0xDC00; }
+/// The character that both halves make; it is not checked that they are halves.
 constexpr char32_t CodePointOf(char32_t high, char32_t low) { return 0x10000 + ((high & 0x3FF) << 10) + (low & 0x3FF); }
 
 /// Appends a code point to a text whose units, be they as narrow as 16 bits, hold UTF-16 then.
