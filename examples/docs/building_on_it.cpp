@@ -2,15 +2,19 @@
 
 #include <iostream>
 
+void Show(const std::wstring& text) { std::cout << from_utf(text, 65001) << '\n'; }
+
 int main()
 {
-    // What utility_version_record() gave this program. Behind InitialiseUtilityDLL() null would be the library.
+    // What utility_version_record() gave this program. Null would be the library behind
+    // InitialiseUtilityDLL().
     CVersion version;
     if (!version.Initialise(nullptr))
         return 1;
-    std::cout << from_utf(version.GetProductName(), 65001) << ' ' << (version.GetFileVersionMS() >> 16) << '.'
-              << (version.GetFileVersionMS() & 0xFFFF) << ", by " << from_utf(version.GetCompanyName(), 65001) << '\n';
+    const DWORD number = version.GetFileVersionMS();
+    Show(version.GetProductName());
+    Show(std::to_wstring(number >> 16) + L'.' + std::to_wstring(number & 0xFFFF));
 
     InitialiseUtilityDLL(); // before message texts are expected
-    std::cout << from_utf(LoadMessage(8302, L'x'), 65001) << '\n';
+    Show(LoadMessage(8302, L'x'));
 }

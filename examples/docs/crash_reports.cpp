@@ -21,13 +21,14 @@ catch (CStructuredException* failure)
     failure->GetErrorMessage(text, 256, nullptr);
     failure->Delete(); // failures of the framework are thrown as pointers
     const std::string message = from_utf(text, 65001);
-    std::cout << message.substr(0, message.find('\n')) << '\n'; // the second line has addresses
+    // The second line has addresses.
+    std::cout << message.substr(0, message.find('\n')) << '\n';
 }
 
 int main()
 {
-    KeepLogForExceptionReports();                                  // for what nobody expects;
-    CUnhandledExceptionFilter::g_bGenerateExceptionReport = false; // what this program expects needs no report
+    // What this program expects needs no report.
+    CUnhandledExceptionFilter::g_bGenerateExceptionReport = false;
 
     const CSETranslator translator; // faults on this thread are thrown
     const Tool drill;

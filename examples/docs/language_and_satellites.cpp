@@ -13,15 +13,17 @@ int main()
     Lang::GetLanguageLocale(german, locale);
     Show(name + L", " + letters + L", " + locale);
 
-    // The application makes the key of its options; until then there is no choice to be stored.
-    const wchar_t* const options = L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General";
-    CQLMAppSettings::CreateKey(HKEY_CURRENT_USER, options, KEY_READ);
+    // The application makes the key of its options; until then no choice can be stored.
+    const wchar_t* const key = L"SOFTWARE\\Selvane\\TOLVERAN\\2022.0\\Options\\General";
+    CQLMAppSettings::CreateKey(HKEY_CURRENT_USER, key, KEY_READ);
     Lang::SetLanguage(german);
 
-    // A choice counts where a module's resources are looked up from then on: as a rule, from the next start. Here the
-    // module is the library itself, and the reference to it is one for the object to release.
+    // A choice counts where a module's resources are found from then on, as a rule at the
+    // next start. Here the module is the library, the one with this function, and the
+    // object takes over the reference to it.
+    void* const function = reinterpret_cast<void*>(&InitialiseUtilityDLL);
     {
-        const CResourceCounter library(GetModuleHandleExW(reinterpret_cast<void*>(&InitialiseUtilityDLL), 0));
+        const CResourceCounter library(GetModuleHandleExW(function, 0));
         Show(resource_string(library.GetResourceDLL(), 8314));
         Show(resource_string(library.GetDLL(), 8314));
     }

@@ -8,19 +8,24 @@ namespace
 /// Whoever messages are for: an address and nothing more.
 const int job = 7;
 
+void Show(const wchar_t* text) { std::cout << from_utf(text, 65001); }
+
 void ShowMessages()
 {
     boost::circular_buffer_space_optimized<CLogMessage> messages;
     CLogMessages::instance(&job).pop(messages);
     for (const CLogMessage& message : messages)
-        std::cout << message.m_eSeverity << ' ' << from_utf(message.m_strMessage, 65001);
+    {
+        std::cout << message.m_eSeverity << ' ';
+        Show(message.m_strMessage.c_str());
+    }
 }
 
 }
 
 int main()
 {
-    LogFile(LogSeverityWarning, &job) << L"Tool " << 12 << L" is worn to " << 3.75 << L" mm";
+    LogFile(LogSeverityWarning, &job) << L"Tool " << 12 << L" lacks " << 0.25 << L" mm";
     DbgLogFile(LogSeverityInformation, &job) << L"not kept";
     SetLogDebugMessages(true);
     DbgLogFile(LogSeverityInformation, &job) << L"kept";
@@ -36,7 +41,7 @@ int main()
     ShowMessages();
 
     // The debugger's output, which a host may take for itself.
-    utility::platform::SetDebuggerSink([](const wchar_t* text) { std::cout << from_utf(text, 65001); });
+    utility::platform::SetDebuggerSink(&Show);
     dbg() << L"cache " << 3 << L" of " << 4 << L'\n';
     utility::platform::SetDebuggerSink(nullptr);
 }

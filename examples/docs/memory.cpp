@@ -11,11 +11,12 @@ struct Tool
 };
 
 /// A map whose nodes are in the pool of the thread that makes it.
-using Tools = std::map<int, Tool, std::less<>, CThreadNodeAllocator<std::pair<const int, Tool>>>;
+using Nodes = CThreadNodeAllocator<std::pair<const int, Tool>>;
+using Tools = std::map<int, Tool, std::less<>, Nodes>;
 
 double Work(int count)
 {
-    const CThreadAllocatorManager manager; // ahead of the containers, so that it ends after them
+    const CThreadAllocatorManager manager; // ahead of containers: it ends after them
     Tools tools;
     for (int number = 1; number <= count; ++number)
         tools[number] = {0.5 * number, 80.0};
@@ -27,7 +28,8 @@ double Work(int count)
 
 int main()
 {
-    const CNewHandler newHandler; // the first line of main: where memory runs out, a report comes ahead of the failure
+    // In the first line of main: where memory runs out, a report precedes the failure.
+    const CNewHandler newHandler;
 
     double sum = 0.0;
     std::thread worker([&] { sum = Work(1000); });
@@ -37,10 +39,12 @@ int main()
     // The thread that loads the library has a pool from the start.
     CQLMNodeAllocator* const pool = GetThreadAllocator();
     void* const node = pool->allocate(24);
-    pool->deallocate(node, 24); // nodes have no header: whoever releases one says how large it is
-    std::cout << (pool->allocate(24) == node ? "the same node again\n" : "another node\n");
+    pool->deallocate(node, 24); // nodes have no header: say how large it is
+    const bool isSame = pool->allocate(24) == node;
+    std::cout << (isSame ? "the same node again\n" : "another node\n");
 
     std::size_t committed = 0, reserved = 0, free = 0, largestFree = 0;
     GetVirtualAddressSpaceInformation(committed, reserved, free, largestFree);
-    std::cout << (committed > 0 && largestFree <= free ? "the address space is known\n" : "nothing is known\n");
+    const bool isKnown = committed > 0 && largestFree <= free;
+    std::cout << (isKnown ? "the address space is known\n" : "nothing is known\n");
 }

@@ -10,8 +10,8 @@ int main()
 {
     // Out: a number of places, and then what else is asked for.
     Show(to_wstring(-1.5, 3));
-    Show(to_wstring(2.5, 3, true, L",", true));      // a plus, a comma, no zeros at the end
-    Show(to_wstring(1250.0, -2, false, L".", true)); // hundreds, and no symbol without a digit behind it
+    Show(to_wstring(2.5, 3, true, L",", true));      // a plus, a comma, no last zeros
+    Show(to_wstring(1250.0, -2, false, L".", true)); // hundreds: the tie goes to even
     Show(to_wstring(-0.004, 2) + L" or " + QLMFormatFloatPrecise(-0.004, 2));
     Show(QLMFormatFloatE(1500.0, 2));
 
@@ -25,7 +25,7 @@ int main()
     // A value that a file keeps in four bytes is made that of four bytes at once.
     Show(to_wstring(MakeFloatDoubleConsistent(0.1), 12));
 
-    // Code of others goes by the locale of the process; in this scope it goes by the point.
+    // Code of others goes by the process's locale; in this scope it goes by the point.
     std::setlocale(LC_ALL, "");
     {
         const CSetCLocale pointInThisScope;
@@ -36,6 +36,6 @@ int main()
     StatSeries widths;
     for (const double width : {12.5, 11.75, 12.25})
         widths.AddValNotArray(width);
-    Show(to_wstring(widths.minimum, 2) + L" to " + to_wstring(widths.maximum, 2) + L", on average " +
-         to_wstring(widths.sum / widths.count, 3));
+    Show(to_wstring(widths.minimum, 2) + L" to " + to_wstring(widths.maximum, 2));
+    Show(to_wstring(widths.sum / widths.count, 3) + L" on average");
 }

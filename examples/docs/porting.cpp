@@ -5,10 +5,11 @@
 
 int main()
 {
-    // The same everywhere: the directives of formats, what has 32 bits, the numbers of errors.
+    // The same everywhere: directives of formats, what has 32 bits, numbers of errors.
     CStringW text;
     text.Format(L"%s %ld", L"wide", std::int32_t{-1});
-    std::cout << from_utf(text.GetString(), 65001) << ", a DWORD of " << sizeof(DWORD) << " bytes\n";
+    std::cout << from_utf(text.GetString(), 65001) << '\n';
+    std::cout << "DWORDs of " << sizeof(DWORD) << " bytes\n";
     try
     {
         const CTextInputOutputFile file(L"missing.igs");
@@ -20,12 +21,16 @@ int main()
     }
 
     // Not the same: what the system has its own way of.
-    std::cout << "wide characters of " << sizeof(wchar_t) << " bytes, longs of " << sizeof(long) << '\n';
-    std::cout << "settings are in " << utility::platform::HiveFile(HKEY_CURRENT_USER).filename() << '\n';
+    std::cout << "wide characters of " << sizeof(wchar_t) << " bytes\n";
+    std::cout << "longs of " << sizeof(long) << " bytes\n";
+    const boost::filesystem::path hive = utility::platform::HiveFile(HKEY_CURRENT_USER);
+    std::cout << "settings are in " << hive.filename() << '\n';
     CreateFileIfNotPresent(L"part.igs");
-    std::cout << "PART.IGS is " << (IsFileReadable(L"PART.IGS") ? "part.igs" : "another file") << '\n';
+    const bool isSame = IsFileReadable(L"PART.IGS");
+    std::cout << "PART.IGS is " << (isSame ? "part.igs" : "another file") << '\n';
     _OSVERSIONINFOEXW version = {};
     version.dwOSVersionInfoSize = sizeof(version);
     GetVersionExZelo(version);
-    std::cout << "a version of Windows is " << (version.dwMajorVersion > 0 ? "told" : "not told") << '\n';
+    const bool isTold = version.dwMajorVersion > 0;
+    std::cout << "a version of Windows is " << (isTold ? "told" : "not told") << '\n';
 }

@@ -48,16 +48,18 @@ try
     InitialiseUtilityDLL();
     SetLogDebugMessages(true);
     CTextInputOutputFile file(argumentCount > 1 ? arguments[1] : "points.txt");
-    constexpr int columns = 16;    // have the text of a line, and
-    constexpr int lineLength = 22; // behind them are a letter, a number and the line feed
+    constexpr int columns = 16;    // of data, and behind them
+    constexpr int lineLength = 22; // a letter, a number and the line feed
     const char* line = file.DataPtr();
     while (file.IsValidPtr(line + columns - 1))
     {
         FieldCursor record(&file);
-        for (bool isWhole = false; !isWhole && file.IsValidPtr(line + columns - 1); line += lineLength)
+        bool isWhole = false;
+        while (!isWhole && file.IsValidPtr(line + columns - 1))
         {
-            record.Add(line, line + columns - 1); // the last character is part of the line
+            record.Add(line, line + columns - 1); // the last character is part of it
             isWhole = std::memchr(line, ';', columns) != nullptr;
+            line += lineLength;
         }
         ShowFields(record);
     }
