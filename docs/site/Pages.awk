@@ -32,18 +32,24 @@ function link_of(target,    anchor, file) {
     return "source_" file ".html"
 }
 
-# Between backquotes a quote would end the code; a name is linked to its text in the reference between tags only.
+# Between backquotes a quote would end the code, and a % goes; a name is linked to its text in the reference between tags
+# only. The text of a link into the reference is taken as it stands.
 function spans_of(line,    count, pieces, i) {
     if (line ~ /^ *$/)
         in_span = 0
     count = split(line, pieces, "`")
     line = pieces[1]
     for (i = 2; i <= count; i++) {
-        if (!in_span && i < count && pieces[i] ~ /^[A-Za-z_:~]+(\(\))?$/) {
+        if (!in_span && i < count && pieces[i + 1] ~ /^\]\(@ref /) {
+            line = line pieces[i] pieces[i + 1]
+            i++
+        } else if (!in_span && i < count && pieces[i] ~ /^[A-Za-z_:~]+(\(\))?$/) {
             line = line "<code>" pieces[i] "</code>" pieces[i + 1]
             i++
         } else {
             in_span = !in_span
+            if (in_span)
+                gsub(/%/, "%%", pieces[i])
             line = line "``" pieces[i]
         }
     }
