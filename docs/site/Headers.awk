@@ -13,16 +13,29 @@ function trimmed(text) {
     return text
 }
 
-# A comment's text without meaning for the generator, but for what stands between backquotes.
-function neutral(text,    i, count, pieces) {
+# A comment's text without meaning for the generator, but for what stands between backquotes; what stands between quotes
+# has none anyway. A row of columns becomes an item of a list.
+function neutral(text,    i, count, pieces, outer, quotes, parts, j) {
     count = split(text, pieces, "`")
     text = ""
     for (i = 1; i <= count; i++) {
         if (i % 2 == 1) {
-            gsub(/[\\@&]/, "\\\\&", pieces[i])
-            gsub(/</, "\\<", pieces[i])
+            parts = split(pieces[i], outer, "\"")
+            pieces[i] = ""
+            for (j = 1; j <= parts; j++) {
+                if ((j + quotes) % 2 == 1) {
+                    gsub(/[\\@&]/, "\\\\&", outer[j])
+                    gsub(/</, "\\<", outer[j])
+                }
+                pieces[i] = pieces[i] (j > 1 ? "\"" : "") outer[j]
+            }
+            quotes += parts - 1
         }
         text = text (i > 1 ? "`" : "") pieces[i]
+    }
+    if (text ~ /^ ( )?( )?[^ ]+.*[^ ]   *[^ ]/ && text !~ /^ *- /) {
+        sub(/^ */, "- ", text)
+        gsub(/   */, " \\&ndash; ", text)
     }
     return text
 }
@@ -81,7 +94,7 @@ function is_copy(line,    name, type) {
 }
 
 # A class that begins in line i, with its comment, if it has one, from line `first` on.
-function is_class(i, first,    name, text) {
+function is_class(i, first,    name) {
     if (out[first - 1] !~ /^[ \t]*$/ || room == "")
         return
     name = code_of(lines[i])
@@ -90,10 +103,9 @@ function is_class(i, first,    name, text) {
     sub(/<.*/, "", name)
     name = trimmed(name)
     sub(/.*[ \t]/, "", name)
-    text = "/** @ingroup " room " */"
-    if (first == i && (name == file || name == "C" file))
-        text = text " /** @brief " brief " */ /** @copydetails " path " */"
-    out[first - 1] = text
+    out[first - 1] = "/// @ingroup " room
+    if (first == i && name ~ ("^C?[A-Z]*" file "$"))
+        out[first - 1] = "/** @ingroup " room " */ /** @brief " brief " */ /** @copydetails " path " */"
 }
 
 { lines[NR] = $0; out[NR] = $0 }

@@ -16,8 +16,7 @@ function plain(text) {
 }
 
 function quoted(text) {
-    gsub(/\\/, "\\\\", text)
-    gsub(/"/, "\\\"", text)
+    gsub(/[\\"]/, "\\\\&", text)
     return "\"" text "\""
 }
 
@@ -47,7 +46,7 @@ unwanted { next }
 /<div class="title">/ {
     page = $0
     sub(/.*<div class="title">/, "", page)
-    sub(/<div class="ingroups">.*/, "", page)
+    sub(/<(div class="ingroups"|span class="mlabels").*/, "", page)
     page = plain(page)
     sub(/ (Class|Struct|Union|File|Namespace)( Template)? Reference$/, "", page)
     title = page
@@ -59,6 +58,12 @@ unwanted { next }
 /<div class="ttc"/ { next }
 # A member that has its text below is listed here alone, and is no place of its own.
 /<tr class="memitem:/ { listed = !/<a id="/ }
+# Nor is one of a base.
+/<tr class="memitem:[^"]* inherit/ {
+    listed = 1
+    next
+}
+/class="groupheader"|^[A-Za-z ]*<\/h2><\/td><\/tr>/ { next }
 /<tr class="separator:/ {
     listed = 0
     next

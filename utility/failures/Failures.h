@@ -7,11 +7,11 @@
 //   COSException               a framework failure (see framework/Exception.h) with a system's error number
 //   AlgorithmFailure           a file, a line and a narrow message
 //
-//     throw CTextRecordException(__FILE__, __LINE__, 8303, cursor);
-//
 // Nearly all are for the modules above the library to throw; the library itself throws
 // ThrowSourceLocationException's alone, and the file failure of framework/FileException.h. A failure is complete once
 // built and may cross threads, but for the place in a CTextRecordException.
+//
+//     throw CTextRecordException(__FILE__, __LINE__, 8303, cursor);
 
 #include "utility/framework/Exception.h"
 #include "utility/platform/Error.h"

@@ -22,7 +22,6 @@
 #include <cstdint>
 #include <new>
 
-/// The pool of one thread: blocks of up to 256 bytes from chunks, larger ones from the heap.
 class UTILITY_API CQLMNodeAllocator
 {
 public:

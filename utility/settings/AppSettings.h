@@ -70,7 +70,6 @@ private:
 
 }
 
-/// The settings of one application key, the user's ahead of the machine's.
 class UTILITY_API CQLMAppSettings
 {
 public:
