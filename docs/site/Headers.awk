@@ -4,7 +4,8 @@
 #   - a class is of its room's group;
 #   - a declaration right below another one shares its comment, and so do all between `/// @{` and `/// @}`: they are
 #     what the comment speaks of;
-#   - copies that are deleted, or are made member by member, are said to be.
+#   - copies that are deleted, or are made member by member, are said to be;
+#   - an end of which there is nothing to say is left out.
 # Called with the header's path, which begins with utility/.
 
 function trimmed(text) {
@@ -74,6 +75,7 @@ function take_manual(    i, text, in_code) {
     }
     if (match(brief, /\.( |$)/))
         brief = substr(brief, 1, RSTART)
+    sub(/:$/, ".", brief)
     brief = neutral(brief)
     if (i == 3)
         return
@@ -169,7 +171,7 @@ END {
                 else if (line ~ /\) *= *delete;/)
                     text = "/** There is none: objects are not copied. */ "
                 else if (line ~ /^(virtual )?~/)
-                    shared = ""
+                    out[i] = shared = ""
                 else if (shared != "" && line !~ /\/\/\/</)
                     text = "/** " shared " */ "
                 else if (line ~ /\((const )?[A-Za-z_]+&&?\)( noexcept)? *= *default;/)

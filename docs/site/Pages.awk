@@ -2,14 +2,6 @@
 # lead to where their targets are in the site. With Paths.awk, -v pages='README.md docs/Settings.md ...',
 # -v headers='utility/Utility.h ...' and -v sources=FILE, to which the other files that are linked to are added.
 
-# The page that a written page becomes: docs/Settings.md is Settings, bench/RESULTS.md is bench_RESULTS.
-function page_of(path) {
-    sub(/^docs\//, "", path)
-    sub(/\.md$/, "", path)
-    gsub(/[\/. ]/, "_", path)
-    return path == "README" ? "index" : path
-}
-
 # What stands in the round brackets of a link, for the site.
 function link_of(target,    anchor, file) {
     if (target ~ /^[a-z]+:/)

@@ -1,4 +1,4 @@
-# What is known of links in written pages, for Pages.awk and PageLinks.awk.
+# What is known of written pages and their links, for Pages.awk, PageLinks.awk and Contents.awk.
 
 # The name that a heading has on the usual hosts of repositories.
 function slug_of(heading) {
@@ -21,4 +21,12 @@ function resolved(page, target,    folder) {
     while (sub(/[^\/]+\/\.\.\//, "", target))
         ;
     return target
+}
+
+# The page that a written page becomes: docs/Settings.md is Settings, bench/RESULTS.md is bench_RESULTS.
+function page_of(path) {
+    sub(/^docs\//, "", path)
+    sub(/\.md$/, "", path)
+    gsub(/[\/. ]/, "_", path)
+    return path == "README" ? "index" : path
 }

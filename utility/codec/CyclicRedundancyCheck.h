@@ -23,6 +23,7 @@
 class CyclicRedundancyCheck
 {
 public:
+    /// The check of no bytes: 0.
     CyclicRedundancyCheck() noexcept = default;
     /// Goes on from a value that Current gave.
     explicit CyclicRedundancyCheck(DWORD value) noexcept : m_nCRC(value) {}

@@ -30,6 +30,7 @@ public:
     CVRMLFile();
     CVRMLFile(const CVRMLFile&) = delete;
     CVRMLFile& operator=(const CVRMLFile&) = delete;
+    /// Closes the file without its end, where Close was not called.
     ~CVRMLFile();
 
     /// Opens a file to write, created if absent, its bytes kept until they are written over or the close cuts them off.

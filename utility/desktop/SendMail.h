@@ -47,7 +47,7 @@ namespace utility::platform
 class MailProgram;
 }
 
-/// It can be moved and not copied.
+/// A way to the user's mail program. It can be moved and not copied.
 class UTILITY_API CSendMail
 {
 public:

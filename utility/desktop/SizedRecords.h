@@ -14,7 +14,7 @@
 
 #include <cstdint>
 
-/// Its size is set, and deliberately nothing else.
+/// Where a window is. Its size is set, and deliberately nothing else.
 class UTILITY_API CWindowPlacement : public WINDOWPLACEMENT
 {
 public:
@@ -25,7 +25,7 @@ public:
     CWindowPlacement& operator=(const CWindowPlacement& other);
 };
 
-/// Its size is set, and deliberately nothing else.
+/// A printer or a screen. Its size is set, and deliberately nothing else.
 class UTILITY_API CDevMode : public DEVMODEW
 {
 public:
@@ -36,7 +36,7 @@ public:
     CDevMode& operator=(const CDevMode& other);
 };
 
-/// Its size is set, and deliberately nothing else.
+/// What the shell is to open. Its size is set, and deliberately nothing else.
 class UTILITY_API CShellExecuteInfo : public SHELLEXECUTEINFOW
 {
 public:

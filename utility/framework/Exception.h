@@ -21,6 +21,7 @@
 class UTILITY_API CException : public CObject
 {
 public:
+    /// Without a text.
     CException();
     ~CException() override;
 

@@ -19,6 +19,7 @@ public:
     CImageList();
     CImageList(const CImageList&) = delete;
     CImageList& operator=(const CImageList&) = delete;
+    /// Ends the list.
     ~CImageList() override;
 
     /// A new, empty list of images of this size, with room for `initialCount`, in the place of an earlier one. Gives 0

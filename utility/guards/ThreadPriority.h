@@ -13,7 +13,8 @@
 
 #include "utility/platform/Export.h"
 
-/// Priorities are those of Windows: 0 is the usual one, 1 and 2 are above it, -1 and -2 below, 15 and -15 the utmost.
+/// Another priority for a thread, as long as it lives. Priorities are those of Windows: 0 is the usual one, 1 and 2 are
+/// above it, -1 and -2 below, 15 and -15 the utmost.
 class UTILITY_API CThreadPriority
 {
 public:

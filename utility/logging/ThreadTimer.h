@@ -44,6 +44,7 @@ public:
     /// Both then have the same handle, and the handle that this one had is lost. Each closes the handle when it dies,
     /// so only one of them may live on.
     ThreadTimer& operator=(const ThreadTimer&) = default;
+    /// Closes the handle of the thread.
     ~ThreadTimer();
 
     /// Measures from now. The first start binds the timer to the calling thread for good, whoever starts it later. What

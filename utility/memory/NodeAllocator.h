@@ -29,6 +29,7 @@ public:
     CQLMNodeAllocator();
     CQLMNodeAllocator(const CQLMNodeAllocator&) = delete;
     CQLMNodeAllocator& operator=(const CQLMNodeAllocator&) = delete;
+    /// Ends all nodes, released or not.
     ~CQLMNodeAllocator();
 
     /// At least `size` bytes, which must not be 0, not cleared; aligned to 8 up to 256 bytes, beyond as the heap does.

@@ -55,8 +55,10 @@ UTILITY_API void MaskFloatingPointExceptions();
 class UTILITY_API CMaskFloatingPointExceptions
 {
 public:
+    /// Masks all exceptions of the calling thread.
     CMaskFloatingPointExceptions();
     CMaskFloatingPointExceptions(const CMaskFloatingPointExceptions&) = default;
     CMaskFloatingPointExceptions& operator=(const CMaskFloatingPointExceptions&) = default;
+    /// Discards pending flags, and unmasks overflow and division by zero.
     ~CMaskFloatingPointExceptions();
 };

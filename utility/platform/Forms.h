@@ -15,6 +15,7 @@ namespace utility::platform
 class Form
 {
 public:
+    /// For what implements it.
     Form() = default;
     Form(const Form&) = delete;
     Form& operator=(const Form&) = delete;

@@ -78,7 +78,7 @@ public:
     CTextRecord& operator=(const CTextRecord&) = delete;
 };
 
-/// Can be copied; the lines of a copy point into the same file.
+/// A record of bytes. Can be copied; the lines of a copy point into the same file.
 class CInputRecord : public utility::detail::Record<InputLine, unsigned char>
 {
 };

@@ -1,6 +1,8 @@
 #pragma once
 
-/// The words that make up the names of keys.
+// The words that make up the names of the application's keys, which CQLMAppSettings puts together.
+
+/// The words of names of keys.
 namespace RegistryString
 {
 

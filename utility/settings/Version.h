@@ -24,6 +24,7 @@ public:
     /// Copies each field, the record's owner included: both objects then hold one record, and each frees it. Only one
     /// of the two may be used from then on, and only one be destroyed.
     CVersion& operator=(const CVersion&);
+    /// Gives back the record, and with it all texts.
     ~CVersion();
 
     /// Reads the record of a file, in place of what the object held; null stands for the current module, or the program
