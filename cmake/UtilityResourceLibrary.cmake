@@ -9,8 +9,8 @@ mark_as_advanced(UTILITY_WINDRES UTILITY_RESOURCE_LINKER)
 # target depend on FILE.
 function(utility_resource_library file source)
   if(NOT UTILITY_WINDRES OR NOT UTILITY_RESOURCE_LINKER)
-    message(FATAL_ERROR "No windres and ld for mingw-w64: install the package binutils-mingw-w64-x86-64, or switch the "
-                        "options UTILITY_SATELLITES and UTILITY_BUILD_TESTS off")
+    message(FATAL_ERROR "No windres and ld of mingw-w64, which make ${file}: install the package binutils-mingw-w64-x86-64, "
+                        "or go without satellites and tests: -D UTILITY_SATELLITES=OFF -D UTILITY_BUILD_TESTS=OFF")
   endif()
   cmake_path(ABSOLUTE_PATH source BASE_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
   set(object "${file}.o")

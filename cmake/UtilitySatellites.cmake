@@ -2,14 +2,8 @@
 # files on every system. Makes the target UtilitySatellites, with their paths as its property UTILITY_FILES.
 include(UtilityResourceLibrary)
 
-# Where the library goes; Windows looks beside the programs.
-set(folder "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-if(WIN32)
-  set(folder "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-endif()
-if(NOT folder)
-  set(folder "${CMAKE_CURRENT_BINARY_DIR}")
-endif()
+# Made once for all configurations, and copied to where the library of each is.
+set(folder "${CMAKE_CURRENT_BINARY_DIR}/satellites")
 file(MAKE_DIRECTORY "${folder}")
 
 # The language's three letters, the locale identifier, a file of resources/languages. English is what the library itself
@@ -43,6 +37,14 @@ foreach(satellite IN LISTS satellites)
   list(APPEND files "${file}")
 endforeach()
 
-add_custom_target(UtilitySatellites ALL DEPENDS ${files})
+set(copied "${folder}/copied-$<CONFIG>")
+add_custom_command(
+  OUTPUT "${copied}"
+  COMMAND ${CMAKE_COMMAND} -E make_directory $<TARGET_FILE_DIR:Utility>
+  COMMAND ${CMAKE_COMMAND} -E copy ${files} $<TARGET_FILE_DIR:Utility>
+  COMMAND ${CMAKE_COMMAND} -E touch "${copied}"
+  DEPENDS ${files}
+  VERBATIM)
+add_custom_target(UtilitySatellites ALL DEPENDS "${copied}")
 set_target_properties(UtilitySatellites PROPERTIES UTILITY_FILES "${files}")
 add_dependencies(Utility UtilitySatellites)

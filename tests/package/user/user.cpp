@@ -9,7 +9,7 @@
 // The library is ready before the static objects of those who use it, and outlasts them.
 static std::list<int, CThreadNodeAllocator<int>> numbers{1, 2};
 
-static bool CurrentModuleBelongsTo(const wchar_t* product)
+[[maybe_unused]] static bool CurrentModuleBelongsTo(const wchar_t* product)
 {
     CVersion version;
     return version.Initialise(nullptr) && std::wcscmp(version.GetProductName(), product) == 0;

@@ -1,8 +1,0 @@
-include(CMakeFindDependencyMacro)
-find_dependency(Boost 1.74 COMPONENTS filesystem)
-find_dependency(Threads)
-if(NOT WIN32)
-  find_dependency(SQLite3)
-endif()
-include("${CMAKE_CURRENT_LIST_DIR}/UtilityTargets.cmake")
-include("${CMAKE_CURRENT_LIST_DIR}/UtilityVersionRecord.cmake")
