@@ -104,5 +104,6 @@ endif()
 install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${document_folder}"
         COMPONENT Utility_Documents)
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${document_folder}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${document_folder}" FILES_MATCHING REGEX "/[^/]*\\.(md|png|svg)$")
+file(GLOB pages "${PROJECT_SOURCE_DIR}/docs/*.md" "${PROJECT_SOURCE_DIR}/docs/*.png" "${PROJECT_SOURCE_DIR}/docs/*.svg")
+install(FILES ${pages} DESTINATION "${document_folder}/docs")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/html" DESTINATION "${document_folder}" OPTIONAL)
