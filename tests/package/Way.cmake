@@ -1,5 +1,6 @@
 # Gets the library as WAY says (find_package, pkg-config or add_subdirectory), as a project of a user's would, and names
-# it `library`. UTILITY_VERSION is the version asked for.
+# it `library`.
+set(UTILITY_VERSION 1.0 CACHE STRING "The version asked for")
 if(WAY STREQUAL "find_package")
   find_package(Utility ${UTILITY_VERSION} REQUIRED)
   set(library Utility::Utility)
