@@ -35,7 +35,7 @@ function spans_of(line,    count, pieces, i) {
         if (!in_span && i < count && pieces[i + 1] ~ /^\]\(@ref /) {
             line = line pieces[i] pieces[i + 1]
             i++
-        } else if (!in_span && i < count && pieces[i] ~ /^[A-Za-z_:~]+(\(\))?$/) {
+        } else if (!in_span && i < count && pieces[i] ~ /^[A-Za-z_][A-Za-z_0-9:~]*(\(\))?$/) {
             line = line "<code>" pieces[i] "</code>" pieces[i + 1]
             i++
         } else {
