@@ -53,7 +53,7 @@ class UTILITY_API CSendMail
 public:
     /// Loads the mail library; where there is none, Init tells.
     CSendMail();
-    /// The object that was moved from may only be assigned to, or end.
+    /// The object that was moved from is like one for which there is no mail program.
     CSendMail(CSendMail&&) noexcept;
     CSendMail& operator=(CSendMail&&) noexcept;
     ~CSendMail();

@@ -89,7 +89,7 @@ struct _MEMORYSTATUSEX
     DWORD dwMemoryLoad;                    ///< the share of physical memory that is in use, in percent
     std::uint64_t ullTotalPhys;            ///< physical memory
     std::uint64_t ullAvailPhys;            ///< what is free of it
-    std::uint64_t ullTotalPageFile;        ///< what can be committed, physical memory and page file together
+    std::uint64_t ullTotalPageFile;        ///< the swap space
     std::uint64_t ullAvailPageFile;        ///< what is free of it
     std::uint64_t ullTotalVirtual;         ///< the address space
     std::uint64_t ullAvailVirtual;         ///< what is free of it
