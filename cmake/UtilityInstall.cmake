@@ -95,15 +95,14 @@ endforeach()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/utility.pc.in" utility.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/utility.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-# For who has only the package. A Debian package has the first two under names of its own. The reference is there once
-# scripts/docs has made it. A host's own documents have the folder that is its own.
+# For who has only the package. The reference is there once scripts/docs has made it. A host's own documents have the
+# folder that is its own.
 set(document_folder "${CMAKE_INSTALL_DOCDIR}")
 if(NOT PROJECT_IS_TOP_LEVEL)
   set(document_folder "${CMAKE_INSTALL_DATAROOTDIR}/doc/${PROJECT_NAME}")
 endif()
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${document_folder}"
-        COMPONENT Utility_Documents)
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${document_folder}")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+        DESTINATION "${document_folder}")
 file(GLOB pages "${PROJECT_SOURCE_DIR}/docs/*.md" "${PROJECT_SOURCE_DIR}/docs/*.png" "${PROJECT_SOURCE_DIR}/docs/*.svg")
 install(FILES ${pages} DESTINATION "${document_folder}/docs")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/html" DESTINATION "${document_folder}" OPTIONAL)

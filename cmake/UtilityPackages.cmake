@@ -10,10 +10,9 @@ if(NOT WIN32 AND NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     packages
     COMMAND
       ${CMAKE_COMMAND} -G ${CMAKE_GENERATOR} -S "${PROJECT_SOURCE_DIR}" -B "${packages_folder}/debian" -C
-      "${PROJECT_BINARY_DIR}/Objects$<CONFIG>.cmake" -DCMAKE_INSTALL_PREFIX=/usr
-      -DCMAKE_INSTALL_DOCDIR=share/doc/libutility-dev -DCMAKE_BUILD_TYPE=$<CONFIG>
+      "${PROJECT_BINARY_DIR}/Objects$<CONFIG>.cmake" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_BUILD_TYPE=$<CONFIG>
       "-DCMAKE_CXX_COMPILER=${CMAKE_CXX_COMPILER}" -DUTILITY_SATELLITES=${UTILITY_SATELLITES} -DUTILITY_BUILD_TESTS=OFF
-      -DUTILITY_BUILD_EXAMPLES=OFF "-DCPACK_PACKAGE_DIRECTORY=${packages_folder}"
+      -DUTILITY_BUILD_EXAMPLES=OFF "-DCMAKE_CXX_FLAGS=${CMAKE_CXX_FLAGS}" "-DCPACK_PACKAGE_DIRECTORY=${packages_folder}"
     COMMAND ${CMAKE_COMMAND} --build "${packages_folder}/debian" --target packages
     DEPENDS Utility
     USES_TERMINAL VERBATIM)
@@ -73,24 +72,6 @@ takes to build programs with libutility.")
       "libutility (= ${version}), libboost-dev (>= 1.74), libboost-filesystem-dev (>= 1.74)")
   set(CPACK_DEBIAN_UTILITY_DEVELOPMENT_PACKAGE_RECOMMENDS "g++ (>= 4:12) | clang (>= 1:14)")
   set(CPACK_DEBIAN_UTILITY_DEVELOPMENT_PACKAGE_SUGGESTS "cmake, pkgconf | pkg-config")
-
-  # Debian has its own names for what says who may copy it and what is new.
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/CHANGELOG.md")
-  configure_file("${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${packages_folder}/changelog" COPYONLY)
-  string(TIMESTAMP now "%a, %d %b %Y %H:%M:%S +0000" UTC)
-  file(
-    WRITE "${packages_folder}/changelog.Debian"
-    "utility (${version}) stable; urgency=medium\n\n  * Release ${PROJECT_VERSION}: changelog.gz says what is new.\n\n"
-    " -- ${CPACK_PACKAGE_CONTACT}  ${now}\n")
-  execute_process(COMMAND gzip -9nf changelog changelog.Debian WORKING_DIRECTORY "${packages_folder}"
-                                                                                 COMMAND_ERROR_IS_FATAL ANY)
-  foreach(package Runtime:libutility Development:libutility-dev)
-    string(REPLACE ":" ";" package "${package}")
-    list(POP_FRONT package component)
-    set(to DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}" COMPONENT Utility_${component})
-    install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" ${to} RENAME copyright)
-    install(FILES "${packages_folder}/changelog.gz" "${packages_folder}/changelog.Debian.gz" ${to})
-  endforeach()
 endif()
 
 include(CPack)

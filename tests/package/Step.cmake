@@ -10,7 +10,6 @@
 #             the project has several, folders of its own for programs and libraries, and satellites. With REFUSED it is
 #             not to be built, and that is to be in the first error.
 #   packages  makes the packages of BUILD; the zip is unpacked to PREFIX, which has its name
-#   paths     looks for the folders of the library and of its build in what is in PREFIX
 # Common: SOURCE (of the library), VERSION, SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS
 # (a script that names the library's objects, if there are any to take), OPTIONS for configuring, and what the library was
 # configured with.
@@ -216,12 +215,6 @@ elseif(STEP STREQUAL "packages")
     cmake_path(GET PREFIX PARENT_PATH folder)
     cmake_path(GET PREFIX FILENAME package)
     file(ARCHIVE_EXTRACT INPUT "${BUILD}/packages/${package}.zip" DESTINATION "${folder}")
-  endif()
-
-elseif(STEP STREQUAL "paths")
-  execute_process(COMMAND grep -rlF -e "${SOURCE}" -e "${BUILD}" "${PREFIX}" OUTPUT_VARIABLE files RESULT_VARIABLE result)
-  if(NOT result EQUAL 1)
-    message(FATAL_ERROR "These name the folder that they were made in:\n${files}")
   endif()
 
 else()

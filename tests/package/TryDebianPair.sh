@@ -23,6 +23,7 @@ files() {
 
 library=$(echo "$packages"/libutility_*.deb) development=$(echo "$packages"/libutility-dev_*.deb)
 quietly apt apt-get -q update
+version=$(field "$library" Version) version=${version%-*}
 say "libutility alone"
 apt install "$library"
 for file in /usr/lib/*/libUtility.so.? /usr/lib/*/Utility{CrashReport,JobSupervisor}; do
@@ -43,7 +44,7 @@ for way in find_package pkg-config; do
     for path in "$PATH" "/bin:/sbin:$PATH"; do
         say "a program by $way"
         rm -rf "$work/user"
-        PATH=$path quietly user cmake -G Ninja -S "$root/tests/package/user" -B "$work/user" "-DWAY=$way"
+        PATH=$path quietly user cmake -G Ninja -S "$root/tests/package/user" -B "$work/user" "-DWAY=$way" "-DUTILITY_VERSION=$version"
         quietly user cmake --build "$work/user"
         quietly user "$work/user/user"
     done
@@ -69,7 +70,7 @@ status=0
 ./run_job sh -c 'exit 7' || status=$?
 [ "$status" = 7 ] || fail "a job ended by $status"
 ./zip_files packed.zip examples/Console.cpp || fail "an archive was not written"
-unzip -q -t packed.zip
+unzip -qq -t packed.zip
 ./crash_demo null >crash.txt || fail "a crash was not reported"
 grep -q FeedPerTooth "$(sed -n 's/^Its report is //p' crash.txt)" || fail "the report does not tell the calls"
 
