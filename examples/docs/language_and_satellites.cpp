@@ -30,5 +30,5 @@ int main()
     Lang::SetLanguage(0); // back to the language of the system
 
     // A file for each language: the letters are asked for by %1%.
-    Show(FormatLanguageDependentFilename(german, L"help%1%.txt").wstring());
+    std::cout << FormatLanguageDependentFilename(german, L"help%1%.txt") << '\n';
 }
