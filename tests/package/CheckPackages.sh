@@ -22,6 +22,7 @@ each() { printf -- "$1\n" "${@:2}"; }
 languages=(CHS CHT DEU ENG ESN FRA ITA JPN KOR PTB TRK)
 
 check_zip() {
+    local path file
     (cd "$folder" && find . -type f -printf '%P\n') | grep -vE "$pages" | sort >"$work/found"
     same "files of the zip" < <(
         {
@@ -37,6 +38,10 @@ check_zip() {
     for path in "$@"; do
         grep -rlF -e "$path" "$folder" >"$work/found" || true
         same "files that name $path" </dev/null
+    done
+    for file in "$folder"/bin/*.dll; do
+        x86_64-w64-mingw32-objdump --section-headers "$file" | grep -o ' \.debug_.*' >"$work/found" || true
+        same "sections of ${file##*/} that are not stripped" </dev/null
     done
 }
 
