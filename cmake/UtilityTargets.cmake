@@ -41,49 +41,47 @@ function(utility_precompile target)
   endif()
 endfunction()
 
-# Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder and, with
-# LIBRARY, the library and its satellites too, so that the folder can be copied to another machine as it is. On Linux a
-# program that has the library in it looks there for the programs that the library starts. Makes the target `name` for it.
+# Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder, or that of each
+# configuration in it, and, with LIBRARY, the library and its satellites too, so that the folder can be copied to another
+# machine as it is. On Linux a program that has the library in it looks there for the programs that the library starts.
+# Makes the target `name` for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
-  if(NOT WIN32)
-    set(programs UtilityCrashReport UtilityJobSupervisor)
-    foreach(program IN LISTS programs)
-      add_custom_command(
-        OUTPUT ${program}
-        COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:${program}> .
-        DEPENDS $<TARGET_FILE:${program}>
-        VERBATIM)
-    endforeach()
-    list(TRANSFORM programs PREPEND "${CMAKE_CURRENT_BINARY_DIR}/")
-    add_custom_target(${name} DEPENDS ${programs})
-    return()
+  if(WIN32)
+    set(all ALL)
+    utility_runtime_files(files)
+    if(arg_LIBRARY AND UTILITY_SATELLITES)
+      get_target_property(satellites UtilitySatellites UTILITY_FILES)
+      list(APPEND files ${satellites})
+    endif()
+    if(arg_LIBRARY AND UTILITY_SHARED)
+      list(APPEND files Utility.dll)
+    endif()
+  else()
+    set(all "")
+    set(files UtilityCrashReport UtilityJobSupervisor)
   endif()
-  utility_runtime_files(files)
-  if(arg_LIBRARY AND UTILITY_SATELLITES)
-    get_target_property(satellites UtilitySatellites UTILITY_FILES)
-    list(APPEND files ${satellites})
+  set(folder "${CMAKE_CURRENT_BINARY_DIR}")
+  get_property(has_configurations GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+  if(has_configurations)
+    string(APPEND folder "/$<CONFIG>")
   endif()
   set(staged "")
   foreach(file IN LISTS files)
     cmake_path(GET file FILENAME filename)
+    cmake_path(GET file STEM target)
+    if(TARGET ${target})
+      set(file $<TARGET_FILE:${target}>)
+    endif()
     add_custom_command(
-      OUTPUT ${filename}
-      COMMAND ${CMAKE_COMMAND} -E copy "${file}" .
+      OUTPUT "${folder}/${filename}"
+      COMMAND ${CMAKE_COMMAND} -E copy "${file}" "${folder}/${filename}"
       DEPENDS "${file}"
       VERBATIM)
-    list(APPEND staged ${filename})
+    list(APPEND staged "${folder}/${filename}")
   endforeach()
-  if(arg_LIBRARY AND UTILITY_SHARED)
-    add_custom_command(
-      OUTPUT Utility.dll
-      COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:Utility> .
-      DEPENDS Utility
-      VERBATIM)
-    list(APPEND staged Utility.dll)
-  endif()
-  add_custom_target(${name} ALL DEPENDS ${staged})
-  if(arg_LIBRARY AND UTILITY_SATELLITES)
+  add_custom_target(${name} ${all} DEPENDS ${staged})
+  if(arg_LIBRARY AND WIN32 AND UTILITY_SATELLITES)
     add_dependencies(${name} UtilitySatellites)
   endif()
 endfunction()
