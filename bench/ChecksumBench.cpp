@@ -74,8 +74,8 @@ std::uint32_t ByZlib(const unsigned char* data, std::size_t size)
     return static_cast<std::uint32_t>(crc32(0, data, static_cast<uInt>(size)));
 }
 
-/// ISA-L leaves the upper halves of the registers in use, and then instructions that know only the lower halves wait for
-/// each other.
+/// ISA-L leaves the upper halves of the registers in use, and then instructions that know only the lower halves wait
+/// for each other.
 [[gnu::target("avx")]] void ReleaseUpperHalves()
 {
     if (__builtin_cpu_supports("avx"))

@@ -1,11 +1,12 @@
-// A file saved anew so that a crash leaves the old version or the new one, by CBackupFile and by the calls of the system
-// that a careful programmer would write down: open, write, fsync, rename, fsync of the folder. It is the disk that takes
-// the time, so it is measured by the clock; the two take turns, because a disk's pace changes from one second to the next.
+// A file saved anew so that a crash leaves the old version or the new one, by CBackupFile and by the calls of the
+// system that a careful programmer would write down: open, write, fsync, rename, fsync of the folder. It is the disk
+// that takes the time, so it is measured by the clock; the two take turns, because a disk's pace changes from one
+// second to the next.
 //
 //     SaveBench FOLDER [TURNS]
 //
-// prints a line for each size: the bytes, the median microseconds of the library's save and of the other, and the ratio,
-// above 1 if the library is ahead.
+// prints a line for each size: the bytes, the median microseconds of the library's save and of the other, and the
+// ratio, above 1 if the library is ahead.
 
 #include "utility/files/BackupFile.h"
 #include "utility/files/MemoryMappedFile.h"

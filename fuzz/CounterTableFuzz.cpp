@@ -1,5 +1,5 @@
-// Arbitrary bytes as a table of performance counters: the names and the helps are those of a slow, obvious reader of the
-// pairs, and nothing outside the bytes is read.
+// Arbitrary bytes as a table of performance counters: the names and the helps are those of a slow, obvious reader of
+// the pairs, and nothing outside the bytes is read.
 
 #include "tests/support/ForwardingRegistry.h"
 #include "utility/platform/formats/Utf16.h"

@@ -1,5 +1,5 @@
-// Arbitrary bytes as a block of performance data: what is found is what a plain walk over the objects finds, and nothing
-// outside the block is read.
+// Arbitrary bytes as a block of performance data: what is found is what a plain walk over the objects finds, and
+// nothing outside the block is read.
 
 #include "utility/system/PerfLib.h"
 

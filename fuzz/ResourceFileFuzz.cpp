@@ -1,5 +1,5 @@
-// Look-ups of every kind in arbitrary bytes taken for a module: its resources, and its version record as it is read. The
-// same bytes are taken for a bitmap, too.
+// Look-ups of every kind in arbitrary bytes taken for a module: its resources, and its version record as it is read.
+// The same bytes are taken for a bitmap, too.
 
 #include "tests/support/ResourceLookups.h"
 #include "tests/support/VersionRecords.h"

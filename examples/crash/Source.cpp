@@ -24,8 +24,8 @@ bool IsSource(const boost::filesystem::path& path)
     return std::ranges::find(endings, console::Utf8(path.extension())) != endings.end();
 }
 
-/// Another machine would be told who the user is by the question alone, and a device may do anything. On Windows names of
-/// both begin with two separators, or with one and no drive.
+/// Another machine would be told who the user is by the question alone, and a device may do anything. On Windows names
+/// of both begin with two separators, or with one and no drive.
 bool IsOfThisMachine(const boost::filesystem::path& path)
 {
     constexpr std::size_t drive = 2;

@@ -64,8 +64,8 @@ struct Sample
     double parameter = 0.0;
 };
 
-/// Points of a piece from end to end. The piece is nowhere farther than `error` from the polyline through them, and does
-/// not turn by more than `turn`, a chord of the unit circle, from one to the next.
+/// Points of a piece from end to end. The piece is nowhere farther than `error` from the polyline through them, and
+/// does not turn by more than `turn`, a chord of the unit circle, from one to the next.
 std::vector<Sample> SamplesOf(const Piece& piece, double error, double turn);
 
 /// The points of a piece after a transformation, as above.

@@ -28,9 +28,9 @@ public:
     /// The directory entry of what is copied.
     int Base() const { return m_base; }
 
-    /// What is the same for all copies: their scale, the place of an array, and the turn of a rectangular one as a whole.
-    /// A circular one turns none of its copies. The place of a subfigure is not in its own space, but in that which it is
-    /// moved to, and so is no part of this.
+    /// What is the same for all copies: their scale, the place of an array, and the turn of a rectangular one as a
+    /// whole. A circular one turns none of its copies. The place of a subfigure is not in its own space, but in that
+    /// which it is moved to, and so is no part of this.
     const Transform& Common() const { return m_common; }
 
     /// Hands on by how much each copy is moved, until that gives false.

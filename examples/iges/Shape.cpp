@@ -136,7 +136,8 @@ const wchar_t* Reader::ParametricSpline()
     return trouble;
 }
 
-/// Upper index K, degree M, four properties, K + M + 2 knots, K + 1 weights, K + 1 points, and where it begins and ends.
+/// Upper index K, degree M, four properties, K + M + 2 knots, K + 1 weights, K + 1 points, and where it begins and
+/// ends.
 const wchar_t* Reader::SplineCurve()
 {
     std::size_t k = 0;
@@ -223,8 +224,8 @@ const wchar_t* AddShape(const Numbers& numbers, int form, Shape& shape)
     }
 }
 
-/// Base, kind of distance, a function for it, kind of its places, first and second distance, each with its place, normal
-/// of the base's plane, and where on the base it begins and ends.
+/// Base, kind of distance, a function for it, kind of its places, first and second distance, each with its place,
+/// normal of the base's plane, and where on the base it begins and ends.
 const wchar_t* AddOffsetShape(const Numbers& numbers, const Curve& base, double error, Shape& shape)
 {
     if (!numbers.Has(1, 12))

@@ -13,8 +13,8 @@
 #include <vector>
 
 // Programs crash, and their reports are held against what is known of the programs. On Windows a variable that is in a
-// register is deliberately read where none is: the report breaks off there. Code that is optimised has such ones, and so
-// have the frames of the system behind those of the program.
+// register is deliberately read where none is: the report breaks off there. Code that is optimised has such ones, and
+// so have the frames of the system behind those of the program.
 
 using support::ComplaintAbout;
 using support::Crasher;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # A program that is interrupted while it writes: Interrupted.sh PROGRAM INPUT FOLDER SIGNAL STATUS FILES [--beside]
-# INPUT is what takes long. What was there stays, and FILES files are in the folder in the end, with --beside also INPUT.
+# INPUT is what takes long. What was there stays, and FILES files are in the folder in the end, with --beside also
+# INPUT.
 set -um # with job control, without which a program in the background ignores Ctrl-C
 program=$1 input=$2 folder=$3 signal=$4 status=$5 files=$6 way=${7:-}
 rm -rf "$folder"

@@ -122,8 +122,8 @@ int Serve(sd_bus_message* message, void*, sd_bus_error*)
     return 0;
 }
 
-/// Hides the temporary files of others from this process. If it is misled, there are others of the same names, and on the
-/// same disk.
+/// Hides the temporary files of others from this process. If it is misled, there are others of the same names, and on
+/// the same disk.
 bool BecomeBlind(bool isMisled)
 {
     const char* const folder = std::getenv("TMPDIR");

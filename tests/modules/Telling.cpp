@@ -1,5 +1,5 @@
-// A program that writes its arguments to the file that the environment names, each in angle brackets, and then does what
-// the first of them says: `exit=N` or `sleep`.
+// A program that writes its arguments to the file that the environment names, each in angle brackets, and then does
+// what the first of them says: `exit=N` or `sleep`.
 
 #include <chrono>
 #include <cstdlib>

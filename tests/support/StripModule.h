@@ -12,7 +12,8 @@
 namespace support
 {
 
-/// A module with bitmaps (tests/modules/Strips.rc), which stands in the chain of resource modules from the first call on.
+/// A module with bitmaps (tests/modules/Strips.rc), which stands in the chain of resource modules from the first call
+/// on.
 inline HINSTANCE StripModule()
 {
     static const HINSTANCE module = []

@@ -328,7 +328,8 @@ class RealExecutableTest : public testing::TestWithParam<RealExecutable>
 
 }
 
-// As xxd shows them: the words at 24 are 0x1E, 0x20, 0x20 and 0x40, and the last has "NE" where the offset at 60 points.
+// As xxd shows them: the words at 24 are 0x1E, 0x20, 0x20 and 0x40, and the last has "NE" where the offset at 60
+// points.
 TEST_P(RealExecutableTest, IsOfItsType)
 {
     if (std::string(UTILITY_TEST_DATA).empty())

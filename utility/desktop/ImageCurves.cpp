@@ -73,8 +73,8 @@ bool HasTablesOfHalfBytes() { return __builtin_cpu_supports("avx2"); }
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(sixteen)));
 }
 
-/// The values at 32 places of a table, of which this is a piece of that size. The processor looks up the lower half of a
-/// place's byte, or gives 0 if the byte's highest bit is set; the bits of the upper half choose between two pieces.
+/// The values at 32 places of a table, of which this is a piece of that size. The processor looks up the lower half of
+/// a place's byte, or gives 0 if the byte's highest bit is set; the bits of the upper half choose between two pieces.
 template <std::size_t size>
 [[gnu::target("avx2"), gnu::always_inline]] inline __m256i ValuesAt(__m256i places, const unsigned char* piece)
 {

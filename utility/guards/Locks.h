@@ -25,7 +25,7 @@ public:
     /// A copy counts as the other one does, and on its own from then on.
     CLock(const CLock& other) noexcept;
     CLock& operator=(const CLock& other) noexcept;
-    ~CLock(); // NOLINT(performance-trivially-destructible): callers of an earlier version call it
+    ~CLock(); // NOLINT(performance-trivially-destructible): exported
 
     /// To be called once, when the object that the lock stands for is complete: nobody holds it from then on.
     void InitialUnlock() noexcept;

@@ -44,6 +44,11 @@ namespace
 
 constexpr DWORD soon = 30000;
 
+/// A daemon, two processes away from the one that the job started and in a session of its own.
+constexpr char daemonScript[] =
+    "setsid sh -c 'sh -c \"echo \\$\\$ > $here/daemon; exec sleep 600\" & exit' <&- >&- 2>&- & "
+    "while ! test -s \"$here/daemon\"; do sleep 0.01; done; echo $$ > \"$here/told\"; exec sleep 600";
+
 class PosixJobTest : public support::ScriptTest
 {
 protected:
@@ -165,6 +170,23 @@ protected:
         EXPECT_EQ(copy.ExitCode(), 0);
     }
 
+    /// Has `work` done with a process of the job that has left a daemon, with a control group and without one.
+    template <class Work>
+    void WithDaemon(Work work)
+    {
+        const auto both = [&]
+        {
+            const HANDLE process = Shell(daemonScript);
+            ASSERT_FALSE(ToldAtLast().empty());
+            work(process, ControlGroup());
+            Handles().CloseHandle(process);
+            boost::filesystem::remove(m_folder / "told");
+            boost::filesystem::remove(m_folder / "daemon");
+        };
+        both();
+        WithoutControlGroup(both);
+    }
+
     HANDLE m_job = nullptr;
     HANDLE m_watch = nullptr;
 };
@@ -196,11 +218,6 @@ protected:
         Handles().CloseHandle(process);
     }
 };
-
-/// A daemon, two processes away from the one that the job started and in a session of its own.
-constexpr char daemonScript[] =
-    "setsid sh -c 'sh -c \"echo \\$\\$ > $here/daemon; exec sleep 600\" & exit' <&- >&- 2>&- & "
-    "while ! test -s \"$here/daemon\"; do sleep 0.01; done; echo $$ > \"$here/told\"; exec sleep 600";
 
 }
 
@@ -295,11 +312,8 @@ TEST_F(PosixJobTest, WhatASignalEndsHasItsNumber)
 
 TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesTheWholeJobAlong)
 {
-    const auto test = [this]
+    const auto test = [this](HANDLE process, const std::string& group)
     {
-        const HANDLE process = Shell(daemonScript);
-        ASSERT_FALSE(ToldAtLast().empty());
-        const std::string group = ControlGroup();
         const pid_t supervisor = Supervisor();
         const pid_t guard = Guard();
         ::kill(guard, SIGSTOP);
@@ -318,13 +332,9 @@ TEST_F(PosixJobTest, KilledSupervisorIsAnEndOfTheWatchWithOneAndTakesTheWholeJob
         const HANDLE late = Jobs().Watch(m_job);
         EXPECT_EQ(Jobs().WaitForExitCode(late, soon), 1u);
         Handles().CloseHandle(late);
-        Handles().CloseHandle(process);
         EXPECT_FALSE(boost::filesystem::exists(group));
-        boost::filesystem::remove(m_folder / "told");
-        boost::filesystem::remove(m_folder / "daemon");
     };
-    test();
-    WithoutControlGroup(test);
+    WithDaemon(test);
 }
 
 TEST_F(PosixJobTest, CommandThatASupervisorWasKilledOverIsNotStarted)
@@ -343,46 +353,32 @@ TEST_F(PosixJobTest, CommandThatASupervisorWasKilledOverIsNotStarted)
 
 TEST_F(PosixJobTest, KilledGuardOfTheSupervisorTakesTheWholeJobAlong)
 {
-    const auto test = [this]
+    const auto test = [this](HANDLE process, const std::string& group)
     {
-        const HANDLE process = Shell(daemonScript);
-        ASSERT_FALSE(ToldAtLast().empty());
-        const std::string group = ControlGroup();
         ::kill(Guard(), SIGKILL);
         EXPECT_EQ(Jobs().WaitForExitCode(process, soon), 128u + SIGKILL);
         EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
         EXPECT_FALSE(IsThere(Processes().at(0)));
         EXPECT_FALSE(IsThere(Processes("daemon").at(0)));
         EXPECT_EQ(Shell("true"), nullptr);
-        Handles().CloseHandle(process);
         EXPECT_FALSE(boost::filesystem::exists(group));
-        boost::filesystem::remove(m_folder / "told");
-        boost::filesystem::remove(m_folder / "daemon");
     };
-    test();
-    WithoutControlGroup(test);
+    WithDaemon(test);
 }
 
 TEST_F(PosixJobTest, SupervisorKilledWithItsGuardTakesAlongWhatItStartedAndWithAControlGroupAll)
 {
-    const auto test = [this]
+    const auto test = [this](HANDLE /*process*/, const std::string& group)
     {
-        const HANDLE process = Shell(daemonScript);
-        ASSERT_FALSE(ToldAtLast().empty());
-        const std::string group = ControlGroup();
         KillSupervisorAndGuard();
         EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 1u);
         EXPECT_TRUE(GoesAway(Processes().at(0)));
         const pid_t daemon = Processes("daemon").at(0);
         EXPECT_EQ(group.empty() ? !IsThere(daemon) : GoesAway(daemon), !group.empty());
         ::kill(daemon, SIGKILL);
-        Handles().CloseHandle(process);
         EXPECT_TRUE(IsRemoved(group));
-        boost::filesystem::remove(m_folder / "told");
-        boost::filesystem::remove(m_folder / "daemon");
     };
-    test();
-    WithoutControlGroup(test);
+    WithDaemon(test);
 }
 
 TEST_F(PosixJobTest, CloseKillsWhatAKilledSupervisorAndItsGuardHaveLeftInAControlGroup)
@@ -723,7 +719,7 @@ TEST_F(PosixJobTest, ReasonOfAProgramThatCannotBeStartedIsTold)
 TEST_F(PosixJobTest, NoCallThatFailsLeavesADescriptor)
 {
     const std::ptrdiff_t open = support::OpenDescriptors();
-    for (const char* const call : {"socketpair", "memfd_create", "pwrite", "open", "sendmsg", "recv"})
+    for (const char* const call : {"socketpair", "memfd_create", "write", "open", "sendmsg", "recv"})
     {
         const FailingCall failing(call, EMFILE);
         EXPECT_EQ(Shell("true"), nullptr) << call;

@@ -84,8 +84,8 @@ DWORD TimeOf(const boost::filesystem::path& path, std::uint64_t inode)
 // Values and messages of the user's are nobody else's business.
 constexpr mode_t ofUserAlone = S_IRUSR | S_IWUSR;
 
-/// Opens a report that is there. What is no file, is another user's, or has other names too, would be harmed: it is left
-/// alone. -1 then, and on failure.
+/// Opens a report that is there. What is no file, is another user's, or has other names too, would be harmed: it is
+/// left alone. -1 then, and on failure.
 int OpenEarlier(const char* path)
 {
     const int file =

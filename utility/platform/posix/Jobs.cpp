@@ -72,16 +72,7 @@ Descriptor FileOf(const std::string& texts)
 {
     const posix::WithoutSignalForSize scope;
     Descriptor file(::memfd_create("job", MFD_CLOEXEC));
-    for (std::size_t done = 0; file && done < texts.size();)
-    {
-        const ssize_t written = posix::Uninterrupted(
-            [&]
-            { return ::pwrite(file.Number(), texts.data() + done, texts.size() - done, static_cast<off_t>(done)); });
-        if (written < 0)
-            return Descriptor();
-        done += static_cast<std::size_t>(written);
-    }
-    return file;
+    return file && posix::WriteAll(file.Number(), texts) ? std::move(file) : Descriptor();
 }
 
 std::string SupervisorFile()
@@ -210,8 +201,8 @@ private:
         const Descriptor folder(::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
         if (!file || !folder)
             return false;
-        // Where no shell minds the group, one of its processes that is stopped and the end of another, whose parent is of
-        // another group, are for the system a reason to hang it all up.
+        // Where no shell minds the group, one of its processes that is stopped and the end of another, whose parent is
+        // of another group, are for the system a reason to hang it all up.
         request.group = HasTerminal() ? ::getpgrp() : 0;
         std::vector<int> descriptors = {answers, file.Number(), folder.Number()};
         for (int stream = 0; stream <= STDERR_FILENO; ++stream)

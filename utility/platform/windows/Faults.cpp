@@ -74,8 +74,8 @@ void Throw()
     ::RtlRestoreContext(&records.registers, nullptr);
 }
 
-/// Where the thread goes on: entered as by a call, on any stack. That of a function without a frame is not aligned as at
-/// a call, and the compiler aligns none on this system.
+/// Where the thread goes on: entered as by a call, on any stack. That of a function without a frame is not aligned as
+/// at a call, and the compiler aligns none on this system.
 extern "C" void ThrowOnAnyStack() asm("utility_throw_on_any_stack");
 asm(R"(
         .text

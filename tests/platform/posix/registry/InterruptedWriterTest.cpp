@@ -298,7 +298,8 @@ TEST_P(CrashedWriterTest, LeavesTheFirstStepsAndAfterItsEndAllUnlessOnANetwork)
         GTEST_SKIP() << whole.obstacle;
     ASSERT_EQ(whole.exitCode, 0);
     Playback playback(whole.calls, m_before);
-    // What processes share as memory is made anew of the log, whatever is in it; a hive's draft is nobody's after a crash.
+    // What processes share as memory is made anew of the log, whatever is in it; a hive's draft is nobody's after a
+    // crash.
     playback.WithoutNames([](const std::string& name)
                           { return std::regex_match(name, std::regex(R"(.*(-shm|\.db\.\d+(-journal)?))")); });
     std::size_t states = 0;

@@ -3,8 +3,8 @@
 namespace utility::platform::posix
 {
 
-// A flush of a file that is on the disk already still has the disk empty its own memory, which takes as long as all of a
-// small save. So the calling thread's latest flush is remembered, with the time of the file's last change.
+// A flush of a file that is on the disk already still has the disk empty its own memory, which takes as long as all of
+// a small save. So the calling thread's latest flush is remembered, with the time of the file's last change.
 //
 // That time tells of each later change, unless the system gives the changes of one tick of its clock, a few
 // milliseconds, the same one. It does not where the tick is over, nor, from Linux 6.13 on, where somebody has asked for

@@ -7,8 +7,8 @@
 namespace utility::platform::posix
 {
 
-/// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it. The reason of a
-/// failure stays in errno.
+/// While it is there, a write that meets a limit on the size of files says so, and no signal ends the process for it.
+/// The reason of a failure stays in errno.
 class WithoutSignalForSize
 {
 public:

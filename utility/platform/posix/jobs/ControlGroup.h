@@ -15,8 +15,8 @@ std::string ControlGroupFolder(const std::string& groups, const std::string& mou
 std::string ControlGroupFolder();
 
 /// A control group for the processes of a job, within the group of its owner, where the system has delegated that one:
-/// what is in it can be killed at once, whatever its rights are. It is there for as long as one process has it open, and
-/// abandoned then.
+/// what is in it can be killed at once, whatever its rights are. It is there for as long as one process has it open,
+/// and abandoned then.
 class ControlGroup
 {
 public:

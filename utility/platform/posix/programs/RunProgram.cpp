@@ -35,17 +35,16 @@ std::optional<ProgramRun> RunProgram(const std::vector<std::string>& arguments, 
     const Descriptor output(::memfd_create("output", MFD_CLOEXEC));
     if (program.empty() || !output)
         return std::nullopt;
-    // Of a program that is nobody's child only a shell in between knows the exit code: it writes it last. A program that
-    // runs on shall not fill the memory with what it writes.
-    std::vector<const char*> shell = {
+    // Of a program that is nobody's child only a shell in between knows the exit code: it writes it last. A program
+    // that runs on shall not fill the memory with what it writes.
+    std::vector<std::string> shell = {
         "sh", "-c", by.keepsOutput ? "\"$@\"; printf '\\n%d' $?" : "\"$@\" >/dev/null; printf '\\n%d' $?", "sh",
-        program.c_str()};
-    for (std::size_t i = 1; i < arguments.size(); ++i)
-        shell.push_back(arguments[i].c_str());
-    shell.push_back(nullptr);
+        program};
+    shell.insert(shell.end(), arguments.begin() + 1, arguments.end());
+    const std::vector<const char*> pointers = PointersTo(shell);
     ProgramStart start;
     start.program = "/bin/sh";
-    start.arguments = shell.data();
+    start.arguments = pointers.data();
     start.streams = {by.input, output.Number(), ProgramStart::nowhere};
     // What asks the user goes with the host when Ctrl-C does.
     start.group = by.milliseconds == ProgramStart::forEver ? ProgramStart::theHosts : ProgramStart::ofOwnSession;

@@ -120,8 +120,7 @@ ProgramState Await(const Starting& starting)
 
 /// The first file of a name, along the folders of PATH that are asked for, that may be run. Empty, with the reason in
 /// errno, if there is none.
-template <typename IsAskedFor>
-std::string AlongPath(const std::string& name, IsAskedFor isAskedFor)
+std::string AlongPath(const std::string& name, bool (*isAskedFor)(const std::string& folder))
 {
     const char* const path = std::getenv("PATH");
     int reason = ENOENT;

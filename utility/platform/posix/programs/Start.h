@@ -50,8 +50,8 @@ ProgramState StartProgram(const ProgramStart& start) noexcept;
 /// Empty, with the reason in errno, if there is none.
 std::string ProgramFile(const std::string& name);
 
-/// The same for a program that the library runs of its own accord: it is not taken from the current folder, nor from one
-/// that depends on it.
+/// The same for a program that the library runs of its own accord: it is not taken from the current folder, nor from
+/// one that depends on it.
 std::string InstalledProgram(const std::string& name);
 
 /// A command line's arguments in the bytes of the system, the program's name the first.

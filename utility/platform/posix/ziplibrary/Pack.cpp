@@ -62,7 +62,7 @@ std::optional<FilesByName> FilesToPack(const path& folder, std::span<const char*
 }
 
 /// Where an archive is that is there, behind links; none if that cannot be told.
-std::optional<path> PlaceOf(const path& archive)
+std::optional<path> BehindLinks(const path& archive)
 {
     boost::system::error_code failure;
     const path place =
@@ -166,7 +166,7 @@ bool Pack(const Minizip& minizip, const path& archive, const path& folder, std::
     if (!byName)
         return false;
     // What is beside a link may be on another disk.
-    const auto place = old.IsOpen() ? PlaceOf(archive) : archive;
+    const auto place = old.IsOpen() ? BehindLinks(archive) : archive;
     if (!place)
         return false;
     NewArchive made(*place);
