@@ -4,6 +4,7 @@
 #include "tests/support/ForwardingHeap.h"
 #include "tests/support/MissingAllocator.h"
 #include "tests/support/WithoutThreadSlot.h"
+#include "utility/platform/LoadOrder.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +26,7 @@ static_assert(std::is_copy_assignable_v<CThreadAllocatorManager>);
 namespace
 {
 
-/// Made right after the library's own first objects, and gone right before them.
+/// Made right after what the library does at its load, and gone at the end of the process, at which nothing of that is.
 struct EarlyObject
 {
     EarlyObject() : allocator(GetThreadAllocator()), node(allocator->allocate(24)) {}
@@ -36,7 +37,7 @@ struct EarlyObject
     CQLMNodeAllocator* allocator;
     void* node;
 };
-[[gnu::init_priority(102)]] const EarlyObject earlyObject;
+[[gnu::init_priority(utility::platform::restIsMade + 1)]] const EarlyObject earlyObject;
 
 template <class Function>
 void OnNewThread(Function function)

@@ -4,6 +4,8 @@
 //   Loader within MODULE   ends while it unloads it: a digit is printed for each object of another that is destroyed
 //   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
 //   Loader filter LIBRARY  loads the library, which has a filter for faults, and unloads it: the earlier one is back
+//   Loader steps LIBRARY   loads and unloads a library, which tells its steps, three times
+//   Loader lean LIBRARY    loads the library, with which nothing comes that not every program needs (Linux)
 //   Loader zlib LIBRARY    unloads the library after it has loaded zlib, which goes with it (Linux)
 // Its exit code is 0 if all went well.
 
@@ -112,10 +114,39 @@ int LoadWithFilter(const boost::filesystem::path& path)
     return Filter() == before ? 0 : 1;
 }
 
+int LoadThreeTimes(const boost::filesystem::path& path)
+{
+    for (int number = 0; number < 3; ++number)
+    {
+        boost::dll::shared_library library(path);
+        std::fputs(" loaded", stderr);
+        library.unload();
+        std::fputs(" unloaded", stderr);
+    }
+    std::fputs("\n", stderr);
+    return 0;
+}
+
 bool IsMapped(std::string_view file)
 {
     std::ifstream maps("/proc/self/maps");
     return std::string(std::istreambuf_iterator<char>(maps), {}).find(file) != std::string::npos;
+}
+
+int LoadLean(const boost::filesystem::path& path)
+{
+    const boost::dll::shared_library library(path);
+    library.get<void()>("_Z20InitialiseUtilityDLLv")();
+    int count = 0;
+    for (const char* const file :
+         {"libsqlite3.", "libdw.", "libelf.", "libsystemd.", "libz.", "libminizip.", "libxcb."})
+    {
+        if (!IsMapped(file))
+            continue;
+        std::fprintf(stderr, "%s is loaded\n", file);
+        ++count;
+    }
+    return count;
 }
 
 int UnloadWithZlib(const boost::filesystem::path& path)
@@ -142,6 +173,8 @@ int main(int argumentCount, char** arguments)
            : what == "within" ? EndWithin(path)
            : what == "often"  ? LoadOften(path)
            : what == "filter" ? LoadWithFilter(path)
+           : what == "steps"  ? LoadThreeTimes(path)
+           : what == "lean"   ? LoadLean(path)
            : what == "zlib"   ? UnloadWithZlib(path)
                               : 2;
 }

@@ -3,31 +3,34 @@
 #include "utility/crash/internal/ExceptionReport.h"
 #include "utility/crash/internal/ReportLog.h"
 #include "utility/platform/Faults.h"
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/ThreadSlot.h"
-#include "utility/platform/UntilUnload.h"
-
-using utility::platform::FaultDisposition;
 
 namespace
 {
 
-CUnhandledExceptionFilter& TheFilter()
-{
-    static utility::platform::UntilUnload<CUnhandledExceptionFilter> filter;
-    return *filter;
-}
+using namespace utility::platform;
+
+constinit StaticPlace<CUnhandledExceptionFilter> theFilter;
 
 /// Of the thread that writes a report. A fault within that is the report's and not the program's: it has none of its
 /// own, or one would follow the other.
-constinit utility::platform::ThreadSlot reportingSlot;
+constinit ThreadSlot reportingSlot;
 
-/// Behind what the library has in its language.
-[[gnu::constructor(105)]] void InstallFilter()
+void InstallFilter()
 {
-    using utility::platform::UntilUnload;
-    static UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(reportingSlot);
-    TheFilter();
+    reportingSlot.Take();
+    theFilter.Make();
 }
+
+void PutEarlierFilterBack()
+{
+    theFilter.Destroy();
+    reportingSlot.GiveBack();
+}
+
+[[gnu::init_priority(faultFilterIsInstalled)]] LoadStep faultFilter(faultFilterIsInstalled, &InstallFilter,
+                                                                    &PutEarlierFilterBack);
 
 }
 
@@ -44,7 +47,7 @@ CUnhandledExceptionFilter::~CUnhandledExceptionFilter() { utility::platform::Set
 
 FaultDisposition CUnhandledExceptionFilter::UnhandledExceptionFilter(_EXCEPTION_POINTERS* fault)
 {
-    CUnhandledExceptionFilter& filter = TheFilter();
+    CUnhandledExceptionFilter& filter = *theFilter;
     const FaultDisposition disposition = filter.m_pPrevious != nullptr ? filter.m_pPrevious(fault) : 0;
     if (g_bGenerateExceptionReport)
         filter.GenerateExceptionReport(fault);

@@ -3,7 +3,7 @@
 #include "utility/guards/internal/LockGuard.h"
 #include "utility/logging/internal/KeptLog.h"
 #include "utility/platform/AtFork.h"
-#include "utility/platform/UntilUnload.h"
+#include "utility/platform/LoadOrder.h"
 
 #include <map>
 #include <memory>
@@ -69,7 +69,7 @@ namespace
 {
 
 /// When the library is loaded: no fork finds another thread making them.
-[[gnu::constructor(104)]] void MakeLogStores() { utility::detail::LogStores::The(); }
+[[gnu::constructor(utility::platform::restIsMade)]] void MakeLogStores() { utility::detail::LogStores::The(); }
 
 }
 

@@ -1,7 +1,7 @@
 #include "utility/logging/ThreadDatabase.h"
 
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/ThreadSlot.h"
-#include "utility/platform/UntilUnload.h"
 
 namespace utility::detail
 {
@@ -11,21 +11,21 @@ constinit platform::ThreadSlot threadDatabaseSlot;
 
 }
 
+using utility::detail::threadDatabaseSlot;
+
 namespace
 {
 
-/// The slot is taken when the library is loaded, or by a static object of the host that comes first.
-utility::platform::ThreadSlot& Slot()
-{
-    static utility::platform::UntilUnload<utility::platform::ThreadSlot::Lifetime> lifetime(
-        utility::detail::threadDatabaseSlot);
-    return utility::detail::threadDatabaseSlot;
-}
+using namespace utility::platform;
 
-[[gnu::constructor(103)]] void TakeSlot() { Slot(); }
+void TakeSlot() { threadDatabaseSlot.Take(); }
+
+void GiveSlotBack() { threadDatabaseSlot.GiveBack(); }
+
+[[gnu::init_priority(databaseSlotIsTaken)]] LoadStep databaseSlot(databaseSlotIsTaken, &TakeSlot, &GiveSlotBack);
 
 }
 
-void SetThreadDatabase(CEntityDatabase* database) noexcept { Slot().SetValue(database); }
+void SetThreadDatabase(CEntityDatabase* database) noexcept { threadDatabaseSlot.SetValue(database); }
 
-CEntityDatabase* GetThreadDatabase() noexcept { return static_cast<CEntityDatabase*>(Slot().Value()); }
+CEntityDatabase* GetThreadDatabase() noexcept { return static_cast<CEntityDatabase*>(threadDatabaseSlot.Value()); }

@@ -3,8 +3,8 @@
 #include "utility/diagnostics/Assertions.h"
 #include "utility/platform/Debugger.h"
 #include "utility/platform/Faults.h"
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/ThreadSlot.h"
-#include "utility/platform/UntilUnload.h"
 
 #include <atomic>
 
@@ -25,13 +25,22 @@ using utility::detail::threadAllocatorSlot;
 namespace
 {
 
-/// Comes ahead of the initialisers of all other sources, of the library and of hosts that link it statically.
-[[gnu::constructor(101)]] void GiveLoadingThreadAnAllocator()
-{
-    using utility::platform::UntilUnload;
-    static UntilUnload<utility::platform::ThreadSlot::Lifetime> slotLifetime(threadAllocatorSlot);
-    static UntilUnload<CThreadAllocatorManager> loadingThread;
-}
+using namespace utility::platform;
+
+void TakeSlot() { threadAllocatorSlot.Take(); }
+
+void GiveSlotBack() { threadAllocatorSlot.GiveBack(); }
+
+[[gnu::init_priority(allocatorSlotIsTaken)]] LoadStep slot(allocatorSlotIsTaken, &TakeSlot, &GiveSlotBack);
+
+constinit StaticPlace<CThreadAllocatorManager> loadingThread;
+
+void GiveLoadingThreadAnAllocator() { loadingThread.Make(); }
+
+void TakeLoadingThreadsAllocator() { loadingThread.Destroy(); }
+
+[[gnu::init_priority(loadingThreadHasAnAllocator)]] LoadStep
+    allocator(loadingThreadHasAnAllocator, &GiveLoadingThreadAnAllocator, &TakeLoadingThreadsAllocator);
 
 CQLMNodeAllocator* Allocator() { return static_cast<CQLMNodeAllocator*>(threadAllocatorSlot.Value()); }
 

@@ -2,6 +2,7 @@
 
 #include "utility/numbers/internal/FixedDigits.h"
 #include "utility/numbers/PowersOfTen.h"
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/Locale.h"
 
 #include <algorithm>
@@ -14,7 +15,17 @@ namespace
 
 constexpr int placesOfUnits[] = {4, 6, 6};
 
-const std::wstring processSymbol = L".";
+using namespace utility::platform;
+
+constinit StaticPlace<const std::wstring> processSymbol;
+
+void SetProcessSymbol() { processSymbol.Make(L"."); }
+
+void DestroyProcessSymbol() { processSymbol.Destroy(); }
+
+[[gnu::init_priority(decimalSymbolIsSet)]] LoadStep decimalSymbol(decimalSymbolIsSet, &SetProcessSymbol,
+                                                                  &DestroyProcessSymbol);
+
 int dialogDecimalPlaces = placesOfUnits[DISTANCE_UNITS_MM];
 
 struct Layout
@@ -99,7 +110,7 @@ Scientific Split(double value)
 
 }
 
-const std::wstring& GetDecimalSymbol() noexcept { return processSymbol; }
+const std::wstring& GetDecimalSymbol() noexcept { return *processSymbol; }
 
 void SetDecimalSymbol(DWORD localeId)
 {

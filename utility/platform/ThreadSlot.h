@@ -20,14 +20,10 @@ public:
     class Lifetime
     {
     public:
-        explicit Lifetime(ThreadSlot& slot) noexcept : m_slot(slot) { m_slot.m_index = AllocateThreadSlot(); }
+        explicit Lifetime(ThreadSlot& slot) noexcept : m_slot(slot) { m_slot.Take(); }
         Lifetime(const Lifetime&) = delete;
         Lifetime& operator=(const Lifetime&) = delete;
-        ~Lifetime()
-        {
-            if (m_slot.IsAllocated())
-                FreeThreadSlot(std::exchange(m_slot.m_index, TLS_OUT_OF_INDEXES));
-        }
+        ~Lifetime() { m_slot.GiveBack(); }
 
     private:
         ThreadSlot& m_slot;
@@ -45,6 +41,13 @@ public:
     private:
         const ThreadSlot& m_slot;
     };
+
+    void Take() noexcept { m_index = AllocateThreadSlot(); }
+    void GiveBack() noexcept
+    {
+        if (IsAllocated())
+            FreeThreadSlot(std::exchange(m_index, TLS_OUT_OF_INDEXES));
+    }
 
     bool IsAllocated() const noexcept { return m_index != TLS_OUT_OF_INDEXES; }
     void* Value() const noexcept { return IsAllocated() ? ThreadSlotValue(m_index) : nullptr; }

@@ -1,5 +1,7 @@
 #include "utility/platform/UntilUnload.h"
 
+#include "utility/platform/LoadOrder.h"
+
 #include <atomic>
 
 namespace utility::platform
@@ -17,6 +19,12 @@ void TearDown::Add() noexcept
     m_next = latest;
     while (!latest.compare_exchange_weak(m_next, this))
         continue;
+}
+
+LoadStep::LoadStep(LoadOrder, void (*begin)(), void (*end)()) : TearDown(&End), m_end(end)
+{
+    begin();
+    Add();
 }
 
 void RunTearDowns()

@@ -36,6 +36,25 @@ private:
 /// Does what there is to do at unload. For the system's side of it alone.
 void RunTearDowns();
 
+/// The place of a static object that is made by a call, and destroyed by one or not at all.
+template <class T>
+class StaticPlace
+{
+public:
+    template <class... Arguments>
+    T& Make(Arguments&&... arguments)
+    {
+        return *::new (m_storage) T(std::forward<Arguments>(arguments)...);
+    }
+    void Destroy() noexcept { (**this).~T(); }
+
+    T& operator*() noexcept { return *std::launder(reinterpret_cast<T*>(m_storage)); }
+    T* operator->() noexcept { return &**this; }
+
+private:
+    alignas(T) unsigned char m_storage[sizeof(T)] = {};
+};
+
 /// A static object of type T.
 template <class T>
 class UntilUnload : private TearDown
@@ -44,18 +63,18 @@ public:
     template <class... Arguments>
     explicit UntilUnload(Arguments&&... arguments) : TearDown(&Destroy)
     {
-        ::new (m_storage) T(std::forward<Arguments>(arguments)...);
+        m_object.Make(std::forward<Arguments>(arguments)...);
         Add();
     }
     UntilUnload(const UntilUnload&) = delete;
     UntilUnload& operator=(const UntilUnload&) = delete;
 
-    T& operator*() noexcept { return *std::launder(reinterpret_cast<T*>(m_storage)); }
+    T& operator*() noexcept { return *m_object; }
 
 private:
-    static void Destroy(TearDown& each) { (*static_cast<UntilUnload&>(each)).~T(); }
+    static void Destroy(TearDown& each) { static_cast<UntilUnload&>(each).m_object.Destroy(); }
 
-    alignas(T) unsigned char m_storage[sizeof(T)];
+    StaticPlace<T> m_object;
 };
 
 }

@@ -3,9 +3,9 @@
 #include "resources/Release.h"
 #include "utility/platform/AtFork.h"
 #include "utility/platform/formats/Utf16.h"
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/Paths.h"
 #include "utility/platform/Registry.h"
-#include "utility/platform/UntilUnload.h"
 #include "utility/settings/internal/LibraryResources.h"
 #include "utility/text/ResourceString.h"
 
@@ -60,26 +60,28 @@ bool ReadStored(HKEY key, const wchar_t* name, T& value)
     }
 }
 
-std::wstring& ProductName()
-{
-    static utility::platform::UntilUnload<std::wstring> name;
-    return *name;
-}
+using namespace utility::platform;
+
+constinit StaticPlace<std::wstring> productName;
+
+void MakeProductName() { productName.Make(); }
+
+void DestroyProductName() { productName.Destroy(); }
+
+[[gnu::init_priority(productNameIsMade)]] LoadStep productNameStep(productNameIsMade, &MakeProductName,
+                                                                   &DestroyProductName);
 
 /// Held while the application's settings are made, so that no fork finds another thread doing it: the child would wait
-/// for that thread. With the library's resources comes, first, all that is asked meanwhile.
-utility::platform::ForkSafeMutex& Making()
+/// for that thread. What is asked meanwhile was made ahead of it.
+ForkSafeMutex& Making()
 {
-    utility::detail::LibraryResources();
-    static utility::platform::UntilUnload<utility::platform::ForkSafeMutex> mutex;
+    static UntilUnload<ForkSafeMutex> mutex;
     return *mutex;
 }
 
-/// When the library is loaded: no fork finds another thread making them.
-[[gnu::constructor(104)]] void MakeNames()
+[[gnu::constructor(restIsMade)]] void MakeRest()
 {
     Making();
-    ProductName();
     CQLMAppSettings::CompanyKeyName();
 }
 
@@ -99,11 +101,30 @@ struct CQLMAppSettings::Data
     resource_ptr<HKEY> m_hUserKey;
 };
 
+struct CQLMAppSettings::DataMap
+{
+    static StaticPlace<std::map<std::wstring, std::unique_ptr<Data>>> m_mapData;
+    static LoadStep step;
+
+    static void Make()
+    {
+        // The store comes first, so that it outlives the open keys.
+        static_cast<void>(Registry());
+        m_mapData.Make();
+    }
+    static void Destroy() { m_mapData.Destroy(); }
+};
+
+constinit StaticPlace<std::map<std::wstring, std::unique_ptr<CQLMAppSettings::Data>>>
+    CQLMAppSettings::DataMap::m_mapData;
+
+[[gnu::init_priority(settingsMapIsMade)]] LoadStep CQLMAppSettings::DataMap::step(settingsMapIsMade, &Make, &Destroy);
+
 CQLMAppSettings& CQLMAppSettings::instance()
 {
     const std::lock_guard lock(Making());
     static CQLMAppSettings settings(CompanyKeyName() +
-                                    (ProductName().empty() ? resource_string(applicationTitle) : ProductName()));
+                                    (productName->empty() ? resource_string(applicationTitle) : *productName));
     return settings;
 }
 
@@ -114,16 +135,13 @@ const std::wstring& CQLMAppSettings::CompanyKeyName()
     return *name;
 }
 
-void CQLMAppSettings::SetProductName(const std::wstring& name) { ProductName() = name; }
+void CQLMAppSettings::SetProductName(const std::wstring& name) { *productName = name; }
 
 CQLMAppSettings::CQLMAppSettings(const std::wstring& appKey) : m_data(DataOf(appKey)) {}
 
 CQLMAppSettings::Data& CQLMAppSettings::DataOf(const std::wstring& appKey)
 {
-    // The store comes first, so that it outlives the open keys.
-    static_cast<void>(Registry());
-    static utility::platform::UntilUnload<std::map<std::wstring, std::unique_ptr<Data>>> all;
-    std::unique_ptr<Data>& entry = (*all)[appKey];
+    std::unique_ptr<Data>& entry = (*DataMap::m_mapData)[appKey];
     if (entry == nullptr)
     {
         entry = std::make_unique<Data>();

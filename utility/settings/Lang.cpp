@@ -1,8 +1,8 @@
 #include "utility/settings/Lang.h"
 
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/Locale.h"
 #include "utility/platform/Registry.h"
-#include "utility/platform/UntilUnload.h"
 #include "utility/settings/RegistryString.h"
 
 #include <boost/format.hpp>
@@ -73,9 +73,16 @@ int SetLanguage(LCID lcid)
 
 int IsWindowsDefaultLanguage(LCID lcid) { return lcid == Locale().UserDefault() ? 1 : 0; }
 
-const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations()
+namespace
 {
-    static utility::platform::UntilUnload<Translations> translations(Translations{{
+
+using namespace utility::platform;
+
+constinit StaticPlace<Translations> translations;
+
+void MakeTranslations()
+{
+    translations.Make(Translations{{
         {0x0000, L"Use Windows Display Language"},
         {0x0809, L"English"},
         {0x0804, L"Chinese Simplified"},
@@ -89,16 +96,16 @@ const std::array<std::pair<LCID, std::wstring>, 12>& GetAvailableTranslations()
         {0x0416, L"Brazillian Portugese"}, // deliberately so spelt: hosts know it by this name
         {0x041F, L"Turkish"},
     }});
-    return *translations;
 }
 
-namespace
-{
+void DestroyTranslations() { translations.Destroy(); }
 
-/// When the library is loaded: no fork finds another thread making them.
-[[gnu::constructor(104)]] void MakeTranslations() { GetAvailableTranslations(); }
+[[gnu::init_priority(languageTableIsMade)]] LoadStep languageTable(languageTableIsMade, &MakeTranslations,
+                                                                   &DestroyTranslations);
 
 }
+
+const Translations& GetAvailableTranslations() { return *translations; }
 
 int GetLanguageCodes(const std::wstring& text, std::vector<std::wstring>& codes)
 {

@@ -1,33 +1,35 @@
 #include "utility/settings/internal/LibraryResources.h"
 
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/Modules.h"
 #include "utility/platform/Registry.h"
-#include "utility/platform/UntilUnload.h"
 #include "utility/text/ResourceString.h"
 
 namespace
 {
 
-const char addressInThisModule = 0;
+using namespace utility::platform;
 
-/// Comes right behind the allocator of the loading thread, ahead of the initialisers of all other sources.
-[[gnu::constructor(102)]] void LoadResources()
+constinit StaticPlace<CResourceCounter> resources;
+
+void LoadResources()
 {
-    utility::detail::LibraryResources();
+    resources.Make(Modules().ModuleAt(&resources));
     // The language was looked for in the settings. A host that has not begun yet may count on its descriptors.
-    utility::platform::Registry().Rest();
+    Registry().Rest();
 }
+
+void UnloadResources() { resources.Destroy(); }
+
+[[gnu::init_priority(libraryResourcesAreLoaded)]] LoadStep libraryResources(libraryResourcesAreLoaded, &LoadResources,
+                                                                            &UnloadResources);
 
 }
 
 namespace utility::detail
 {
 
-const CResourceCounter& LibraryResources()
-{
-    static platform::UntilUnload<CResourceCounter> resources(platform::Modules().ModuleAt(&addressInThisModule));
-    return *resources;
-}
+const CResourceCounter& LibraryResources() { return *resources; }
 
 std::wstring LibraryString(UINT id) { return resource_string(LibraryResources().GetResourceDLL(), id); }
 

@@ -3,7 +3,7 @@
 #include "resources/StringIds.h"
 #include "utility/numbers/FloatFormat.h"
 #include "utility/numbers/FloatParse.h"
-#include "utility/platform/UntilUnload.h"
+#include "utility/platform/LoadOrder.h"
 #include "utility/settings/internal/LibraryResources.h"
 
 #include <boost/algorithm/string/predicate.hpp>
@@ -24,19 +24,24 @@ DISTANCE_UNITS currentUnits = DISTANCE_UNITS_MM;
 
 using Descriptions = std::array<std::wstring, 6>;
 
-/// The words for one and for several of each unit. They do not follow the display language when it changes.
-const Descriptions& TheDescriptions()
+using namespace utility::platform;
+
+/// The words for one and for several of each unit, in the language that the library is loaded in.
+constinit StaticPlace<Descriptions> descriptions;
+
+void LoadDescriptions()
 {
     using utility::detail::LibraryString;
-    static utility::platform::UntilUnload<Descriptions> descriptions(
-        Descriptions{LibraryString(resources::MillimetreSingular), LibraryString(resources::MillimetrePlural),
-                     LibraryString(resources::InchSingular), LibraryString(resources::InchPlural),
-                     LibraryString(resources::MetreSingular), LibraryString(resources::MetrePlural)});
-    return *descriptions;
+    descriptions.Make(Descriptions{LibraryString(resources::MillimetreSingular),
+                                   LibraryString(resources::MillimetrePlural), LibraryString(resources::InchSingular),
+                                   LibraryString(resources::InchPlural), LibraryString(resources::MetreSingular),
+                                   LibraryString(resources::MetrePlural)});
 }
 
-/// When the library is loaded, in the language that it has then.
-[[gnu::constructor(104)]] void LoadDescriptions() { TheDescriptions(); }
+void DestroyDescriptions() { descriptions.Destroy(); }
+
+[[gnu::init_priority(unitNamesAreLoaded)]] LoadStep unitNames(unitNamesAreLoaded, &LoadDescriptions,
+                                                              &DestroyDescriptions);
 
 }
 
@@ -54,7 +59,7 @@ float GetDistanceScale(DISTANCE_UNITS units) noexcept { return scales[units]; }
 
 const std::wstring& GetDistanceDescription(bool plural) noexcept
 {
-    return TheDescriptions()[2 * static_cast<std::size_t>(currentUnits) + (plural ? 1 : 0)];
+    return (*descriptions)[2 * static_cast<std::size_t>(currentUnits) + (plural ? 1 : 0)];
 }
 
 bool QLMParseDistance(const wchar_t* text, double& value, double scale) noexcept
@@ -64,7 +69,7 @@ bool QLMParseDistance(const wchar_t* text, double& value, double scale) noexcept
     if (!rest.empty() && std::iswalpha(static_cast<std::wint_t>(rest.front())) != 0)
     {
         // Deliberately the first that it is not: what is typed counts by its length alone.
-        const Descriptions& all = TheDescriptions();
+        const Descriptions& all = *descriptions;
         const auto other = std::find_if_not(all.begin(), all.end(),
                                             [rest](const std::wstring& description)
                                             { return boost::algorithm::iequals(rest, description); });

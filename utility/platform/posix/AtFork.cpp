@@ -1,5 +1,7 @@
 #include "utility/platform/AtFork.h"
 
+#include "utility/platform/LoadOrder.h"
+
 #include <atomic>
 #include <pthread.h>
 
@@ -26,7 +28,7 @@ void ReleaseAll()
         each->Release();
 }
 
-[[gnu::constructor(101)]] void AskForForks() { ::pthread_atfork(&HoldAll, &ReleaseAll, &ReleaseAll); }
+[[gnu::constructor(platformIsReady)]] void AskForForks() { ::pthread_atfork(&HoldAll, &ReleaseAll, &ReleaseAll); }
 
 }
 

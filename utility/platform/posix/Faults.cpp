@@ -1,5 +1,6 @@
 #include "utility/platform/Faults.h"
 
+#include "utility/platform/LoadOrder.h"
 #include "utility/platform/posix/faults/FaultRecord.h"
 #include "utility/platform/posix/faults/FaultStack.h"
 #include "utility/platform/posix/faults/OutsideReport.h"
@@ -91,7 +92,7 @@ constinit std::atomic<int> writers = 0;
 /// In a child of fork: of the threads only the one that forked goes on there.
 void CountOwnReport() { writers = reported ? 1 : 0; }
 
-[[gnu::constructor(101)]] void AskForForks() { ::pthread_atfork(nullptr, nullptr, &CountOwnReport); }
+[[gnu::constructor(platformIsReady)]] void AskForForks() { ::pthread_atfork(nullptr, nullptr, &CountOwnReport); }
 
 /// What is thrown points here, until the thread's next: when it is caught, the handler's stack is no more.
 struct Records

@@ -54,16 +54,16 @@ boost::filesystem::path MappedFileAt(const void* address)
 boost::filesystem::path PathOf(HINSTANCE module)
 {
     boost::filesystem::path path;
-    Dl_info info;
-    link_map* map = nullptr;
     if (module != nullptr)
     {
-        if (::dladdr1(module, &info, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || info.dli_fbase != module)
+        // dladdr would look at each symbol of the module as well.
+        dl_find_object found;
+        if (::_dl_find_object(module, &found) != 0 || found.dlfo_map_start != module)
         {
             SetLastError(ERROR_MOD_NOT_FOUND);
             return {};
         }
-        path = map->l_name;
+        path = found.dlfo_link_map->l_name;
         // It was found from the folder that was the current one then.
         if (!path.empty() && path.is_relative())
             return MappedFileAt(module);
@@ -93,8 +93,10 @@ class PosixModules final : public ModuleService
 public:
     HINSTANCE ModuleAt(const void* address) override
     {
-        Dl_info info;
-        return ::dladdr(address, &info) != 0 ? static_cast<HINSTANCE>(info.dli_fbase) : nullptr;
+        dl_find_object module;
+        return ::_dl_find_object(const_cast<void*>(address), &module) == 0
+                   ? static_cast<HINSTANCE>(module.dlfo_map_start)
+                   : nullptr;
     }
 
     std::wstring FileName(HINSTANCE module) override

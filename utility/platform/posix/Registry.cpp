@@ -6,6 +6,7 @@
 #include "utility/platform/Paths.h"
 #include "utility/platform/posix/registry/Hive.h"
 #include "utility/platform/posix/registry/OpenKeys.h"
+#include "utility/platform/posix/registry/Sqlite.h"
 #include "utility/platform/posix/registry/Status.h"
 #include "utility/platform/UntilUnload.h"
 
@@ -79,6 +80,16 @@ public:
         : m_user(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::user), posix::HiveOwner::user)),
           m_machine(std::make_unique<Hive>(posix::UsualHiveFile(posix::HiveOwner::machine), posix::HiveOwner::machine))
     {
+    }
+
+    PosixRegistry(const PosixRegistry&) = delete;
+    PosixRegistry& operator=(const PosixRegistry&) = delete;
+
+    ~PosixRegistry() override
+    {
+        m_user.reset();
+        m_machine.reset();
+        posix::UnloadSqlite();
     }
 
     bool SetFile(HKEY root, const path& file)

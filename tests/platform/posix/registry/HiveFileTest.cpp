@@ -1,7 +1,10 @@
 #include "utility/platform/posix/registry/HiveFile.h"
 
 #include "tests/support/posix/Child.h"
+#include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
+#include "utility/platform/posix/registry/Hive.h"
+#include "utility/platform/posix/registry/Sqlite.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -86,4 +89,27 @@ TEST(SetHiveAsideTest, LeavesWhatHasComeIntoThePlaceOfADamagedOne)
     rename(folder.File("restored", "restored"), file);
     EXPECT_FALSE(utility::platform::posix::SetHiveAside(opened, file));
     EXPECT_EQ(support::TemporaryFolder::BytesOf(file), "restored");
+}
+
+TEST(SqliteTest, MachineWithoutItHasNoSettings)
+{
+    const support::TemporaryFolder folder;
+    Child child(
+        [&]
+        {
+            using namespace utility::platform::posix;
+            const path file = folder / "settings.db";
+            UnloadSqlite();
+            Hive::Key key = Hive::root;
+            {
+                const support::FailingCall failing("dlopen", ENOENT, support::FailingCall::always);
+                if (Hive(file, HiveOwner::user).FindOrCreate(Hive::root, L"Key", key) != ERROR_MOD_NOT_FOUND)
+                    return 1;
+                if (LoadSqlite() || sqlite.step != nullptr)
+                    return 2;
+            }
+            // It is looked for each time.
+            return Hive(file, HiveOwner::user).FindOrCreate(Hive::root, L"Key", key) == ERROR_SUCCESS ? 0 : 3;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
 }

@@ -96,8 +96,8 @@ void RaiseLimits()
     ::_exit(127);
 }
 
-/// Makes the request the standard input of this process, and leaves it no other descriptor of the one that faulted. Gives
-/// where to read what is written to the standard output, -1 on failure.
+/// Makes the request the standard input of this process, and leaves it no other descriptor of the one that faulted.
+/// Gives where to read what is written to the standard output, -1 on failure.
 int HandOver(const posix::ReportRequest& request)
 {
     if (::close_range(0, ~0U, 0) != 0)
@@ -151,14 +151,14 @@ int StartAndWait(void* argument)
 
 void posix::FindReportProgram() noexcept
 {
-    Dl_info ignored;
-    link_map* map = nullptr;
-    if (::dladdr1(&libraryFile, &ignored, reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP) == 0 || map == nullptr)
+    // dladdr would look at each symbol of the library as well.
+    dl_find_object library;
+    if (::_dl_find_object(libraryFile, &library) != 0)
         return;
-    const std::string_view name = map->l_name;
+    const std::string_view name = library.dlfo_link_map->l_name;
     if (name.starts_with('/') && name.size() < sizeof(libraryFile))
         name.copy(libraryFile, name.size());
-    else if (!name.empty() && ::realpath(map->l_name, libraryFile) == nullptr)
+    else if (!name.empty() && ::realpath(library.dlfo_link_map->l_name, libraryFile) == nullptr)
         libraryFile[0] = '\0';
 }
 

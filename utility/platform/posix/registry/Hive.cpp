@@ -3,12 +3,12 @@
 #include "utility/platform/formats/Utf8.h"
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/registry/NameFold.h"
+#include "utility/platform/posix/registry/Sqlite.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -75,13 +75,13 @@ void Hive::Close()
 void Hive::CloseAtOnce()
 {
     if (m_database)
-        sqlite3_db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        sqlite.db_config(m_database.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     Close();
 }
 
 void Hive::WaitFor(Purpose purpose)
 {
-    sqlite3_busy_timeout(m_database.get(), purpose == Purpose::reading ? longestWaitOfReaders : longestWaitOfWriters);
+    sqlite.busy_timeout(m_database.get(), purpose == Purpose::reading ? longestWaitOfReaders : longestWaitOfWriters);
 }
 
 bool Hive::HasChanged() const
@@ -118,7 +118,7 @@ LSTATUS Hive::Open(Key used, Purpose purpose)
         CloseAtOnce();
         status = OpenFile(false, purpose, lot);
     }
-    if (status != success && m_database && sqlite3_db_readonly(m_database.get(), "main") == 1 &&
+    if (status != success && m_database && sqlite.db_readonly(m_database.get(), "main") == 1 &&
         ::access(Log().c_str(), F_OK) != 0)
     {
         Close();
@@ -151,15 +151,11 @@ LSTATUS Hive::Open(Key used, Purpose purpose)
 LSTATUS Hive::OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot)
 {
     m_immutable = immutable;
-    sqlite3* database = nullptr;
-    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
-    int result = immutable
-                     ? sqlite3_open_v2(ImmutableUri(m_file).c_str(), &database,
-                                       SQLITE_OPEN_READONLY | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr)
-                     : sqlite3_open_v2(m_file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    m_database.reset(database);
-    if (result != SQLITE_OK)
-        return StatusOf(result, database);
+    LSTATUS status = immutable ? OpenDatabase(ImmutableUri(m_file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, m_database)
+                               : OpenDatabase(m_file.native(), SQLITE_OPEN_READWRITE, m_database);
+    if (status != success)
+        return status;
+    sqlite3* const database = m_database.get();
     if (IsEmpty(database))
         return Status(ERROR_BADDB);
     WaitFor(purpose);
@@ -167,21 +163,21 @@ LSTATUS Hive::OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot)
     {
         // Who may only read it cannot make the files that go with it.
         int keep = 1;
-        sqlite3_file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
+        sqlite.file_control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keep);
     }
     // Used by one alone, a log has no index in shared memory; in the end there is none.
-    if (!immutable && !MayHaveLog(m_file) && sqlite3_db_readonly(database, "main") == 0)
+    if (!immutable && !MayHaveLog(m_file) && sqlite.db_readonly(database, "main") == 0)
     {
-        result = sqlite3_exec(database,
-                              "pragma locking_mode = exclusive; pragma journal_mode = delete;"
-                              "pragma locking_mode = normal",
-                              nullptr, nullptr, nullptr);
+        const int result = sqlite.exec(database,
+                                       "pragma locking_mode = exclusive; pragma journal_mode = delete;"
+                                       "pragma locking_mode = normal",
+                                       nullptr, nullptr, nullptr);
         if (result != SQLITE_OK)
             return StatusOf(result, database);
     }
     std::int64_t id = 0;
     std::int64_t version = 0;
-    LSTATUS status = Existing(root); // looks at the tables as well, without which there is no use of it
+    status = Existing(root); // looks at the tables as well, without which there is no use of it
     if (status == success || status == deleted)
         status = Number(m_statements.applicationId, id);
     if (status == success && id != hiveApplicationId)
@@ -195,7 +191,7 @@ LSTATUS Hive::OpenFile(bool immutable, Purpose purpose, std::uint64_t& lot)
     if (!mode.Next() || mode.Bytes(0) != "wal" || immutable)
         return success;
     m_remembered.Follow(database);
-    return StatusOf(sqlite3_exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr), database);
+    return StatusOf(sqlite.exec(database, "pragma synchronous = normal", nullptr, nullptr, nullptr), database);
 }
 
 LSTATUS Hive::OpenForWriting(Key used)
@@ -222,7 +218,7 @@ LSTATUS Hive::Writable()
     const LSTATUS status = Open(root, Purpose::writing);
     if (status != success)
         return status;
-    return sqlite3_db_readonly(m_database.get(), "main") == 0 ? success : Status(ERROR_ACCESS_DENIED);
+    return sqlite.db_readonly(m_database.get(), "main") == 0 ? success : Status(ERROR_ACCESS_DENIED);
 }
 
 LSTATUS Hive::Number(Statement& statement, std::int64_t& number)
@@ -281,7 +277,7 @@ LSTATUS Hive::Walk(Key parent, std::wstring_view path, Missing then, Key& key)
         status = Use(m_statements.insertKey).Bind(at).Bind(fold).Bind(Stored(name)).ToTheEnd();
         if (status != success)
             return status;
-        at = sqlite3_last_insert_rowid(m_database.get());
+        at = sqlite.last_insert_rowid(m_database.get());
     }
     key = at;
     return success;
@@ -384,7 +380,7 @@ LSTATUS Hive::Set(Key key, std::wstring_view name, DWORD type, std::string_view 
     const std::string fold = Folded(name);
     const std::string given = Stored(name);
     status = Use(m_statements.setValue).Bind(key).Bind(fold).Bind(given).Bind(type).BindBytes(data).ToTheEnd();
-    return status == success && sqlite3_changes(m_database.get()) == 0 ? deleted : status;
+    return status == success && sqlite.changes(m_database.get()) == 0 ? deleted : status;
 }
 
 LSTATUS Hive::DeleteValue(Key key, std::wstring_view name)
@@ -394,7 +390,7 @@ LSTATUS Hive::DeleteValue(Key key, std::wstring_view name)
         return status;
     const std::string fold = Folded(name);
     status = Use(m_statements.removeValue).Bind(key).Bind(fold).ToTheEnd();
-    return status == success && sqlite3_changes(m_database.get()) == 0 ? NothingAt(key, status, missing) : status;
+    return status == success && sqlite.changes(m_database.get()) == 0 ? NothingAt(key, status, missing) : status;
 }
 
 bool Hive::Reach(Run& run, Remembered::Names names, Key key, DWORD index)

@@ -4,6 +4,7 @@
 #include "utility/platform/posix/error/Errno.h"
 #include "utility/platform/posix/filesystem/Swap.h"
 #include "utility/platform/posix/filesystem/UserFolders.h"
+#include "utility/platform/posix/registry/Sqlite.h"
 #include "utility/platform/posix/registry/Status.h"
 
 #include <algorithm>
@@ -16,7 +17,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <linux/magic.h>
-#include <sqlite3.h>
 #include <string>
 #include <string_view>
 #include <sys/file.h>
@@ -112,16 +112,6 @@ Names NamesAside(const std::string& hive)
     return NamesOf(hive + ".damaged-" + date + fraction);
 }
 
-/// Opens a file that exists. Nothing is read yet.
-int OpenDatabase(const std::string& file, Database& database)
-{
-    sqlite3* opened = nullptr;
-    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
-    const int result = sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    database.reset(opened);
-    return result;
-}
-
 /// Keeps everybody else, in this process too, from reading a database, unless somebody has it open and has read it. It
 /// is not read itself meanwhile.
 class SoleUse
@@ -160,7 +150,7 @@ public:
         {
             m_isOfAnother = ::flock(m_folder, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
             if (m_isOfAnother)
-                sqlite3_sleep(pause);
+                sqlite.sleep(pause);
         }
     }
     Turn(const Turn&) = delete;
@@ -232,10 +222,10 @@ LSTATUS Fill(const std::string& file, std::int32_t lot)
                              ";pragma user_version = " + std::to_string(lot) + ";commit;" +
                              (MayHaveLog(file) ? beginLog : "");
     Database database;
-    int result = OpenDatabase(file, database);
-    if (result == SQLITE_OK)
-        result = sqlite3_exec(database.get(), text.c_str(), nullptr, nullptr, nullptr);
-    return StatusOf(result, database.get());
+    const LSTATUS status = OpenDatabase(file, SQLITE_OPEN_READWRITE, database);
+    if (status != success)
+        return status;
+    return StatusOf(sqlite.exec(database.get(), text.c_str(), nullptr, nullptr, nullptr), database.get());
 }
 
 /// Whether each byte of a database's file, or of its log, can be read, where SQLite has that open. `file` is SQLite's
@@ -243,7 +233,7 @@ LSTATUS Fill(const std::string& file, std::int32_t lot)
 bool IsReadable(sqlite3* database, int file)
 {
     sqlite3_file* opened = nullptr;
-    sqlite3_file_control(database, "main", file, &opened);
+    sqlite.file_control(database, "main", file, &opened);
     if (opened == nullptr || opened->pMethods == nullptr)
         return true;
     sqlite3_int64 size = 0;
@@ -256,19 +246,30 @@ bool IsReadable(sqlite3* database, int file)
 
 }
 
-void DatabaseCloser::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+LSTATUS OpenDatabase(const std::string& name, int flags, Database& database)
+{
+    if (!LoadSqlite())
+        return Status(ERROR_MOD_NOT_FOUND);
+    sqlite3* opened = nullptr;
+    errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call
+    const int result = sqlite.open_v2(name.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+    database.reset(opened);
+    return StatusOf(result, opened);
+}
+
+void DatabaseCloser::operator()(sqlite3* database) const { sqlite.close_v2(database); }
 
 sqlite3_file* FileOf(sqlite3* database)
 {
     sqlite3_file* file = nullptr;
-    sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    sqlite.file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
     return file;
 }
 
 bool HasMoved(sqlite3* database)
 {
     int moved = 0;
-    return sqlite3_file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
+    return sqlite.file_control(database, "main", SQLITE_FCNTL_HAS_MOVED, &moved) == SQLITE_OK && moved != 0;
 }
 
 bool IsEmpty(sqlite3* database)
@@ -312,9 +313,9 @@ LSTATUS MakeHiveFile(const path& file, HiveOwner owner)
 
 bool SetHiveAside(sqlite3* database, const path& file)
 {
-    const int told = sqlite3_errcode(database);
+    const int told = sqlite.errcode(database);
     const bool isDamaged = told == SQLITE_CORRUPT || told == SQLITE_NOTADB || (told == SQLITE_OK && IsEmpty(database));
-    if (!isDamaged || sqlite3_db_readonly(database, "main") != 0)
+    if (!isDamaged || sqlite.db_readonly(database, "main") != 0)
         return false;
     const SoleUse use(database);
     if (use.Result() != SQLITE_OK || HasMoved(database))

@@ -29,6 +29,10 @@ struct DatabaseCloser
 };
 using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
 
+/// Opens a file that exists, by its name or with SQLITE_OPEN_URI by its URI. Nothing is read yet. ERROR_MOD_NOT_FOUND
+/// where SQLite is not installed.
+LSTATUS OpenDatabase(const std::string& name, int flags, Database& database);
+
 /// The file that an open database is in.
 sqlite3_file* FileOf(sqlite3* database);
 

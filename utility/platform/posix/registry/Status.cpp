@@ -1,8 +1,7 @@
 #include "utility/platform/posix/registry/Status.h"
 
 #include "utility/platform/posix/error/Errno.h"
-
-#include <sqlite3.h>
+#include "utility/platform/posix/registry/Sqlite.h"
 
 namespace utility::platform::posix
 {
@@ -31,7 +30,7 @@ LSTATUS StatusOf(int result, sqlite3* database)
         return Status(ERROR_INVALID_PARAMETER);
     case SQLITE_CANTOPEN:
         // Not every refusal is one of the system's.
-        if (const int reason = sqlite3_system_errno(database); reason != 0)
+        if (const int reason = database != nullptr ? sqlite.system_errno(database) : 0; reason != 0)
             return Status(ErrorOfErrno(reason));
         return Status(ERROR_REGISTRY_IO_FAILED);
     case SQLITE_IOERR:

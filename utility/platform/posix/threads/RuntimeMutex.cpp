@@ -1,6 +1,6 @@
 #include "utility/platform/posix/threads/RuntimeMutex.h"
 
-#include "utility/platform/UntilUnload.h"
+#include "utility/platform/LoadOrder.h"
 
 namespace utility::platform::posix
 {
@@ -9,7 +9,7 @@ namespace
 {
 
 /// When the library is loaded: no fork finds another thread making it.
-[[gnu::constructor(101)]] void MakeMutex() { RuntimeMutex(); }
+[[gnu::constructor(platformIsReady)]] void MakeMutex() { RuntimeMutex(); }
 
 }
 

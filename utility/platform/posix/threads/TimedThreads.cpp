@@ -1,7 +1,7 @@
 #include "utility/platform/posix/threads/TimedThreads.h"
 
 #include "utility/platform/AtFork.h"
-#include "utility/platform/UntilUnload.h"
+#include "utility/platform/LoadOrder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -56,7 +56,7 @@ Threads& All()
 }
 
 /// When the library is loaded: no fork finds another thread making them.
-[[gnu::constructor(104)]] void MakeThreads() { All(); }
+[[gnu::constructor(restIsMade)]] void MakeThreads() { All(); }
 
 /// A number that no other thread of the process has or has had.
 std::uint64_t SerialOfCallingThread()

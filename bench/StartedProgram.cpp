@@ -1,0 +1,3 @@
+#include "utility/Utility.h"
+
+int main() { InitialiseUtilityDLL(); }
