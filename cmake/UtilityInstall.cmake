@@ -52,7 +52,6 @@ endif()
 
 set(exported Utility CatchableFaults)
 set(pc_definitions "")
-set(pc_requires "")
 set(pc_libraries "-lboost_filesystem")
 if(WIN32 AND UTILITY_SHARED)
   utility_runtime_files(runtime)
@@ -73,9 +72,6 @@ if(NOT UTILITY_SHARED)
   # All that an archive leaves to be linked, with --static and without it: there is no shared library that has it.
   set(pc_definitions "-DUTILITY_STATIC")
   string(APPEND pc_libraries " -pthread")
-  if(NOT WIN32)
-    set(pc_requires "sqlite3")
-  endif()
 endif()
 export(TARGETS ${exported} NAMESPACE Utility:: FILE "${package}/UtilityTargets.cmake")
 

@@ -52,7 +52,7 @@ application stands on.
 This package has what its programs need to run.")
   # What the library loads when it is first asked for: zlib, without which a compressed file lacks its text; libdw for the
   # calls of a crash report; minizip for archives; libsystemd to hand a mail to the desktop.
-  set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_DEPENDS zlib1g)
+  set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_DEPENDS "libsqlite3-0, zlib1g")
   set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_RECOMMENDS "libdw1, libminizip1, libsystemd0")
   # And for boxes, the clipboard, mail without the desktop's portal, and keys.
   set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_SUGGESTS "zenity | kdialog, wl-clipboard | xclip | xsel, xdg-utils, libxcb1")
