@@ -30,7 +30,7 @@ for file in /usr/lib/*/libUtility.so.? /usr/lib/*/Utility{CrashReport,JobSupervi
     ldd "$file" >"$work/needed"
     ! grep 'not found' "$work/needed" || fail "$file lacks a library"
 done
-ldconfig -p | grep -q 'libUtility\.so\.' || fail "the linker of programs does not know the library"
+ldconfig -p | grep 'libUtility\.so\.' >"$work/known" || fail "the linker of programs does not know the library"
 quietly purge dpkg --purge libutility
 
 say "the tools, and what the packages need"
@@ -65,7 +65,7 @@ g++ -std=c++20 -g0 -I. "${flags[@]}" -c examples/crash_demo.cpp -o crash_demo.o
 compile crash_demo crash_demo.o examples/Console.cpp examples/crash/Causes.cpp &
 wait
 ./display_language 0407 >/dev/null
-./display_language | grep -q '^\* German' || fail "the satellites are not found"
+./display_language | grep '^\* German' >language.txt || fail "the satellites are not found"
 status=0
 ./run_job sh -c 'exit 7' || status=$?
 [ "$status" = 7 ] || fail "a job ended by $status"
