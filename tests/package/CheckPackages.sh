@@ -134,7 +134,7 @@ END
         same "sections of ${file##*/} that are not stripped" </dev/null
     done
     size=$(stat -c %s "$library")
-    [ "$size" -lt 1500000 ] || { status=1 && echo "the library has grown to $size bytes"; }
+    [ "$size" -lt 1000000 ] || { status=1 && echo "the library has grown to $size bytes"; }
 }
 
 case $mode in
