@@ -1,6 +1,6 @@
-# Packages of the library, which the target `packages` makes in the build's folder packages/: on Linux the Debian packages
-# libutility and libutility-dev, for Windows a zip that is unpacked anywhere. Included where the library is shared and the
-# project itself.
+# Packages of the library, which the target `packages` makes in the build's folder packages/: on Linux the Debian
+# packages libutility and libutility-dev, for Windows a zip that is unpacked anywhere. Included where the library is
+# shared and the project itself.
 
 set(packages_folder "${PROJECT_BINARY_DIR}/packages")
 
@@ -50,8 +50,8 @@ display language, reports of crashes, jobs, archives, and what else such an
 application stands on.
 .
 This package has what its programs need to run.")
-  # What the library loads when it is first asked for: zlib, without which a compressed file lacks its text; libdw for the
-  # calls of a crash report; minizip for archives; libsystemd to hand a mail to the desktop.
+  # What the library loads when it is first asked for: zlib, without which a compressed file lacks its text; libdw for
+  # the calls of a crash report; minizip for archives; libsystemd to hand a mail to the desktop.
   set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_DEPENDS "libsqlite3-0, zlib1g")
   set(CPACK_DEBIAN_UTILITY_RUNTIME_PACKAGE_RECOMMENDS "libdw1, libminizip1, libsystemd0")
   # And for boxes, the clipboard, mail without the desktop's portal, and keys.

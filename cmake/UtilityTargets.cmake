@@ -41,10 +41,10 @@ function(utility_precompile target)
   endif()
 endfunction()
 
-# Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder, or that of each
-# configuration in it, and, with LIBRARY, the library and its satellites too, so that the folder can be copied to another
-# machine as it is. On Linux a program that has the library in it looks there for the programs that the library starts.
-# Makes the target `name` for it.
+# Windows looks for a program's libraries beside it. Puts the runtime files into the current build folder, or that of
+# each configuration in it, and, with LIBRARY, the library and its satellites too, so that the folder can be copied to
+# another machine as it is. On Linux a program that has the library in it looks there for the programs that the library
+# starts. Makes the target `name` for it.
 function(utility_stage_runtime name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "LIBRARY" "" "")
   if(WIN32)

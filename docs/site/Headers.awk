@@ -121,7 +121,8 @@ END {
     sub(/\.h$/, "", file)
     take_manual()
 
-    # The depth of braces is `depth`; scopes[depth] says of what the innermost one is: a scope with declarations, or a body.
+    # The depth of braces is `depth`; scopes[depth] says of what the innermost one is: a scope with declarations, or a
+    # body.
     depth = 0
     scopes[0] = "scope"
     shared = ""

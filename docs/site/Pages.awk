@@ -24,8 +24,8 @@ function link_of(target,    anchor, file) {
     return "source_" file ".html"
 }
 
-# Between backquotes a quote would end the code, and a % goes; a name is linked to its text in the reference between tags
-# only. The text of a link into the reference is taken as it stands.
+# Between backquotes a quote would end the code, and a % goes; a name is linked to its text in the reference between
+# tags only. The text of a link into the reference is taken as it stands.
 function spans_of(line,    count, pieces, i) {
     if (line ~ /^ *$/)
         in_span = 0

@@ -1,8 +1,8 @@
 # Compares the layouts of classes in two descriptions by abidw, that of a release and that of now:
 #   awk -f Layouts.awk RELEASED NOW
 # It says which classes are in both and not the same, and then ends with 1; another name of a field counts as well.
-# abidiff goes from functions to the types of their parameters, and does not come to the lines of a record, for one, which
-# inline functions read in the nodes of a list.
+# abidiff goes from functions to the types of their parameters, and does not come to the lines of a record, for one,
+# which inline functions read in the nodes of a list.
 function attribute(key) {
     return match($0, " " key "='[^']*'") ? substr($0, RSTART + length(key) + 3, RLENGTH - length(key) - 4) : ""
 }

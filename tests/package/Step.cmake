@@ -10,9 +10,9 @@
 #             the project has several, folders of its own for programs and libraries, and satellites. With REFUSED it is
 #             not to be built, and that is to be in the first error.
 #   packages  makes the packages of BUILD; the zip is unpacked to PREFIX, which has its name
-# Common: SOURCE (of the library), VERSION, SHARED, SATELLITES (whether it has them), WORK (a folder for this step), OBJECTS
-# (a script that names the library's objects, if there are any to take), OPTIONS for configuring, and what the library was
-# configured with.
+# Common: SOURCE (of the library), VERSION, SHARED, SATELLITES (whether it has them), WORK (a folder for this step),
+# OBJECTS (a script that names the library's objects, if there are any to take), OPTIONS for configuring, and what the
+# library was configured with.
 
 # The same compiler and target as the library, whichever project is configured. Nothing here is looked at with a
 # debugger, and optimising takes the most time; without a precompiled header the compiler cache serves both builds.

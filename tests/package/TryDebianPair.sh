@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Tries the Debian packages of the library where nothing else is, as root of a machine that is thrown away:
 #   scripts/package && scripts/fresh-machine --with build/packages tests/package/TryDebianPair.sh
-# libutility finds all that it needs by its own dependencies; with libutility-dev programs are built, by find_package and
-# by pkg-config, and run, with what the library has beside it; and nothing is left when both are purged.
+# libutility finds all that it needs by its own dependencies; with libutility-dev programs are built, by find_package
+# and by pkg-config, and run, with what the library has beside it; and nothing is left when both are purged.
 set -euo pipefail
 . "$(dirname "$0")/../../scripts/common.sh"
 packages=$root/build/packages

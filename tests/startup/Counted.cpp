@@ -1,8 +1,8 @@
 // Loads a module that uses the library, uses it on several threads, which stay alive, and unloads it, again and again,
 // for the tests of startup/CMakeLists.txt:
 //   Counted MODULE FILE     FILE is for the module to read
-// Its exit code is 0 if the process then has what it had before: handlers of faults, thread slots, files and descriptors
-// or handles, what it has mapped.
+// Its exit code is 0 if the process then has what it had before: handlers of faults, thread slots, files and
+// descriptors or handles, what it has mapped.
 
 #include <boost/dll/shared_library.hpp>
 #include <boost/filesystem/operations.hpp>

@@ -2,8 +2,8 @@
 
 // A second try for a library that is loaded when it is used first: beside the program.
 //
-// On Windows an application module puts the hook into its own slot, __pfnDliFailureHook2 of <delayimp.h>; on Linux it is
-// for the library's opener, `OpenDelayed("libkernel.so", &ZeloDliHook)`. The library has no hook for what it loads
+// On Windows an application module puts the hook into its own slot, __pfnDliFailureHook2 of <delayimp.h>; on Linux it
+// is for the library's opener, `OpenDelayed("libkernel.so", &ZeloDliHook)`. The library has no hook for what it loads
 // itself. Any thread may call. Throws nothing but for lack of memory.
 
 #include "utility/platform/DelayLoad.h"

@@ -6,9 +6,9 @@
 //     const bool isCopy = IsKeyDown(shift);
 //     assert(MouseKeyToVirtualKey(16) == 4); // the middle button
 //
-// On Linux the X server of the session is asked, whose library is loaded for that; under Wayland that is XWayland, which
-// knows of the keys for its own windows alone. Where there is none, or one that does not answer within three seconds, no
-// key is held.
+// On Linux the X server of the session is asked, whose library is loaded for that; under Wayland that is XWayland,
+// which knows of the keys for its own windows alone. Where there is none, or one that does not answer within three
+// seconds, no key is held.
 //
 // Any thread may call. Nothing throws.
 

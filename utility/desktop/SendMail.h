@@ -23,11 +23,11 @@
 // On Linux it is the first of these that takes the mail: the desktop's portal (org.freedesktop.portal.Email on the
 // session's bus), where it can see the attachment; Thunderbird; and xdg-email, where the desktop's program for mails is
 // one that is known to keep attachments (Thunderbird, Evolution, KMail, Claws Mail), since others drop them without a
-// word. The last two need a display that answers. The user always sees the mail before it goes, with or without a dialog
-// asked for, and nobody tells whether it then went: success means that a mail program has taken it, cancelled that the
-// user did not want one. A program that fails within five seconds of its start is a failure, one that runs by then has
-// the mail. No shell reads what the programs are given; the host is told of no child, and none of them is left as a
-// zombie.
+// word. The last two need a display that answers. The user always sees the mail before it goes, with or without a
+// dialog asked for, and nobody tells whether it then went: success means that a mail program has taken it, cancelled
+// that the user did not want one. A program that fails within five seconds of its start is a failure, one that runs by
+// then has the mail. No shell reads what the programs are given; the host is told of no child, and none of them is left
+// as a zombie.
 //
 // Programs of Linux read an attachment long after Send has returned. So they get a copy of it, under its attachment
 // name, in a folder that only the user may enter: utility-mail-XXXXXX among the system's temporary files ($TMPDIR, or
@@ -64,7 +64,8 @@ public:
 
     /// Sends one file. Deliberately true for a failure that the user should be told of, and false if there is nothing
     /// more to say: it went well, the user has cancelled it, or could not log on. Without a recipient the mail program
-    /// asks for one. A note goes deliberately with a subject only. Without Init nothing is sent, and the result is true.
+    /// asks for one. A note goes deliberately with a subject only. Without Init nothing is sent, and the result is
+    /// true.
     bool Send(const std::wstring& recipient, const std::wstring& subject, const boost::filesystem::path& attachment,
               const std::wstring& attachmentName, const std::wstring& note, bool noDialog);
 

@@ -29,9 +29,9 @@ public:
     ~CZeloImageList() override;
 
     // Of a resource's number only the lower 16 bits count; a name may also be a number behind a #. An image has
-    // `imageSize` pixels in each direction, at least one. The tint matters for the disabled state alone; its lowest byte
-    // is red. `kind` is the message that the list is for: TB_SETHOTIMAGELIST, TB_SETDISABLEDIMAGELIST, or another one
-    // for pixels as they are.
+    // `imageSize` pixels in each direction, at least one. The tint matters for the disabled state alone; its lowest
+    // byte is red. `kind` is the message that the list is for: TB_SETHOTIMAGELIST, TB_SETDISABLEDIMAGELIST, or another
+    // one for pixels as they are.
 
     /// A new list of the images of a strip: 1, or 0 on failure, which leaves an empty list, or, where none could be
     /// made, the earlier one. A bitmap that cannot be added is deliberately not deleted.

@@ -4,8 +4,8 @@
 //
 //     SetThreadName(threadId, "tool paths");
 //
-// Any thread may call. Nothing is thrown. Without a debugger nothing happens at all: it leaves no trace. On Linux, where
-// a debugger asks the system for it, a name has at most 15 bytes, and the rest is cut off.
+// Any thread may call. Nothing is thrown. Without a debugger nothing happens at all: it leaves no trace. On Linux,
+// where a debugger asks the system for it, a name has at most 15 bytes, and the rest is cut off.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/Types.h"

@@ -26,13 +26,13 @@
 // meant to be the same file still. Where it points to another device, the new version is copied there and swapped
 // there. Where it leads nowhere, the new file takes the place of the link. A file that did not exist before gets its
 // name by a plain renaming, and so it does where the swap is refused, in the place of a link too. Where a flush fails
-// within the swap, the old file stays, the new one is removed, and the destructor throws that it is missing. A device or
-// a pipe is not replaced: the destructor throws, and the new file stays beside it.
+// within the swap, the old file stays, the new one is removed, and the destructor throws that it is missing. A device
+// or a pipe is not replaced: the destructor throws, and the new file stays beside it.
 //
 // One swap there takes these calls of the system, if the old file is no link, has no extended attributes, the new one
 // has its owner and permissions, and CommitAndClose came right before: lstat, open, fstat, listxattr, fgetxattr, fstat,
-// geteuid, link, fstat, rename, open, fsync, close, close, and to remove the backup lstat, unlink. Otherwise an fsync of the new
-// file comes ahead of the rename.
+// geteuid, link, fstat, rename, open, fsync, close, close, and to remove the backup lstat, unlink. Otherwise an fsync
+// of the new file comes ahead of the rename.
 //
 // On Windows another program that has the file open, such as one that looks for viruses, is waited for up to a tenth of
 // a second. Where the system refuses the swap for good, for lack of rights as a rule, the old file is removed, or moved

@@ -14,8 +14,8 @@
 
 #include "utility/platform/Export.h"
 
-/// Sets an event when it dies. Each copy sets the event as well, deliberately one that was assigned too: what it was for
-/// before is not set.
+/// Sets an event when it dies. Each copy sets the event as well, deliberately one that was assigned too: what it was
+/// for before is not set.
 class UTILITY_API CEventSetter
 {
 public:

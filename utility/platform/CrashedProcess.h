@@ -62,12 +62,13 @@ public:
     virtual bool MakeFolders(const boost::filesystem::path& folder) = 0;
 
     /// A stream of text into a new file, or one emptied, that nobody else may open until it is closed; null on failure.
-    /// On Windows each \n becomes two characters and the encoding is that of the global locale, with a question mark for
-    /// what that lacks; on Linux it is UTF-8, whatever the locale; a link, a pipe, a file of another user, or one that has other names too, is a failure.
+    /// On Windows each \n becomes two characters and the encoding is that of the global locale, with a question mark
+    /// for what that lacks; on Linux it is UTF-8, whatever the locale; a link, a pipe, a file of another user, or one
+    /// that has other names too, is a failure.
     virtual std::unique_ptr<std::wostream> OpenReport(const boost::filesystem::path& file) = 0;
 
-    /// A stream of bytes into a new file, in the place of whatever else has its name; null on failure. Each piece of text
-    /// is in the file at once; on Windows each \n becomes two characters.
+    /// A stream of bytes into a new file, in the place of whatever else has its name; null on failure. Each piece of
+    /// text is in the file at once; on Windows each \n becomes two characters.
     virtual std::unique_ptr<std::ostream> MakeLog(const boost::filesystem::path& file) = 0;
 
     /// What the system says of an exception code, into a text of a fixed size: true if it said something. False with

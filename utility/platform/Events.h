@@ -9,8 +9,8 @@
 namespace utility::platform
 {
 
-/// Events: what one thread sets, and others wait for. Any thread may call. A handle is ended by Handles().CloseHandle, or
-/// a resource_ptr. An operation that fails leaves its reason in LastError().
+/// Events: what one thread sets, and others wait for. Any thread may call. A handle is ended by Handles().CloseHandle,
+/// or a resource_ptr. An operation that fails leaves its reason in LastError().
 class EventService
 {
 public:

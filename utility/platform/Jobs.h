@@ -8,12 +8,12 @@
 namespace utility::platform
 {
 
-/// Jobs: groups of processes that can be ended together. Any thread may call. Handles are ended by Handles().CloseHandle.
-/// An operation that fails leaves its reason in LastError().
+/// Jobs: groups of processes that can be ended together. Any thread may call. Handles are ended by
+/// Handles().CloseHandle. An operation that fails leaves its reason in LastError().
 ///
 /// On Linux a job is a program, UtilityJobSupervisor beside the library, that the processes of the job are descendants
-/// of, however they were started: it adopts those whose parents have ended. They are in a control group of their own where
-/// the system lets this process make one.
+/// of, however they were started: it adopts those whose parents have ended. They are in a control group of their own
+/// where the system lets this process make one.
 class JobService
 {
 public:
@@ -35,9 +35,9 @@ public:
     /// rules of SplitCommandLine.
     virtual HANDLE StartIn(HANDLE job, const wchar_t* commandLine) = 0;
 
-    /// Waits for the end of a process that was started, or of what watches a job, and gives its exit code. No value when
-    /// the time is up, with the reason 0, and on failure; all ones are for ever. What a signal has ended on Linux has 128
-    /// and its number.
+    /// Waits for the end of a process that was started, or of what watches a job, and gives its exit code. No value
+    /// when the time is up, with the reason 0, and on failure; all ones are for ever. What a signal has ended on Linux
+    /// has 128 and its number.
     virtual std::optional<DWORD> WaitForExitCode(HANDLE handle, DWORD milliseconds) = 0;
 };
 

@@ -28,8 +28,8 @@ public:
     virtual void Free(HINSTANCE library) = 0;
 
     /// The module that holds an address, the program for null. Flags are those of the system on Windows: 4, without
-    /// which it is no success, with 1 for a module that is to stay loaded, 2 for one that is not held. On Linux a module
-    /// that is held stays loaded, too.
+    /// which it is no success, with 1 for a module that is to stay loaded, 2 for one that is not held. On Linux a
+    /// module that is held stays loaded, too.
     virtual HINSTANCE ModuleAt(void* address, DWORD flags) = 0;
 };
 

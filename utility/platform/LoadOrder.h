@@ -1,8 +1,8 @@
 #pragma once
 
 // What the library does when it is loaded, in one list. A program gets the steps of those rooms that it uses of the
-// static library, and all of them of the shared one. The static objects of a host come behind them, at whatever priority
-// above these, and may use everything.
+// static library, and all of them of the shared one. The static objects of a host come behind them, at whatever
+// priority above these, and may use everything.
 //
 // At unload each step is undone, the last one first. At the end of the process none is.
 

@@ -47,8 +47,8 @@ public:
     virtual bool SetRuntimeLocale(const wchar_t* abbreviation) = 0;
 
     /// Has the C library of the calling thread go by the locale "C", other threads as before; gives what to put back.
-    /// Where the C library has no locales of threads, as msvcrt.dll, it is the whole process that goes by "C", until each
-    /// thread that called for it has put back what its first call gave.
+    /// Where the C library has no locales of threads, as msvcrt.dll, it is the whole process that goes by "C", until
+    /// each thread that called for it has put back what its first call gave.
     virtual RuntimeLocale UseCLocale() = 0;
     /// Puts back what UseCLocale gave, in the same thread.
     virtual void UseRuntimeLocale(const RuntimeLocale& earlier) = 0;

@@ -21,10 +21,10 @@ public:
 
     /// Starts the program that a command line names, with no open file of this process but its standard streams.
     ///
-    /// On Windows the system may write into the command line. On Linux it is split by the rules of SplitCommandLine, and
-    /// the program is looked for along PATH if its name has no slash. It is no child of this process there: no signal
-    /// tells of its end, and nothing of it is left. False, with the reason in LastError(), if there is no such program,
-    /// or it cannot be started.
+    /// On Windows the system may write into the command line. On Linux it is split by the rules of SplitCommandLine,
+    /// and the program is looked for along PATH if its name has no slash. It is no child of this process there: no
+    /// signal tells of its end, and nothing of it is left. False, with the reason in LastError(), if there is no such
+    /// program, or it cannot be started.
     virtual bool Run(wchar_t* commandLine, UntilItEnds then) = 0;
 
     /// Opens a file in the way that the user's desktop knows, or starts a program with its parameters, which may be

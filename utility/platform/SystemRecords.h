@@ -1,7 +1,7 @@
 #pragma once
 
-// Records of the system's that few need. On Windows they are the system's own; elsewhere they have the same names, sizes
-// and fields.
+// Records of the system's that few need. On Windows they are the system's own; elsewhere they have the same names,
+// sizes and fields.
 
 #include "utility/platform/Types.h"
 

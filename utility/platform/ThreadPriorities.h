@@ -8,8 +8,8 @@ namespace utility::platform
 
 /// How soon threads get a processor. Any thread may call. An operation that fails leaves its reason in LastError().
 ///
-/// Priorities are those of Windows: 0 is the usual one, 1 and 2 are above it, -1 and -2 below, 15 and -15 the utmost. On
-/// Linux they are the steps -5, -10, 5, 10, -20 and 19 of the thread's nice value, and a value between these is a
+/// Priorities are those of Windows: 0 is the usual one, 1 and 2 are above it, -1 and -2 below, 15 and -15 the utmost.
+/// On Linux they are the steps -5, -10, 5, 10, -20 and 19 of the thread's nice value, and a value between these is a
 /// priority as well, by a number of its own.
 class ThreadPriorityService
 {

@@ -31,7 +31,8 @@ public:
     virtual bool Name(std::wstring& name) = 0;
 
     /// Whether the process has the rights of an administrator: on Windows, whether the administrators are among its
-    /// groups, be they denied or not; on Linux, whether it acts as the superuser, or has one of the groups sudo and wheel.
+    /// groups, be they denied or not; on Linux, whether it acts as the superuser, or has one of the groups sudo and
+    /// wheel.
     virtual bool IsAdministrator() = 0;
 };
 

@@ -51,8 +51,8 @@ static_assert(offsetof(ZipOptions, noFolders) == 76 && offsetof(ZipOptions, leve
 inline constexpr const char* zipNamesAreUtf8 = "-UN=UTF8";
 
 /// The two operations of that library. It is loaded with the first call of ZpInit, which comes ahead of ZpArchive.
-/// One archive at a time on Windows. Linux has them as codec/Zip.h tells; there the callbacks are not called, and of the
-/// options root folder and level count, the others being always on.
+/// One archive at a time on Windows. Linux has them as codec/Zip.h tells; there the callbacks are not called, and of
+/// the options root folder and level count, the others being always on.
 class ZipLibraryService
 {
 public:

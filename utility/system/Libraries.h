@@ -7,8 +7,8 @@
 //         Show(major, minor);
 //     assert(GetModuleHandleExW(nullptr, 2) != nullptr); // the program
 //
-// A library is found as the system finds it, on Windows with what it needs in its own folder too, and is released before
-// the call returns. A path with a null character in it is that of none. On Linux these are shared objects.
+// A library is found as the system finds it, on Windows with what it needs in its own folder too, and is released
+// before the call returns. A path with a null character in it is that of none. On Linux these are shared objects.
 //
 // Any thread may call. Nothing throws.
 
@@ -20,8 +20,8 @@
 /// Whether a library can be loaded.
 [[nodiscard]] UTILITY_API bool IsDLLAvailable(const boost::filesystem::path& library);
 
-/// The version that a library tells of itself by its function DllGetVersion. Gives the function's status, and 0x80004005
-/// for a library that cannot be loaded or does not have it; the version is stored unless that is negative.
+/// The version that a library tells of itself by its function DllGetVersion. Gives the function's status, and
+/// 0x80004005 for a library that cannot be loaded or does not have it; the version is stored unless that is negative.
 UTILITY_API HRESULT GetDLLVersion(const boost::filesystem::path& library, DWORD& major, DWORD& minor);
 
 /// The same of the system's browser, shdocvw.dll in its folder, which Linux does not have.

@@ -15,8 +15,8 @@
 #include "utility/platform/Export.h"
 
 /// Starts a program and, with `wait`, waits for its end; otherwise it is a group of its own, which Ctrl-C does not
-/// reach. Whether that fails is deliberately not told. The text must be writable on Windows, whatever its type says: the
-/// system may write into it.
+/// reach. Whether that fails is deliberately not told. The text must be writable on Windows, whatever its type says:
+/// the system may write into it.
 UTILITY_API void QLMExecute(const wchar_t* commandLine, bool wait);
 
 /// Opens a file as the desktop does, or starts a program with parameters, which may be null. If that fails, a message

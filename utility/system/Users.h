@@ -7,8 +7,8 @@
 //         Show(L"Written by " + name);
 //
 // A text that is not found is left as it was, and the result is false. Linux knows the accounts that the system's own
-// services tell of, by what their descriptions have ahead of the first comma; it has no servers, so a form that names one
-// is false there.
+// services tell of, by what their descriptions have ahead of the first comma; it has no servers, so a form that names
+// one is false there.
 //
 // Any thread may call. Nothing throws but for lack of memory.
 
@@ -33,7 +33,7 @@ UTILITY_API bool GetUserFullName(const wchar_t* server, const wchar_t* user, std
 /// The server that the user has logged on at. Linux is false.
 UTILITY_API bool GetUserLogonServer(std::wstring& server);
 
-/// Whether the user is an administrator. On Windows, whether the administrators are among the groups of the process, even
-/// where that group is denied, and false for a process of more groups than 1,024 bytes hold, both deliberately. On Linux,
-/// whether the process acts as the superuser, or is in one of the groups sudo and wheel.
+/// Whether the user is an administrator. On Windows, whether the administrators are among the groups of the process,
+/// even where that group is denied, and false for a process of more groups than 1,024 bytes hold, both deliberately. On
+/// Linux, whether the process acts as the superuser, or is in one of the groups sudo and wheel.
 [[nodiscard]] UTILITY_API bool UserHasAdministrativeRights();

@@ -13,7 +13,8 @@
 // C library with locales of threads, which msvcrt.dll is not: with that one the whole process goes by "C", as long as
 // there is an object in any of its threads.
 //
-// On Linux a locale that the thread had of its own, by uselocale, is in use again in the end, and has to be there still.
+// On Linux a locale that the thread had of its own, by uselocale, is in use again in the end, and has to be there
+// still.
 
 #include "utility/platform/Export.h"
 #include "utility/platform/RuntimeLocale.h"

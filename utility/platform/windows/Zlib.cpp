@@ -12,8 +12,8 @@ namespace utility::platform
 namespace
 {
 
-/// What is called here is imported with its first call: zlib1.def lists it. The file that was loaded then goes with this
-/// library.
+/// What is called here is imported with its first call: zlib1.def lists it. The file that was loaded then goes with
+/// this library.
 class WindowsZlib final : public ZlibService
 {
 public:
