@@ -153,7 +153,7 @@ protected:
 
 private:
     struct Data;
-    struct DataMap;
+    struct UTILITY_LOCAL DataMap;
 
     std::wstring DoGetValue(const wchar_t* subKey, const wchar_t* name, const std::wstring& defaultValue,
                             bool useUserHive) const;

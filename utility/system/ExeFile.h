@@ -92,7 +92,7 @@ public:
 private:
     UTILITY_LOCAL const void* FindFileHeader() const;
     template <class Field>
-    Field FieldAt(std::size_t offset) const;
+    UTILITY_LOCAL Field FieldAt(std::size_t offset) const;
 
     const void* m_pFileHeader; ///< in the mapping
 };
