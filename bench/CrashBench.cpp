@@ -83,7 +83,7 @@ int main(int argumentCount, char** arguments)
     const support::FaultedProgram program(UTILITY_CRASHED_PROGRAM);
     Check(program.IsStopped());
     utility::platform::posix::ReportRequest request = {};
-    request.process = request.thread = program.Process();
+    request.thread = request.threadInProc = program.Process();
     request.record.ExceptionCode = 0xC0000005;
     request.record.ExceptionAddress = reinterpret_cast<void*>(program.Context().Rip);
     request.context = program.Context();
