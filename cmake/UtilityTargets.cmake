@@ -26,8 +26,9 @@ function(utility_options target)
             -fnon-call-exceptions)
   if(WIN32)
     target_compile_definitions(${target} PRIVATE _WIN32_WINNT=0x0A00 UNICODE _UNICODE)
-    # The version that Wine's own symbol reader understands.
-    target_compile_options(${target} PRIVATE -gdwarf-4)
+    # The version that Wine's own symbol reader understands. And a register that an inline function leaves alone is not
+    # free across its calls: the linker may take a copy of it that was compiled otherwise, and GCC does not see to that.
+    target_compile_options(${target} PRIVATE -gdwarf-4 $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-ra>)
   endif()
 endfunction()
 
