@@ -1,5 +1,5 @@
-// The library, which tells on the error stream of each step of its load: its number when it has been done, and "-" and
-// its number when it has been undone. The linker has the library's objects call what is here.
+// The library, which tells on the error stream of each step of its load: its name when it has been done, and "-" and its
+// name when it has been undone. The linker has the library's objects call what is here.
 
 #include "utility/platform/LoadOrder.h"
 
@@ -20,13 +20,42 @@ namespace
 
 constexpr std::size_t count = restIsMade - platformIsReady;
 
+const char* NameOf(std::size_t number)
+{
+    switch (platformIsReady + number)
+    {
+    case allocatorSlotIsTaken:
+        return "slot";
+    case loadingThreadHasAnAllocator:
+        return "allocator";
+    case libraryResourcesAreLoaded:
+        return "resources";
+    case languageTableIsMade:
+        return "languages";
+    case databaseSlotIsTaken:
+        return "database";
+    case settingsMapIsMade:
+        return "settings";
+    case productNameIsMade:
+        return "product";
+    case unitNamesAreLoaded:
+        return "units";
+    case faultFilterIsInstalled:
+        return "filter";
+    case decimalSymbolIsSet:
+        return "symbol";
+    default:
+        return "?";
+    }
+}
+
 constinit std::array<void (*)(), count> ends{};
 
 template <std::size_t number>
 void EndAndTell()
 {
     ends[number]();
-    std::fprintf(stderr, " -%zu", number);
+    std::fprintf(stderr, " -%s", NameOf(number));
 }
 
 template <std::size_t... numbers>
@@ -43,5 +72,5 @@ void DoneInstead(LoadStep* step, LoadOrder place, void (*begin)(), void (*end)()
     const std::size_t number = place - platformIsReady;
     ends[number] = end;
     DoneBy(step, place, begin, EndTelling(number, std::make_index_sequence<count>()));
-    std::fprintf(stderr, " %zu", number);
+    std::fprintf(stderr, " %s", NameOf(number));
 }
