@@ -29,8 +29,8 @@ void PutEarlierFilterBack()
     reportingSlot.GiveBack();
 }
 
-[[gnu::init_priority(faultFilterIsInstalled)]] LoadStep faultFilter(faultFilterIsInstalled, &InstallFilter,
-                                                                    &PutEarlierFilterBack);
+[[gnu::init_priority(faultFilterIsInstalled)]] LoadStep filterStep(faultFilterIsInstalled, &InstallFilter,
+                                                                   &PutEarlierFilterBack);
 
 }
 

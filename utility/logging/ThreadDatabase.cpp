@@ -22,7 +22,7 @@ void TakeSlot() { threadDatabaseSlot.Take(); }
 
 void GiveSlotBack() { threadDatabaseSlot.GiveBack(); }
 
-[[gnu::init_priority(databaseSlotIsTaken)]] LoadStep databaseSlot(databaseSlotIsTaken, &TakeSlot, &GiveSlotBack);
+[[gnu::init_priority(databaseSlotIsTaken)]] LoadStep slotStep(databaseSlotIsTaken, &TakeSlot, &GiveSlotBack);
 
 }
 

@@ -31,7 +31,7 @@ void TakeSlot() { threadAllocatorSlot.Take(); }
 
 void GiveSlotBack() { threadAllocatorSlot.GiveBack(); }
 
-[[gnu::init_priority(allocatorSlotIsTaken)]] LoadStep slot(allocatorSlotIsTaken, &TakeSlot, &GiveSlotBack);
+[[gnu::init_priority(allocatorSlotIsTaken)]] LoadStep slotStep(allocatorSlotIsTaken, &TakeSlot, &GiveSlotBack);
 
 constinit StaticPlace<CThreadAllocatorManager> loadingThread;
 
@@ -40,7 +40,7 @@ void GiveLoadingThreadAnAllocator() { loadingThread.Make(); }
 void TakeLoadingThreadsAllocator() { loadingThread.Destroy(); }
 
 [[gnu::init_priority(loadingThreadHasAnAllocator)]] LoadStep
-    allocator(loadingThreadHasAnAllocator, &GiveLoadingThreadAnAllocator, &TakeLoadingThreadsAllocator);
+    allocatorStep(loadingThreadHasAnAllocator, &GiveLoadingThreadAnAllocator, &TakeLoadingThreadsAllocator);
 
 CQLMNodeAllocator* Allocator() { return static_cast<CQLMNodeAllocator*>(threadAllocatorSlot.Value()); }
 

@@ -23,8 +23,8 @@ void SetProcessSymbol() { processSymbol.Make(L"."); }
 
 void DestroyProcessSymbol() { processSymbol.Destroy(); }
 
-[[gnu::init_priority(decimalSymbolIsSet)]] LoadStep decimalSymbol(decimalSymbolIsSet, &SetProcessSymbol,
-                                                                  &DestroyProcessSymbol);
+[[gnu::init_priority(decimalSymbolIsSet)]] LoadStep symbolStep(decimalSymbolIsSet, &SetProcessSymbol,
+                                                               &DestroyProcessSymbol);
 
 int dialogDecimalPlaces = placesOfUnits[DISTANCE_UNITS_MM];
 

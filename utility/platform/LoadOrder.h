@@ -36,7 +36,7 @@ enum LoadOrder
 
 /// A step of a room, at the place that the room's code stands at:
 ///
-///     [[gnu::init_priority(unitNamesAreLoaded)]] LoadStep unitNames(unitNamesAreLoaded, &Load, &Destroy);
+///     [[gnu::init_priority(unitNamesAreLoaded)]] LoadStep namesStep(unitNamesAreLoaded, &Load, &Destroy);
 class LoadStep : TearDown
 {
 public:

@@ -100,8 +100,8 @@ void MakeTranslations()
 
 void DestroyTranslations() { translations.Destroy(); }
 
-[[gnu::init_priority(languageTableIsMade)]] LoadStep languageTable(languageTableIsMade, &MakeTranslations,
-                                                                   &DestroyTranslations);
+[[gnu::init_priority(languageTableIsMade)]] LoadStep translationsStep(languageTableIsMade, &MakeTranslations,
+                                                                      &DestroyTranslations);
 
 }
 

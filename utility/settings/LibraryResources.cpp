@@ -21,8 +21,8 @@ void LoadResources()
 
 void UnloadResources() { resources.Destroy(); }
 
-[[gnu::init_priority(libraryResourcesAreLoaded)]] LoadStep libraryResources(libraryResourcesAreLoaded, &LoadResources,
-                                                                            &UnloadResources);
+[[gnu::init_priority(libraryResourcesAreLoaded)]] LoadStep resourcesStep(libraryResourcesAreLoaded, &LoadResources,
+                                                                         &UnloadResources);
 
 }
 

@@ -40,8 +40,8 @@ void LoadDescriptions()
 
 void DestroyDescriptions() { descriptions.Destroy(); }
 
-[[gnu::init_priority(unitNamesAreLoaded)]] LoadStep unitNames(unitNamesAreLoaded, &LoadDescriptions,
-                                                              &DestroyDescriptions);
+[[gnu::init_priority(unitNamesAreLoaded)]] LoadStep descriptionsStep(unitNamesAreLoaded, &LoadDescriptions,
+                                                                     &DestroyDescriptions);
 
 }
 
