@@ -40,7 +40,8 @@ enum LoadOrder
 class LoadStep : TearDown
 {
 public:
-    /// Begins the step. `end`, which undoes it, comes at unload, ahead of what undoes all that was made until then.
+    /// Begins the step. `end`, which undoes it, comes at unload, ahead of what undoes all that was made until then. The
+    /// place is for who traces the load: the system has it by the initialiser's priority.
     LoadStep(LoadOrder place, void (*begin)(), void (*end)());
 
 private:
