@@ -50,10 +50,10 @@ Hull Split(Hull& hull, double share)
 }
 
 /// Far from what a double can hold, so that no arithmetic with it ends in an infinity.
-bool IsSound(const Piece& piece)
+bool IsSound(const Hull& hull)
 {
     constexpr double large = 1e100;
-    return std::ranges::all_of(piece.points,
+    return std::ranges::all_of(hull,
                                [](const Weighted& point)
                                {
                                    return point[3] > 1.0 / large && point[3] < large &&
@@ -75,7 +75,7 @@ void Balance(Hull& hull)
 
 bool Append(Curve&& pieces, Curve& curve)
 {
-    if (pieces.empty() || !std::ranges::all_of(pieces, IsSound))
+    if (pieces.empty() || !std::ranges::all_of(pieces, IsSound, &Piece::points))
         return false;
     curve.insert(curve.end(), std::make_move_iterator(pieces.begin()), std::make_move_iterator(pieces.end()));
     return true;
@@ -165,23 +165,42 @@ void FixEnds(Curve& pieces, const Point& first, const Point& second)
     pieces.back().points.back() = WithWeight(second, 1.0);
 }
 
-/// What de Boor's way makes of the span behind a knot, with a parameter of its own in each step.
-template <class Parameter>
-Weighted Blossom(const std::vector<double>& knots, const Hull& hull, std::size_t span, std::size_t degree,
-                 const Parameter& parameter)
+std::size_t DegreeOf(const Spline& spline) { return spline.knots.size() - spline.points.size() - 1; }
+
+/// A span, which is named by the last of its control points, as far as it is between start and end.
+struct Span
 {
-    Hull points(hull.begin() + static_cast<std::ptrdiff_t>(span - degree),
-                hull.begin() + static_cast<std::ptrdiff_t>(span) + 1);
+    Span(const Spline& spline, std::size_t last)
+        : from(std::max(spline.start, spline.knots[last])), to(std::min(spline.end, spline.knots[last + 1]))
+    {
+    }
+
+    bool IsEmpty() const { return !(from < to); }
+
+    double from;
+    double to;
+};
+
+/// By de Boor's way, in which each step gives a control point one more knot at a place: first all of them where the
+/// span begins, of which what stands behind that place is kept, and then all where it ends.
+Hull HullOf(const Spline& spline, std::size_t last, const Span& span)
+{
+    const std::size_t degree = DegreeOf(spline);
+    const double* const knots = spline.knots.data() + last - degree;
+    Hull points(spline.points.begin() + static_cast<std::ptrdiff_t>(last - degree),
+                spline.points.begin() + static_cast<std::ptrdiff_t>(last) + 1);
+    const auto share = [](double at, double left, double right) { return (at - left) / (right - left); };
+    for (std::size_t step = 1; step <= degree; ++step)
+    {
+        for (std::size_t i = 0; i + step <= degree; ++i)
+            points[i] = Between(points[i], points[i + 1], share(span.from, knots[i + step], knots[i + degree + 1]));
+    }
     for (std::size_t step = 1; step <= degree; ++step)
     {
         for (std::size_t i = degree; i >= step; --i)
-        {
-            const double left = knots[span - degree + i];
-            const double right = knots[span + 1 + i - step];
-            points[i] = Between(points[i - 1], points[i], (parameter(step) - left) / (right - left));
-        }
+            points[i] = Between(points[i - 1], points[i], share(span.to, span.from, knots[degree + 1 + i - step]));
     }
-    return points[degree];
+    return points;
 }
 
 Hull Transformed(Hull hull, const Transform& transform)
@@ -207,10 +226,11 @@ double ShareOutside(const Extents& extents, const Point& point)
     return share;
 }
 
+constexpr double lastBits = 4e-15;
+
 /// `splits` is how many more there may be.
 void AddHull(Hull& hull, int& splits, Extents& extents)
 {
-    constexpr double lastBits = 4e-15;
     double outside = 0.0;
     for (const Weighted& point : hull)
         outside = std::max(outside, ShareOutside(extents, Projected(point)));
@@ -227,6 +247,15 @@ void AddHull(Hull& hull, int& splits, Extents& extents)
     extents.Add(Projected(rest.front()));
     AddHull(hull, splits, extents);
     AddHull(rest, splits, extents);
+}
+
+void AddPiece(Hull hull, Extents& extents)
+{
+    constexpr int mostSplits = 4000;
+    extents.Add(Projected(hull.front()));
+    extents.Add(Projected(hull.back()));
+    int splits = mostSplits;
+    AddHull(hull, splits, extents);
 }
 
 double DistanceFromChord(const Point& first, const Point& last, const Point& point)
@@ -453,35 +482,43 @@ bool AddCubic(const std::array<Point, 4>& coefficients, double start, double end
     return Append({piece}, curve);
 }
 
-bool AddSpline(const std::vector<double>& knots, const std::vector<double>& weights, const std::vector<Point>& points,
-               double start, double end, Curve& curve)
+bool AddSpline(std::vector<double> knots, const std::vector<double>& weights, const std::vector<Point>& points,
+               double start, double end, std::vector<Spline>& splines, Curve& curve)
 {
     constexpr std::size_t highestDegree = 25;
     const std::size_t degree = knots.size() - points.size() - 1;
     if (degree == 0 || degree > highestDegree || points.size() <= degree || !std::ranges::is_sorted(knots) ||
         !std::ranges::all_of(knots, [](double knot) { return std::isfinite(knot); }))
         return false;
-    Hull hull;
-    for (std::size_t i = 0; i < points.size(); ++i)
-        hull.push_back(WithWeight(points[i], weights[i]));
     if (!(start < end))
     {
         start = knots.front();
         end = knots.back();
     }
-    Curve pieces;
-    for (std::size_t span = degree; span < points.size(); ++span)
+    if (!(std::max(start, knots[degree]) < std::min(end, knots[points.size()])))
+        return false;
+    Spline spline{std::move(knots), {}, start, end};
+    spline.points.reserve(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i)
+        spline.points.push_back(WithWeight(points[i], weights[i]));
+    if (IsSound(spline.points))
     {
-        const double from = std::max(start, knots[span]);
-        const double to = std::min(end, knots[span + 1]);
-        if (!(from < to))
-            continue;
-        Piece& piece = pieces.emplace_back(Piece{{}, from, to});
-        for (std::size_t i = 0; i <= degree; ++i)
-            piece.points.push_back(
-                Blossom(knots, hull, span, degree, [&](std::size_t step) { return step <= i ? to : from; }));
+        splines.push_back(std::move(spline));
+        return true;
     }
+    Curve pieces;
+    AddPieces(spline, pieces);
     return Append(std::move(pieces), curve);
+}
+
+void AddPieces(const Spline& spline, Curve& curve)
+{
+    for (std::size_t last = DegreeOf(spline); last < spline.points.size(); ++last)
+    {
+        const Span span(spline, last);
+        if (!span.IsEmpty())
+            curve.push_back({HullOf(spline, last, span), span.from, span.to});
+    }
 }
 
 Curve Transformed(const Curve& curve, const Transform& transform)
@@ -515,14 +552,43 @@ Curve Clipped(const Curve& curve, double start, double end)
 
 void AddToExtents(const Curve& curve, const Transform& transform, Extents& extents)
 {
-    constexpr int mostSplits = 4000;
     for (const Piece& piece : curve)
+        AddPiece(Transformed(piece.points, transform), extents);
+}
+
+/// A span is within the hull of its control points. First comes what is near those that are farthest out, and then what
+/// may still reach beyond that.
+void AddToExtents(const Spline& spline, const Transform& transform, Extents& extents)
+{
+    const std::size_t degree = DegreeOf(spline);
+    const Spline moved{spline.knots, Transformed(spline.points, transform), spline.start, spline.end};
+    const auto add = [&](std::size_t last)
     {
-        Hull hull = Transformed(piece.points, transform);
-        extents.Add(Projected(hull.front()));
-        extents.Add(Projected(hull.back()));
-        int splits = mostSplits;
-        AddHull(hull, splits, extents);
+        const Span span(moved, last);
+        if (!span.IsEmpty())
+            AddPiece(HullOf(moved, last, span), extents);
+    };
+    for (std::size_t axis = 0; axis < 3; ++axis)
+    {
+        const auto [lowest, highest] = std::ranges::minmax_element(
+            moved.points, {}, [axis](const Weighted& point) { return point[axis] / point[3]; });
+        for (const auto& point : {lowest, highest})
+        {
+            const auto index = static_cast<std::size_t>(point - moved.points.begin());
+            if (extents.IsEmpty() || ShareOutside(extents, Projected(*point)) >= lastBits)
+                add(std::clamp(index + (degree + 1) / 2, degree, moved.points.size() - 1));
+        }
+    }
+    std::size_t inside = 0; // so many control points, up to here
+    for (std::size_t last = 0; last < moved.points.size(); ++last)
+    {
+        const Point point = Projected(moved.points[last]);
+        const double outside = extents.IsEmpty() ? 1.0 : ShareOutside(extents, point);
+        inside = outside < lastBits ? inside + 1 : 0;
+        if (outside > 0.0 && outside < lastBits)
+            extents.Add(point);
+        if (last >= degree && inside <= degree)
+            add(last);
     }
 }
 

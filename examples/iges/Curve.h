@@ -5,7 +5,7 @@
 // accuracy.
 //
 //     Curve curve;
-//     if (AddSpline(knots, weights, points, start, end, curve))
+//     if (AddArc(centre, first, second, curve))
 //         AddToExtents(curve, transform, extents);
 //
 // What makes a curve gives false, and adds nothing, if its numbers make none.
@@ -44,9 +44,23 @@ bool AddConic(const std::array<double, 6>& equation, bool isParabola, const Poin
 /// a + b t + c t^2 + d t^3, with t from 0 to `end - start`.
 bool AddCubic(const std::array<Point, 4>& coefficients, double start, double end, Curve& curve);
 
-/// A B-spline from one parameter to another one, or all of it if these are not in order.
-bool AddSpline(const std::vector<double>& knots, const std::vector<double>& weights, const std::vector<Point>& points,
-               double start, double end, Curve& curve);
+/// A B-spline, all of whose control points have a weight above 0. It has many pieces, and a box around it needs but a
+/// few of them.
+struct Spline
+{
+    std::vector<double> knots;
+    std::vector<std::array<double, 4>> points; ///< w x, w y, w z and w
+    double start = 0.0;
+    double end = 0.0;
+};
+
+/// A B-spline from one parameter to another one, or all of it if these are not in order. With other weights it is added
+/// as a curve.
+bool AddSpline(std::vector<double> knots, const std::vector<double>& weights, const std::vector<Point>& points,
+               double start, double end, std::vector<Spline>& splines, Curve& curve);
+
+/// Adds all pieces of a spline.
+void AddPieces(const Spline& spline, Curve& curve);
 
 Curve Transformed(const Curve& curve, const Transform& transform);
 
@@ -55,6 +69,7 @@ Curve Clipped(const Curve& curve, double start, double end);
 
 /// Exactly, but for the last bits, and never less than the curve has.
 void AddToExtents(const Curve& curve, const Transform& transform, Extents& extents);
+void AddToExtents(const Spline& spline, const Transform& transform, Extents& extents);
 
 /// A point of a curve, and the way that the curve takes there.
 struct Sample

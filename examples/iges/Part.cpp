@@ -332,7 +332,7 @@ Curve Part::CurveOf(int directory) const
                              }
                          });
     }
-    return Transformed(shape.curve, transform);
+    return Transformed(CurvesOf(shape), transform);
 }
 
 const wchar_t* Part::ShapeOf(const Entry& entry, const Numbers& numbers, double error, Shape& shape) const

@@ -154,7 +154,7 @@ const wchar_t* Reader::SplineCurve()
     }
     const std::size_t behind = at + 3 * points.size();
     return AddSpline(m_numbers.Range(7, knots), m_numbers.Range(7 + knots, k + 1), points, m_numbers.At(behind),
-                     m_numbers.At(behind + 1), m_shape.curve)
+                     m_numbers.At(behind + 1), m_shape.splines, m_shape.curve)
                ? nullptr
                : Instead(points);
 }
@@ -173,6 +173,14 @@ const wchar_t* Reader::SplineSurface()
     return Points(10 + (k1 + m1 + 2) + (k2 + m2 + 2) + points, points, m_shape.hull);
 }
 
+}
+
+Curve CurvesOf(const Shape& shape)
+{
+    Curve curves = shape.curve;
+    for (const Spline& spline : shape.splines)
+        AddPieces(spline, curves);
+    return curves;
 }
 
 int Numbers::IntegerAt(std::size_t index) const

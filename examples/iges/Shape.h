@@ -19,9 +19,13 @@ inline constexpr const wchar_t* endsEarly = L"The record ends before the numbers
 struct Shape
 {
     std::vector<Point> points;
-    Curve curve;             ///< or several, which need not be connected
+    Curve curve; ///< or several, which need not be connected
+    std::vector<Spline> splines;
     std::vector<Point> hull; ///< not drawn: the rest of the entity is between these points
 };
+
+/// All of the curves of a shape.
+Curve CurvesOf(const Shape& shape);
 
 /// A record's numbers as counts and pointers.
 class Numbers

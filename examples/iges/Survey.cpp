@@ -23,6 +23,8 @@ public:
         for (const Point& point : shape.hull)
             m_extents.Add(transform(point));
         AddToExtents(shape.curve, transform, m_extents);
+        for (const Spline& spline : shape.splines)
+            AddToExtents(spline, transform, m_extents);
     }
 
     /// One copy is measured, and its box is moved.

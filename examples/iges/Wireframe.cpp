@@ -32,7 +32,7 @@ void Wireframe::Add(const Shape& shape, const Transform& transform)
         }
     }
     bool mayGoOn = false;
-    for (const Piece& piece : shape.curve)
+    for (const Piece& piece : CurvesOf(shape))
     {
         if (IsFull())
             return;

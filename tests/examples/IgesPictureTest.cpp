@@ -68,7 +68,7 @@ TEST(IgesPictureTest, OfNothingIsEmpty)
 TEST(IgesPictureTest, OfOnePointIsADot)
 {
     iges::Wireframe wireframe(1.0);
-    wireframe.Add({{{5, 6, 7}}, {}, {}}, {});
+    wireframe.Add({{{5, 6, 7}}, {}, {}, {}}, {});
     EXPECT_NE(TextOf(iges::WritePicture, wireframe, L"").find("<path d=\"M20 20h0\"/>"), std::string::npos);
 }
 
@@ -89,7 +89,7 @@ TEST(IgesSceneTest, HasTheLinesAndPointsInTheUnitOfThePart)
 TEST(IgesSceneTest, HasCoordinatesAHundredTimesAsFineAsItsCurves)
 {
     iges::Wireframe wireframe(0.002);
-    wireframe.Add({{{1.0 / 3, 2.0 / 3, 1000}}, {}, {}}, {});
+    wireframe.Add({{{1.0 / 3, 2.0 / 3, 1000}}, {}, {}, {}}, {});
     EXPECT_NE(TextOf(iges::WriteScene, wireframe, L"").find("\n0.33333 0.66667 1000\n"), std::string::npos);
 }
 
