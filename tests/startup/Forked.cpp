@@ -6,6 +6,7 @@
 #include "utility/settings/AppSettings.h"
 
 #include <chrono>
+#include <cwchar>
 #include <future>
 #include <sys/wait.h>
 #include <thread>
@@ -14,12 +15,14 @@
 namespace
 {
 
-/// Tells when a key is being made, and takes its time for that.
+/// Tells when the application's key is being made, and takes its time for that.
 class SlowRegistry : public support::ForwardingRegistry
 {
 public:
     LSTATUS RegCreateKeyExW(HKEY parent, const wchar_t* subKey, DWORD access, HKEY& key) override
     {
+        if (std::wcschr(subKey, L'\\') == nullptr)
+            return ForwardingRegistry::RegCreateKeyExW(parent, subKey, access, key);
         if (!m_isTold)
             m_begun.set_value();
         m_isTold = true;

@@ -10,6 +10,7 @@
 #include "utility/text/ResourceString.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -122,9 +123,18 @@ constinit StaticPlace<std::map<std::wstring, std::unique_ptr<CQLMAppSettings::Da
 
 CQLMAppSettings& CQLMAppSettings::instance()
 {
+    static constinit std::atomic<bool> isMade = false;
+    // What the store's first use loads comes ahead of the lock: static objects of another library that is being loaded,
+    // for whose end the system has this one wait, may be at the lock themselves.
+    for (const HKEY hive : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
+    {
+        if (!isMade)
+            CreateKey(hive, L"SOFTWARE", KEY_READ);
+    }
     const std::lock_guard lock(Making());
     static CQLMAppSettings settings(CompanyKeyName() +
                                     (productName->empty() ? resource_string(applicationTitle) : *productName));
+    isMade = true;
     return settings;
 }
 

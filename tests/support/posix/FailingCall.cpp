@@ -66,6 +66,7 @@ using support::FailingCall;
 
 FAILING_CALL(int, -1, access, (const char* path, int kind), path, kind)
 FAILING_CALL(void*, nullptr, dlopen, (const char* file, int mode), file, mode)
+FAILING_CALL(void*, nullptr, dlsym, (void* library, const char* name), library, name)
 FAILING_CALL(int, -1, fchmod, (int file, mode_t mode), file, mode)
 FAILING_CALL(ssize_t, -1, fgetxattr, (int file, const char* name, void* value, std::size_t size), file, name, value,
              size)

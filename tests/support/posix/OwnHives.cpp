@@ -1,10 +1,12 @@
 #include "tests/support/OwnHives.h"
 
 #include "utility/platform/Hives.h"
+#include "utility/platform/posix/registry/Sqlite.h"
 
 #include <boost/filesystem/operations.hpp>
 
 #include <cstdlib>
+#include <mutex>
 #include <unistd.h>
 
 namespace support
@@ -25,6 +27,9 @@ void UseOwnHives()
     owner = ::getpid();
     utility::platform::SetHiveFile(HKEY_CURRENT_USER, folder / "user.db");
     utility::platform::SetHiveFile(HKEY_LOCAL_MACHINE, folder / "machine.db");
+    // For tests of what stands below the registry, which loads it.
+    std::mutex nobodys;
+    utility::platform::posix::LoadSqlite(nobodys);
     std::atexit(
         []
         {

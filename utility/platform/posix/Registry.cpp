@@ -255,9 +255,18 @@ private:
         return root == HKEY_CURRENT_USER ? &m_user : root == HKEY_LOCAL_MACHINE ? &m_machine : nullptr;
     }
 
-    /// Runs an operation on the key behind a handle that has the right to it.
+    /// Runs an operation on the key behind a handle that has the right to it. One that finds SQLite not loaded yet has
+    /// done nothing.
     template <class Operation>
     LSTATUS With(HKEY handle, DWORD right, Operation&& operation)
+    {
+        const LSTATUS status = WithLoaded(handle, right, operation);
+        const bool isToLoad = status == Status(ERROR_MOD_NOT_FOUND) && posix::LoadSqlite(m_mutex);
+        return isToLoad ? WithLoaded(handle, right, operation) : status;
+    }
+
+    template <class Operation>
+    LSTATUS WithLoaded(HKEY handle, DWORD right, Operation& operation)
     {
         const std::lock_guard lock(m_mutex);
         return WhileMemoryLasts(

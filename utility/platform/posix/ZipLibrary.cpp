@@ -9,6 +9,7 @@
 #include <mutex>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace utility::platform
@@ -32,17 +33,30 @@ public:
 
     int ZpInit(ZipCallbacks& /*callbacks*/) override
     {
-        const std::lock_guard lock(m_loading);
-        if (m_library != nullptr)
-            return 1;
-        m_library = ::dlopen("libminizip.so.1", RTLD_NOW | RTLD_LOCAL);
-        const bool isWhole = m_library != nullptr && Find("zipOpen2_64", m_minizip.zipOpen2_64) &&
-                             Find("zipOpenNewFileInZip4_64", m_minizip.zipOpenNewFileInZip4_64) &&
-                             Find("zipWriteInFileInZip", m_minizip.zipWriteInFileInZip) &&
-                             Find("zipCloseFileInZip", m_minizip.zipCloseFileInZip) &&
-                             Find("zipClose", m_minizip.zipClose);
-        if (!isWhole && m_library != nullptr)
-            ::dlclose(std::exchange(m_library, nullptr));
+        // Ahead of the lock: the system's loader has one as well, and holds it while static objects of another library
+        // are made, which may write an archive.
+        void* library = ::dlopen("libminizip.so.1", RTLD_NOW | RTLD_LOCAL);
+        posix::Minizip found;
+        const auto find = [library](const char* name, auto*& function)
+        {
+            function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, name));
+            return function != nullptr;
+        };
+        const bool isWhole = library != nullptr && find("zipOpen2_64", found.zipOpen2_64) &&
+                             find("zipOpenNewFileInZip4_64", found.zipOpenNewFileInZip4_64) &&
+                             find("zipWriteInFileInZip", found.zipWriteInFileInZip) &&
+                             find("zipCloseFileInZip", found.zipCloseFileInZip) && find("zipClose", found.zipClose);
+        if (isWhole)
+        {
+            const std::lock_guard lock(m_loading);
+            if (m_library == nullptr)
+            {
+                m_minizip = found;
+                m_library = std::exchange(library, nullptr);
+            }
+        }
+        if (library != nullptr)
+            ::dlclose(library);
         return isWhole ? 1 : 0;
     }
 
@@ -55,13 +69,6 @@ public:
     }
 
 private:
-    template <class Function>
-    bool Find(const char* name, Function*& function)
-    {
-        function = reinterpret_cast<Function*>(::dlsym(m_library, name));
-        return function != nullptr;
-    }
-
     ForkSafeMutex m_loading;
     void* m_library = nullptr;
     posix::Minizip m_minizip;

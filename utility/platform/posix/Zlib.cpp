@@ -6,6 +6,8 @@
 #include <atomic>
 #include <dlfcn.h>
 #include <mutex>
+#include <type_traits>
+#include <utility>
 #include <zlib.h>
 
 namespace utility::platform
@@ -89,29 +91,34 @@ private:
 
     bool Load()
     {
-        const std::lock_guard lock(m_loading);
-        if (m_library == nullptr)
+        // Ahead of the lock: the system's loader has one as well, and holds it while static objects of another library
+        // are made, which may compress something.
+        void* library = ::dlopen("libz.so.1", RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr)
+            return false;
+        Functions found;
+        const auto find = [library](const char* name, auto*& function)
+        { function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, name)); };
+        find("deflateInit_", found.deflateInit);
+        find("deflateInit2_", found.deflateInit2);
+        find("deflate", found.deflate);
+        find("deflateEnd", found.deflateEnd);
+        find("inflateInit_", found.inflateInit);
+        find("inflate", found.inflate);
+        find("inflateEnd", found.inflateEnd);
+        find("crc32", found.checksum);
         {
-            m_library = ::dlopen("libz.so.1", RTLD_NOW | RTLD_LOCAL);
+            const std::lock_guard lock(m_loading);
             if (m_library == nullptr)
-                return false;
-            Find("deflateInit_", m_functions.deflateInit);
-            Find("deflateInit2_", m_functions.deflateInit2);
-            Find("deflate", m_functions.deflate);
-            Find("deflateEnd", m_functions.deflateEnd);
-            Find("inflateInit_", m_functions.inflateInit);
-            Find("inflate", m_functions.inflate);
-            Find("inflateEnd", m_functions.inflateEnd);
-            Find("crc32", m_functions.checksum);
-            m_isLoaded.store(true, std::memory_order_release);
+            {
+                m_functions = found;
+                m_library = std::exchange(library, nullptr);
+                m_isLoaded.store(true, std::memory_order_release);
+            }
         }
+        if (library != nullptr)
+            ::dlclose(library);
         return true;
-    }
-
-    template <class Function>
-    void Find(const char* name, Function*& function)
-    {
-        function = reinterpret_cast<Function*>(::dlsym(m_library, name));
     }
 
     ForkSafeMutex m_loading;

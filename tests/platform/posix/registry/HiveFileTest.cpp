@@ -3,8 +3,8 @@
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
 #include "tests/support/TemporaryFolder.h"
-#include "utility/platform/posix/registry/Hive.h"
 #include "utility/platform/posix/registry/Sqlite.h"
+#include "utility/platform/Registry.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -91,25 +91,58 @@ TEST(SetHiveAsideTest, LeavesWhatHasComeIntoThePlaceOfADamagedOne)
     EXPECT_EQ(support::TemporaryFolder::BytesOf(file), "restored");
 }
 
+namespace
+{
+
+/// What is told of settings while SQLite is not there because a call fails, and when it is there again.
+std::pair<LSTATUS, LSTATUS> StatusWithoutAndWithSqlite(const char* call, int at)
+{
+    using namespace utility::platform;
+    const auto make = []
+    {
+        HKEY key = nullptr;
+        return Registry().RegCreateKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ, key);
+    };
+    Registry().Rest();
+    posix::UnloadSqlite();
+    LSTATUS without = ERROR_SUCCESS;
+    {
+        const support::FailingCall failing(call, ENOENT, at);
+        without = make();
+        if (posix::sqlite.open_v2 != nullptr)
+            return {};
+    }
+    return {without, make()};
+}
+
+}
+
 TEST(SqliteTest, MachineWithoutItHasNoSettings)
 {
-    const support::TemporaryFolder folder;
     Child child(
-        [&]
+        []
         {
-            using namespace utility::platform::posix;
-            const path file = folder / "settings.db";
-            UnloadSqlite();
-            Hive::Key key = Hive::root;
+            return StatusWithoutAndWithSqlite("dlopen", support::FailingCall::always) ==
+                           std::pair<LSTATUS, LSTATUS>(ERROR_MOD_NOT_FOUND, ERROR_SUCCESS)
+                       ? 0
+                       : 1;
+        });
+    EXPECT_EQ(child.ExitCode(), 0);
+}
+
+TEST(SqliteTest, OneWithoutAFunctionThatIsNeededIsNone)
+{
+    Child child(
+        []
+        {
+            constexpr int functions = sizeof(utility::platform::posix::Sqlite) / sizeof(void (*)());
+            for (const int at : {1, functions / 2, functions})
             {
-                const support::FailingCall failing("dlopen", ENOENT, support::FailingCall::always);
-                if (Hive(file, HiveOwner::user).FindOrCreate(Hive::root, L"Key", key) != ERROR_MOD_NOT_FOUND)
-                    return 1;
-                if (LoadSqlite() || sqlite.step != nullptr)
-                    return 2;
+                if (StatusWithoutAndWithSqlite("dlsym", at) !=
+                    std::pair<LSTATUS, LSTATUS>(ERROR_MOD_NOT_FOUND, ERROR_SUCCESS))
+                    return at;
             }
-            // It is looked for each time.
-            return Hive(file, HiveOwner::user).FindOrCreate(Hive::root, L"Key", key) == ERROR_SUCCESS ? 0 : 3;
+            return 0;
         });
     EXPECT_EQ(child.ExitCode(), 0);
 }

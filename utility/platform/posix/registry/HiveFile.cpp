@@ -248,7 +248,7 @@ bool IsReadable(sqlite3* database, int file)
 
 LSTATUS OpenDatabase(const std::string& name, int flags, Database& database)
 {
-    if (!LoadSqlite())
+    if (sqlite.open_v2 == nullptr)
         return Status(ERROR_MOD_NOT_FOUND);
     sqlite3* opened = nullptr;
     errno = 0; // or a refusal of SQLite's own would get the reason of an earlier call

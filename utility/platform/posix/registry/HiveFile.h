@@ -30,7 +30,7 @@ struct DatabaseCloser
 using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
 
 /// Opens a file that exists, by its name or with SQLITE_OPEN_URI by its URI. Nothing is read yet. ERROR_MOD_NOT_FOUND
-/// where SQLite is not installed.
+/// until SQLite is loaded.
 LSTATUS OpenDatabase(const std::string& name, int flags, Database& database);
 
 /// The file that an open database is in.

@@ -15,20 +15,28 @@ constinit void* library = nullptr;
 
 constinit Sqlite sqlite = {};
 
-bool LoadSqlite() noexcept
+bool LoadSqlite(std::mutex& users) noexcept
 {
-    if (library != nullptr)
-        return true;
-    library = ::dlopen("libsqlite3.so.0", RTLD_LAZY | RTLD_LOCAL);
-    bool isWhole = library != nullptr;
+    Sqlite found = {};
+    void* opened = ::dlopen("libsqlite3.so.0", RTLD_LAZY | RTLD_LOCAL);
+    bool isWhole = opened != nullptr;
 #define UTILITY_FIND(function)                                                                                         \
     if (isWhole)                                                                                                       \
-        sqlite.function = reinterpret_cast<decltype(sqlite.function)>(::dlsym(library, "sqlite3_" #function));         \
-    isWhole = isWhole && sqlite.function != nullptr;
+        found.function = reinterpret_cast<decltype(found.function)>(::dlsym(opened, "sqlite3_" #function));            \
+    isWhole = isWhole && found.function != nullptr;
     UTILITY_SQLITE(UTILITY_FIND)
 #undef UTILITY_FIND
-    if (!isWhole)
-        UnloadSqlite();
+    if (isWhole)
+    {
+        const std::lock_guard lock(users);
+        if (library == nullptr)
+        {
+            sqlite = found;
+            library = std::exchange(opened, nullptr);
+        }
+    }
+    if (opened != nullptr)
+        ::dlclose(opened);
     return isWhole;
 }
 

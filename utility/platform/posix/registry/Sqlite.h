@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <sqlite3.h>
 
 namespace utility::platform::posix
@@ -26,8 +27,9 @@ struct Sqlite
 /// All null until LoadSqlite has succeeded.
 extern Sqlite sqlite;
 
-/// False where SQLite is not installed. Once it is loaded there is nothing to do.
-bool LoadSqlite() noexcept;
+/// False where SQLite is not installed. Who uses it has `users` locked, which must be free here: the system's loader has
+/// a lock as well, and holds it while static objects of another library are made, which may use settings.
+bool LoadSqlite(std::mutex& users) noexcept;
 /// For when the last database is closed.
 void UnloadSqlite() noexcept;
 
