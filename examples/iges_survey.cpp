@@ -225,7 +225,7 @@ void ShowExtents(const iges::Extents& extents, const char* unit, double factor, 
 void Show(const iges::File& file, const iges::Survey& survey)
 {
     std::map<int, int> types;
-    for (const auto& [number, entry] : file.Directory())
+    for (const iges::Entry& entry : file.Directory())
         ++types[entry.type];
     std::printf("entities\n");
     for (const auto& [type, count] : types)
@@ -263,10 +263,10 @@ iges::Wireframe WireframeOf(const iges::File& file, iges::Part& part, const iges
     if (error == 0.0)
         error = diagonal > 0.0 && std::isfinite(diagonal) ? share * diagonal : 1.0;
     iges::Wireframe wireframe(error);
-    for (const auto& [number, entry] : file.Directory())
+    for (const iges::Entry& entry : file.Directory())
     {
-        if (part.Has(number) && !wireframe.IsFull())
-            part.Show(number, part.NumbersOf(entry), wireframe);
+        if (part.Has(entry.number) && !wireframe.IsFull())
+            part.Show(entry.number, part.NumbersOf(entry), wireframe);
     }
     if (wireframe.IsFull())
         iges::Complain(*file.Messages(), L"There is more than can be drawn, and the rest is left out.");
@@ -333,7 +333,7 @@ ExitStatus Run(const Options& options)
             if (options.dump)
                 console::Print(stdout, line + '\n');
             messages.Collect(SubjectOf(file, record));
-            progress.Show(static_cast<std::uint64_t>(record.lines.back().data() - mapped.DataPtr()));
+            progress.Show(static_cast<std::uint64_t>(record.lines.back() - mapped.DataPtr()));
         }
     }
 

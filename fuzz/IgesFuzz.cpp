@@ -27,10 +27,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr double coarse = 0.1;
     constexpr std::size_t mostPoints = 10'000;
     iges::Wireframe wireframe(coarse, mostPoints);
-    for (const auto& [number, entry] : file.Directory())
+    for (const iges::Entry& entry : file.Directory())
     {
-        if (part.Has(number))
-            part.Show(number, part.NumbersOf(entry), wireframe);
+        if (part.Has(entry.number))
+            part.Show(entry.number, part.NumbersOf(entry), wireframe);
     }
     iges::WritePicture(wireframe, L"", [](const std::string&) {});
     iges::WriteScene(wireframe, L"", [](const std::string&) {});

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstring>
 
 namespace iges
 {
@@ -107,42 +109,58 @@ Unit UnitOf(int flag, const std::string& name)
 
 }
 
+std::vector<std::string_view> Record::Lines() const
+{
+    std::vector<std::string_view> views;
+    views.reserve(lines.size());
+    for (const char* const line : lines)
+        views.emplace_back(line, width);
+    return views;
+}
+
 File::File(const char* text, std::size_t size, CTextInputOutputFile* messages) : m_messages(messages)
 {
     SortLines({text, size});
+    HandOutLines();
     if (!m_hasSections)
         return;
     ReadGlobalSection();
     ReadDirectory();
 }
 
+/// Most files number their entries 1, 3, 5 and so on.
 const Entry* File::Find(int directory) const
 {
-    const auto entry = m_directory.find(directory);
-    return entry == m_directory.end() ? nullptr : &entry->second;
+    const auto usual = static_cast<std::size_t>(directory) / 2;
+    if (usual < m_directory.size() && m_directory[usual].number == directory)
+        return &m_directory[usual];
+    const auto entry = std::ranges::lower_bound(m_directory, directory, {}, &Entry::number);
+    return entry == m_directory.end() || entry->number != directory ? nullptr : &*entry;
 }
 
 void File::SortLines(std::string_view text)
 {
     const char lineEnd = LineEndOf(text);
     bool terminated = false;
+    m_lines.reserve(text.size() / lineLength);
+    m_lineNumbers.reserve(text.size() / lineLength);
     Line line;
     while (!text.empty())
     {
         line.text = TakeLine(text, lineEnd);
         ++line.number;
-        const std::string_view section = Columns(line.text, sectionColumn, sectionColumn);
+        const char section = line.text.size() < sectionColumn ? '\0' : line.text[sectionColumn - 1];
         bool known = true;
-        if (section == "G")
-            m_globalLines.push_back(Columns(line.text, 1, 72));
-        else if (section == "D")
-            m_directoryLines.push_back(line);
-        else if (section == "P")
+        if (section == 'P')
             AddParameterLine(line);
-        else if (section == "T")
+        else if (section == 'D')
+            m_directoryLines.push_back(line);
+        else if (section == 'G')
+            m_globalLines.push_back(Columns(line.text, 1, 72));
+        else if (section == 'T')
             terminated = true;
         else
-            known = section == "S";
+            known = section == 'S';
         m_hasSections = m_hasSections || known;
 
         // What may follow the last section is nobody's business.
@@ -161,14 +179,34 @@ void File::SortLines(std::string_view text)
 
 void File::AddParameterLine(const Line& line)
 {
-    const std::string_view name = Trimmed(Columns(line.text, 65, 72));
-    if (m_records.empty() || m_records.back().name != name)
+    constexpr std::size_t nameWidth = 8;
+    const char* const name = line.text.data() + Record::width;
+    // As a rule the name is to the letter that of the line before.
+    if (m_lines.empty() || std::memcmp(name, m_lines.back() + Record::width, nameWidth) != 0)
     {
-        m_records.emplace_back().name = name;
-        m_records.back().directory = ReadColumns(line, 65, 72);
+        const std::string_view trimmed = Trimmed({name, nameWidth});
+        if (m_records.empty() || m_records.back().name != trimmed)
+        {
+            m_firstLines.push_back(m_lines.size());
+            m_records.emplace_back().name = trimmed;
+            m_records.back().directory = ReadColumns(line, 65, 72);
+        }
     }
-    m_records.back().lines.push_back(Columns(line.text, 1, 64));
-    m_records.back().numbers.push_back(line.number);
+    m_lines.push_back(line.text.data());
+    m_lineNumbers.push_back(line.number);
+}
+
+/// When their list does not grow any more.
+void File::HandOutLines()
+{
+    m_firstLines.push_back(m_lines.size());
+    for (std::size_t i = 0; i < m_records.size(); ++i)
+    {
+        const std::size_t first = m_firstLines[i];
+        const std::size_t count = m_firstLines[i + 1] - first;
+        m_records[i].lines = std::span(m_lines).subspan(first, count);
+        m_records[i].numbers = std::span(m_lineNumbers).subspan(first, count);
+    }
 }
 
 void File::ReadGlobalSection()
@@ -208,49 +246,64 @@ void File::ReadGlobalSection()
 
 void File::ReadDirectory()
 {
+    std::vector<bool> isThere;
     for (std::size_t at = 0; at < m_directoryLines.size(); ++at)
     {
         const Line& first = m_directoryLines[at];
-        const int number = ReadColumns(first, 74, 80);
-        const bool isPair = number % 2 == 1 && at + 1 < m_directoryLines.size() &&
-                            ReadColumns(m_directoryLines[at + 1], 74, 80) == number + 1;
+        Entry entry;
+        entry.number = ReadColumns(first, 74, 80);
+        const bool isPair = entry.number % 2 == 1 && at + 1 < m_directoryLines.size() &&
+                            ReadColumns(m_directoryLines[at + 1], 74, 80) == entry.number + 1;
         if (!isPair)
+        {
             ComplainOf(first, L"is half a directory entry without the other half");
-        else if (!m_directory.emplace(number, ReadEntry(first, m_directoryLines[++at])).second)
+            continue;
+        }
+        ReadEntry(first, m_directoryLines[++at], entry);
+        const auto number = static_cast<std::size_t>(entry.number);
+        isThere.resize(std::max(isThere.size(), number + 1));
+        if (isThere[number])
             ComplainOf(first, L"repeats the number of a directory entry");
+        else
+            m_directory.push_back(entry);
+        isThere[number] = true;
     }
+    if (!std::ranges::is_sorted(m_directory, {}, &Entry::number))
+        std::ranges::sort(m_directory, {}, &Entry::number);
     for (const Record& record : m_records)
     {
-        const auto entry = m_directory.find(record.directory);
-        if (entry != m_directory.end() && entry->second.record == nullptr)
-            entry->second.record = &record;
+        const Entry* const entry = Find(record.directory);
+        if (entry != nullptr && entry->record == nullptr)
+            m_directory[static_cast<std::size_t>(entry - m_directory.data())].record = &record;
     }
-    for (const auto& [number, entry] : m_directory)
+    for (const Entry& entry : m_directory)
     {
         if (entry.record == nullptr && entry.type != 0)
-            Complain(*m_messages, L"D " + std::to_wstring(number) + L" has no parameter record.");
+            Complain(*m_messages, L"D " + std::to_wstring(entry.number) + L" has no parameter record.");
     }
 }
 
-Entry File::ReadEntry(const Line& first, const Line& second)
+void File::ReadEntry(const Line& first, const Line& second, Entry& entry)
 {
     const auto field = [this](const Line& line, std::size_t number)
     { return ReadColumns(line, 8 * number - 7, 8 * number); };
-    Entry entry;
     entry.type = field(first, 1);
     entry.matrix = field(first, 7);
     const int status = field(first, 9);
     entry.use = status / 100 % 100;
     entry.isDependent = status / 10000 % 2 == 1;
     entry.form = field(second, 5);
-    return entry;
 }
 
 /// Blank columns are 0, and so are bad ones.
 int File::ReadColumns(const Line& line, std::size_t first, std::size_t last)
 {
+    const std::string_view columns = Columns(line.text, first, last);
+    const std::string_view digits = Trimmed(columns);
     int value = 0;
-    if (ColumnsPtr(m_messages, Columns(line.text, first, last)).ReadInt(value))
+    // A cursor, which takes more and says what is wrong, has to be made first.
+    if (std::from_chars(digits.data(), digits.data() + digits.size(), value).ptr == digits.data() + digits.size() ||
+        ColumnsPtr(m_messages, columns).ReadInt(value))
         return value;
     ComplainOf(line, L"has no number where one should be");
     return 0;

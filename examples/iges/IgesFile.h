@@ -6,15 +6,15 @@
 //     CTextInputOutputFile mapped(path);
 //     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
 //     for (const iges::Record& record : file.Records())
-//         Read(iges::RecordPtr(&mapped, file.FieldDelimiters(), record.lines));
+//         Read(iges::RecordPtr(&mapped, file.FieldDelimiters(), record.Lines(), record.numbers));
 //
 // Bad input throws nothing: what can be made out is there, and the rest is a message.
-// All of it points into the text, which must outlive it.
+// All of it points into the text, which must outlive it. Once made, it may be read by any thread.
 
 #include "examples/iges/IgesRecordPtr.h"
 
 #include <cstddef>
-#include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,16 +25,21 @@ namespace iges
 /// A parameter record: columns 1 to 64 of the lines that name the same directory entry.
 struct Record
 {
-    std::string_view name; ///< columns 65 to 72, without blanks around: the number of the directory entry
-    int directory = 0;     ///< the same as a number, 0 if it is none
-    std::vector<std::string_view> lines;
-    std::vector<int> numbers; ///< of the lines in the file, from 1
-    std::wstring trouble;     ///< what is wrong with its lines, empty if nothing is
+    static constexpr std::size_t width = 64;
+
+    std::vector<std::string_view> Lines() const;
+
+    std::string_view name;              ///< columns 65 to 72, without blanks around: the number of the directory entry
+    int directory = 0;                  ///< the same as a number, 0 if it is none
+    std::span<const char* const> lines; ///< where each begins; there are `width` characters of it
+    std::span<const int> numbers;       ///< of the lines in the file, from 1
+    std::wstring trouble;               ///< what is wrong with its lines, empty if nothing is
 };
 
 /// A directory entry, which is two lines of fields of eight columns.
 struct Entry
 {
+    int number = 0; ///< of its first line
     int type = 0;
     int form = 0;
     int matrix = 0; ///< number of the entry of its transformation, 0 for none
@@ -63,8 +68,8 @@ public:
     Delimiters FieldDelimiters() const { return m_delimiters; }
     const Unit& LengthUnit() const { return m_unit; }
 
-    /// By the number of the entry's first line.
-    const std::map<int, Entry>& Directory() const { return m_directory; }
+    /// In the order of their numbers.
+    const std::vector<Entry>& Directory() const { return m_directory; }
 
     /// The entry with this number, null if there is none.
     const Entry* Find(int directory) const;
@@ -84,9 +89,10 @@ private:
 
     void SortLines(std::string_view text);
     void AddParameterLine(const Line& line);
+    void HandOutLines();
     void ReadGlobalSection();
     void ReadDirectory();
-    Entry ReadEntry(const Line& first, const Line& second);
+    void ReadEntry(const Line& first, const Line& second, Entry& entry);
     int ReadColumns(const Line& line, std::size_t first, std::size_t last);
     void ComplainOf(const Line& line, const wchar_t* text) const;
 
@@ -96,8 +102,11 @@ private:
     std::vector<Line> m_directoryLines;
     Delimiters m_delimiters;
     Unit m_unit;
-    std::map<int, Entry> m_directory;
+    std::vector<Entry> m_directory;
     std::vector<Record> m_records;
+    std::vector<const char*> m_lines; ///< those of all records
+    std::vector<int> m_lineNumbers;
+    std::vector<std::size_t> m_firstLines; ///< of each record among them
 };
 
 }

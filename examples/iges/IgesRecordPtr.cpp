@@ -73,7 +73,7 @@ bool RecordPtr::ReadField(Field& field)
     }
     if (!good)
     {
-        Complain(*InputFile(), L"Field " + std::to_wstring(m_number) + L" is bad" + PlaceOf(start) + L".");
+        ComplainOfField(start);
         if (field.kind != FieldKind::text)
             field.kind = FieldKind::bad;
     }
@@ -85,7 +85,7 @@ bool RecordPtr::NextField()
     SkipField();
     const bool more = GetCurrentChar() == m_delimiters.parameter;
     if (IsEndOfRecord())
-        Complain(*InputFile(), L"The record delimiter is missing.");
+        Complain(L"The record delimiter is missing.");
     AdvancePtr();
     ++m_number;
     return more;
@@ -138,16 +138,25 @@ bool RecordPtr::LookAhead(FieldKind& kind)
     }
     const bool fits = magnitude <= (negative ? highest + 1 : highest);
     if (!fits)
-        Complain(*InputFile(), L"An integer has more than 32 bits.");
+        Complain(L"An integer has more than 32 bits.");
     return fits;
 }
 
-std::wstring RecordPtr::PlaceOf(const char* field) const
+void RecordPtr::Complain(const wchar_t* text) const
 {
-    if (m_lineNumbers.empty())
-        return {};
-    return L", in line " + std::to_wstring(m_lineNumbers[m_lineIndex]) + L", column " +
-           std::to_wstring(field - m_line->First() + 1);
+    if (InputFile() != nullptr)
+        iges::Complain(*InputFile(), text);
+}
+
+void RecordPtr::ComplainOfField(const char* field) const
+{
+    if (InputFile() == nullptr)
+        return;
+    std::wstring text = L"Field " + std::to_wstring(m_number) + L" is bad";
+    if (!m_lineNumbers.empty())
+        text += L", in line " + std::to_wstring(m_lineNumbers[m_lineIndex]) + L", column " +
+                std::to_wstring(field - m_line->First() + 1);
+    iges::Complain(*InputFile(), text + L".");
 }
 
 bool RecordPtr::ReadText(std::string& text)
@@ -162,13 +171,13 @@ bool RecordPtr::ReadText(std::string& text)
         text += GetCurrentChar();
     if (count > 0)
     {
-        Complain(*InputFile(), L"A text runs past the end of the record.");
+        Complain(L"A text runs past the end of the record.");
         return false;
     }
     SkipBlanks();
     if (!IsTerminator(*this))
     {
-        Complain(*InputFile(), L"A text is longer than its count.");
+        Complain(L"A text is longer than its count.");
         return false;
     }
     return true;

@@ -56,7 +56,8 @@ struct Field
 class RecordPtr final : public CInlineTextRecordPtr<RecordPtr>
 {
 public:
-    /// At the first field. A line must not be empty. With the numbers of the lines a message says where a bad field is.
+    /// At the first field. A line must not be empty. With the numbers of the lines a message says where a bad field is;
+    /// without a file there is none.
     RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
               std::span<const int> numbers = {});
 
@@ -71,7 +72,8 @@ public:
 private:
     bool LookAhead(FieldKind& kind);
     bool ReadText(std::string& text);
-    std::wstring PlaceOf(const char* field) const;
+    void Complain(const wchar_t* text) const;
+    void ComplainOfField(const char* field) const;
     bool IsDelimiter(char c) const { return c == m_delimiters.parameter || c == m_delimiters.record; }
 
     Delimiters m_delimiters;

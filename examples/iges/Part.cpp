@@ -1,6 +1,7 @@
 #include "examples/iges/Part.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace iges
@@ -8,23 +9,6 @@ namespace iges
 
 namespace
 {
-
-/// Keeps a file from issuing messages for a scope: what is read ahead is read again, and then they come.
-class Silence
-{
-public:
-    explicit Silence(CTextInputOutputFile& file) : m_file(file), m_issued(file.IssueMessages())
-    {
-        m_file.SetIssueMessages(false);
-    }
-    Silence(const Silence&) = delete;
-    Silence& operator=(const Silence&) = delete;
-    ~Silence() { m_file.SetIssueMessages(m_issued); }
-
-private:
-    CTextInputOutputFile& m_file;
-    bool m_issued;
-};
 
 enum EntityType : int
 {
@@ -191,7 +175,7 @@ const wchar_t* Part::TroubleOf(const Entry& entry, const std::vector<double>& nu
 /// The flags of an entry are not to be relied on: many writers leave them 0.
 void Part::FindReferences()
 {
-    for (const auto& [number, entry] : m_file.Directory())
+    for (const Entry& entry : m_file.Directory())
     {
         if (!MayRefer(entry.type) && !Places::AreThoseOf(entry.type))
             continue;
@@ -199,9 +183,9 @@ void Part::FindReferences()
         if (Places::AreThoseOf(entry.type))
             MarkPlaced(Numbers(numbers).IntegerAt(1));
         else if (entry.type == subfigureDefinition)
-            MarkPlaced(number);
+            MarkPlaced(entry.number);
         ForEachReference(entry, Numbers(numbers),
-                         [&, parent = number](Role role, int reference)
+                         [&, parent = entry.number](Role role, int reference)
                          {
                              const Entry* const part = m_file.Find(reference);
                              if (role == Role::auxiliary)
@@ -411,13 +395,13 @@ void Part::ShowMembers(int base, const Transform& transform, Receiver& receiver,
     }
 }
 
+/// What is wrong with them is said where the record itself is read.
 std::vector<double> Part::NumbersOf(const Entry& entry, std::size_t most) const
 {
     std::vector<double> numbers;
     if (entry.record == nullptr)
         return numbers;
-    const Silence silence(*m_file.Messages());
-    RecordPtr cursor(m_file.Messages(), m_file.FieldDelimiters(), entry.record->lines);
+    RecordPtr cursor(nullptr, m_file.FieldDelimiters(), entry.record->Lines());
     Field field;
     do
     {

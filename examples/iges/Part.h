@@ -4,9 +4,9 @@
 // others alone, and which come by way of subfigures and arrays, at each of their places.
 //
 //     const iges::Part part(file);
-//     for (const auto& [number, entry] : file.Directory())
-//         if (part.Has(number))
-//             part.Show(number, receiver);
+//     for (const iges::Entry& entry : file.Directory())
+//         if (part.Has(entry.number))
+//             part.Show(entry.number, part.NumbersOf(entry), receiver);
 //
 // The file must outlive it. It belongs to one thread.
 

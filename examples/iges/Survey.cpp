@@ -56,8 +56,34 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
     CTextInputOutputFile* const messages = m_file.Messages();
     if (!record.trouble.empty())
         Complain(*messages, record.trouble);
+    const bool isWhole = !onField && m_record.Read(record, m_file.FieldDelimiters());
+    if (isWhole)
+    {
+        m_integers += m_record.Integers();
+        m_reals += m_record.Reals();
+    }
+    else
+        ReadFields(record, onField);
+    const std::vector<double>& numbers = isWhole ? m_record.Numbers() : m_numbers;
+    m_recordLengths.AddValNotArray(static_cast<double>(numbers.size()));
+    LogFile(LogSeverityInformation, GetThreadDatabase())
+        << L"Lines: " << record.lines.size() << L", fields: " << numbers.size();
+
+    const Entry* const entry = m_file.Find(record.directory);
+    if (entry == nullptr)
+        Complain(*messages, L"There is no such directory entry.");
+    else if (entry->record != &record)
+        Complain(*messages, L"The directory entry has another record already.");
+    else if (Numbers(numbers).IntegerAt(0) != entry->type)
+        Complain(*messages, L"The record is of another type than the directory entry.");
+    else if (const wchar_t* const trouble = Measure(*entry, record.directory, numbers))
+        Complain(*messages, trouble);
+}
+
+void Survey::ReadFields(const Record& record, const std::function<void(const Field&)>& onField)
+{
     m_numbers.clear();
-    RecordPtr cursor(messages, m_file.FieldDelimiters(), record.lines, record.numbers);
+    RecordPtr cursor(m_file.Messages(), m_file.FieldDelimiters(), record.Lines(), record.numbers);
     do
     {
         if (cursor.ReadField(m_field))
@@ -70,28 +96,15 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
         if (onField)
             onField(m_field);
     } while (cursor.NextField());
-    m_recordLengths.AddValNotArray(static_cast<double>(m_numbers.size()));
-    LogFile(LogSeverityInformation, GetThreadDatabase())
-        << L"Lines: " << record.lines.size() << L", fields: " << m_numbers.size();
-
-    const Entry* const entry = m_file.Find(record.directory);
-    if (entry == nullptr)
-        Complain(*messages, L"There is no such directory entry.");
-    else if (entry->record != &record)
-        Complain(*messages, L"The directory entry has another record already.");
-    else if (Numbers(m_numbers).IntegerAt(0) != entry->type)
-        Complain(*messages, L"The record is of another type than the directory entry.");
-    else if (const wchar_t* const trouble = Measure(*entry, record.directory))
-        Complain(*messages, trouble);
 }
 
 /// What does not stand for itself is looked at just for what is wrong with it.
-const wchar_t* Survey::Measure(const Entry& entry, int directory)
+const wchar_t* Survey::Measure(const Entry& entry, int directory, const std::vector<double>& numbers)
 {
     if (!m_part.Has(directory))
-        return m_part.TroubleOf(entry, m_numbers);
+        return m_part.TroubleOf(entry, numbers);
     Measurer measurer(m_extents);
-    return m_part.Show(directory, m_numbers, measurer);
+    return m_part.Show(directory, numbers, measurer);
 }
 
 }

@@ -11,6 +11,7 @@
 // A survey belongs to one thread, and file and part must outlive it.
 
 #include "examples/iges/Part.h"
+#include "examples/iges/RecordNumbers.h"
 
 #include <cstdint>
 #include <functional>
@@ -37,10 +38,12 @@ public:
     const Extents& ExtentsOfGeometry() const { return m_extents; }
 
 private:
-    const wchar_t* Measure(const Entry& entry, int directory);
+    void ReadFields(const Record& record, const std::function<void(const Field&)>& onField);
+    const wchar_t* Measure(const Entry& entry, int directory, const std::vector<double>& numbers);
 
     const File& m_file;
     Part& m_part;
+    RecordNumbers m_record;
     std::vector<double> m_numbers;
     Field m_field;
     std::uint64_t m_integers = 0;

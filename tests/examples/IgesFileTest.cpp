@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 
 namespace
@@ -53,7 +54,7 @@ TEST_F(IgesFileTest, FindsEntriesAndTheirRecords)
     EXPECT_EQ(line->record, &file->Records()[1]);
     EXPECT_EQ(line->record->name, "3");
     EXPECT_EQ(line->record->lines.size(), 2u);
-    EXPECT_EQ(line->record->lines[1].size(), 64u);
+    EXPECT_EQ(line->record->Lines().at(1).size(), 64u);
     EXPECT_EQ(file->Find(2), nullptr);
 }
 
@@ -87,8 +88,8 @@ TEST_F(IgesFileTest, LinesMayEndInCrAloneOrFollowEachOtherWithoutAnEnd)
         EXPECT_EQ(file->Directory().size(), 2u);
         ASSERT_EQ(file->Records().size(), 2u);
         EXPECT_EQ(file->Records()[1].lines.size(), 2u);
-        const int before = file->Records()[0].numbers.at(0);
-        EXPECT_EQ(file->Records()[1].numbers, (std::vector<int>{before + 1, before + 2}));
+        const int before = file->Records()[0].numbers.back();
+        EXPECT_TRUE(std::ranges::equal(file->Records()[1].numbers, std::array{before + 1, before + 2}));
     }
 }
 

@@ -22,10 +22,10 @@ iges::Wireframe DrawnOf(const std::string& bytes, double error, std::size_t most
     const iges::File file(bytes.data(), bytes.size(), &silent);
     iges::Part part(file);
     iges::Wireframe wireframe(error, most);
-    for (const auto& [number, entry] : file.Directory())
+    for (const iges::Entry& entry : file.Directory())
     {
-        if (part.Has(number))
-            part.Show(number, part.NumbersOf(entry), wireframe);
+        if (part.Has(entry.number))
+            part.Show(entry.number, part.NumbersOf(entry), wireframe);
     }
     return wireframe;
 }
