@@ -96,6 +96,16 @@ check_debian() {
         same "files of $package with a checksum" < <(sed 's/^[0-9a-f]*  //' "$work/$package/DEBIAN/md5sums" | sort)
     done
 
+    # What it takes: a link is no second library.
+    for file in "$runtime" "$development"; do
+        package=${file##*/} package=${package%%_*}
+        dpkg-deb --field "$file" Installed-Size >"$work/found"
+        same "installed size of $package" < <(
+            cd "$work/$package" && find . -path ./DEBIAN -prune -o -type f -printf '%s\n' -o -printf '1\n' |
+                awk '{ total += int(($1 + 1023) / 1024) } END { print total }'
+        )
+    done
+
     dpkg-deb --field "$runtime" Package Version Architecture Section Priority Recommends >"$work/found"
     same "fields of libutility" <<END
 Package: libutility

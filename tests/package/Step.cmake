@@ -209,7 +209,8 @@ elseif(STEP STREQUAL "use")
   endif()
 
 elseif(STEP STREQUAL "packages")
-  run(${CMAKE_COMMAND} --build "${BUILD}" --target packages -- --quiet)
+  # Who makes them may keep files to himself.
+  run(sh -c "umask 027 && exec \"$@\"" sh ${CMAKE_COMMAND} --build "${BUILD}" --target packages -- --quiet)
   if(TOOLCHAIN)
     file(REMOVE_RECURSE "${PREFIX}")
     cmake_path(GET PREFIX PARENT_PATH folder)
