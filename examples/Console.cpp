@@ -17,6 +17,7 @@
 #include <process.h>
 #include <shellapi.h>
 #else
+#include <pwd.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -116,8 +117,13 @@ boost::filesystem::path LocalData()
 {
     if (const char* const folder = std::getenv("XDG_DATA_HOME"); folder != nullptr && *folder == '/')
         return folder;
-    const char* const home = std::getenv("HOME");
-    return home != nullptr ? boost::filesystem::path(home) / ".local/share" : boost::filesystem::path();
+    const char* home = std::getenv("HOME");
+    if (home == nullptr || *home != '/')
+    {
+        const passwd* const account = ::getpwuid(::geteuid());
+        home = account != nullptr ? account->pw_dir : "";
+    }
+    return *home == '/' ? boost::filesystem::path(home) / ".local/share" : boost::filesystem::path();
 }
 
 #endif

@@ -34,7 +34,7 @@ std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
 /// Runs this program once more, with arguments that have no blanks and no quotes, and waits for it. Tells how it ended.
 std::string RunAgain(const std::vector<std::string>& arguments);
 
-/// The folder for what programs keep of one user on one machine; empty if the environment names none.
+/// The folder for what programs keep of one user on one machine; empty if there is none.
 boost::filesystem::path LocalData();
 
 /// What is printed from here on is left as it is, line ends too.
