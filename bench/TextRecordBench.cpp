@@ -3,17 +3,19 @@
 #include "bench/CommaCursor.h"
 #include "bench/RealFields.h"
 #include "utility/files/TextInputOutputFile.h"
-#include "utility/records/InlineTextRecordPtr.h"
+#include "utility/records/DelimitedTextRecordPtr.h"
 
 #include <benchmark/benchmark.h>
 #include <fast_float/fast_float.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <istream>
+#include <numeric>
 #include <random>
 #include <streambuf>
 #include <string>
@@ -77,6 +79,74 @@ const Fields& Integers()
 {
     static const Fields fields = MakeFields(NextInteger);
     return fields;
+}
+
+class DelimitedCommaCursor final : public CDelimitedTextRecordPtr
+{
+public:
+    explicit DelimitedCommaCursor(CTextInputOutputFile* file) : CDelimitedTextRecordPtr(file, ",\n") {}
+};
+
+/// By several sums, none of which waits for the others.
+template <class Sum, class Value>
+Sum SumOf(const Value* values, std::size_t count)
+{
+    std::array<Sum, 8> sums{};
+    std::size_t i = 0;
+    for (; i + 8 <= count; i += 8)
+    {
+        for (std::size_t j = 0; j < 8; ++j)
+            sums[j] += values[i + j];
+    }
+    for (; i < count; ++i)
+        sums[0] += values[i];
+    return std::accumulate(sums.begin(), sums.end(), Sum{});
+}
+
+/// The sum of all values, a run at a time.
+template <class Sum, class Value>
+Sum SumOfRuns(CDelimitedTextRecordPtr& cursor)
+{
+    std::array<Value, 1024> values;
+    std::size_t count = 0;
+    Sum sum = 0;
+    while (!cursor.IsEndOfRecord())
+    {
+        bool isGood;
+        if constexpr (std::is_same_v<Value, int>)
+            isGood = cursor.ReadInts(values, ',', count);
+        else
+            isGood = cursor.ReadReals(values, ',', count);
+        sum += SumOf<Sum>(values.data(), count);
+        if (!isGood)
+            break;
+        cursor.AdvancePtr();
+    }
+    return sum;
+}
+
+void AddLines(CTextRecordPtr& cursor, const std::string& text, std::size_t length)
+{
+    for (std::size_t at = 0; at < text.size(); at += length)
+        cursor.Add(text.data() + at, text.data() + std::min(at + length, text.size()) - 1);
+}
+
+template <std::size_t LineLength>
+double RealsByRuns(const Fields& fields)
+{
+    CTextInputOutputFile file;
+    CDelimitedTextRecordPtr cursor(&file, ",;");
+    AddLines(cursor, fields.commas, LineLength == 0 ? fields.commas.size() : LineLength);
+    return SumOfRuns<double, double>(cursor);
+}
+
+template <std::size_t LineLength>
+std::int64_t IntegersByRuns(const Fields& fields)
+{
+    CTextInputOutputFile file;
+    CDelimitedTextRecordPtr cursor(&file, ",;");
+    AddLines(cursor, fields.commas, LineLength == 0 ? fields.commas.size() : LineLength);
+    return SumOfRuns<std::int64_t, int>(cursor);
 }
 
 template <class Cursor>
@@ -209,6 +279,9 @@ void ReadAll(benchmark::State& state)
 
 BENCHMARK(ReadAll<Reals, RealsByCursor<CommaCursor>>)->Name("reals from text/Utility:virtual");
 BENCHMARK(ReadAll<Reals, RealsByCursor<InlineCommaCursor>>)->Name("reals from text/Utility:inlined");
+BENCHMARK(ReadAll<Reals, RealsByCursor<DelimitedCommaCursor>>)->Name("reals from text/Utility:ends in a set");
+BENCHMARK(ReadAll<Reals, RealsByRuns<0>>)->Name("reals from text/Utility:runs");
+BENCHMARK(ReadAll<Reals, RealsByRuns<64>>)->Name("reals from text/Utility:runs over lines of 64");
 BENCHMARK(ReadAll<Reals, RealsByFastFloat>)->Name("reals from text/fast_float");
 BENCHMARK(ReadAll<Reals, ByFromChars<double, double>>)->Name("reals from text/from_chars");
 BENCHMARK(ReadAll<Reals, RealsByStrtod>)->Name("reals from text/strtod");
@@ -216,6 +289,9 @@ BENCHMARK(ReadAll<Reals, ByStream<double, double>>)->Name("reals from text/istre
 
 BENCHMARK(ReadAll<Integers, IntegersByCursor<CommaCursor>>)->Name("integers from text/Utility:virtual");
 BENCHMARK(ReadAll<Integers, IntegersByCursor<InlineCommaCursor>>)->Name("integers from text/Utility:inlined");
+BENCHMARK(ReadAll<Integers, IntegersByCursor<DelimitedCommaCursor>>)->Name("integers from text/Utility:ends in a set");
+BENCHMARK(ReadAll<Integers, IntegersByRuns<0>>)->Name("integers from text/Utility:runs");
+BENCHMARK(ReadAll<Integers, IntegersByRuns<64>>)->Name("integers from text/Utility:runs over lines of 64");
 BENCHMARK(ReadAll<Integers, ByFromChars<std::int64_t, int>>)->Name("integers from text/from_chars");
 BENCHMARK(ReadAll<Integers, IntegersByStrtol>)->Name("integers from text/strtol");
 BENCHMARK(ReadAll<Integers, ByStream<std::int64_t, int>>)->Name("integers from text/istream");

@@ -79,6 +79,7 @@
 #include "utility/platform/Service.h"
 #include "utility/platform/SystemRecords.h"
 #include "utility/platform/Types.h"
+#include "utility/records/DelimitedTextRecordPtr.h"
 #include "utility/records/InlineTextRecordPtr.h"
 #include "utility/records/InputRecordPtr.h"
 #include "utility/records/Mantissa.h"

@@ -610,6 +610,21 @@ TEST_F(HeaderExampleTest, InlineTextRecordPtr)
     EXPECT_EQ(value, 1.5);
 }
 
+TEST_F(HeaderExampleTest, DelimitedTextRecordPtr)
+{
+    CTextInputOutputFile file;
+    const std::string line = "110,1.5,-2.5D-1," + std::string(48, ' ') + " 0000001P      1\n7;" + std::string(62, ' ');
+    const char* const first = line.data();
+    {
+        const char* const line = first;
+#include "records/DelimitedTextRecordPtr.example"
+        EXPECT_EQ(count, 4U);
+        EXPECT_EQ(values[2], -0.25);
+        EXPECT_EQ(values[3], 7.0);
+        EXPECT_TRUE(isWhole);
+    }
+}
+
 TEST_F(HeaderExampleTest, Lang)
 {
     const support::ScratchHives hives;

@@ -1,26 +1,24 @@
 #include "utility/numbers/PowersOfTen.h"
 
+#include "utility/numbers/internal/AllPowers.h"
+
 #include <iterator>
 
-namespace
+namespace utility::detail
 {
 
-constexpr int lowestPower = -323;
-
-/// What the C library of Linux gives by pow on processors that fuse a multiplication with a sum, so that every system
-/// gives that: the nearest doubles, but deliberately not for 23 and 210.
-constexpr double powers[] = {
+constexpr double allPowers[] = {
 #include "utility/numbers/internal/PowersOfTen.inc"
 };
 
-}
-
-double utility::detail::PowerBeyondTable(int exponent)
+double PowerBeyondTable(int exponent)
 {
     const auto index = static_cast<unsigned int>(exponent) - static_cast<unsigned int>(lowestPower);
-    if (index < std::size(powers))
-        return powers[index];
+    if (index < std::size(allPowers))
+        return allPowers[index];
     // Beyond those the processor decides: it may trap, or round to the last number instead.
-    volatile double factor = exponent < 0 ? powers[0] : powers[std::size(powers) - 1];
+    volatile double factor = exponent < 0 ? allPowers[0] : allPowers[std::size(allPowers) - 1];
     return factor * factor;
+}
+
 }

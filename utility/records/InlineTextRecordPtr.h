@@ -23,4 +23,12 @@ public:
     /// CTextRecordPtr's reads, with the same results.
     bool ReadInt(int& value) { return ReadIntAs<Format>(value); }
     bool ReadReal(double& value) { return ReadRealAs<Format>(value); }
+    bool ReadReals(std::span<double> values, char separator, std::size_t& count, std::span<TextFieldForm> forms = {})
+    {
+        return ReadRunAs<Format>(values, separator, count, forms);
+    }
+    bool ReadInts(std::span<int> values, char separator, std::size_t& count)
+    {
+        return ReadRunAs<Format>(values, separator, count, {});
+    }
 };

@@ -4,6 +4,8 @@
 
 #include "resources/StringIds.h"
 
+#include <cstring>
+
 static_assert(int{utility::detail::endOfFileInInteger} == int{utility::resources::EndOfFileInInteger});
 static_assert(int{utility::detail::endOfFileInReal} == int{utility::resources::EndOfFileInReal});
 static_assert(int{utility::detail::badCharacterInInteger} == int{utility::resources::BadCharacterInInteger});
@@ -82,6 +84,46 @@ void CTextRecordPtr::EnterLine()
     const bool atEnd = m_itLine == Lines().end();
     m_pCurrent = atEnd ? &m_cNULL : m_itLine->First();
     m_pLast = atEnd ? &m_cNULL : m_itLine->Last();
+}
+
+/// Copies characters from the cursor on, which stays. Whether those are all that there are.
+std::size_t CTextRecordPtr::CopyAhead(char* to, std::size_t most, bool& isAll) const
+{
+    std::size_t copied = 0;
+    const char* first = m_pCurrent;
+    for (auto line = m_itLine; line != Lines().end();)
+    {
+        const auto size = static_cast<std::size_t>(line->Last() + 1 - first);
+        if (size > most - copied)
+        {
+            std::memcpy(to + copied, first, most - copied);
+            isAll = false;
+            return most;
+        }
+        // The usual continuation line, without a call.
+        if (size == 64)
+            std::memcpy(to + copied, first, 64);
+        else
+            std::memcpy(to + copied, first, size);
+        copied += size;
+        ++line;
+        while (line != Lines().end() && HasNoCharacter(*line))
+            ++line;
+        first = line == Lines().end() ? nullptr : line->First();
+    }
+    isAll = true;
+    return copied;
+}
+
+/// As so many steps, of which there are no more than to the end of the record.
+void CTextRecordPtr::AdvanceBy(std::size_t count)
+{
+    while (count != 0 && count >= static_cast<std::size_t>(m_pLast + 1 - m_pCurrent))
+    {
+        count -= static_cast<std::size_t>(m_pLast + 1 - m_pCurrent);
+        NextLine();
+    }
+    m_pCurrent += count;
 }
 
 void CTextRecordPtr::IssueAtCursor(int messageId) const

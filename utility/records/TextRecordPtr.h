@@ -37,9 +37,19 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <span>
+#include <type_traits>
 
 class CTextInputOutputFile;
 struct TextPosition;
+
+/// What the characters of a field say of its number.
+enum class TextFieldForm : std::uint8_t
+{
+    empty, ///< nothing but blanks
+    whole, ///< neither a point nor an exponent letter
+    real,  ///< one of them, at least
+};
 
 namespace utility::detail
 {
@@ -52,6 +62,9 @@ enum ReaderMessage : int
     badCharacterInInteger = 8302,
     badCharacterInReal = 8303,
 };
+
+inline constexpr int lowestExponent = -307; // deliberately not -308
+inline constexpr int highestExponent = 308;
 
 }
 
@@ -112,6 +125,17 @@ public:
     /// what was read so far, or unchanged if the bad character stands ahead of point and exponent.
     bool ReadReal(double& value);
 
+    /// Reads one field after the other as ReadReal does, stepping over `separator` between them, and gives in `count` how
+    /// many were good. It ends on what ends the last one, because that is another character or the end of the record, or
+    /// because there are no more values; or at the first bad field, where it gives false and cursor and value are as
+    /// ReadReal leaves them. `forms` is empty, or as long as `values`, and tells of the fields as they stand in the text,
+    /// the bad one among them. No other value or form is written. (Reads of CDelimitedTextRecordPtr are several times as
+    /// fast.)
+    bool ReadReals(std::span<double> values, char separator, std::size_t& count, std::span<TextFieldForm> forms = {});
+
+    /// The same by ReadInt.
+    bool ReadInts(std::span<int> values, char separator, std::size_t& count);
+
     /// Moves to what ends the field, by IsTerminator, or to the end of the record. This passes the rest of a bad field
     /// behind a read that failed.
     void SkipField();
@@ -124,22 +148,30 @@ public:
     void SkipLine();
 
 protected:
-    /// The number reader, as a template over the type of the cursor whose tests it calls.
+    /// The number reader, as a template over the type of the cursor whose tests it calls. Each module has its own.
     template <class Format>
-    bool ReadIntAs(int& value);
+    UTILITY_LOCAL bool ReadIntAs(int& value);
     template <class Format>
-    bool ReadRealAs(double& value);
+    UTILITY_LOCAL bool ReadRealAs(double& value);
+    /// The reader of runs, which are read one by one.
+    template <class Format, class Value>
+    UTILITY_LOCAL bool ReadRunAs(std::span<Value> values, char separator, std::size_t& count,
+                                 std::span<TextFieldForm> forms);
 
     static const char m_cNULL; ///< stands for the end of the record
 
 private:
+    friend class CDelimitedTextRecordPtr;
+
     template <class Format>
-    bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
+    UTILITY_LOCAL TextFieldForm FormAs();
+    template <class Format>
+    UTILITY_LOCAL bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
     // Not inlined, it would need the mantissa in memory, from the first character on.
     template <class Format, class Mantissa>
     [[gnu::always_inline]] bool EndRealAs(const Mantissa& mantissa, bool atTerminator, double& value);
     template <class Format>
-    bool SkipToTerminatorAs(bool isWhole);
+    UTILITY_LOCAL bool SkipToTerminatorAs(bool isWhole);
     /// AdvancePtr, for a caller who knows where the cursor is and wants to know where it is then.
     const char* StepFrom(const char* place)
     {
@@ -152,6 +184,8 @@ private:
     void NextLine();
     UTILITY_LOCAL void EnterLine();
     void IssueAtCursor(int messageId) const;
+    UTILITY_LOCAL std::size_t CopyAhead(char* to, std::size_t most, bool& isAll) const;
+    UTILITY_LOCAL void AdvanceBy(std::size_t count);
 
     CTextInputOutputFile* m_pFile;
     std::list<TextLine>::const_iterator m_itLine;
@@ -274,8 +308,7 @@ inline bool CTextRecordPtr::EndRealAs(const Mantissa& mantissa, bool atTerminato
     int exponent = 0;
     if (!ReadIntAs<Format>(exponent))
         return false;
-    constexpr int lowestExponent = -307; // deliberately not -308
-    constexpr int highestExponent = 308;
+    using namespace utility::detail;
     value = pow10(std::clamp(exponent, lowestExponent, highestExponent)) * value;
     return true;
 }
@@ -294,6 +327,61 @@ bool CTextRecordPtr::SkipToTerminatorAs(bool isWhole)
         return true;
     IssueAtCursor(utility::detail::badCharacterInReal);
     return false;
+}
+
+template <class Format>
+TextFieldForm CTextRecordPtr::FormAs()
+{
+    auto& format = static_cast<Format&>(*this);
+    const auto line = m_itLine;
+    const char* const current = m_pCurrent;
+    const char* const last = m_pLast;
+    TextFieldForm form = TextFieldForm::empty;
+    for (; form != TextFieldForm::real && !IsEndOfRecord() && !format.IsTerminator(*m_pCurrent); AdvancePtr())
+    {
+        if (*m_pCurrent == '.' || format.IsExponentChar(*m_pCurrent))
+            form = TextFieldForm::real;
+        else if (*m_pCurrent != ' ')
+            form = TextFieldForm::whole;
+    }
+    m_itLine = line;
+    m_pCurrent = current;
+    m_pLast = last;
+    return form;
+}
+
+template <class Format, class Value>
+bool CTextRecordPtr::ReadRunAs(std::span<Value> values, char separator, std::size_t& count,
+                               std::span<TextFieldForm> forms)
+{
+    const auto read = [this](Value& value)
+    {
+        if constexpr (std::is_same_v<Value, int>)
+            return ReadIntAs<Format>(value);
+        else
+            return ReadRealAs<Format>(value);
+    };
+    for (count = 0; count < values.size(); AdvancePtr())
+    {
+        if (!forms.empty())
+            forms[count] = FormAs<Format>();
+        if (!read(values[count]))
+            return false;
+        if (++count == values.size() || *m_pCurrent != separator || IsEndOfRecord())
+            break;
+    }
+    return true;
+}
+
+inline bool CTextRecordPtr::ReadReals(std::span<double> values, char separator, std::size_t& count,
+                                      std::span<TextFieldForm> forms)
+{
+    return ReadRunAs<CTextRecordPtr>(values, separator, count, forms);
+}
+
+inline bool CTextRecordPtr::ReadInts(std::span<int> values, char separator, std::size_t& count)
+{
+    return ReadRunAs<CTextRecordPtr>(values, separator, count, {});
 }
 
 inline bool CTextRecordPtr::ReadInt(int& value) { return ReadIntAs<CTextRecordPtr>(value); }

@@ -634,6 +634,11 @@ struct InlineCursor final : CInlineTextRecordPtr<InlineCursor>
     bool IsTerminator(char c) override { return c == ','; }
 };
 
+struct DelimitedCursor final : CDelimitedTextRecordPtr
+{
+    explicit DelimitedCursor(CTextInputOutputFile* file) : CDelimitedTextRecordPtr(file, ",") {}
+};
+
 template <class Cursor>
 void TextCursor()
 {
@@ -654,6 +659,8 @@ void TextCursor()
     cursor.ReadChar(Any<char>());
     cursor.ReadInt(Any<int>());
     cursor.ReadReal(Any<double>());
+    cursor.ReadReals({}, ',', Any<std::size_t>());
+    cursor.ReadInts({}, ',', Any<std::size_t>());
     cursor.SkipField();
     cursor.Position();
     cursor.SkipLine();
@@ -685,6 +692,7 @@ void Records()
 
     TextCursor<VirtualCursor>();
     TextCursor<InlineCursor>();
+    TextCursor<DelimitedCursor>();
 }
 
 struct AppSettings : CQLMAppSettings

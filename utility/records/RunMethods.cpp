@@ -1,0 +1,366 @@
+#include "utility/records/internal/RunMethods.h"
+
+#include "utility/numbers/internal/AllPowers.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace utility::detail
+{
+
+namespace
+{
+
+#if defined(__x86_64__)
+
+/// Masks: what begins at the n-th one leaves the last n of 16 bytes.
+struct LastBytes
+{
+    alignas(64) unsigned char bytes[64] = {}; // to be read from the first one on
+
+    constexpr LastBytes() { std::fill(bytes + 17, std::end(bytes), static_cast<unsigned char>(0xFF)); }
+
+    const unsigned char* Leaving(std::size_t count) const { return bytes + 1 + count; }
+    /// All of them but the point in front.
+    const unsigned char* LeavingBehindPoint(std::size_t count) const { return bytes + count; }
+};
+constexpr LastBytes lastBytes;
+
+/// What a number's first character is.
+struct Signs
+{
+    std::uint8_t count[256] = {}; ///< 1 for a sign
+    std::uint64_t bit[256] = {};  ///< that of a double
+
+    constexpr Signs()
+    {
+        count[std::size_t{'+'}] = count[std::size_t{'-'}] = 1;
+        bit[std::size_t{'-'}] = std::uint64_t{1} << 63;
+    }
+};
+constexpr Signs signs;
+
+/// What so many digits of a fraction, the point among them, are to be divided by.
+struct Divisors
+{
+    double of[18] = {1.0, 1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16};
+};
+constexpr Divisors divisors;
+
+/// What the first pass over some fields makes of each, for the second to compute with.
+struct RealParts
+{
+    static constexpr std::size_t capacity = 64;
+
+    /// Eight digits each: whole part, its lower ones behind its upper ones, and fraction.
+    alignas(64) std::int32_t digits[capacity][4];
+    alignas(64) double divisor[capacity]; ///< of the fraction
+    alignas(64) double scale[capacity];
+    alignas(64) std::uint64_t sign[capacity]; ///< the sign bit of a double, or 0
+
+    struct Exponent
+    {
+        const char* letter;
+        const char* end;
+        std::size_t field;
+    };
+    Exponent exponents[capacity];
+    TextFieldForm forms[capacity];
+    std::size_t exponentCount = 0;
+
+    /// Something to compute with.
+    void SetZero(std::size_t i)
+    {
+        std::fill(std::begin(digits[i]), std::end(digits[i]), 0);
+        divisor[i] = scale[i] = 1.0;
+        sign[i] = 0;
+    }
+};
+
+/// Of a part with more digits, some have more bits than a double's mantissa.
+constexpr std::int32_t highestUpperDigits = 90'071'991;
+
+/// What a field's characters are, a bit each, for the first 32.
+struct FieldBits
+{
+    std::uint32_t blanks;
+    std::uint32_t points;
+    std::uint32_t exponentLetters;
+};
+constexpr std::size_t longestField = 32;
+
+/// The letters D and E of either case differ from D in these bits alone.
+constexpr char exceptLetterBits = static_cast<char>(~0x21);
+
+/// 1 if the characters are the same, else 0. A comparison may be compiled to a branch.
+inline std::uint32_t Is(char c, char other) { return (std::uint32_t{static_cast<unsigned char>(c ^ other)} - 1) >> 31; }
+
+/// The number of up to four digits that end at `end`. False if there is something else among them.
+inline bool ReadExponent(const char* end, std::size_t count, unsigned& number)
+{
+    std::uint32_t text;
+    std::memcpy(&text, end - sizeof text, sizeof text);
+    const auto mask = static_cast<std::uint32_t>(0xFFFF'FFFF'0000'0000 >> (8 * count));
+    const std::uint32_t digits = (text ^ 0x3030'3030) & mask;
+    const std::uint32_t pairs = (digits * 10 + (digits >> 8)) & 0x00FF'00FF;
+    number = (pairs * 100 + (pairs >> 16)) & 0xFFFF;
+    return (((digits + 0x7676'7676) | digits) & 0x8080'8080) == 0;
+}
+
+#define TARGET __attribute__((target("sse2")))
+
+namespace bits128
+{
+
+struct Characters64
+{
+    __m128i parts[4];
+};
+
+TARGET inline Characters64 Load64(const char* at)
+{
+    Characters64 loaded;
+    for (std::size_t i = 0; i < 4; ++i)
+        loaded.parts[i] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at) + i);
+    return loaded;
+}
+
+TARGET inline std::uint64_t Equal(const Characters64& characters, char c)
+{
+    std::uint64_t bits = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        bits |= std::uint64_t{static_cast<unsigned>(
+                    _mm_movemask_epi8(_mm_cmpeq_epi8(characters.parts[i], _mm_set1_epi8(c))))}
+                << (16 * i);
+    return bits;
+}
+
+TARGET inline std::uint32_t Bits(__m128i lower, __m128i upper)
+{
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(lower)) | static_cast<std::uint32_t>(_mm_movemask_epi8(upper))
+                                                                      << 16;
+}
+
+TARGET inline FieldBits BitsOf(const char* at)
+{
+    const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+    const __m128i upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 16));
+    const __m128i blank = _mm_set1_epi8(' ');
+    const __m128i point = _mm_set1_epi8('.');
+    const __m128i letter = _mm_set1_epi8('D');
+    const __m128i mask = _mm_set1_epi8(exceptLetterBits);
+    return {
+        Bits(_mm_cmpeq_epi8(lower, blank), _mm_cmpeq_epi8(upper, blank)),
+        Bits(_mm_cmpeq_epi8(lower, point), _mm_cmpeq_epi8(upper, point)),
+        Bits(_mm_cmpeq_epi8(_mm_and_si128(lower, mask), letter), _mm_cmpeq_epi8(_mm_and_si128(upper, mask), letter))};
+}
+
+/// The last of 16 characters as digits behind zeros.
+TARGET inline __m128i DigitsBefore(const char* end, const unsigned char* leaving)
+{
+    const __m128i characters = _mm_loadu_si128(reinterpret_cast<const __m128i*>(end - 16));
+    const __m128i mask = _mm_loadu_si128(reinterpret_cast<const __m128i*>(leaving));
+    return _mm_and_si128(_mm_xor_si128(characters, _mm_set1_epi8('0')), mask);
+}
+
+/// Two numbers of eight digits, twice.
+TARGET inline __m128i Eights(__m128i digits)
+{
+    const __m128i tens = _mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10));
+    const __m128i pairs = _mm_add_epi16(tens, _mm_srli_epi16(digits, 8));
+    const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    return _mm_madd_epi16(_mm_packs_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10'000));
+}
+
+/// What is above 9.
+TARGET inline __m128i Excess(__m128i digits) { return _mm_subs_epu8(digits, _mm_set1_epi8(9)); }
+
+TARGET inline bool IsZero(__m128i v) { return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_setzero_si128())) == 0xFFFF; }
+
+/// The digits of the whole part, and of what is behind it up to the end of the mantissa. False if something else is
+/// among them, or if they have too many bits.
+TARGET inline bool StoreDigits(const char* wholeEnd, std::size_t wholeCount, const char* fractionEnd,
+                               std::size_t behindWhole, std::int32_t* to)
+{
+    const __m128i whole = DigitsBefore(wholeEnd, lastBytes.Leaving(wholeCount));
+    const __m128i fraction = DigitsBefore(fractionEnd, lastBytes.LeavingBehindPoint(behindWhole));
+    const __m128i eights = _mm_unpacklo_epi64(Eights(whole), Eights(fraction));
+    _mm_store_si128(reinterpret_cast<__m128i*>(to), eights);
+    const __m128i tooMany =
+        _mm_cmpgt_epi32(eights, _mm_set_epi32(0x7FFF'FFFF, highestUpperDigits, 0x7FFF'FFFF, highestUpperDigits));
+    return IsZero(_mm_or_si128(tooMany, _mm_or_si128(Excess(whole), Excess(fraction))));
+}
+
+constexpr std::size_t together = 2;
+
+/// The values of some parts from this index on.
+TARGET inline void Compute(const RealParts& parts, std::size_t i, double* values)
+{
+    __m128d wholes[2];
+    __m128d fractions[2];
+    for (std::size_t j = 0; j < 2; ++j)
+    {
+        const __m128i digits = _mm_load_si128(reinterpret_cast<const __m128i*>(parts.digits[i + j]));
+        wholes[j] = _mm_cvtepi32_pd(digits);
+        fractions[j] = _mm_cvtepi32_pd(_mm_unpackhi_epi64(digits, digits));
+    }
+    const __m128d upper = _mm_set1_pd(1e8);
+    const __m128d sign = _mm_load_pd(reinterpret_cast<const double*>(parts.sign + i));
+    const __m128d whole =
+        _mm_add_pd(_mm_mul_pd(_mm_unpacklo_pd(wholes[0], wholes[1]), upper), _mm_unpackhi_pd(wholes[0], wholes[1]));
+    const __m128d fraction = _mm_add_pd(_mm_mul_pd(_mm_unpacklo_pd(fractions[0], fractions[1]), upper),
+                                        _mm_unpackhi_pd(fractions[0], fractions[1]));
+    const __m128d quotient = _mm_div_pd(fraction, _mm_load_pd(parts.divisor + i));
+    const __m128d sum = _mm_add_pd(_mm_xor_pd(quotient, sign), _mm_xor_pd(whole, sign));
+    _mm_storeu_pd(values, _mm_mul_pd(_mm_load_pd(parts.scale + i), sum));
+}
+
+/// Digits, at most 16, as a number of which only the lower 32 bits are wanted.
+TARGET inline bool ReadDigits(const char* end, std::size_t count, std::uint32_t& number)
+{
+    const __m128i digits = DigitsBefore(end, lastBytes.Leaving(count));
+    const auto eights = static_cast<std::uint64_t>(_mm_cvtsi128_si64(Eights(digits)));
+    number = static_cast<std::uint32_t>(eights) * 100'000'000U + static_cast<std::uint32_t>(eights >> 32);
+    return IsZero(Excess(digits));
+}
+
+#include "utility/records/internal/Runs.inc"
+
+bool IsSupported() { return true; }
+
+}
+
+#undef TARGET
+#define TARGET __attribute__((target("avx2,bmi,bmi2,lzcnt,popcnt")))
+
+namespace bits256
+{
+
+struct Characters64
+{
+    __m256i lower;
+    __m256i upper;
+};
+
+TARGET inline __m256i Load32(const char* at) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at)); }
+
+TARGET inline Characters64 Load64(const char* at) { return {Load32(at), Load32(at + 32)}; }
+
+TARGET inline std::uint32_t EqualBits(__m256i characters, char c)
+{
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(characters, _mm256_set1_epi8(c))));
+}
+
+TARGET inline std::uint64_t Equal(const Characters64& characters, char c)
+{
+    return EqualBits(characters.lower, c) | std::uint64_t{EqualBits(characters.upper, c)} << 32;
+}
+
+TARGET inline FieldBits BitsOf(const char* at)
+{
+    const __m256i characters = Load32(at);
+    return {EqualBits(characters, ' '), EqualBits(characters, '.'),
+            EqualBits(_mm256_and_si256(characters, _mm256_set1_epi8(exceptLetterBits)), 'D')};
+}
+
+TARGET inline __m128i Load16(const void* at) { return _mm_loadu_si128(static_cast<const __m128i*>(at)); }
+
+TARGET inline bool StoreDigits(const char* wholeEnd, std::size_t wholeCount, const char* fractionEnd,
+                               std::size_t behindWhole, std::int32_t* to)
+{
+    const __m256i characters =
+        _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(wholeEnd - 16)), Load16(fractionEnd - 16), 1);
+    const __m256i mask = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(lastBytes.Leaving(wholeCount))),
+                                                 Load16(lastBytes.LeavingBehindPoint(behindWhole)), 1);
+    const __m256i digits = _mm256_and_si256(_mm256_xor_si256(characters, _mm256_set1_epi8('0')), mask);
+    const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(1 << 8 | 10));
+    const __m256i fours = _mm256_madd_epi16(pairs, _mm256_set1_epi32(1 << 16 | 100));
+    const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(fours, fours), _mm256_set1_epi32(1 << 16 | 10'000));
+    constexpr int first64OfEach = 0b1000;
+    const __m128i stored = _mm256_castsi256_si128(_mm256_permute4x64_epi64(eights, first64OfEach));
+    _mm_store_si128(reinterpret_cast<__m128i*>(to), stored);
+    const __m256i excess = _mm256_subs_epu8(digits, _mm256_set1_epi8(9));
+    const __m256i tooMany = _mm256_cmpgt_epi32(eights, _mm256_set1_epi64x(0x7FFF'FFFF'0000'0000 | highestUpperDigits));
+    const __m256i bad = _mm256_or_si256(excess, tooMany);
+    return _mm256_testz_si256(bad, bad) != 0;
+}
+
+constexpr std::size_t together = 4;
+
+TARGET inline __m256d LoadDigits(const RealParts& parts, std::size_t i)
+{
+    const __m128i digits = _mm_load_si128(reinterpret_cast<const __m128i*>(parts.digits[i]));
+    return _mm256_mul_pd(_mm256_cvtepi32_pd(digits), _mm256_set_pd(1.0, 1e8, 1.0, 1e8));
+}
+
+TARGET inline void Compute(const RealParts& parts, std::size_t i, double* values)
+{
+    // Whole part, whole part of the next field, fraction, fraction of the next field.
+    const __m256d first = _mm256_hadd_pd(LoadDigits(parts, i), LoadDigits(parts, i + 1));
+    const __m256d second = _mm256_hadd_pd(LoadDigits(parts, i + 2), LoadDigits(parts, i + 3));
+    const __m256d whole = _mm256_permute2f128_pd(first, second, 0x20);
+    const __m256d fraction = _mm256_permute2f128_pd(first, second, 0x31);
+    const __m256d sign = _mm256_load_pd(reinterpret_cast<const double*>(parts.sign + i));
+    const __m256d quotient = _mm256_div_pd(fraction, _mm256_load_pd(parts.divisor + i));
+    const __m256d sum = _mm256_add_pd(_mm256_xor_pd(quotient, sign), _mm256_xor_pd(whole, sign));
+    _mm256_storeu_pd(values, _mm256_mul_pd(_mm256_load_pd(parts.scale + i), sum));
+}
+
+TARGET inline bool ReadDigits(const char* end, std::size_t count, std::uint32_t& number)
+{
+    const __m128i digits =
+        _mm_and_si128(_mm_xor_si128(Load16(end - 16), _mm_set1_epi8('0')), Load16(lastBytes.Leaving(count)));
+    const __m128i pairs = _mm_maddubs_epi16(digits, _mm_set1_epi16(1 << 8 | 10));
+    const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(1 << 16 | 100));
+    const __m128i eights = _mm_madd_epi16(_mm_packus_epi32(fours, fours), _mm_set1_epi32(1 << 16 | 10'000));
+    const auto both = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
+    number = static_cast<std::uint32_t>(both) * 100'000'000U + static_cast<std::uint32_t>(both >> 32);
+    const __m128i excess = _mm_subs_epu8(digits, _mm_set1_epi8(9));
+    return _mm_testz_si128(excess, excess) != 0;
+}
+
+#include "utility/records/internal/Runs.inc"
+
+bool IsSupported()
+{
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
+           __builtin_cpu_supports("lzcnt") && __builtin_cpu_supports("popcnt");
+}
+
+}
+
+#undef TARGET
+
+#endif
+
+constexpr RunMethod methods[] = {
+#if defined(__x86_64__)
+    {"256 bits", bits256::IsSupported, bits256::Find, bits256::ReadReals, bits256::ReadInts},
+    {"128 bits", bits128::IsSupported, bits128::Find, bits128::ReadReals, bits128::ReadInts},
+#endif
+    {"single reads", [] { return true; }, nullptr, nullptr, nullptr},
+};
+
+}
+
+std::span<const RunMethod> RunMethods() noexcept { return methods; }
+
+constinit std::atomic<const RunMethod*> usedRunMethod = nullptr;
+
+const RunMethod& UsedRunMethod() noexcept
+{
+    const RunMethod* used = usedRunMethod.load(std::memory_order_relaxed);
+    if (used == nullptr)
+    {
+        used = std::ranges::find_if(methods, [](const RunMethod& each) { return each.isSupported(); });
+        usedRunMethod.store(used, std::memory_order_relaxed);
+    }
+    return *used;
+}
+}
