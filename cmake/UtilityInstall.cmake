@@ -3,6 +3,9 @@
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
+# Its parts are counted, and the manifest has it as it is written.
+cmake_path(NORMAL_PATH CMAKE_INSTALL_LIBDIR)
+
 # CMake 3.25 puts the prefix ahead of an absolute folder of headers.
 set(header_folder "${CMAKE_INSTALL_INCLUDEDIR}")
 if(IS_ABSOLUTE "${header_folder}")

@@ -14,8 +14,9 @@ endif()
 # Warnings, the rules of arithmetic, and what every unit is compiled with.
 function(utility_options target)
   target_compile_features(${target} PRIVATE cxx_std_20)
+  # Sources have the same names for different things: they are not compiled together, whatever a host's own are.
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
-                                             VISIBILITY_INLINES_HIDDEN ON)
+                                             VISIBILITY_INLINES_HIDDEN ON UNITY_BUILD OFF)
   target_compile_options(
     ${target}
     PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion $<$<BOOL:${UTILITY_WERROR}>:-Werror>

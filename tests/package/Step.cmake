@@ -99,7 +99,9 @@ endfunction()
 if(STEP STREQUAL "install")
   if(NOT BUILD)
     set(BUILD "${WORK}")
-    run(${configure} --fresh -S "${SOURCE}" -B "${BUILD}" -DUTILITY_BUILD_TESTS=OFF -DUTILITY_BUILD_EXAMPLES=OFF)
+    # Libraries are in lib, which may be written in a roundabout way.
+    run(${configure} --fresh -S "${SOURCE}" -B "${BUILD}" -DUTILITY_BUILD_TESTS=OFF -DUTILITY_BUILD_EXAMPLES=OFF
+        -DCMAKE_INSTALL_LIBDIR=./lib)
     run(${CMAKE_COMMAND} --build "${BUILD}" -- --quiet)
   endif()
   install_and_move()
