@@ -1,6 +1,6 @@
-// Doubles to wide text with a fixed number of places. The peers' texts become wide strings too, as the library's are;
-// trimming is done for them by hand. What costs them nothing extra is given to them: a format in the source text,
-// parsed once.
+// Doubles to text with a fixed number of places: wide strings, which the peers' texts become too, and narrow and wide
+// text in memory that is there. Trimming is done for the peers by hand. What costs them nothing extra is given to them: a
+// format in the source text, parsed once.
 
 #include "bench/AllocationCount.h"
 #include "utility/numbers/FloatFormat.h"
@@ -10,12 +10,17 @@
 #include <fmt/compile.h>
 #include <fmt/xchar.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cwchar>
 #include <iterator>
 #include <random>
+#include <span>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace
@@ -130,6 +135,99 @@ void WriteAll(benchmark::State& state)
     state.SetItemsProcessed(texts);
 }
 
+/// Ways to write into memory; the length of the text.
+template <class Char, int places, bool trim>
+struct IntoPlace
+{
+    using Place = std::span<Char, 64>;
+
+    static std::size_t ByFormatFixed(Place place, double value)
+    {
+        static constexpr Char point[] = {'.'};
+        return FormatFixed(place, value, places, false, {point, 1}, trim);
+    }
+
+    static std::size_t ByToChars(Place place, double value)
+    {
+        if constexpr (std::is_same_v<Char, char>)
+        {
+            const char* const end =
+                std::to_chars(place.data(), place.data() + place.size(), value, std::chars_format::fixed, places).ptr;
+            const auto length = static_cast<std::size_t>(end - place.data());
+            return trim ? TrimmedLength(place.data(), length) : length;
+        }
+        else
+        {
+            std::array<char, 64> text;
+            const std::size_t length = IntoPlace<char, places, trim>::ByToChars(text, value);
+            std::copy_n(text.data(), length, place.data());
+            return length;
+        }
+    }
+
+    static std::size_t ByCompiledFmt(Place place, double value)
+    {
+        auto format = []
+        {
+            if constexpr (std::is_same_v<Char, char>)
+                return FMT_COMPILE("{:.{}f}");
+            else
+                return FMT_COMPILE(L"{:.{}f}");
+        }();
+        const auto length =
+            static_cast<std::size_t>(fmt::format_to(place.data(), format, value, places) - place.data());
+        return trim ? TrimmedLength(place.data(), length) : length;
+    }
+};
+
+/// Measures a way to write all values into memory. The library's may not allocate.
+template <class Char, auto Write, auto Expect, bool isOurs = false>
+void WriteAllInto(benchmark::State& state)
+{
+    std::array<Char, 64> text;
+    static const bool isRight = []
+    {
+        std::array<Char, 64> written;
+        std::array<Char, 64> expected;
+        for (const double value : Values())
+            if (std::basic_string_view<Char>(written.data(), Write(written, value)) !=
+                std::basic_string_view<Char>(expected.data(), Expect(expected, value)))
+                return false;
+        return true;
+    }();
+    if (!isRight)
+        return state.SkipWithError("another text");
+    const std::uint64_t before = AllocationCount();
+    for (auto _ : state)
+    {
+        for (const double value : Values())
+        {
+            benchmark::DoNotOptimize(Write(text, value));
+            benchmark::DoNotOptimize(text);
+        }
+    }
+    const auto texts = state.iterations() * static_cast<std::int64_t>(Values().size());
+    const std::uint64_t allocations = AllocationCount() - before;
+    if (isOurs && allocations != 0)
+        return state.SkipWithError("an allocation");
+    state.counters["allocations"] = static_cast<double>(allocations) / static_cast<double>(texts);
+    state.SetItemsProcessed(texts);
+}
+
+template <class Char, int places, bool trim>
+bool RegisterInto()
+{
+    using P = IntoPlace<Char, places, trim>;
+    const std::string what = std::string("doubles into ") + (sizeof(Char) == 1 ? "memory, " : "wide memory, ") +
+                             std::to_string(places) + " places" + (trim ? ", trimmed" : "") + "/";
+    const auto add = [&what](const char* who, benchmark::internal::Function* run)
+    { benchmark::RegisterBenchmark((what + who).c_str(), run); };
+    add("Utility", WriteAllInto<Char, P::ByFormatFixed, P::ByToChars, true>);
+    add("to_chars", WriteAllInto<Char, P::ByToChars, P::ByToChars>);
+    add("fmt, compiled", WriteAllInto<Char, P::ByCompiledFmt, P::ByToChars>);
+    return true;
+}
+
 template <int places, bool trim>
 bool Register()
 {
@@ -145,7 +243,7 @@ bool Register()
     add("fmt", WriteAll<P::ByFmt, P::ByToChars>);
     add("fmt, compiled", WriteAll<P::ByCompiledFmt, P::ByToChars>);
     add("Boost.Format", WriteAll<P::ByBoost, P::ByToChars>);
-    return true;
+    return RegisterInto<char, places, trim>() && RegisterInto<wchar_t, places, trim>();
 }
 
 [[maybe_unused]] const bool registered = Register<0, false>() && Register<3, false>() && Register<3, true>() &&

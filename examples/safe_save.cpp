@@ -18,7 +18,12 @@ int main(int argumentCount, char** arguments)
 try
 {
     InitialiseUtilityDLL();
-    Save(argumentCount > 1 ? arguments[1] : "moves.nc", [](CTextFile& file) { file << "N10 G01 X" << 12 << '\n'; });
+    Save(argumentCount > 1 ? arguments[1] : "moves.nc",
+         [](CTextFile& file)
+         {
+             file << "N" << 10 << " G01 X";
+             file.WriteFixed(12.5, 3) << '\n'; // three places
+         });
     return 0;
 }
 catch (CFileException* failure) // of the new version

@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdio>
 #include <iostream>
+#include <span>
 
 void Show(const std::wstring& text) { std::cout << from_utf(text, 65001) << '\n'; }
 
@@ -14,6 +15,16 @@ int main()
     Show(to_wstring(1250.0, -2, false, L".", true)); // hundreds: the tie goes to even
     Show(to_wstring(-0.004, 2) + L" or " + QLMFormatFloatPrecise(-0.004, 2));
     Show(QLMFormatFloatE(1500.0, 2));
+
+    // Out, without an allocation: the length is told, and what does not fit is not written.
+    char block[32] = "G01 X";
+    std::size_t end = 5;
+    end += FormatFixed(std::span(block).subspan(end), 10.5, 3);
+    block[end++] = 'Y';
+    end += FormatFixed(std::span(block).subspan(end), -0.25, 3, false, ".", true);
+    std::cout << std::string_view(block, end) << '\n';
+    if (FormatFixed(std::span(block).first(3), 10.5, 3) > 3)
+        std::cout << "10.500 is longer than that\n";
 
     // In: D is an exponent too, and what follows the number is told.
     double value = 0.0;

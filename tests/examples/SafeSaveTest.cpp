@@ -61,7 +61,7 @@ TEST_F(SafeSaveTest, ProgramSaysWhatItCouldNotWrite)
     char program[] = "safe_save";
     char* arguments[] = {program, file.data()};
     EXPECT_EQ(SafeSave(2, arguments), 0);
-    EXPECT_EQ(Bytes(), "N10 G01 X12\n");
+    EXPECT_EQ(Bytes(), "N10 G01 X12.500\n");
     arguments[1] = nowhere.data();
     ::testing::internal::CaptureStderr();
     EXPECT_EQ(SafeSave(2, arguments), 1);

@@ -2,6 +2,7 @@
 
 #include "tests/support/ForwardingFiles.h"
 #include "tests/support/ForwardingText.h"
+#include "tests/support/GlobalLocale.h"
 #include "tests/support/Substitute.h"
 #include "tests/support/TemporaryFolder.h"
 #include "utility/framework/FileException.h"
@@ -84,6 +85,36 @@ TEST_F(TextFileTest, GlobalLocaleDoesNotGroupDigits)
     file << 1234567;
     std::locale::global(earlier);
     EXPECT_EQ(Written(), "1234567");
+}
+
+TEST_F(TextFileTest, DoublesAreWrittenWithTheirPlaces)
+{
+    file.WriteFixed(10.5, 3) << ' ';
+    file.WriteFixed(-0.25, 4, true, ",", true) << ' ';
+    file.WriteFixed(2.0, 3, true, ".", true, true) << ' ';
+    file.WriteFixed(1.0F, 0) << '\n';
+    EXPECT_EQ(Written(), "10.500 -0,25 +2. 1\n");
+}
+
+TEST_F(TextFileTest, DoublesOfAnyLengthAreOneWrite)
+{
+    support::ForwardingFiles files;
+    const support::Substitute<utility::platform::FileService> scope(utility::platform::FilesSlot(), files);
+    // 63 characters, 64, 65, and many.
+    for (const int decimals : {61, 62, 63, 5000})
+        file.WriteFixed(2.5, decimals) << "\n";
+    EXPECT_EQ(files.calls, std::vector<std::string>(8, "Write"));
+    std::string expected;
+    for (const std::size_t zeros : {60U, 61U, 62U, 4999U})
+        expected += "2.5" + std::string(zeros, '0') + "\n";
+    EXPECT_EQ(Written(), expected);
+}
+
+TEST_F(TextFileTest, GlobalLocaleDoesNotChangeDoubles)
+{
+    const support::GlobalLocale scope(support::GroupingLocale());
+    file.WriteFixed(1234567.5, 2);
+    EXPECT_EQ(Written(), "1234567.50");
 }
 
 TEST_F(TextFileTest, WideTextIsWrittenInTheNarrowEncoding)

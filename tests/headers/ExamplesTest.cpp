@@ -322,7 +322,7 @@ TEST_F(HeaderExampleTest, BinaryFile)
 TEST_F(HeaderExampleTest, TextFile)
 {
 #include "files/TextFile.example"
-    EXPECT_EQ(m_folder.BytesOf("moves.nc"), "N10 G01\n");
+    EXPECT_EQ(m_folder.BytesOf("moves.nc"), "N10 G01 X10.500\n");
 }
 
 TEST_F(HeaderExampleTest, InputOutputFile)

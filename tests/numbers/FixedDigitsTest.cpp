@@ -12,20 +12,24 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
 using utility::detail::FixedDigits;
+using utility::detail::FixedNumber;
 
 namespace
 {
 
 /// As plain text: the whole part, a point and the places that have digits of their own.
-std::string Text(const FixedDigits& digits)
+template <class Digits>
+std::string Text(const Digits& digits)
 {
-    std::vector<wchar_t> wide(digits.WholeLength() + 1 + digits.FractionLength() + FixedDigits::leastRoomForWhole);
+    std::vector<wchar_t> wide(digits.WholeLength() + 1 + digits.FractionLength());
     digits.WriteWhole(wide.data());
     wchar_t* const point = wide.data() + digits.WholeLength();
     digits.WriteFraction(point + 1);
@@ -34,13 +38,19 @@ std::string Text(const FixedDigits& digits)
     return {wide.data(), wide.data() + length};
 }
 
-/// With the zeros behind them.
+/// With the zeros behind them. What two numbers hold is the same by them.
 std::string Text(double value, int decimals)
 {
     const FixedDigits digits(value, decimals);
     const std::size_t places = decimals > 0 ? static_cast<std::size_t>(decimals) : 0;
     const std::string point = digits.FractionLength() == 0 && places != 0 ? "." : "";
-    return Text(digits) + point + std::string(places - digits.FractionLength(), '0');
+    std::string text = Text(digits) + point + std::string(places - digits.FractionLength(), '0');
+    FixedNumber number;
+    if (number.Holds(value, decimals))
+    {
+        EXPECT_EQ(Text(number), text) << std::hexfloat << value << " with " << decimals << " places";
+    }
+    return text;
 }
 
 /// The same by the standard library, of a magnitude: it rounds exactly, too, and has no negative number of places.
@@ -202,6 +212,12 @@ TEST(FixedDigitsTest, TrimmedFractionEndsWithItsLastDigit)
     {
         FixedDigits digits(value, decimals);
         digits.TrimFraction();
+        FixedNumber number;
+        if (number.Holds(value, decimals))
+        {
+            number.TrimFraction();
+            EXPECT_EQ(Text(number), Text(digits));
+        }
         return Text(digits);
     };
     EXPECT_EQ(trimmed(1.5, 3), "1.5");
@@ -231,16 +247,37 @@ TEST(DigitCountOfTest, LargestNumberHasTwenty)
     EXPECT_EQ(utility::detail::CountDigits(std::numeric_limits<std::uint64_t>::max()), 20U);
 }
 
-TEST(EightDigitsTest, EveryNumberBelowAHundredMillionIsWritten)
+TEST(SixteenDigitsTest, AreThoseOfTheStandardLibrary)
 {
-    wchar_t text[9] = L"";
-    for (std::uint64_t number = 0; number < 100'000'000; number += 1 + number % 97)
+    const auto expectRight = [](std::uint64_t number)
     {
-        utility::detail::WriteEightDigits(text, number);
-        std::uint64_t read = 0;
-        for (int i = 0; i < 8; ++i)
-            read = read * 10 + static_cast<std::uint64_t>(text[i] - L'0');
-        ASSERT_EQ(read, number);
+        char text[16];
+        const utility::detail::Uint128 bytes = utility::detail::SixteenDigits(number) ^ utility::detail::zeroCharacters;
+        std::memcpy(text, &bytes, sizeof text);
+        std::string expected = std::to_string(number);
+        expected.insert(0, sizeof text - expected.size(), '0');
+        ASSERT_EQ(std::string(text, sizeof text), expected);
+    };
+    // Every group of four digits, in each place.
+    for (std::uint64_t group = 0; group < 10000; ++group)
+        for (const std::uint64_t place : {1ULL, 10000ULL, 100'000'000ULL, 1'000'000'000'000ULL})
+            expectRight(group * place);
+    std::mt19937_64 random(16);
+    for (int i = 0; i < support::Cases(2'000'000); ++i)
+        expectRight(random() % utility::detail::integerPowers[16]);
+}
+
+TEST(WriteDigitsTest, AsManyAsAskedForAreWrittenAndNothingElse)
+{
+    for (std::size_t count = 0; count <= 20; ++count)
+    {
+        const std::uint64_t number =
+            12345678901234567890U / utility::detail::integerPowers[count == 0 ? 19 : 20 - count];
+        wchar_t text[24];
+        std::fill(std::begin(text), std::end(text), L'#');
+        utility::detail::WriteDigits(text + 2, count == 0 ? 0 : number, count);
+        EXPECT_EQ(std::wstring(text, std::size(text)),
+                  L"##" + std::wstring(L"12345678901234567890").substr(0, count) + std::wstring(22 - count, L'#'));
     }
 }
 

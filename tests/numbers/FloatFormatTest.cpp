@@ -3,6 +3,7 @@
 #include "tests/support/Doubles.h"
 #include "tests/support/FloatFormatModel.h"
 #include "tests/support/ForwardingLocale.h"
+#include "tests/support/GuardedText.h"
 #include "tests/support/KeepFloatingControl.h"
 #include "tests/support/Thorough.h"
 #include "utility/numbers/FloatParse.h"
@@ -20,7 +21,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <random>
+#include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace
@@ -28,6 +32,31 @@ namespace
 
 using support::infinity;
 using support::quietNan;
+
+/// What FormatFixed writes, into just as much memory as it asks for: nothing beside that may change.
+template <class Char>
+std::basic_string<Char> Formatted(double value, int decimals, bool showPlus, std::basic_string_view<Char> symbol,
+                                  bool trimZeros, bool keepSymbol)
+{
+    const auto format = [&](std::span<Char> text)
+    { return FormatFixed(text, value, decimals, showPlus, symbol, trimZeros, keepSymbol); };
+    const std::size_t length = format({});
+    std::basic_string<Char> text(length + 2, Char{'#'});
+    EXPECT_EQ(format(std::span(text).subspan(1, length)), length);
+    EXPECT_EQ(text.front(), Char{'#'});
+    EXPECT_EQ(text.back(), Char{'#'});
+    return text.substr(1, length);
+}
+
+/// That it writes `text`, narrow and wide.
+void ExpectFormatted(const std::wstring& text, double value, int decimals, bool showPlus, const std::wstring& symbol,
+                     bool trimZeros, bool keepSymbol)
+{
+    const std::string narrowSymbol(symbol.begin(), symbol.end());
+    ASSERT_EQ(Formatted<wchar_t>(value, decimals, showPlus, symbol, trimZeros, keepSymbol), text);
+    ASSERT_EQ(Formatted<char>(value, decimals, showPlus, narrowSymbol, trimZeros, keepSymbol),
+              std::string(text.begin(), text.end()));
+}
 
 // --- to_wstring
 
@@ -49,6 +78,7 @@ TEST_P(ToWStringTest, IsFixedPointText)
 {
     const FixedCase& each = GetParam();
     EXPECT_EQ(to_wstring(each.value, each.decimals, each.showPlus, L".", each.trimZeros, each.keepSymbol), each.text);
+    ExpectFormatted(each.text, each.value, each.decimals, each.showPlus, L".", each.trimZeros, each.keepSymbol);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -154,6 +184,80 @@ TEST(ToWStringOfTest, DirectionOfRoundingOfTheThreadIsIgnored)
         EXPECT_EQ(above, L"2.000");
         EXPECT_EQ(longText, L"10000000000000000905969664.0");
     }
+}
+
+// --- FormatFixed
+
+TEST(FormatFixedTest, TextThatDoesNotFitIsNotWrittenAndItsLengthTold)
+{
+    for (const auto& [value, decimals] : {std::pair(-12.5, 3), {7.0, 0}, {123456.789, 9}, {0.1, 70}, {infinity, 2}})
+    {
+        const std::string whole = Formatted<char>(value, decimals, false, ".", false, false);
+        for (std::size_t room = 0; room != whole.size() + 20; ++room)
+        {
+            std::string text(whole.size() + 20, '#');
+            std::wstring wide(whole.size() + 20, L'#');
+            ASSERT_EQ(FormatFixed(std::span(text).first(room), value, decimals), whole.size());
+            ASSERT_EQ(FormatFixed(std::span(wide).first(room), value, decimals), whole.size());
+            const std::size_t written = room < whole.size() ? 0 : whole.size();
+            ASSERT_EQ(text, whole.substr(0, written) + std::string(text.size() - written, '#'));
+            ASSERT_TRUE(std::equal(text.begin(), text.end(), wide.begin()));
+        }
+        EXPECT_EQ(FormatFixed(std::span<char>(), value, decimals), whole.size());
+        EXPECT_EQ(FormatFixed(std::span<wchar_t>(), value, decimals), whole.size());
+    }
+}
+
+TEST(FormatFixedTest, NothingBesideTheTextIsTouched)
+{
+    for (const int decimals : {0, 1, 2, 3, 6, 9, 12, 19, 30, -1})
+    {
+        for (const double value : {0.0, -1.0, 12.5, -123.456, 1234567.25, 12345678.5, -123456789012345.0, 1e25})
+        {
+            const std::wstring expected = to_wstring(value, decimals);
+            for (const auto touches :
+                 {support::GuardedText::Touches::pageBehind, support::GuardedText::Touches::pageInFront})
+            {
+                const support::GuardedText narrow(std::string(expected.size(), '#'), touches);
+                const support::GuardedText wide(std::string(expected.size() * sizeof(wchar_t), '#'), touches);
+                const std::span text(const_cast<char*>(narrow.First()), expected.size());
+                ASSERT_EQ(FormatFixed(text, value, decimals), expected.size());
+                ASSERT_TRUE(std::equal(expected.begin(), expected.end(), text.begin(), text.end()));
+                auto* const first = reinterpret_cast<wchar_t*>(const_cast<char*>(wide.First()));
+                ASSERT_EQ(FormatFixed(std::span(first, expected.size()), value, decimals), expected.size());
+                ASSERT_EQ(std::wstring_view(first, expected.size()), expected);
+            }
+        }
+    }
+}
+
+TEST(FormatFixedTest, SymbolMayBeAnyText)
+{
+    // In more bytes than one, in one that is no ASCII, and beyond those.
+    EXPECT_EQ(Formatted<char>(1.5, 2, false, "\xD9\xAB", false, false), "1\xD9\xAB"
+                                                                        "50");
+    EXPECT_EQ(Formatted<char>(1.5, 2, false, "\xB7", false, false), "1\xB7"
+                                                                    "50");
+    EXPECT_EQ(Formatted<wchar_t>(1.5, 2, false, L"\x00B7", false, false), L"1\x00B7"
+                                                                          L"50");
+    EXPECT_EQ(Formatted<wchar_t>(1.5, 2, false, L"\x066B", false, false), L"1\x066B"
+                                                                          L"50");
+    EXPECT_EQ(Formatted<char>(1.5, 2, false, std::string_view("\0", 1), false, false), std::string("1\00050", 4));
+    EXPECT_EQ(Formatted<char>(-1.5, 2, false, std::string(300, '#'), true, false), "-1" + std::string(300, '#') + "5");
+}
+
+TEST(FormatFixedTest, AnyNumberOfPlacesIsWritten)
+{
+    for (const int decimals : {INT_MIN, -400, -20, -1, 0, 10, 15, 16, 17, 18, 19, 20, 100, 1074, 1075, 5000})
+    {
+        for (const double value : {0.1, -2.5, 98765.4321, 1e15, -1e16, 9007199254740993.0, 18446744073709549568.0, 1e22,
+                                   DBL_MAX, DBL_MIN, DBL_TRUE_MIN, 0.0})
+        {
+            ExpectFormatted(to_wstring(value, decimals), value, decimals, false, L".", false, false);
+            ExpectFormatted(to_wstring(value, decimals, true, L",", true), value, decimals, true, L",", true, false);
+        }
+    }
+    EXPECT_EQ(FormatFixed(std::span<char>(), -1.0, INT_MAX), std::size_t{INT_MAX} + 3);
 }
 
 // --- QLMFormatFloatE
@@ -328,8 +432,9 @@ TEST(FloatFormatTest, RandomNumbersAreAsTheStepsGiveThem)
         const std::wstring& symbol = symbols[random() % 4];
         const bool trimZeros = random() % 2 == 0;
         const bool keepSymbol = random() % 2 == 0;
-        ASSERT_EQ(to_wstring(value, decimals, showPlus, symbol, trimZeros, keepSymbol),
-                  support::ModelFixed(value, decimals, showPlus, symbol, trimZeros, keepSymbol));
+        const std::wstring text = support::ModelFixed(value, decimals, showPlus, symbol, trimZeros, keepSymbol);
+        ASSERT_EQ(to_wstring(value, decimals, showPlus, symbol, trimZeros, keepSymbol), text);
+        ExpectFormatted(text, value, decimals, showPlus, symbol, trimZeros, keepSymbol);
         ASSERT_EQ(QLMFormatFloatE(value, decimals, showPlus, symbol, trimZeros, keepSymbol),
                   support::ModelScientific(value, decimals, showPlus, symbol, trimZeros, keepSymbol));
         ASSERT_EQ(QLMFormatFloatPrecise(value, decimals), support::ModelPrecise(value, decimals));

@@ -19,7 +19,7 @@ exports-windows) "$nm" "$file" | sed -n 's/.* I __imp_//p' ;;
 referred-*) "$nm" "$file" | sed 's/.* //; s/^__imp_//' ;;
 esac | c++filt | {
     if [ "$system" = windows ]; then
-        sed -E 's/\<long long\>/@/g; s/\<unsigned long\>/unsigned int/g; s/\<long\>/int/g; s/@/long/g; s/\<_FILETIME\>/FILETIME/g'
+        sed -E 's/\<long long\>/@/g; s/\<unsigned long\>/unsigned int/g; s/\<long\>/int/g; s/@/long/g; s/\<_FILETIME\>/FILETIME/g; s/([0-9])ull\>/\1ul/g'
     else
         cat
     fi

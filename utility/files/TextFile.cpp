@@ -1,5 +1,6 @@
 #include "utility/files/TextFile.h"
 
+#include "utility/numbers/FloatFormat.h"
 #include "utility/platform/Types.h"
 #include "utility/text/ResourceString.h"
 
@@ -8,6 +9,8 @@
 #include <cwchar>
 #include <iterator>
 #include <limits>
+#include <span>
+#include <string>
 
 CTextFile::CTextFile() = default;
 
@@ -47,6 +50,24 @@ CTextFile& CTextFile::operator<<(unsigned long value) { return WriteNumber(value
 CTextFile& CTextFile::operator<<(long long value) { return WriteNumber(value); }
 
 CTextFile& CTextFile::operator<<(unsigned long long value) { return WriteNumber(value); }
+
+CTextFile& CTextFile::WriteFixed(double value, int decimals, bool showPlus, std::string_view decimalSymbol,
+                                 bool trimZeros, bool keepSymbol)
+{
+    const auto format = [&](std::span<char> text)
+    { return FormatFixed(text, value, decimals, showPlus, decimalSymbol, trimZeros, keepSymbol); };
+    char usual[64];
+    const std::size_t length = format(usual);
+    if (length <= std::size(usual))
+    {
+        Write(usual, length);
+        return *this;
+    }
+    std::string text(length, '\0');
+    format(text);
+    Write(text.data(), length);
+    return *this;
+}
 
 void CTextFile::Write(const void* data, std::uint64_t size) { WriteFile(data, size); }
 

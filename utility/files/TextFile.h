@@ -4,7 +4,8 @@
 //
 //     CTextFile file;
 //     file.Open(L"moves.nc");
-//     file << "N" << 10 << " G01\n";
+//     file << "N" << 10 << " G01 X";
+//     file.WriteFixed(10.5, 3) << "\n"; // X10.500
 //     file.Close(0);
 //
 // Each insertion is one write to the system: nothing is gathered, and no line end is added or changed. Wide text is
@@ -16,6 +17,8 @@
 // object belongs to one thread at a time; copies are aliases of the same open file.
 
 #include "utility/files/TextInputOutputFile.h"
+
+#include <string_view>
 
 class UTILITY_API CTextFile : public CTextInputOutputFile
 {
@@ -49,6 +52,11 @@ public:
     CTextFile& operator<<(unsigned long long value);
     /// It would be a number.
     CTextFile& operator<<(wchar_t value) = delete;
+
+    /// The number as FormatFixed has it, of the same arguments (numbers/FloatFormat.h). It allocates nothing for a text
+    /// of up to 64 bytes.
+    CTextFile& WriteFixed(double value, int decimals, bool showPlus = false, std::string_view decimalSymbol = ".",
+                          bool trimZeros = false, bool keepSymbol = false);
 
 protected:
     /// Only the low 32 bits of `size` count.

@@ -7,7 +7,7 @@
 namespace utility::detail
 {
 
-void FixedDigits::SpellOut(double value, int decimals)
+FixedDigits::FixedDigits(double value, int decimals)
 {
     // A zero for a carry, then the exact value: as many places as there are bits behind the point.
     int exponent = 0;
@@ -42,7 +42,5 @@ void FixedDigits::SpellOut(double value, int decimals)
     m_wholeLength = static_cast<std::size_t>(point - m_text);
     m_fractionLength = static_cast<std::size_t>(std::clamp<std::int64_t>(decimals, 0, end - point));
 }
-
-void FixedDigits::Widen(wchar_t* to, const char* digits, std::size_t count) { std::copy_n(digits, count, to); }
 
 }

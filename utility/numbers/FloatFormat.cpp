@@ -7,8 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <string_view>
+#include <type_traits>
 
 namespace
 {
@@ -16,6 +16,9 @@ namespace
 constexpr int placesOfUnits[] = {4, 6, 6};
 
 using namespace utility::platform;
+using utility::detail::FixedDigits;
+using utility::detail::FixedNumber;
+using utility::detail::Uint128;
 
 constinit StaticPlace<const std::wstring> processSymbol;
 
@@ -28,59 +31,169 @@ void DestroyProcessSymbol() { processSymbol.Destroy(); }
 
 int dialogDecimalPlaces = placesOfUnits[DISTANCE_UNITS_MM];
 
+template <class Char>
 struct Layout
 {
     bool showPlus;
-    std::wstring_view symbol;
+    std::basic_string_view<Char> symbol;
     bool trimZeros;
     bool keepSymbol;
 };
 
-/// What all the formatters write: a number in a layout, with something behind it.
-[[gnu::always_inline]] inline std::wstring Compose(double value, int decimals, const Layout& layout,
-                                                   std::wstring_view behind = {})
+/// What stands for a number that is not finite.
+struct NoNumber
 {
-    // Signs come as they like, so a branch would be a toss-up.
-    const int isNegative = value < 0.0 ? 1 : 0;
-    const auto signLength = static_cast<std::size_t>(isNegative | (layout.showPlus ? 1 : 0));
-    const auto sign = static_cast<wchar_t>(L'+' + isNegative * (L'-' - L'+'));
-    if (!std::isfinite(value)) [[unlikely]]
-        return std::wstring(signLength, sign).append(std::isnan(value) ? L"nan" : L"inf").append(behind);
+    const char* name;
 
-    utility::detail::FixedDigits digits(value, decimals);
-    auto places = static_cast<std::size_t>(std::max(decimals, 0));
-    if (layout.trimZeros)
+    static std::size_t WholeLength() { return 3; }
+    static std::size_t FractionLength() { return 0; }
+    static void TrimFraction() {}
+    template <class Char>
+    void WriteWhole(Char* to) const
     {
-        digits.TrimFraction();
-        places = digits.FractionLength();
+        std::copy_n(name, WholeLength(), to);
     }
-    const bool hasSymbol = layout.keepSymbol || (decimals != 0 && !(layout.trimZeros && places == 0));
-    const std::wstring_view symbol = hasSymbol ? layout.symbol : std::wstring_view();
+    template <class Char>
+    static void WriteFraction(Char*)
+    {
+    }
+};
 
-    const std::size_t length = signLength + digits.WholeLength() + symbol.size() + places + behind.size();
-    // Inlined, as a call would put all of these into memory.
-    const auto write = [&](wchar_t * at) __attribute__((always_inline))
+/// A number in a layout. Everything is inlined, as a call would put the number into memory.
+template <class Char, class Number>
+class FixedText
+{
+public:
+    [[gnu::always_inline]] FixedText(double value, Number& number, int decimals, const Layout<Char>& layout)
+        : m_number(number)
     {
-        *at = sign;
-        at += signLength;
-        digits.WriteWhole(at);
-        at += digits.WholeLength();
-        for (const wchar_t c : symbol)
-            *at++ = c;
-        digits.WriteFraction(at);
-        std::fill(at + digits.FractionLength(), at + places, L'0');
-        std::copy(behind.begin(), behind.end(), at + places);
-    };
-    // The usual text fits, with the room that the whole part takes, and the result is made of it at once.
-    wchar_t array[128];
-    if (length <= std::size(array) - utility::detail::FixedDigits::leastRoomForWhole) [[likely]]
-    {
-        write(array);
-        return {array, length};
+        // Signs come as they like, so a branch would be a toss-up.
+        const int isNegative = value < 0.0 ? 1 : 0;
+        m_signLength = static_cast<std::size_t>(isNegative | (layout.showPlus ? 1 : 0));
+        m_sign = static_cast<Char>('+' + isNegative * ('-' - '+'));
+        m_places = static_cast<std::size_t>(std::max(decimals, 0));
+        if (layout.trimZeros)
+        {
+            number.TrimFraction();
+            m_places = number.FractionLength();
+        }
+        if (layout.keepSymbol || (decimals != 0 && !(layout.trimZeros && m_places == 0)))
+            m_symbol = layout.symbol;
+        m_length = number.WholeLength() + m_symbol.size() + m_places;
     }
-    std::wstring text(length, L'0');
-    write(text.data());
-    return text;
+
+    std::size_t Length() const { return m_signLength + m_length; }
+
+    [[gnu::always_inline]] void Write(Char* to) const
+    {
+        *to = m_sign;
+        to += m_signLength;
+        if constexpr (std::is_same_v<Number, FixedNumber>)
+        {
+            if (IsShort()) [[likely]]
+                return utility::detail::WriteBytes(to, Bytes(), m_length);
+        }
+        m_number.WriteWhole(to);
+        to = std::copy(m_symbol.begin(), m_symbol.end(), to + m_number.WholeLength());
+        m_number.WriteFraction(to);
+        std::fill(to + m_number.FractionLength(), to + m_places, Char{'0'});
+    }
+
+    /// Whether the text but for its sign is in sixteen bytes, as the usual one is.
+    bool IsShort() const
+    {
+        return m_length <= 16 &&
+               (m_symbol.empty() || (m_symbol.size() == 1 && m_number.WholeLength() <= 7 &&
+                                     static_cast<Char>(static_cast<unsigned char>(m_symbol[0])) == m_symbol[0]));
+    }
+
+    /// Writes a short text, and whatever comes behind it: a length that differs from text to text is mispredicted.
+    static constexpr std::size_t shortLength = 1 + 16;
+    [[gnu::always_inline]] void WriteShort(Char* to) const
+    {
+        *to = m_sign;
+        to += m_signLength;
+        const Uint128 bytes = Bytes();
+        utility::detail::WriteEight(to, static_cast<std::uint64_t>(bytes));
+        utility::detail::WriteEight(to + 8, static_cast<std::uint64_t>(bytes >> 64));
+    }
+
+private:
+    Uint128 Bytes() const
+    {
+        return m_symbol.empty() ? m_number.Bytes() : m_number.Bytes(static_cast<unsigned char>(m_symbol[0]));
+    }
+
+    const Number& m_number;
+    Char m_sign;
+    std::size_t m_signLength;
+    std::basic_string_view<Char> m_symbol;
+    std::size_t m_places;
+    std::size_t m_length; ///< without the sign
+};
+
+/// Of the numbers that two integers do not hold. Not inlined: it takes a kilobyte and a half of the stack.
+template <class Char, class Use>
+[[gnu::noinline, gnu::cold]] auto ComposeLong(double value, int decimals, Layout<Char> layout, Use use)
+{
+    if (!std::isfinite(value))
+    {
+        NoNumber none{std::isnan(value) ? "nan" : "inf"};
+        return use(FixedText<Char, NoNumber>(value, none, 0, {layout.showPlus, {}, false, false}));
+    }
+    FixedDigits digits(value, decimals);
+    return use(FixedText<Char, FixedDigits>(value, digits, decimals, layout));
+}
+
+/// What all the formatters do: `use` is given a number in a layout.
+template <class Char, class Use>
+[[gnu::always_inline]] inline auto Compose(double value, int decimals, const Layout<Char>& layout, Use use)
+{
+    FixedNumber number;
+    if (number.Holds(value, decimals)) [[likely]]
+        return use(FixedText<Char, FixedNumber>(value, number, decimals, layout));
+    return ComposeLong(value, decimals, layout, use);
+}
+
+/// A number with something behind it.
+[[gnu::always_inline]] inline std::wstring MakeString(double value, int decimals, const Layout<wchar_t>& layout,
+                                                      std::wstring_view behind = {})
+{
+    return Compose(
+        value, decimals,
+        layout, [behind]<class Number>(const FixedText<wchar_t, Number>& text) __attribute__((always_inline)) {
+            const std::size_t length = text.Length() + behind.size();
+            if constexpr (std::is_same_v<Number, FixedNumber>)
+            {
+                // What fits into the string itself allocates nothing.
+                if (text.IsShort() && behind.empty() && length > std::wstring().capacity()) [[likely]]
+                {
+                    static constexpr wchar_t room[text.shortLength] = {};
+                    std::wstring result(room, text.shortLength);
+                    text.WriteShort(result.data());
+                    result.resize(length);
+                    return result;
+                }
+            }
+            std::wstring result(length, L'0');
+            text.Write(result.data());
+            behind.copy(result.data() + text.Length(), behind.size());
+            return result;
+        });
+}
+
+/// A text that fits its place.
+template <class Char>
+[[gnu::always_inline]] inline std::size_t WriteInto(std::span<Char> place, double value, int decimals,
+                                                    const Layout<Char>& layout)
+{
+    return Compose(
+        value, decimals, layout, [place](const auto& text) __attribute__((always_inline)) {
+            const std::size_t length = text.Length();
+            if (length <= place.size())
+                text.Write(place.data());
+            return length;
+        });
 }
 
 /// A number by its mantissa and its power of ten.
@@ -132,13 +245,25 @@ void SetDialogDecimalPlaces(int places) noexcept { dialogDecimalPlaces = places;
 std::wstring to_wstring(double value, int decimals, bool showPlus, const std::wstring& decimalSymbol, bool trimZeros,
                         bool keepSymbol)
 {
-    return Compose(value, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol});
+    return MakeString(value, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol});
 }
 
 std::wstring to_wstring(float value, int decimals, bool showPlus, const std::wstring& decimalSymbol, bool trimZeros,
                         bool keepSymbol)
 {
     return to_wstring(static_cast<double>(value), decimals, showPlus, decimalSymbol, trimZeros, keepSymbol);
+}
+
+std::size_t FormatFixed(std::span<char> text, double value, int decimals, bool showPlus, std::string_view decimalSymbol,
+                        bool trimZeros, bool keepSymbol) noexcept
+{
+    return WriteInto<char>(text, value, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol});
+}
+
+std::size_t FormatFixed(std::span<wchar_t> text, double value, int decimals, bool showPlus,
+                        std::wstring_view decimalSymbol, bool trimZeros, bool keepSymbol) noexcept
+{
+    return WriteInto<wchar_t>(text, value, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol});
 }
 
 std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus, const std::wstring& decimalSymbol,
@@ -148,7 +273,7 @@ std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus, const st
     const Scientific number = Split(value);
     wchar_t exponent[5] = {L'E', number.exponent < 0 ? L'-' : L'+'};
     utility::detail::WriteDigits(exponent + 2, static_cast<std::uint64_t>(std::abs(number.exponent)), 3);
-    return Compose(number.mantissa, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol}, {exponent, 5});
+    return MakeString(number.mantissa, decimals, {showPlus, decimalSymbol, trimZeros, keepSymbol}, {exponent, 5});
 }
 
 std::wstring QLMFormatFloatPrecise(double value, int decimals)

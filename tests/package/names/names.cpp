@@ -342,6 +342,7 @@ void Files()
     characters.Open(std::wstring());
     characters.Open(path);
     characters << 'c' << "" << L"" << 1 << 1U << 1L << 1UL << 1LL << 1ULL;
+    characters.WriteFixed(1.0, 0);
     Copy<CTextFile>();
     CharacterFile().Protected();
 }
@@ -561,6 +562,8 @@ void Numbers()
     SetDialogDecimalPlaces(0);
     to_wstring(1.0, 0);
     to_wstring(1.0f, 0);
+    static_cast<void>(FormatFixed(std::span<char>(), 1.0, 0));
+    static_cast<void>(FormatFixed(std::span<wchar_t>(), 1.0, 0));
     QLMFormatFloatE(1.0, 0);
     QLMFormatFloatPrecise(1.0, 0);
 

@@ -1,19 +1,24 @@
 #pragma once
 
 // The decimal digits of the magnitude of a double with a fixed number of places: its exact binary value rounded
-// correctly, ties to even, whatever the thread's rounding direction.
+// correctly, ties to even, whatever the thread's rounding direction. A FixedNumber is the usual one, FixedDigits any.
 //
-//     utility::detail::FixedDigits digits(1234.5678, 2);
-//     wchar_t text[8];
-//     digits.WriteWhole(text);         // 1234
-//     digits.WriteFraction(text + 4);  // 57
+//     utility::detail::FixedNumber number;
+//     if (number.Holds(1234.5678, 2))
+//     {
+//         wchar_t text[6];
+//         number.WriteWhole(text);        // 1234
+//         number.WriteFraction(text + 4); // 57
+//     }
 
 #include "utility/numbers/PowersOfTen.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <emmintrin.h>
 
 namespace utility::detail
 {
@@ -27,170 +32,211 @@ inline std::size_t CountDigits(std::uint64_t number)
     return atLeast + (number >= integerPowers[atLeast] ? 1 : 0);
 }
 
-/// 00 to 99.
-struct DigitPairs
+/// The sixteen digits of a number below 10^16, in bytes, the first in the lowest. All are found at once: the number is
+/// split in halves until each has one digit, dividing by a multiplication and a shift.
+inline Uint128 SixteenDigits(std::uint64_t number)
 {
-    wchar_t pairs[100][2] = {};
+    constexpr std::uint64_t eight = 100'000'000;
+    const auto halves = [](__m128i all, __m128i upper, __m128i scale, int bits)
+    { return _mm_or_si128(upper, _mm_slli_epi64(_mm_sub_epi16(all, _mm_mullo_epi16(upper, scale)), bits)); };
+    __m128i all = _mm_set_epi64x(static_cast<std::int64_t>(number % eight), static_cast<std::int64_t>(number / eight));
+    __m128i upper = _mm_srli_epi64(_mm_mul_epu32(all, _mm_set1_epi64x(3518437209)), 45); // by 10000
+    all = _mm_or_si128(upper, _mm_slli_epi64(_mm_sub_epi32(all, _mm_mul_epu32(upper, _mm_set1_epi64x(10000))), 32));
+    upper = _mm_srli_epi16(_mm_mulhi_epu16(all, _mm_set1_epi32(5243)), 3); // by 100
+    all = halves(all, upper, _mm_set1_epi32(100), 16);
+    upper = _mm_mulhi_epu16(all, _mm_set1_epi16(6554)); // by 10
+    all = halves(all, upper, _mm_set1_epi16(10), 8);
+    return static_cast<Uint128>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(all, all))) << 64 |
+           static_cast<std::uint64_t>(_mm_cvtsi128_si64(all));
+}
 
-    constexpr DigitPairs()
+/// What makes characters of digits.
+inline constexpr Uint128 zeroCharacters = ~static_cast<Uint128>(0) / 255 * '0';
+
+/// Eight bytes as characters.
+template <class Char>
+void WriteEight(Char* to, std::uint64_t bytes)
+{
+    if constexpr (sizeof(Char) == 1)
+        std::memcpy(to, &bytes, sizeof bytes);
+    else
     {
-        for (int i = 0; i < 100; ++i)
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i pairs = _mm_unpacklo_epi8(_mm_cvtsi64_si128(static_cast<std::int64_t>(bytes)), zero);
+        auto* const place = reinterpret_cast<__m128i*>(to);
+        if constexpr (sizeof(Char) == 2)
+            _mm_storeu_si128(place, pairs);
+        else
         {
-            pairs[i][0] = static_cast<wchar_t>(L'0' + i / 10);
-            pairs[i][1] = static_cast<wchar_t>(L'0' + i % 10);
+            _mm_storeu_si128(place, _mm_unpacklo_epi16(pairs, zero));
+            _mm_storeu_si128(place + 1, _mm_unpackhi_epi16(pairs, zero));
         }
     }
-};
-inline constexpr DigitPairs digitPairs;
+}
 
-/// The last `count` digits of a number, leading zeros included.
-inline void WriteDigits(wchar_t* to, std::uint64_t number, std::size_t count)
+/// The first `count` bytes of sixteen as characters, and nothing behind them.
+template <class Char>
+void WriteBytes(Char* to, Uint128 bytes, std::size_t count)
 {
-    for (; count >= 2; number /= 100)
+    if (count >= 8)
     {
-        count -= 2;
-        std::memcpy(to + count, digitPairs.pairs[number % 100], sizeof digitPairs.pairs[0]);
+        // The two may overlap.
+        WriteEight(to, static_cast<std::uint64_t>(bytes));
+        WriteEight(to + count - 8, static_cast<std::uint64_t>(bytes >> 8 * (count - 8)));
+        return;
+    }
+    Char eight[8];
+    WriteEight(eight, static_cast<std::uint64_t>(bytes));
+    if (count >= 4)
+    {
+        std::memcpy(to, eight, 4 * sizeof(Char));
+        WriteEight(eight, static_cast<std::uint64_t>(bytes) >> 8 * (count - 4));
+        std::memcpy(to + count - 4, eight, 4 * sizeof(Char));
+        return;
+    }
+    for (std::size_t i = 0; i != count; ++i)
+        to[i] = eight[i];
+}
+
+/// The `count` digits of a number that has no more, leading zeros included.
+template <class Char>
+void WriteDigits(Char* to, std::uint64_t number, std::size_t count)
+{
+    constexpr std::size_t atOnce = 16;
+    for (; count > atOnce; number /= integerPowers[atOnce])
+    {
+        count -= atOnce;
+        WriteBytes(to + count, SixteenDigits(number % integerPowers[atOnce]) ^ zeroCharacters, atOnce);
     }
     if (count != 0)
-        *to = static_cast<wchar_t>(L'0' + number % 10);
+        WriteBytes(to, (SixteenDigits(number) ^ zeroCharacters) >> 8 * (atOnce - count), count);
 }
 
-/// The eight digits of a number below 10^8. All are found at once, in the bytes of one integer, the first in the
-/// lowest: it is split in halves until each has one digit, dividing by a multiplication and a shift.
-inline void WriteEightDigits(wchar_t* to, std::uint64_t number)
-{
-    const std::uint64_t fours = number / 10000 | number % 10000 << 32;
-    const std::uint64_t hundreds = fours * 10486 >> 20 & 0x0000'007F'0000'007F;
-    const std::uint64_t pairs = hundreds | (fours - hundreds * 100) << 16;
-    const std::uint64_t tens = pairs * 103 >> 10 & 0x000F'000F'000F'000F;
-    const std::uint64_t digits = (tens | (pairs - tens * 10) << 8) + 0x3030'3030'3030'3030;
-    std::uint8_t bytes[8];
-    std::memcpy(bytes, &digits, sizeof bytes);
-    for (int i = 0; i < 8; ++i)
-        to[i] = bytes[i];
-}
-
-class FixedDigits
+/// One that is, without its point, below 2^64, as all are of which a double holds the digits.
+class FixedNumber
 {
 public:
-    /// Of a finite value. Any number of places will do: with a negative one the whole part is rounded to tens, hundreds
-    /// and so on.
-    FixedDigits(double value, int decimals)
-    {
-        if (!FitsNumbers(value, decimals))
-            SpellOut(value, decimals);
-    }
-    FixedDigits(const FixedDigits&) = delete;
-    FixedDigits& operator=(const FixedDigits&) = delete;
+    /// Takes a value, if it is such a one with so many places.
+    bool Holds(double value, int decimals);
 
     /// At least 1.
-    std::size_t WholeLength() const { return m_wholeLength; }
-    /// What WriteWhole needs, however few digits there are: lengths differ from number to number, and the usual ones
-    /// are written without a loop.
-    static constexpr std::size_t leastRoomForWhole = 8;
-    void WriteWhole(wchar_t* to) const
-    {
-        if (m_text != nullptr)
-            Widen(to, m_text, m_wholeLength);
-        else if (m_wholeLength <= leastRoomForWhole)
-            WriteEightDigits(to, m_whole * integerPowers[leastRoomForWhole - m_wholeLength]);
-        else
-            WriteDigits(to, m_whole, m_wholeLength);
-    }
-
-    /// How many of the places have a digit of their own; those behind them are zeros.
+    std::size_t WholeLength() const { return std::max(CountDigits(m_number), m_fractionLength + 1) - m_fractionLength; }
     std::size_t FractionLength() const { return m_fractionLength; }
-    void WriteFraction(wchar_t* to) const
-    {
-        if (m_text != nullptr)
-            Widen(to, m_text + m_wholeLength, m_fractionLength);
-        else
-            WriteDigits(to, m_fraction, m_fractionLength);
-    }
 
     /// Drops the zeros at the end of the fraction.
-    void TrimFraction();
+    void TrimFraction()
+    {
+        for (; m_fractionLength != 0 && m_number % 10 == 0; m_number /= 10)
+            --m_fractionLength;
+    }
+
+    template <class Char>
+    void WriteWhole(Char* to) const
+    {
+        WriteDigits(to, m_number / integerPowers[m_fractionLength], WholeLength());
+    }
+    template <class Char>
+    void WriteFraction(Char* to) const
+    {
+        WriteDigits(to, m_number % integerPowers[m_fractionLength], m_fractionLength);
+    }
+
+    /// All of it in sixteen bytes, of which it must not need more.
+    Uint128 Bytes() const { return Digits() ^ zeroCharacters; }
+    /// The same with a symbol, behind seven digits at the most.
+    Uint128 Bytes(unsigned char symbol) const
+    {
+        const Uint128 digits = Digits();
+        const std::size_t bits = 8 * WholeLength();
+        const std::uint64_t whole = static_cast<std::uint64_t>(digits) & ~(~0ULL << bits);
+        return ((digits ^ whole) << 8 | whole | static_cast<std::uint64_t>(symbol ^ '0') << bits) ^ zeroCharacters;
+    }
 
 private:
-    static constexpr int longestWhole = 309;
-    static constexpr int longestFraction = 1074;
+    Uint128 Digits() const { return SixteenDigits(m_number) >> 8 * (16 - WholeLength() - m_fractionLength); }
 
-    bool FitsNumbers(double value, int decimals);
-    void SpellOut(double value, int decimals);
-    static void Widen(wchar_t* to, const char* digits, std::size_t count);
-
-    std::size_t m_wholeLength;
-    std::size_t m_fractionLength;
-    std::uint64_t m_whole;
-    std::uint64_t m_fraction;
-    const char* m_text = nullptr; ///< all digits, where two numbers do not hold them
-    char m_buffer[1 + longestWhole + 1 + longestFraction];
+    std::uint64_t m_number = 0;
+    std::size_t m_fractionLength = 0;
 };
 
-/// The two numbers, if they hold the digits: magnitudes below 2^64 with 0 to 19 places.
-inline bool FixedDigits::FitsNumbers(double value, int decimals)
+inline bool FixedNumber::Holds(double value, int decimals)
 {
     constexpr int bias = 1023;
     constexpr int mantissaBits = 52;
     const auto bits = std::bit_cast<std::uint64_t>(value);
     const int exponent = static_cast<int>(bits >> mantissaBits & 0x7FF);
-    if (static_cast<unsigned>(decimals) >= integerPowers.size() || exponent >= bias + 64)
-        return false;
-
     // The value is mantissa / 2^shift, but for the subnormal ones: to any place here they are as good as any tiny
     // value.
-    const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
     const int shift = bias + mantissaBits - exponent;
-    const std::uint64_t scale = integerPowers[static_cast<unsigned>(decimals)];
-    m_whole = 0;
-    m_fraction = 0;
+    if (static_cast<unsigned>(decimals) >= integerPowers.size() || shift <= -12)
+        return false;
+    const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
+    const Uint128 scaled = static_cast<Uint128>(mantissa) * integerPowers[static_cast<unsigned>(decimals)];
+    m_fractionLength = static_cast<std::size_t>(decimals);
+
+    // What is dropped, in units of 2^-64. Its last bit stands for all below.
+    std::uint64_t dropped = 0;
+    Uint128 number = 0;
     if (shift <= 0)
-        m_whole = mantissa << -shift;
+        number = scaled << -shift;
+    else if (shift < 64)
+    {
+        number = scaled >> shift;
+        dropped = static_cast<std::uint64_t>(scaled) << (64 - shift);
+    }
     else if (shift < 128)
     {
-        // What is behind the point times the scale: exact in 128 bits. `rest` is what is dropped of it, in units of
-        // 2^-128.
-        Uint128 rest = 0;
-        if (shift < 64)
-        {
-            m_whole = mantissa >> shift;
-            const Uint128 scaled = static_cast<Uint128>(mantissa << (64 - shift)) * scale;
-            m_fraction = static_cast<std::uint64_t>(scaled >> 64);
-            rest = scaled << 64;
-        }
-        else
-        {
-            const Uint128 scaled = static_cast<Uint128>(mantissa) * scale;
-            m_fraction = static_cast<std::uint64_t>(scaled >> shift);
-            rest = scaled << (128 - shift);
-        }
-        constexpr Uint128 half = static_cast<Uint128>(1) << 127;
-        // Without a branch, which would be a toss-up: ties go to even.
-        const std::uint64_t oddness = (decimals == 0 ? m_whole : m_fraction) & 1;
-        m_fraction += rest + oddness > half ? 1 : 0;
-        if (m_fraction == scale)
-        {
-            m_fraction = 0;
-            ++m_whole;
-        }
+        number = scaled >> shift;
+        const Uint128 rest = scaled << (128 - shift);
+        dropped = static_cast<std::uint64_t>(rest >> 64) | (static_cast<std::uint64_t>(rest) != 0 ? 1 : 0);
     }
-    m_wholeLength = CountDigits(m_whole);
-    m_fractionLength = static_cast<std::size_t>(decimals);
-    return true;
+    // Without a branch, which would be a toss-up: ties go to even.
+    constexpr std::uint64_t half = 1ULL << 63;
+    number += dropped > half - (static_cast<std::uint64_t>(number) & 1) ? 1 : 0;
+    m_number = static_cast<std::uint64_t>(number);
+    return number == m_number;
 }
 
-inline void FixedDigits::TrimFraction()
+/// All digits of any finite value. With a negative number of places the whole part is rounded to tens, hundreds and so
+/// on.
+class FixedDigits
 {
-    if (m_text != nullptr)
+public:
+    FixedDigits(double value, int decimals);
+    FixedDigits(const FixedDigits&) = delete;
+    FixedDigits& operator=(const FixedDigits&) = delete;
+
+    /// At least 1.
+    std::size_t WholeLength() const { return m_wholeLength; }
+    /// How many of the places have a digit of their own; those behind them are zeros.
+    std::size_t FractionLength() const { return m_fractionLength; }
+
+    /// Drops the zeros at the end of the fraction.
+    void TrimFraction()
     {
         while (m_fractionLength != 0 && m_text[m_wholeLength + m_fractionLength - 1] == '0')
             --m_fractionLength;
-        return;
     }
-    if (m_fraction == 0)
-        m_fractionLength = 0;
-    for (; m_fractionLength != 0 && m_fraction % 10 == 0; m_fraction /= 10)
-        --m_fractionLength;
-}
+
+    template <class Char>
+    void WriteWhole(Char* to) const
+    {
+        std::copy_n(m_text, m_wholeLength, to);
+    }
+    template <class Char>
+    void WriteFraction(Char* to) const
+    {
+        std::copy_n(m_text + m_wholeLength, m_fractionLength, to);
+    }
+
+private:
+    static constexpr int longestWhole = 309;
+    static constexpr int longestFraction = 1074;
+
+    const char* m_text;
+    std::size_t m_wholeLength;
+    std::size_t m_fractionLength;
+    char m_buffer[1 + longestWhole + 1 + longestFraction];
+};
 
 }
