@@ -144,7 +144,11 @@ namespace
 
 std::atomic<bool> isInterruptionAsked; // on Windows by another thread
 
-void AskForInterruption(int) { isInterruptionAsked = true; }
+void AskForInterruption(int signal)
+{
+    isInterruptionAsked = true;
+    std::signal(signal, SIG_DFL);
+}
 
 /// One that is ignored, as that of a program in the background, stays so.
 void (*Handle(int signal))(int)

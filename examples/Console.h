@@ -44,7 +44,7 @@ void MakeOutputBinary();
 bool OutputIsTerminal();
 
 /// While there is one, Ctrl-C and a plain kill do not end the program, which has to ask for them now and then. A second
-/// one may end it.
+/// one ends it.
 class Interruption
 {
 public:

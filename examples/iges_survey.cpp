@@ -4,15 +4,20 @@
 // iges::RecordPtr, a cursor derived from the library's CTextRecordPtr, walks such a list as one stream and reads its
 // numbers. What is wrong with them becomes a message in the log, which is collected here, record by record. iges::Part
 // knows what of it is the part, and hands its shapes on to what measures or draws them.
+//
+// Threads read batches of records, each with a survey and an owner in the log of its own. The batches are those of the
+// file, however many threads there are, and what comes of them is put together in their order: so is the output.
 
 #include "examples/Console.h"
 #include "examples/iges/EntityNames.h"
 #include "examples/iges/Picture.h"
 #include "examples/iges/Survey.h"
+#include "examples/InOrder.h"
 #include "utility/Utility.h"
 
 #include <boost/filesystem/operations.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -20,7 +25,10 @@
 #include <exception>
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
+#include <thread>
+#include <vector>
 
 /// To the library the database is an address. This program is its own host, and this is what it works on.
 class CEntityDatabase
@@ -48,6 +56,8 @@ struct Options
     bool help = false;
     bool dump = false;
     bool verbose = false;
+    bool times = false;
+    std::size_t jobs = 0; // 0 for as many as there are processors
     boost::filesystem::path picture;
     boost::filesystem::path scene;
     double error = 0.0; // 0 for one of its own
@@ -56,7 +66,8 @@ struct Options
 void ShowHelp()
 {
     std::printf(
-        "usage: iges_survey [--verbose] [--dump] [--svg FILE.svg] [--out FILE.wrl] [--error LENGTH] FILE\n"
+        "usage: iges_survey [--verbose] [--dump] [--jobs COUNT] [--times]\n"
+        "                   [--svg FILE.svg] [--out FILE.wrl] [--error LENGTH] FILE\n"
         "\n"
         "Tells what is in an IGES file: its entities by type, how many integers, reals and texts its\n"
         "parameter records hold, the extents of the geometry, and what could not be read.\n"
@@ -64,6 +75,8 @@ void ShowHelp()
         "  --verbose  also says how long each record is\n"
         "  --dump     prints nothing but the parameter records, one a line: the number of the directory\n"
         "             entry, then the fields, each behind a tab; messages go to the standard error stream\n"
+        "  --jobs     reads records on so many threads, and not on one for each processor; the output is the same\n"
+        "  --times    says on the standard error stream when each step began, and its milliseconds\n"
         "  --help     prints this\n"
         "\n"
         "The extents are those of %s,\n"
@@ -84,6 +97,14 @@ void ShowHelp()
 
 bool EndsIn(const boost::filesystem::path& path, const std::string& end) { return console::Utf8(path).ends_with(end); }
 
+/// A count from 1 on.
+bool ParseCount(const std::string& text, std::size_t& count)
+{
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, count);
+    return error == std::errc() && last == end && count > 0;
+}
+
 bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Options& options)
 {
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument)
@@ -95,6 +116,10 @@ bool ParseArguments(const std::vector<boost::filesystem::path>& arguments, Optio
             options.dump = true;
         else if (*argument == "--verbose")
             options.verbose = true;
+        else if (*argument == "--times")
+            options.times = true;
+        else if (*argument == "--jobs" && hasNext && ParseCount(console::Utf8(argument[1]), options.jobs))
+            ++argument;
         else if (*argument == "--svg" && hasNext && EndsIn(argument[1], ".svg"))
             options.picture = *++argument;
         else if (*argument == "--out" && hasNext && (EndsIn(argument[1], ".wrl") || EndsIn(argument[1], ".wrl.gz")))
@@ -161,21 +186,50 @@ std::string WithoutNumbers(const std::string& text)
     return kind;
 }
 
-/// Collects messages from the log, and says of each what it is about. Of those that differ by their numbers alone it
-/// keeps the first, and how many there are.
-class Messages
+struct Message
+{
+    std::string subject; ///< what it is about
+    std::string text;
+    bool isError = false;
+};
+
+std::string SubjectOf(const iges::File& file, const iges::Record& record)
+{
+    const iges::Entry* const entry = file.Find(record.directory);
+    return "D " + (record.name.empty() ? "(no number)" : std::string(record.name)) +
+           (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
+}
+
+/// Takes the messages of the calling thread out of the log.
+void TakeMessages(const std::function<std::string()>& subject, std::vector<Message>& messages)
+{
+    boost::circular_buffer_space_optimized<CLogMessage> popped;
+    CLogMessages::instance(GetThreadDatabase()).pop(popped);
+    for (const CLogMessage& message : popped)
+        messages.push_back(
+            {subject(), from_utf(message.m_strMessage, codePageUtf8), message.m_eSeverity >= LogSeverityError});
+}
+
+/// Of messages that differ by their numbers alone it keeps the first, and how many there are.
+class Summary
 {
 public:
-    void Collect(const std::string& subject)
+    void Add(const std::vector<Message>& messages)
     {
-        CLogMessages::instance(GetThreadDatabase()).pop(m_popped);
-        for (const CLogMessage& message : m_popped)
+        for (const Message& message : messages)
         {
-            const std::string text = from_utf(message.m_strMessage, codePageUtf8);
-            if (++m_counts[WithoutNumbers(text)] <= shownOfAKind)
-                m_text += subject + ": " + text;
-            m_hasErrors = m_hasErrors || message.m_eSeverity >= LogSeverityError;
+            if (++m_counts[WithoutNumbers(message.text)] <= shownOfAKind)
+                m_text += message.subject + ": " + message.text;
+            m_hasErrors = m_hasErrors || message.isError;
         }
+    }
+
+    /// Those of the calling thread.
+    void Add(const std::string& subject)
+    {
+        std::vector<Message> messages;
+        TakeMessages([&] { return subject; }, messages);
+        Add(messages);
     }
 
     bool HasErrors() const { return m_hasErrors; }
@@ -194,17 +248,109 @@ public:
 private:
     static constexpr std::uint64_t shownOfAKind = 20;
 
-    boost::circular_buffer_space_optimized<CLogMessage> m_popped;
     std::map<std::string, std::uint64_t> m_counts;
     std::string m_text;
     bool m_hasErrors = false;
 };
 
-std::string SubjectOf(const iges::File& file, const iges::Record& record)
+/// Records that one thread reads.
+using Batch = std::span<const iges::Record>;
+
+/// By the file alone.
+std::vector<Batch> BatchesOf(std::span<const iges::Record> records)
 {
-    const iges::Entry* const entry = file.Find(record.directory);
-    return "D " + (record.name.empty() ? "(no number)" : std::string(record.name)) +
-           (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
+    constexpr std::size_t fewestLines = 2'000;
+    std::vector<Batch> batches;
+    std::size_t first = 0;
+    std::size_t lines = 0;
+    for (std::size_t i = 0; i < records.size(); ++i)
+    {
+        lines += records[i].lines.size();
+        if (lines >= fewestLines || i + 1 == records.size())
+        {
+            batches.push_back(records.subspan(first, i + 1 - first));
+            first = i + 1;
+            lines = 0;
+        }
+    }
+    return batches;
+}
+
+/// What comes of a batch.
+struct Found
+{
+    /// One whose entity is yet to be measured, with so many messages up to it.
+    struct Late
+    {
+        const iges::Record* record;
+        std::size_t messages;
+    };
+
+    iges::Findings findings;
+    std::string dump;
+    std::vector<Message> messages;
+    std::vector<Late> late;
+};
+
+/// Reads batches on one thread, for which it is an owner of messages.
+class Worker
+{
+public:
+    Worker(const iges::File& file, iges::Part& part, bool isDumping)
+        : m_file(file), m_survey(file, part), m_isDumping(isDumping), m_earlier(GetThreadDatabase())
+    {
+        SetThreadDatabase(&m_database);
+    }
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+    ~Worker() { SetThreadDatabase(m_earlier); }
+
+    Found Read(Batch batch)
+    {
+        Found found;
+        std::function<void(const iges::Field&)> dumpField;
+        if (m_isDumping)
+            dumpField = [&found](const iges::Field& field) { found.dump += '\t' + Dumped(field); };
+        for (const iges::Record& record : batch)
+        {
+            if (m_isDumping)
+                found.dump += record.name;
+            const bool isMeasured = m_survey.ReadAhead(record, dumpField);
+            if (m_isDumping)
+                found.dump += '\n';
+            TakeMessages([&] { return SubjectOf(m_file, record); }, found.messages);
+            if (!isMeasured)
+                found.late.push_back({&record, found.messages.size()});
+        }
+        found.findings = m_survey.Take();
+        return found;
+    }
+
+private:
+    CThreadAllocatorManager m_allocator;
+    const iges::File& m_file;
+    iges::Survey m_survey;
+    bool m_isDumping;
+    CEntityDatabase m_database;
+    CEntityDatabase* m_earlier;
+};
+
+/// Measures what is late, and puts what is said of it where it belongs.
+void Complete(const iges::File& file, Found& found, iges::Survey& survey)
+{
+    std::vector<Message> messages;
+    auto taken = found.messages.begin();
+    survey.Add(found.findings);
+    for (const Found::Late& late : found.late)
+    {
+        const auto end = found.messages.begin() + static_cast<std::ptrdiff_t>(late.messages);
+        messages.insert(messages.end(), std::make_move_iterator(taken), std::make_move_iterator(end));
+        taken = end;
+        survey.Measure(*late.record);
+        TakeMessages([&] { return SubjectOf(file, *late.record); }, messages);
+    }
+    messages.insert(messages.end(), std::make_move_iterator(taken), std::make_move_iterator(found.messages.end()));
+    found.messages = std::move(messages);
 }
 
 /// As dialogs show a length, or by its power of ten if that is long.
@@ -222,7 +368,7 @@ void ShowExtents(const iges::Extents& extents, const char* unit, double factor, 
                     ShownLength(extents.axes[i].maximum * factor, places).c_str());
 }
 
-void Show(const iges::File& file, const iges::Survey& survey)
+void Show(const iges::File& file, const iges::Findings& found)
 {
     std::map<int, int> types;
     for (const iges::Entry& entry : file.Directory())
@@ -230,16 +376,16 @@ void Show(const iges::File& file, const iges::Survey& survey)
     std::printf("entities\n");
     for (const auto& [type, count] : types)
         std::printf("  %3d  %-36s %8d\n", type, iges::EntityName(type), count);
-    std::printf("fields\n  %llu integers, %llu reals, %llu texts\n", static_cast<unsigned long long>(survey.Integers()),
-                static_cast<unsigned long long>(survey.Reals()), static_cast<unsigned long long>(survey.Texts()));
+    std::printf("fields\n  %llu integers, %llu reals, %llu texts\n", static_cast<unsigned long long>(found.integers),
+                static_cast<unsigned long long>(found.reals), static_cast<unsigned long long>(found.texts));
 
-    const StatSeries& lengths = survey.RecordLengths();
+    const StatSeries& lengths = found.recordLengths;
     if (lengths.count != 0)
         std::printf("records\n  %u, of %.0f to %.0f fields, %s on average\n", lengths.count, lengths.minimum,
                     lengths.maximum,
                     from_utf(QLMFormatFloatPrecise(lengths.sum / lengths.count, 1), codePageUtf8).c_str());
 
-    const iges::Extents& extents = survey.ExtentsOfGeometry();
+    const iges::Extents& extents = found.extents;
     const iges::Unit& unit = file.LengthUnit();
     if (extents.IsEmpty())
     {
@@ -300,14 +446,47 @@ bool Save(const Options& options, const iges::Wireframe& wireframe)
            (options.scene.empty() || iges::SaveScene(options.scene, wireframe, title, console::Interruption::IsAsked));
 }
 
+/// False if it was interrupted.
+bool ReadAll(const Options& options, const iges::File& file, iges::Part& part, std::uint64_t size, iges::Survey& survey,
+             Summary& summary)
+{
+    const console::Interruption interruption;
+    const std::size_t jobs = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+    const std::vector<Batch> batches = BatchesOf(file.Records());
+    InOrder<Found, Worker> work(
+        std::min(jobs, std::max<std::size_t>(1, batches.size())), batches.size(),
+        [&] { return Worker(file, part, options.dump); },
+        [&](Worker& worker, std::size_t i) { return worker.Read(batches[i]); });
+    console::Progress progress(size >= longFile && !options.dump ? size : 0);
+    std::uint64_t done = 0;
+    while (std::optional<Found> found = work.Next())
+    {
+        Complete(file, *found, survey);
+        console::Print(stdout, found->dump);
+        summary.Add(found->messages);
+        progress.Show(size * ++done / batches.size());
+        if (console::Interruption::IsAsked())
+            return false;
+    }
+    return true;
+}
+
+ExitStatus Interrupted()
+{
+    console::Print(stderr, "interrupted\n");
+    return exitInterrupted;
+}
+
 ExitStatus Run(const Options& options)
 {
+    CTimeLogger timing;
     CTextInputOutputFile mapped(options.path);
     if (!mapped.IsValid())
     {
         console::Print(stderr, console::Utf8(options.path) + " is empty or cannot be mapped\n");
         return exitNotReadable;
     }
+    timing.LogNextTime(L"mapping the file");
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
     if (!file.IsIges())
     {
@@ -315,44 +494,32 @@ ExitStatus Run(const Options& options)
                        console::Utf8(options.path) + " is no IGES file: no line has a section letter in column 73\n");
         return exitNotReadable;
     }
+    timing.LogNextTime(L"finding lines and entries");
 
-    Messages messages;
-    messages.Collect("file");
+    Summary summary;
+    summary.Add("file");
     iges::Part part(file);
+    timing.LogNextTime(L"following references");
     iges::Survey survey(file, part);
-    {
-        console::Progress progress(mapped.GetFileSize() >= longFile && !options.dump ? mapped.GetFileSize() : 0);
-        std::string line;
-        std::function<void(const iges::Field&)> dumpField;
-        if (options.dump)
-            dumpField = [&line](const iges::Field& field) { line += '\t' + Dumped(field); };
-        for (const iges::Record& record : file.Records())
-        {
-            line = record.name;
-            survey.Read(record, dumpField);
-            if (options.dump)
-                console::Print(stdout, line + '\n');
-            messages.Collect(SubjectOf(file, record));
-            progress.Show(static_cast<std::uint64_t>(record.lines.back() - mapped.DataPtr()));
-        }
-    }
+    if (!ReadAll(options, file, part, mapped.GetFileSize(), survey, summary))
+        return Interrupted();
+    timing.LogNextTime(L"reading and measuring records");
+    if (options.times)
+        console::Print(stderr, from_utf(timing.GetTimeLog(), codePageUtf8));
 
     if (!options.dump)
-        Show(file, survey);
+        Show(file, survey.Found());
     const bool isDrawn = !options.picture.empty() || !options.scene.empty();
     if (isDrawn)
     {
-        const iges::Wireframe wireframe = WireframeOf(file, part, survey.ExtentsOfGeometry(), options.error);
-        messages.Collect("drawing");
+        const iges::Wireframe wireframe = WireframeOf(file, part, survey.Found().extents, options.error);
+        summary.Add("drawing");
         if (!options.dump)
             ShowDrawing(wireframe, file.LengthUnit().name.c_str());
         if (!Save(options, wireframe))
-        {
-            console::Print(stderr, "interrupted\n");
-            return exitInterrupted;
-        }
+            return Interrupted();
     }
-    const std::string said = messages.All();
+    const std::string said = summary.All();
     if (!options.dump && !said.empty())
         console::Print(stdout, "messages\n");
     console::Print(options.dump ? stderr : stdout, said);
@@ -361,7 +528,7 @@ ExitStatus Run(const Options& options)
         console::Print(stderr, "the output cannot be written\n");
         return exitNotReadable;
     }
-    return messages.HasErrors() ? exitBadRecords : exitGood;
+    return summary.HasErrors() ? exitBadRecords : exitGood;
 }
 
 }
@@ -372,14 +539,15 @@ int main(int argumentCount, char** arguments)
     SetLogDebugMessages(true);
     CEntityDatabase database;
     SetThreadDatabase(&database);
-    CLogMessages::instance(&database).SetLogCapacity(mostMessages);
+    CLogMessages::SetDefaultLogCapacity(mostMessages);
 
     Options options;
     if (!ParseArguments(console::Arguments(argumentCount, arguments), options))
     {
         console::Print(
             stderr,
-            "usage: iges_survey [--verbose] [--dump] [--svg FILE.svg] [--out FILE.wrl] FILE, or iges_survey --help\n");
+            "usage: iges_survey [--verbose] [--dump] [--jobs COUNT] [--times] [--svg FILE.svg] [--out FILE.wrl] "
+            "[--error LENGTH] FILE, or iges_survey --help\n");
         return exitNotReadable;
     }
     if (options.help)

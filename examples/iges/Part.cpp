@@ -164,6 +164,8 @@ const wchar_t* Part::Show(int directory, const std::vector<double>& numbers, Rec
     return trouble != nullptr ? trouble : walk.trouble;
 }
 
+bool Part::ReadsAgain(const Entry& entry) { return Places::AreThoseOf(entry.type) || entry.type == offsetCurve; }
+
 const wchar_t* Part::TroubleOf(const Entry& entry, const std::vector<double>& numbers) const
 {
     if (Places::AreThoseOf(entry.type))

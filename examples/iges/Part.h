@@ -8,7 +8,7 @@
 //         if (part.Has(entry.number))
 //             part.Show(entry.number, part.NumbersOf(entry), receiver);
 //
-// The file must outlive it. It belongs to one thread.
+// The file must outlive it. It belongs to one thread, but for what is said below.
 
 #include "examples/iges/IgesFile.h"
 #include "examples/iges/Places.h"
@@ -50,10 +50,13 @@ public:
     /// record's. What is wrong is given back in words, null if nothing is.
     const wchar_t* Show(int directory, const std::vector<double>& numbers, Receiver& receiver);
 
+    /// Whether Show and TroubleOf count what they read again of such an entity. Of others any thread may call them.
+    static bool ReadsAgain(const Entry& entry);
+
     /// What is wrong with an entity's numbers.
     const wchar_t* TroubleOf(const Entry& entry, const std::vector<double>& numbers) const;
 
-    /// The first of an entity's record, or all.
+    /// The first of an entity's record, or all. Any thread may call.
     std::vector<double> NumbersOf(const Entry& entry, std::size_t most = std::numeric_limits<std::size_t>::max()) const;
 
 private:

@@ -36,6 +36,7 @@ private:
 
 const wchar_t* Reader::Points(std::size_t start, std::size_t count, std::vector<Point>& points) const
 {
+    points.reserve(std::min(count, m_numbers.Size() / 3));
     for (; count > 0 && m_numbers.Has(start, 3); --count, start += 3)
         points.push_back(m_numbers.PointAt(start));
     return count == 0 ? nullptr : endsEarly;

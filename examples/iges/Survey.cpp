@@ -53,19 +53,25 @@ Survey::Survey(const File& file, Part& part) : m_file(file), m_part(part) {}
 
 void Survey::Read(const Record& record, const std::function<void(const Field&)>& onField)
 {
+    if (!ReadAhead(record, onField))
+        Measure(record);
+}
+
+bool Survey::ReadAhead(const Record& record, const std::function<void(const Field&)>& onField)
+{
     CTextInputOutputFile* const messages = m_file.Messages();
     if (!record.trouble.empty())
         Complain(*messages, record.trouble);
     const bool isWhole = !onField && m_record.Read(record, m_file.FieldDelimiters());
     if (isWhole)
     {
-        m_integers += m_record.Integers();
-        m_reals += m_record.Reals();
+        m_found.integers += m_record.Integers();
+        m_found.reals += m_record.Reals();
     }
     else
         ReadFields(record, onField);
     const std::vector<double>& numbers = isWhole ? m_record.Numbers() : m_numbers;
-    m_recordLengths.AddValNotArray(static_cast<double>(numbers.size()));
+    m_found.recordLengths.AddVal(static_cast<double>(numbers.size()));
     LogFile(LogSeverityInformation, GetThreadDatabase())
         << L"Lines: " << record.lines.size() << L", fields: " << numbers.size();
 
@@ -76,8 +82,31 @@ void Survey::Read(const Record& record, const std::function<void(const Field&)>&
         Complain(*messages, L"The directory entry has another record already.");
     else if (Numbers(numbers).IntegerAt(0) != entry->type)
         Complain(*messages, L"The record is of another type than the directory entry.");
-    else if (const wchar_t* const trouble = Measure(*entry, record.directory, numbers))
-        Complain(*messages, trouble);
+    else if (Part::ReadsAgain(*entry))
+        return false;
+    else
+        Measure(*entry, numbers);
+    return true;
+}
+
+void Survey::Measure(const Record& record)
+{
+    const Entry& entry = *m_file.Find(record.directory);
+    Measure(entry, m_part.NumbersOf(entry));
+}
+
+void Survey::Add(const Findings& other)
+{
+    m_found.integers += other.integers;
+    m_found.reals += other.reals;
+    m_found.texts += other.texts;
+    for (const double length : other.recordLengths.values)
+        m_found.recordLengths.AddVal(length);
+    if (!other.extents.IsEmpty())
+    {
+        m_found.extents.Add(other.extents.Low());
+        m_found.extents.Add(other.extents.High());
+    }
 }
 
 void Survey::ReadFields(const Record& record, const std::function<void(const Field&)>& onField)
@@ -88,9 +117,9 @@ void Survey::ReadFields(const Record& record, const std::function<void(const Fie
     {
         if (cursor.ReadField(m_field))
         {
-            m_integers += m_field.kind == FieldKind::integer;
-            m_reals += m_field.kind == FieldKind::real;
-            m_texts += m_field.kind == FieldKind::text;
+            m_found.integers += m_field.kind == FieldKind::integer;
+            m_found.reals += m_field.kind == FieldKind::real;
+            m_found.texts += m_field.kind == FieldKind::text;
         }
         m_numbers.push_back(m_field.Number());
         if (onField)
@@ -99,12 +128,13 @@ void Survey::ReadFields(const Record& record, const std::function<void(const Fie
 }
 
 /// What does not stand for itself is looked at just for what is wrong with it.
-const wchar_t* Survey::Measure(const Entry& entry, int directory, const std::vector<double>& numbers)
+void Survey::Measure(const Entry& entry, const std::vector<double>& numbers)
 {
-    if (!m_part.Has(directory))
-        return m_part.TroubleOf(entry, numbers);
-    Measurer measurer(m_extents);
-    return m_part.Show(directory, numbers, measurer);
+    Measurer measurer(m_found.extents);
+    const wchar_t* const trouble =
+        m_part.Has(entry.number) ? m_part.Show(entry.number, numbers, measurer) : m_part.TroubleOf(entry, numbers);
+    if (trouble != nullptr)
+        Complain(*m_file.Messages(), trouble);
 }
 
 }

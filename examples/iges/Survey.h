@@ -6,19 +6,38 @@
 //     iges::Survey survey(file, part);
 //     for (const iges::Record& record : file.Records())
 //         survey.Read(record);
-//     Show(survey.Integers(), survey.ExtentsOfGeometry());
+//     Show(survey.Found().integers, survey.Found().extents);
 //
-// A survey belongs to one thread, and file and part must outlive it.
+// A survey belongs to one thread, and file and part must outlive it. Several threads may read ahead, each with a survey
+// of its own over the same file and part, for one that takes it all in the order of the file:
+//
+//     if (!ahead.ReadAhead(record))
+//         late.push_back(&record);
+//     ...
+//     survey.Add(ahead.Take());
+//     survey.Measure(*late.front());
 
 #include "examples/iges/Part.h"
 #include "examples/iges/RecordNumbers.h"
 
 #include <cstdint>
 #include <functional>
+#include <utility>
 #include <vector>
 
 namespace iges
 {
+
+struct Findings
+{
+    std::uint64_t integers = 0;
+    std::uint64_t reals = 0;
+    std::uint64_t texts = 0;
+    /// How many fields each record has, the type number in front included.
+    StatSeries recordLengths;
+    /// In the unit of the file, of what the part has. They are exact for curves, and enclose surfaces.
+    Extents extents;
+};
 
 class Survey
 {
@@ -28,29 +47,31 @@ public:
     /// Reads a record to its end. Each field is handed to `onField`, if that is given.
     void Read(const Record& record, const std::function<void(const Field&)>& onField = nullptr);
 
-    std::uint64_t Integers() const { return m_integers; }
-    std::uint64_t Reals() const { return m_reals; }
-    std::uint64_t Texts() const { return m_texts; }
-    /// How many fields each record has, the type number in front included.
-    const StatSeries& RecordLengths() const { return m_recordLengths; }
+    /// The same, but false if the entity is yet to be measured: the part counts what such entities have it read again,
+    /// so that what the last of them get depends on their order.
+    bool ReadAhead(const Record& record, const std::function<void(const Field&)>& onField = nullptr);
 
-    /// In the unit of the file, of what the part has. They are exact for curves, and enclose surfaces.
-    const Extents& ExtentsOfGeometry() const { return m_extents; }
+    /// Measures the entity of a record that was read ahead.
+    void Measure(const Record& record);
+
+    const Findings& Found() const { return m_found; }
+
+    /// Begins anew.
+    Findings Take() { return std::exchange(m_found, {}); }
+
+    /// Takes over what another one found.
+    void Add(const Findings& other);
 
 private:
     void ReadFields(const Record& record, const std::function<void(const Field&)>& onField);
-    const wchar_t* Measure(const Entry& entry, int directory, const std::vector<double>& numbers);
+    void Measure(const Entry& entry, const std::vector<double>& numbers);
 
     const File& m_file;
     Part& m_part;
     RecordNumbers m_record;
     std::vector<double> m_numbers;
     Field m_field;
-    std::uint64_t m_integers = 0;
-    std::uint64_t m_reals = 0;
-    std::uint64_t m_texts = 0;
-    StatSeries m_recordLengths;
-    Extents m_extents;
+    Findings m_found;
 };
 
 }

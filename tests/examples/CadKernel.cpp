@@ -41,8 +41,8 @@ iges::Extents SurveyedBoxOf(const char* path)
         survey.Read(record);
     iges::Extents box;
     const double millimetres = file.LengthUnit().millimetres;
-    box.Add(millimetres * survey.ExtentsOfGeometry().Low());
-    box.Add(millimetres * survey.ExtentsOfGeometry().High());
+    box.Add(millimetres * survey.Found().extents.Low());
+    box.Add(millimetres * survey.Found().extents.High());
     return box;
 }
 

@@ -32,8 +32,8 @@ Surveyed SurveyOf(const std::string& bytes, std::int64_t mostFields = 30'000'000
     iges::Survey survey(file, part);
     for (const iges::Record& record : file.Records())
         survey.Read(record);
-    return {survey.ExtentsOfGeometry(), survey.Integers(), survey.Reals(), survey.Texts(),
-            survey.RecordLengths(),     messages.Take()};
+    const iges::Findings& found = survey.Found();
+    return {found.extents, found.integers, found.reals, found.texts, found.recordLengths, messages.Take()};
 }
 
 void ExpectBox(const Surveyed& surveyed, const iges::Point& low, const iges::Point& high)
@@ -853,6 +853,67 @@ TEST(IgesSurveyTest, TheSampleWithAnyByteReplacedIsReadToItsEnd)
             }
         }
         sample[at] = good;
+    }
+}
+
+/// As by threads that each take so many records.
+Surveyed SurveyAhead(const std::string& bytes, std::size_t batch, std::int64_t mostFields)
+{
+    support::Messages messages;
+    const iges::File file(bytes.data(), bytes.size(), &messages.file);
+    iges::Part part(file, mostFields);
+    iges::Survey whole(file, part);
+    std::vector<const iges::Record*> late;
+    std::vector<iges::Findings> found;
+    iges::Survey ahead(file, part);
+    for (std::size_t i = 0; i < file.Records().size(); ++i)
+    {
+        if (!ahead.ReadAhead(file.Records()[i]))
+            late.push_back(&file.Records()[i]);
+        if (i % batch == batch - 1)
+            found.push_back(ahead.Take());
+    }
+    found.push_back(ahead.Take());
+    for (const iges::Findings& findings : found)
+        whole.Add(findings);
+    for (const iges::Record* const record : late)
+        whole.Measure(*record);
+    const iges::Findings& all = whole.Found();
+    return {all.extents, all.integers, all.reals, all.texts, all.recordLengths, messages.Take()};
+}
+
+TEST(IgesSurveyTest, WhatIsReadAheadIsTheSameWhereverItIsCut)
+{
+    const std::string bytes = SampleBytes();
+    const Surveyed whole = SurveyOf(bytes);
+    for (const std::size_t batch : {1, 2, 3, 100})
+    {
+        const Surveyed cut = SurveyAhead(bytes, batch, 30'000'000);
+        ExpectBox(cut, whole.extents.Low(), whole.extents.High());
+        EXPECT_EQ(cut.integers, whole.integers);
+        EXPECT_EQ(cut.reals, whole.reals);
+        EXPECT_EQ(cut.texts, whole.texts);
+        EXPECT_EQ(cut.lengths.count, whole.lengths.count);
+        EXPECT_EQ(cut.lengths.minimum, whole.lengths.minimum);
+        EXPECT_EQ(cut.lengths.maximum, whole.lengths.maximum);
+        EXPECT_EQ(cut.lengths.sum, whole.lengths.sum);
+    }
+}
+
+TEST(IgesSurveyTest, WhatMayBeReadAgainEndsAtTheSameEntityWhereverItIsCut)
+{
+    support::IgesText part = WithSubfigure();
+    for (int i = 0; i < 20; ++i)
+        part.Entity(408, {"408,5," + std::to_string(i) + ".,0.,0.;"});
+    constexpr std::int64_t forTen = 3200;
+    const Surveyed whole = SurveyOf(part.Bytes(), forTen);
+    EXPECT_GT(whole.errors.size(), 5u);
+    EXPECT_LT(whole.errors.size(), 15u);
+    for (const std::size_t batch : {1, 4, 100})
+    {
+        const Surveyed cut = SurveyAhead(part.Bytes(), batch, forTen);
+        ExpectBox(cut, whole.extents.Low(), whole.extents.High());
+        EXPECT_EQ(cut.errors, whole.errors);
     }
 }
 

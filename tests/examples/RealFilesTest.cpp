@@ -204,9 +204,9 @@ TEST_P(RealFilesTest, EveryFieldIsWhatASlowReaderMakesOfIt)
         if (HasFailure())
             return;
     }
-    EXPECT_EQ(survey.Integers() + survey.Reals() + survey.Texts(), count);
+    EXPECT_EQ(survey.Found().integers + survey.Found().reals + survey.Found().texts, count);
     EXPECT_EQ(messages.Take(), std::vector<std::wstring>());
-    EXPECT_FALSE(survey.ExtentsOfGeometry().IsEmpty());
+    EXPECT_FALSE(survey.Found().extents.IsEmpty());
     EXPECT_GT(file.LengthUnit().millimetres, 0.0);
 }
 
@@ -271,7 +271,7 @@ TEST(IgesMappedFile, MayEndWhereItsLastPageEnds)
             iges::Survey survey(file, part);
             for (const iges::Record& record : file.Records())
                 survey.Read(record);
-            EXPECT_EQ(survey.Reals(), 72u);
+            EXPECT_EQ(survey.Found().reals, 72u);
             EXPECT_EQ(messages.Take().size(), text == sample ? 0u : 1u);
             mapped.Close(0);
         }
