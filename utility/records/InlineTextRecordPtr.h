@@ -27,6 +27,7 @@ public:
     {
         return ReadRunAs<Format>(values, separator, count, forms);
     }
+    /// The same.
     bool ReadInts(std::span<int> values, char separator, std::size_t& count)
     {
         return ReadRunAs<Format>(values, separator, count, {});
