@@ -2,7 +2,7 @@
 #   awk -f Enumerators.awk HEADER...
 FNR == 1 { inEnum = isDetail = 0 }
 /^namespace utility::detail$/ { isDetail = 1 }
-/^}/ { isDetail = 0 }
+/^}$/ { isDetail = 0 }
 /^ *enum [^;]*$/ { inEnum = !isDetail }
 /}/ { inEnum = 0 }
 inEnum && /^ *[A-Za-z_0-9]+( =.*)?,? *(\/\/.*)?$/ && !/\/\/\/</ && !isText {
