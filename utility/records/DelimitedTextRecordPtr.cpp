@@ -26,9 +26,10 @@ CDelimitedTextRecordPtr::CDelimitedTextRecordPtr(CTextInputOutputFile* file, std
         if (isEnd)
             continue;
         isEnd = true;
-        m_arePlain = m_arePlain && m_endCount < m_ends.size() && !CanStandInANumber(end);
-        if (m_arePlain)
-            m_ends[m_endCount++] = end;
+        m_areApart = m_areApart && !CanStandInANumber(end);
+        if (m_endCount < m_ends.size())
+            m_ends[m_endCount] = end;
+        ++m_endCount;
     }
     m_zeroEnds = std::exchange(m_isEnd['\0'], true);
 }
@@ -50,11 +51,11 @@ template <class Value>
 bool CDelimitedTextRecordPtr::ReadRun(std::span<Value> values, char separator, std::size_t& count,
                                       std::span<TextFieldForm> forms)
 {
-    RunEnds ends{m_ends, m_endCount};
-    const auto last = ends.characters.begin() + static_cast<std::ptrdiff_t>(m_endCount);
-    const auto place = std::find(ends.characters.begin(), last, separator);
     const RunMethod& method = UsedRunMethod();
-    if (!m_arePlain || place == last || method.find == nullptr)
+    RunEnds ends{m_ends, m_endCount};
+    const auto last = ends.characters.begin() + static_cast<std::ptrdiff_t>(std::min(m_endCount, m_ends.size()));
+    const auto place = std::find(ends.characters.begin(), last, separator);
+    if (!m_areApart || m_endCount > m_ends.size() || place == last || method.find == nullptr)
         return ReadRunAs<CDelimitedTextRecordPtr>(values, separator, count, forms);
     std::swap(*place, ends.characters.front());
 

@@ -46,7 +46,7 @@ private:
 
     std::array<bool, 256> m_isEnd{};
     bool m_zeroEnds = false;
-    bool m_arePlain = true; ///< as the fast reads want them
+    bool m_areApart = true; ///< none of them can stand in a number
     std::size_t m_endCount = 0;
     std::array<char, 8> m_ends{};
 };

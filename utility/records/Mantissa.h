@@ -41,6 +41,7 @@ enum MantissaState : std::uint8_t
     mayBeSign = 4,
     isPositive = 8,
     mantissaStart = mayBeDigit | mayBePoint | mayBeSign | isPositive,
+    integerStart = mayBeDigit | mayBeSign | isPositive,
 };
 
 inline constexpr auto mantissaCharacters = []

@@ -164,6 +164,8 @@ private:
     friend class CDelimitedTextRecordPtr;
 
     template <class Format>
+    UTILITY_LOCAL bool ReadLongIntAs(std::uint32_t sum, bool hasSign, bool isNegative, int& value);
+    template <class Format>
     UTILITY_LOCAL TextFieldForm FormAs();
     template <class Format>
     UTILITY_LOCAL bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
@@ -200,24 +202,51 @@ private:
 template <class Format>
 bool CTextRecordPtr::ReadIntAs(int& value)
 {
+    using namespace utility::detail;
     auto& format = static_cast<Format&>(*this);
     format.SkipBlanks();
+    // As in a mantissa, and as far as the line goes: a sign is a digit that is 0.
     const char* at = m_pCurrent;
-    // Wraps without notice, which signed arithmetic may not.
+    const char* const last = m_pLast;
+    unsigned int state = integerStart;
+    unsigned int kinds = 0;
     std::uint32_t sum = 0;
-    char sign = '\0';
+    bool atTerminator = false;
+    while (!(atTerminator = format.IsTerminator(*at)))
+    {
+        const MantissaCharacter& character = ToMantissa(*at);
+        if ((character.kind & state) == 0 || at == last)
+            break;
+        state &= character.next;
+        kinds |= character.kind;
+        sum = sum * 10 + character.digit; // wraps without notice, which signed arithmetic may not
+        m_pCurrent = ++at;
+    }
+    const bool isNegative = (state & isPositive) == 0;
+    if (!atTerminator) [[unlikely]]
+        return ReadLongIntAs<Format>(sum, (kinds & mayBeSign) != 0, isNegative, value);
+    value = static_cast<int>(isNegative ? 0 - sum : sum);
+    return true;
+}
+
+/// The rest of an integer, from a character on that does not end it: it goes on in the next line, or ends in blanks, or
+/// is bad.
+template <class Format>
+bool CTextRecordPtr::ReadLongIntAs(std::uint32_t sum, bool hasSign, bool isNegative, int& value)
+{
+    auto& format = static_cast<Format&>(*this);
+    const char* at = m_pCurrent;
     bool failed = false;
-    while (!format.IsTerminator(*at) && !failed)
+    do
     {
         const char c = *at;
         const auto digit = static_cast<std::uint32_t>(c) - std::uint32_t{'0'};
         if (digit <= 9)
-        {
             sum = sum * 10 + digit;
-        }
-        else if ((c == '-' || c == '+') && sum == 0 && sign == '\0')
+        else if ((c == '-' || c == '+') && sum == 0 && !hasSign)
         {
-            sign = c;
+            hasSign = true;
+            isNegative = c == '-';
         }
         else if (IsEndOfRecord())
         {
@@ -235,8 +264,8 @@ bool CTextRecordPtr::ReadIntAs(int& value)
         }
         // Deliberately in case of failure too: it leaves the cursor behind the bad character.
         at = StepFrom(at);
-    }
-    value = static_cast<int>(sign == '-' ? 0 - sum : sum);
+    } while (!format.IsTerminator(*at) && !failed);
+    value = static_cast<int>(isNegative ? 0 - sum : sum);
     return !failed;
 }
 
