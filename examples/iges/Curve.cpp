@@ -56,9 +56,9 @@ bool IsSound(const Hull& hull)
     return std::ranges::all_of(hull,
                                [](const Weighted& point)
                                {
-                                   return point[3] > 1.0 / large && point[3] < large &&
-                                          std::ranges::all_of(Projected(point), [](double coordinate)
-                                                              { return std::abs(coordinate) < large; });
+                                   const double most = large * point[3];
+                                   return point[3] > 1.0 / large && point[3] < large && std::abs(point[0]) < most &&
+                                          std::abs(point[1]) < most && std::abs(point[2]) < most;
                                });
 }
 
@@ -482,7 +482,7 @@ bool AddCubic(const std::array<Point, 4>& coefficients, double start, double end
     return Append({piece}, curve);
 }
 
-bool AddSpline(std::vector<double> knots, const std::vector<double>& weights, const std::vector<Point>& points,
+bool AddSpline(std::span<const double> knots, std::span<const double> weights, const std::vector<Point>& points,
                double start, double end, std::vector<Spline>& splines, Curve& curve)
 {
     constexpr std::size_t highestDegree = 25;
@@ -497,7 +497,7 @@ bool AddSpline(std::vector<double> knots, const std::vector<double>& weights, co
     }
     if (!(std::max(start, knots[degree]) < std::min(end, knots[points.size()])))
         return false;
-    Spline spline{std::move(knots), {}, start, end};
+    Spline spline{{knots.begin(), knots.end()}, {}, start, end};
     spline.points.reserve(points.size());
     for (std::size_t i = 0; i < points.size(); ++i)
         spline.points.push_back(WithWeight(points[i], weights[i]));
@@ -568,25 +568,26 @@ void AddToExtents(const Spline& spline, const Transform& transform, Extents& ext
         if (!span.IsEmpty())
             AddPiece(HullOf(moved, last, span), extents);
     };
+    std::vector<Point> places(moved.points.size());
+    std::ranges::transform(moved.points, places.begin(), Projected);
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
-        const auto [lowest, highest] = std::ranges::minmax_element(
-            moved.points, {}, [axis](const Weighted& point) { return point[axis] / point[3]; });
-        for (const auto& point : {lowest, highest})
+        const auto [lowest, highest] =
+            std::ranges::minmax_element(places, {}, [axis](const Point& place) { return place[axis]; });
+        for (const auto& farthest : {lowest, highest})
         {
-            const auto index = static_cast<std::size_t>(point - moved.points.begin());
-            if (extents.IsEmpty() || ShareOutside(extents, Projected(*point)) >= lastBits)
-                add(std::clamp(index + (degree + 1) / 2, degree, moved.points.size() - 1));
+            const auto index = static_cast<std::size_t>(farthest - places.begin());
+            if (extents.IsEmpty() || ShareOutside(extents, *farthest) >= lastBits)
+                add(std::clamp(index + (degree + 1) / 2, degree, places.size() - 1));
         }
     }
     std::size_t inside = 0; // so many control points, up to here
-    for (std::size_t last = 0; last < moved.points.size(); ++last)
+    for (std::size_t last = 0; last < places.size(); ++last)
     {
-        const Point point = Projected(moved.points[last]);
-        const double outside = extents.IsEmpty() ? 1.0 : ShareOutside(extents, point);
+        const double outside = extents.IsEmpty() ? 1.0 : ShareOutside(extents, places[last]);
         inside = outside < lastBits ? inside + 1 : 0;
         if (outside > 0.0 && outside < lastBits)
-            extents.Add(point);
+            extents.Add(places[last]);
         if (last >= degree && inside <= degree)
             add(last);
     }

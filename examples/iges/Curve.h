@@ -13,7 +13,7 @@
 #include "examples/iges/Geometry.h"
 
 #include <array>
-#include <functional>
+#include <span>
 #include <vector>
 
 namespace iges
@@ -56,7 +56,7 @@ struct Spline
 
 /// A B-spline from one parameter to another one, or all of it if these are not in order. With other weights it is added
 /// as a curve.
-bool AddSpline(std::vector<double> knots, const std::vector<double>& weights, const std::vector<Point>& points,
+bool AddSpline(std::span<const double> knots, std::span<const double> weights, const std::vector<Point>& points,
                double start, double end, std::vector<Spline>& splines, Curve& curve);
 
 /// Adds all pieces of a spline.

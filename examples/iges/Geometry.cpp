@@ -1,18 +1,9 @@
 #include "examples/iges/Geometry.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace iges
 {
-
-Point operator+(const Point& a, const Point& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
-
-Point operator-(const Point& a, const Point& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
-
-Point operator*(double factor, const Point& point) { return {factor * point[0], factor * point[1], factor * point[2]}; }
-
-double Dot(const Point& a, const Point& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
 Point Cross(const Point& a, const Point& b)
 {
@@ -26,18 +17,6 @@ Point Normalized(const Point& point)
     const double length = Length(point);
     return length > 0.0 ? 1.0 / length * point : Point{};
 }
-
-bool IsFinite(const Point& point)
-{
-    return std::ranges::all_of(point, [](double coordinate) { return std::isfinite(coordinate); });
-}
-
-Point Transform::Rotated(const Point& point) const
-{
-    return {Dot(rotation[0], point), Dot(rotation[1], point), Dot(rotation[2], point)};
-}
-
-Point Transform::operator()(const Point& point) const { return Rotated(point) + translation; }
 
 double Transform::Growth() const { return std::hypot(Length(rotation[0]), Length(rotation[1]), Length(rotation[2])); }
 
@@ -53,14 +32,6 @@ Transform Transform::After(const Transform& inner) const
     }
     result.translation = (*this)(inner.translation);
     return result;
-}
-
-void Extents::Add(const Point& point)
-{
-    if (!IsFinite(point))
-        return;
-    for (std::size_t i = 0; i < 3; ++i)
-        axes[i].AddValNotArray(point[i]);
 }
 
 }

@@ -5,6 +5,8 @@
 #include "utility/numbers/StatSeries.h"
 
 #include <array>
+#include <cmath>
+#include <cstddef>
 #include <vector>
 
 namespace iges
@@ -12,15 +14,22 @@ namespace iges
 
 using Point = std::array<double, 3>;
 
-Point operator+(const Point& a, const Point& b);
-Point operator-(const Point& a, const Point& b);
-Point operator*(double factor, const Point& point);
-double Dot(const Point& a, const Point& b);
+// What is asked of every point of a file is compiled with who asks.
+inline Point operator+(const Point& a, const Point& b) { return {a[0] + b[0], a[1] + b[1], a[2] + b[2]}; }
+inline Point operator-(const Point& a, const Point& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+inline Point operator*(double factor, const Point& point)
+{
+    return {factor * point[0], factor * point[1], factor * point[2]};
+}
+inline double Dot(const Point& a, const Point& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 Point Cross(const Point& a, const Point& b);
 double Length(const Point& point);
 /// Of length 1; zero for a point of no length.
 Point Normalized(const Point& point);
-bool IsFinite(const Point& point);
+inline bool IsFinite(const Point& point)
+{
+    return std::isfinite(point[0]) && std::isfinite(point[1]) && std::isfinite(point[2]);
+}
 
 /// A rotation, three rows, and then a translation. The rotation may scale as well.
 struct Transform
@@ -28,8 +37,11 @@ struct Transform
     std::array<Point, 3> rotation = {{{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
     Point translation = {};
 
-    Point Rotated(const Point& point) const;
-    Point operator()(const Point& point) const;
+    Point Rotated(const Point& point) const
+    {
+        return {Dot(rotation[0], point), Dot(rotation[1], point), Dot(rotation[2], point)};
+    }
+    Point operator()(const Point& point) const { return Rotated(point) + translation; }
     /// By how much lengths grow at most, or a little more.
     double Growth() const;
     /// This one after another one.
@@ -48,7 +60,13 @@ struct Extents
     /// 0 for an empty one.
     double Diagonal() const { return IsEmpty() ? 0.0 : Length(High() - Low()); }
     /// A point of which a coordinate is no finite number is left out.
-    void Add(const Point& point);
+    void Add(const Point& point)
+    {
+        if (!IsFinite(point))
+            return;
+        for (std::size_t i = 0; i < 3; ++i)
+            axes[i].AddValNotArray(point[i]);
+    }
 };
 
 }

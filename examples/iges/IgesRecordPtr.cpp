@@ -43,15 +43,14 @@ double Field::Number() const
 
 RecordPtr::RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
                      std::span<const int> numbers)
-    : CInlineTextRecordPtr(file), m_delimiters(delimiters), m_lineNumbers(numbers)
+    : CDelimitedTextRecordPtr(file, std::string{delimiters.parameter, delimiters.record}),
+      m_delimiters(delimiters),
+      m_lineNumbers(numbers)
 {
     for (const std::string_view line : lines)
         Add(line.data(), line.data() + line.size() - 1);
     m_line = Lines().begin();
 }
-
-// A zero byte in the text is a bad character: only the end of the record ends a field.
-bool RecordPtr::IsTerminator(char c) { return IsDelimiter(c) || (c == '\0' && IsEndOfRecord()); }
 
 bool RecordPtr::ReadField(Field& field)
 {

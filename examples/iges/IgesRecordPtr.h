@@ -53,15 +53,13 @@ struct Field
     double Number() const;
 };
 
-class RecordPtr final : public CInlineTextRecordPtr<RecordPtr>
+class RecordPtr final : public CDelimitedTextRecordPtr
 {
 public:
     /// At the first field. A line must not be empty. With the numbers of the lines a message says where a bad field is;
     /// without a file there is none.
     RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
               std::span<const int> numbers = {});
-
-    bool IsTerminator(char c) override;
 
     /// Reads the field at the cursor. False if it is bad: what there is of a text is kept, a number is FieldKind::bad.
     bool ReadField(Field& field);

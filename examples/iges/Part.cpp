@@ -1,5 +1,7 @@
 #include "examples/iges/Part.h"
 
+#include "examples/iges/RecordNumbers.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -403,6 +405,9 @@ std::vector<double> Part::NumbersOf(const Entry& entry, std::size_t most) const
     std::vector<double> numbers;
     if (entry.record == nullptr)
         return numbers;
+    RecordNumbers record;
+    if (most == all && record.Read(*entry.record, m_file.FieldDelimiters()))
+        return record.Numbers();
     RecordPtr cursor(nullptr, m_file.FieldDelimiters(), entry.record->Lines());
     Field field;
     do

@@ -38,6 +38,8 @@ public:
 class Part
 {
 public:
+    static constexpr std::size_t all = std::numeric_limits<std::size_t>::max();
+
     /// Copies and bases of offset curves are read again each time, and no more of them than these fields: a small file
     /// could ask for it without end.
     explicit Part(const File& file, std::int64_t mostFields = 30'000'000);
@@ -57,7 +59,7 @@ public:
     const wchar_t* TroubleOf(const Entry& entry, const std::vector<double>& numbers) const;
 
     /// The first of an entity's record, or all. Any thread may call.
-    std::vector<double> NumbersOf(const Entry& entry, std::size_t most = std::numeric_limits<std::size_t>::max()) const;
+    std::vector<double> NumbersOf(const Entry& entry, std::size_t most = all) const;
 
 private:
     /// The way to what is shown through subfigures and arrays.

@@ -10,6 +10,7 @@
 
 #include "examples/iges/IgesFile.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -29,9 +30,11 @@ public:
     std::uint64_t Reals() const { return m_reals; }
 
 private:
+    static constexpr std::size_t fieldsAtOnce = 512;
+
     std::string m_text;
     std::vector<double> m_numbers;
-    Field m_field;
+    std::array<TextFieldForm, fieldsAtOnce> m_forms;
     std::uint64_t m_integers = 0;
     std::uint64_t m_reals = 0;
 };

@@ -36,10 +36,14 @@ private:
 
 const wchar_t* Reader::Points(std::size_t start, std::size_t count, std::vector<Point>& points) const
 {
-    points.reserve(std::min(count, m_numbers.Size() / 3));
-    for (; count > 0 && m_numbers.Has(start, 3); --count, start += 3)
-        points.push_back(m_numbers.PointAt(start));
-    return count == 0 ? nullptr : endsEarly;
+    const std::size_t there = m_numbers.Has(start, 0) ? std::min(count, (m_numbers.Size() - start) / 3) : 0;
+    points.resize(there);
+    for (Point& point : points)
+    {
+        point = m_numbers.PointAt(start);
+        start += 3;
+    }
+    return there == count ? nullptr : endsEarly;
 }
 
 const wchar_t* Reader::Instead(const std::vector<Point>& points)
@@ -195,12 +199,6 @@ bool Numbers::CountAt(std::size_t index, std::size_t& count) const
     const int value = IntegerAt(index);
     count = value < 0 ? 0 : static_cast<std::size_t>(value);
     return Has(index, 1) && value >= 0 && count < m_numbers.size();
-}
-
-std::vector<double> Numbers::Range(std::size_t start, std::size_t count) const
-{
-    const auto first = m_numbers.begin() + static_cast<std::ptrdiff_t>(start);
-    return {first, first + static_cast<std::ptrdiff_t>(count)};
 }
 
 const wchar_t* AddShape(const Numbers& numbers, int form, Shape& shape)

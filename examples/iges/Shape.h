@@ -11,6 +11,8 @@
 
 #include "examples/iges/Curve.h"
 
+#include <span>
+
 namespace iges
 {
 
@@ -44,7 +46,10 @@ public:
     int IntegerAt(std::size_t index) const;
     /// One that leaves room for as many numbers in the record; false if it does not.
     bool CountAt(std::size_t index, std::size_t& count) const;
-    std::vector<double> Range(std::size_t start, std::size_t count) const;
+    std::span<const double> Range(std::size_t start, std::size_t count) const
+    {
+        return std::span(m_numbers).subspan(start, count);
+    }
     std::size_t Size() const { return m_numbers.size(); }
 
 private:

@@ -1,7 +1,7 @@
 # The survey's output, messages and exit status are those of one thread, however many there are:
 # cmake -D PROGRAM=… -D EMULATOR=… -D FOLDER=… -D "FILES=…;…" -P SurveyThreads.cmake
 #
-# Beside the files there is one of 8,000 records, so that threads have much to do.
+# Beside the files there is one of 8,000 records with seven lines each, so that threads have much to do.
 function(padded variable text width)
   string(LENGTH "${text}" length)
   math(EXPR missing "${width} - ${length}")
@@ -21,6 +21,7 @@ endfunction()
 set(types 116 100 116 116 412 130 406 116)
 set(letters A B F G I J K L M N)
 string(REPEAT " " 56 blank_fields)
+padded(comment "" 64)
 padded(line "made for a test" 72)
 file(WRITE "${FOLDER}/mixed.igs" "${line}S      1\n")
 padded(line "1H,,1H;,,,,,32,38,6,308,15,,1.,2,2HMM;" 72)
@@ -65,6 +66,9 @@ foreach(i RANGE 7999)
   padded(record "${record}" 64)
   number(directory ${directory} 8)
   string(APPEND parameters "${record}${directory}P${first}\n")
+  # What stands behind a record is a comment.
+  string(REPEAT "${comment}${directory}P${first}\n" 6 comments)
+  string(APPEND parameters "${comments}")
   if(group MATCHES "50$")
     string(APPEND parameters "a line of another length\n")
   endif()
