@@ -51,6 +51,9 @@ public:
         Expect(CQLMAppSettings::instance().SetValue(L"Static", L"Number", 7), "a setting before main");
         Expect(Lang::GetAvailableTranslations()[4].second == L"German", "the languages before main");
         Expect(GetDistanceDescription(true) == L"mm", "the units before main");
+#ifndef UTILITY_STATIC // of which the messages may be the program's own
+        Expect(resource_string(8304).empty(), "a message before its module is known");
+#endif
         Expect(GetThreadAllocator() != nullptr, "the allocator before main");
         ReadVersion();
     }
@@ -82,6 +85,8 @@ public:
         Expect(CQLMAppSettings::instance().AppSubKey() == R"(SOFTWARE\Selvane\Host of the tests)",
                "the product's name");
         Expect(CQLMAppSettings::instance().GetValue(L"Static", L"Number", 0) == 7, "the setting of before main");
+        InitialiseUtilityDLL();
+        Expect(resource_string(8304) == L"mm", "a message");
     }
 
     void Keep(const char* path) { m_file = std::make_unique<CMemoryMappedFile>(boost::filesystem::path(path)); }
@@ -90,7 +95,8 @@ private:
     std::unique_ptr<CMemoryMappedFile> m_file;
 };
 
-StaticObject object;
+/// As early as a host may.
+[[gnu::init_priority(114)]] StaticObject object;
 CMemoryMappedFile mapped;
 
 }

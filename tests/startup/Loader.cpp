@@ -3,6 +3,7 @@
 //   Loader end MODULE      ends without unloading it: a digit is printed for each that is destroyed all the same
 //   Loader within MODULE   ends while it unloads it: a digit is printed for each object of another that is destroyed
 //   Loader often LIBRARY   loads and unloads the library more often than there are thread slots for
+//   Loader slots LIBRARY   loads and unloads the library where no thread slot is left: what it kept in one is not there
 //   Loader filter LIBRARY  loads the library, which has a filter for faults, and unloads it: the earlier one is back
 //   Loader steps LIBRARY   loads and unloads a library, which tells its steps, three times
 //   Loader lean LIBRARY    loads the library, with which nothing comes that not every program needs (Linux)
@@ -90,6 +91,19 @@ int LoadOften(const boost::filesystem::path& path)
     return 0;
 }
 
+int LoadWithoutSlots(const boost::filesystem::path& path)
+{
+    while (utility::platform::AllocateThreadSlot() != TLS_OUT_OF_INDEXES)
+        continue;
+    boost::dll::shared_library library(path);
+    library.get<void()>("_Z20InitialiseUtilityDLLv")();
+    library.get<void(void*)>("_Z17SetThreadDatabaseP15CEntityDatabase")(&destroyed);
+    const bool isKept = library.get<void*()>("_Z17GetThreadDatabasev")() != nullptr;
+    const bool isLogged = library.get<void*(const void*)>("_ZN12CLogMessages8instanceEPKv")(&destroyed) != nullptr;
+    library.unload();
+    return isKept || !isLogged ? 1 : 0;
+}
+
 /// What the system calls for a fault.
 const void* Filter()
 {
@@ -172,6 +186,7 @@ int main(int argumentCount, char** arguments)
            : what == "end"    ? End(path)
            : what == "within" ? EndWithin(path)
            : what == "often"  ? LoadOften(path)
+           : what == "slots"  ? LoadWithoutSlots(path)
            : what == "filter" ? LoadWithFilter(path)
            : what == "steps"  ? LoadThreeTimes(path)
            : what == "lean"   ? LoadLean(path)

@@ -182,3 +182,10 @@ void* FailingNew(std::size_t size)
         throw std::bad_alloc();
     return RealNew(size);
 }
+
+void* RealQuietNew(std::size_t size, const std::nothrow_t& quiet) asm("__real__ZnwmRKSt9nothrow_t");
+void* FailingQuietNew(std::size_t size, const std::nothrow_t& quiet) asm("__wrap__ZnwmRKSt9nothrow_t");
+void* FailingQuietNew(std::size_t size, const std::nothrow_t& quiet)
+{
+    return FailingCall::Fails("operator new") ? nullptr : RealQuietNew(size, quiet);
+}
