@@ -157,7 +157,7 @@ std::vector<std::string_view> Cut(std::string_view text, const std::function<std
 
 }
 
-INSTANTIATE_TEST_SUITE_P(By, RunMethodTest, testing::Values("256 bits", "128 bits", "single reads"), NameOfMethod);
+INSTANTIATE_TEST_SUITE_P(By, RunMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "single reads"), NameOfMethod);
 
 TEST(DelimitedTextRecordPtrTest, EndsAreTheCharactersThatItIsGiven)
 {

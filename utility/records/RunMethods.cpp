@@ -336,11 +336,78 @@ bool IsSupported()
 }
 
 #undef TARGET
+#define TARGET __attribute__((target("avx2,bmi,bmi2,lzcnt,popcnt,avx512f,avx512bw,avx512vl")))
+
+namespace bits512
+{
+
+using bits256::Load32;
+using bits256::ReadDigits;
+using bits256::StoreDigits;
+using Characters64 = __m512i;
+
+TARGET inline Characters64 Load64(const char* at) { return _mm512_loadu_si512(at); }
+
+TARGET inline std::uint64_t Equal(const Characters64& characters, char c)
+{
+    return _mm512_cmpeq_epi8_mask(characters, _mm512_set1_epi8(c));
+}
+
+TARGET inline FieldBits BitsOf(const char* at)
+{
+    const __m256i characters = Load32(at);
+    return {_mm256_cmpeq_epi8_mask(characters, _mm256_set1_epi8(' ')),
+            _mm256_cmpeq_epi8_mask(characters, _mm256_set1_epi8('.')),
+            _mm256_cmpeq_epi8_mask(_mm256_and_si256(characters, _mm256_set1_epi8(exceptLetterBits)),
+                                   _mm256_set1_epi8('D'))};
+}
+
+constexpr std::size_t together = 8;
+
+/// Of four fields: the whole parts of the first and the third, their fractions, and the same of the others.
+TARGET inline __m512d Sums(const RealParts& parts, std::size_t i)
+{
+    const __m512d weights = _mm512_set_pd(1.0, 1e8, 1.0, 1e8, 1.0, 1e8, 1.0, 1e8);
+    const __m512d first =
+        _mm512_mul_pd(_mm512_cvtepi32_pd(Load32(reinterpret_cast<const char*>(parts.digits[i]))), weights);
+    const __m512d second =
+        _mm512_mul_pd(_mm512_cvtepi32_pd(Load32(reinterpret_cast<const char*>(parts.digits[i + 2]))), weights);
+    return _mm512_add_pd(_mm512_unpacklo_pd(first, second), _mm512_unpackhi_pd(first, second));
+}
+
+TARGET inline void Compute(const RealParts& parts, std::size_t i, double* values)
+{
+    const __m512d first = Sums(parts, i);
+    const __m512d second = Sums(parts, i + 4);
+    const __m512d whole = _mm512_permutex2var_pd(first, _mm512_set_epi64(13, 9, 12, 8, 5, 1, 4, 0), second);
+    const __m512d fraction = _mm512_permutex2var_pd(first, _mm512_set_epi64(15, 11, 14, 10, 7, 3, 6, 2), second);
+    const __m512i sign = _mm512_load_si512(parts.sign + i);
+    const __m512d quotient = _mm512_div_pd(fraction, _mm512_load_pd(parts.divisor + i));
+    const auto signedAs = [&](__m512d v) __attribute__((always_inline, target("avx512f")))
+    {
+        return _mm512_castsi512_pd(_mm512_xor_si512(_mm512_castpd_si512(v), sign));
+    };
+    const __m512d sum = _mm512_add_pd(signedAs(quotient), signedAs(whole));
+    _mm512_storeu_pd(values, _mm512_mul_pd(_mm512_load_pd(parts.scale + i), sum));
+}
+
+#include "utility/records/internal/Runs.inc"
+
+bool IsSupported()
+{
+    return bits256::IsSupported() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+           __builtin_cpu_supports("avx512vl");
+}
+
+}
+
+#undef TARGET
 
 #endif
 
 constexpr RunMethod methods[] = {
 #if defined(__x86_64__)
+    {"512 bits", bits512::IsSupported, bits512::Find, bits512::ReadReals, bits512::ReadInts},
     {"256 bits", bits256::IsSupported, bits256::Find, bits256::ReadReals, bits256::ReadInts},
     {"128 bits", bits128::IsSupported, bits128::Find, bits128::ReadReals, bits128::ReadInts},
 #endif
