@@ -4,6 +4,7 @@
 #include "bench/RealFields.h"
 #include "utility/files/TextInputOutputFile.h"
 #include "utility/records/DelimitedTextRecordPtr.h"
+#include "utility/records/internal/RunMethods.h"
 
 #include <benchmark/benchmark.h>
 #include <fast_float/fast_float.h>
@@ -149,6 +150,34 @@ std::int64_t IntegersByRuns(const Fields& fields)
     return SumOfRuns<std::int64_t, int>(cursor);
 }
 
+/// The work of a run by itself, without a cursor's.
+template <class Sum, class Value>
+Sum SumByMethod(const Fields& fields, const utility::detail::RunMethod& method)
+{
+    using namespace utility::detail;
+    const RunEnds ends{{',', ';'}, 2};
+    RunText text;
+    RunFields found;
+    std::array<Value, RunText::capacity> values;
+    Sum sum = 0;
+    for (std::size_t at = 0; at < fields.commas.size(); at += found.End(found.count - 1) + 1)
+    {
+        const std::size_t size = fields.commas.copy(text.text, RunText::capacity, at);
+        found.Clear();
+        method.find(text, size, ends, found);
+        std::size_t count = 0;
+        for (std::size_t read = 1; read != 0 && count != found.count; count += read)
+        {
+            if constexpr (std::is_same_v<Value, int>)
+                read = method.readInts(text, found, count, found.count - count, &values[count]);
+            else
+                read = method.readReals(text, found, count, found.count - count, &values[count], nullptr);
+        }
+        sum += SumOf<Sum>(values.data(), count);
+    }
+    return sum;
+}
+
 template <class Cursor>
 double RealsByCursor(const Fields& fields)
 {
@@ -263,18 +292,23 @@ Sum ByStream(const Fields& fields)
 }
 
 /// Measures a way to read all fields. A way that leaves one out, or misreads one, is an error.
-template <auto Fields, auto Read>
-void ReadAll(benchmark::State& state)
+template <class Read>
+void MeasureAll(benchmark::State& state, const Fields& fields, const Read& read)
 {
-    const auto& fields = Fields();
-    static const auto sum = Read(fields);
+    const auto sum = read(fields);
     // Each value and each addition may be off by some units in the last place.
     if (!(std::fabs(static_cast<long double>(sum) - fields.sum) <= fields.magnitude * 1e-14L))
         return state.SkipWithError("another sum");
     for (auto _ : state)
-        benchmark::DoNotOptimize(Read(fields));
+        benchmark::DoNotOptimize(read(fields));
     state.SetItemsProcessed(state.iterations() * fieldCount);
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(fields.commas.size()));
+}
+
+template <auto Fields, auto Read>
+void ReadAll(benchmark::State& state)
+{
+    MeasureAll(state, Fields(), Read);
 }
 
 BENCHMARK(ReadAll<Reals, RealsByCursor<CommaCursor>>)->Name("reals from text/Utility:virtual");
@@ -295,5 +329,29 @@ BENCHMARK(ReadAll<Integers, IntegersByRuns<64>>)->Name("integers from text/Utili
 BENCHMARK(ReadAll<Integers, ByFromChars<std::int64_t, int>>)->Name("integers from text/from_chars");
 BENCHMARK(ReadAll<Integers, IntegersByStrtol>)->Name("integers from text/strtol");
 BENCHMARK(ReadAll<Integers, ByStream<std::int64_t, int>>)->Name("integers from text/istream");
+
+const bool areRegistered = []
+{
+    for (const utility::detail::RunMethod& each : utility::detail::RunMethods())
+    {
+        if (!each.isSupported() || each.find == nullptr)
+            continue;
+        const std::string who = std::string("/Utility:runs by ") + each.name;
+        benchmark::RegisterBenchmark(("reals from text" + who).c_str(),
+                                     [&each](benchmark::State& state) {
+                                         MeasureAll(state, Reals(),
+                                                    [&each](const Fields& fields)
+                                                    { return SumByMethod<double, double>(fields, each); });
+                                     });
+        benchmark::RegisterBenchmark(("integers from text" + who).c_str(),
+                                     [&each](benchmark::State& state)
+                                     {
+                                         MeasureAll(state, Integers(),
+                                                    [&each](const Fields& fields)
+                                                    { return SumByMethod<std::int64_t, int>(fields, each); });
+                                     });
+    }
+    return true;
+}();
 
 }

@@ -1,14 +1,9 @@
 #include "utility/Utility.h"
 
 #include <iostream>
+#include <numeric>
 #include <string>
-
-class CommaCursor final : public CInlineTextRecordPtr<CommaCursor>
-{
-public:
-    using CInlineTextRecordPtr::CInlineTextRecordPtr;
-    bool IsTerminator(char c) override { return c == ',' || c == '\r' || c == '\n' || c == '\0'; }
-};
+#include <vector>
 
 std::string NewMessages()
 {
@@ -28,17 +23,18 @@ try
     CTextInputOutputFile file(argumentCount > 1 ? arguments[1] : "numbers.csv");
     if (!file.IsValid())
         return 2;
-    CommaCursor cursor(&file);
+    CDelimitedTextRecordPtr cursor(&file, ",\r\n");
     cursor.Add(file.DataPtr(), file.DataPtr() + file.GetFileSize() - 1);
+    std::vector<double> values(1000);
+    std::size_t count;
     double sum = 0.0;
     bool isGood = true;
-    for (double value; !cursor.IsEndOfRecord(); cursor.AdvancePtr())
+    for (; !cursor.IsEndOfRecord(); cursor.AdvancePtr())
     {
-        if (cursor.ReadReal(value))
-        {
-            sum += value;
+        const bool isRunGood = cursor.ReadReals(values, ',', count);
+        sum = std::accumulate(values.data(), values.data() + count, sum);
+        if (isRunGood)
             continue;
-        }
         const TextPosition place = cursor.Position();
         std::cout << "line " << place.line << ", column " << place.column << ": " << NewMessages();
         cursor.SkipField(); // the rest of a bad field is no number

@@ -71,11 +71,12 @@ bool CDelimitedTextRecordPtr::ReadRun(std::span<Value> values, char separator, s
         return isGood;
     };
     count = 0;
-    while (count != values.size())
+    // Many a run is short, and what is copied behind its end is copied again.
+    for (std::size_t piece = 256; count != values.size(); piece = RunText::capacity)
     {
         bool isAll = false;
         const std::size_t wanted = (values.size() - count + 2) * usualField;
-        const std::size_t size = CopyAhead(text.text, std::min(RunText::capacity, wanted), isAll);
+        const std::size_t size = CopyAhead(text.text, std::min(piece, wanted), isAll);
         std::fill_n(text.text + size, RunText::margin, '\0');
         fields.Clear();
         method.find(text, size, ends, fields);

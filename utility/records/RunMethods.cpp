@@ -364,15 +364,19 @@ TARGET inline FieldBits BitsOf(const char* at)
 
 constexpr std::size_t together = 8;
 
+/// Operations without a mask begin with something undefined in GCC's headers, of which it warns.
+constexpr __mmask8 everyLane = 0xFF;
+
 /// Of four fields: the whole parts of the first and the third, their fractions, and the same of the others.
 TARGET inline __m512d Sums(const RealParts& parts, std::size_t i)
 {
     const __m512d weights = _mm512_set_pd(1.0, 1e8, 1.0, 1e8, 1.0, 1e8, 1.0, 1e8);
-    const __m512d first =
-        _mm512_mul_pd(_mm512_cvtepi32_pd(Load32(reinterpret_cast<const char*>(parts.digits[i]))), weights);
-    const __m512d second =
-        _mm512_mul_pd(_mm512_cvtepi32_pd(Load32(reinterpret_cast<const char*>(parts.digits[i + 2]))), weights);
-    return _mm512_add_pd(_mm512_unpacklo_pd(first, second), _mm512_unpackhi_pd(first, second));
+    const __m512d first = _mm512_mul_pd(
+        _mm512_maskz_cvtepi32_pd(everyLane, Load32(reinterpret_cast<const char*>(parts.digits[i]))), weights);
+    const __m512d second = _mm512_mul_pd(
+        _mm512_maskz_cvtepi32_pd(everyLane, Load32(reinterpret_cast<const char*>(parts.digits[i + 2]))), weights);
+    return _mm512_add_pd(_mm512_maskz_unpacklo_pd(everyLane, first, second),
+                         _mm512_maskz_unpackhi_pd(everyLane, first, second));
 }
 
 TARGET inline void Compute(const RealParts& parts, std::size_t i, double* values)
