@@ -498,9 +498,8 @@ bool AddSpline(std::span<const double> knots, std::span<const double> weights, c
     if (!(std::max(start, knots[degree]) < std::min(end, knots[points.size()])))
         return false;
     Spline spline{{knots.begin(), knots.end()}, {}, start, end};
-    spline.points.reserve(points.size());
-    for (std::size_t i = 0; i < points.size(); ++i)
-        spline.points.push_back(WithWeight(points[i], weights[i]));
+    spline.points.resize(points.size());
+    std::ranges::transform(points, weights, spline.points.begin(), WithWeight);
     if (IsSound(spline.points))
     {
         splines.push_back(std::move(spline));
@@ -560,16 +559,26 @@ void AddToExtents(const Curve& curve, const Transform& transform, Extents& exten
 /// may still reach beyond that.
 void AddToExtents(const Spline& spline, const Transform& transform, Extents& extents)
 {
+    if (transform != Transform())
+    {
+        AddToExtents({spline.knots, Transformed(spline.points, transform), spline.start, spline.end}, {}, extents);
+        return;
+    }
+    std::vector<Point> places(spline.points.size());
+    std::ranges::transform(spline.points, places.begin(), Projected);
+    Extents hull;
+    for (const Point& place : places)
+        hull.Add(place);
+    if (hull.IsEmpty() || (!extents.IsEmpty() && extents.Contains(hull)))
+        return;
+
     const std::size_t degree = DegreeOf(spline);
-    const Spline moved{spline.knots, Transformed(spline.points, transform), spline.start, spline.end};
     const auto add = [&](std::size_t last)
     {
-        const Span span(moved, last);
+        const Span span(spline, last);
         if (!span.IsEmpty())
-            AddPiece(HullOf(moved, last, span), extents);
+            AddPiece(HullOf(spline, last, span), extents);
     };
-    std::vector<Point> places(moved.points.size());
-    std::ranges::transform(moved.points, places.begin(), Projected);
     for (std::size_t axis = 0; axis < 3; ++axis)
     {
         const auto [lowest, highest] =

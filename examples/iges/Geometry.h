@@ -44,6 +44,7 @@ struct Transform
     Point operator()(const Point& point) const { return Rotated(point) + translation; }
     /// By how much lengths grow at most, or a little more.
     double Growth() const;
+    bool operator==(const Transform&) const = default;
     /// This one after another one.
     Transform After(const Transform& inner) const;
 };
@@ -59,6 +60,15 @@ struct Extents
     Point High() const { return {axes[0].maximum, axes[1].maximum, axes[2].maximum}; }
     /// 0 for an empty one.
     double Diagonal() const { return IsEmpty() ? 0.0 : Length(High() - Low()); }
+    bool Contains(const Extents& other) const
+    {
+        for (std::size_t i = 0; i < 3; ++i)
+        {
+            if (other.axes[i].minimum < axes[i].minimum || other.axes[i].maximum > axes[i].maximum)
+                return false;
+        }
+        return true;
+    }
     /// A point of which a coordinate is no finite number is left out.
     void Add(const Point& point)
     {
