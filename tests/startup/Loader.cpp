@@ -7,6 +7,7 @@
 //   Loader filter LIBRARY  loads the library, which has a filter for faults, and unloads it: the earlier one is back
 //   Loader steps LIBRARY   loads and unloads a library, which tells its steps, three times
 //   Loader lean LIBRARY    loads the library, with which nothing comes that not every program needs (Linux)
+//   Loader open LIBRARY    loads the library, which reads a hive that is there and keeps nothing open (Linux)
 //   Loader zlib LIBRARY    unloads the library after it has loaded zlib, which goes with it (Linux)
 // Its exit code is 0 if all went well.
 
@@ -163,6 +164,22 @@ int LoadLean(const boost::filesystem::path& path)
     return count;
 }
 
+int LoadWithHive(const boost::filesystem::path& path)
+{
+    const auto countOpen = []
+    {
+        const boost::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(files, {});
+    };
+    {
+        const boost::dll::shared_library library(path);
+        library.get<void*()>("_ZN15CQLMAppSettings8instanceEv")(); // makes the hive
+    }
+    const auto before = countOpen();
+    const boost::dll::shared_library library(path);
+    return IsMapped("libsqlite3.") && countOpen() == before ? 0 : 1;
+}
+
 int UnloadWithZlib(const boost::filesystem::path& path)
 {
     {
@@ -190,6 +207,7 @@ int main(int argumentCount, char** arguments)
            : what == "filter" ? LoadWithFilter(path)
            : what == "steps"  ? LoadThreeTimes(path)
            : what == "lean"   ? LoadLean(path)
+           : what == "open"   ? LoadWithHive(path)
            : what == "zlib"   ? UnloadWithZlib(path)
                               : 2;
 }
