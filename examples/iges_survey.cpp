@@ -265,7 +265,7 @@ std::vector<Batch> BatchesOf(std::span<const iges::Record> records)
     std::size_t lines = 0;
     for (std::size_t i = 0; i < records.size(); ++i)
     {
-        lines += records[i].lines.size();
+        lines += records[i].lineCount;
         if (lines >= fewestLines || i + 1 == records.size())
         {
             batches.push_back(records.subspan(first, i + 1 - first));

@@ -111,17 +111,30 @@ Unit UnitOf(int flag, const std::string& name)
 
 std::vector<std::string_view> Record::Lines() const
 {
-    std::vector<std::string_view> views;
-    views.reserve(lines.size());
-    for (const char* const line : lines)
-        views.emplace_back(line, width);
-    return views;
+    std::vector<std::string_view> lines;
+    for (const LineRun& run : runs)
+    {
+        for (int i = 0; i < run.count; ++i)
+            lines.emplace_back(run[i], width);
+    }
+    return lines;
+}
+
+std::vector<int> Record::LineNumbers() const
+{
+    std::vector<int> numbers;
+    for (const LineRun& run : runs)
+    {
+        for (int i = 0; i < run.count; ++i)
+            numbers.push_back(run.number + i);
+    }
+    return numbers;
 }
 
 File::File(const char* text, std::size_t size, CTextInputOutputFile* messages) : m_messages(messages)
 {
     SortLines({text, size});
-    HandOutLines();
+    HandOutRuns();
     if (!m_hasSections)
         return;
     ReadGlobalSection();
@@ -142,8 +155,6 @@ void File::SortLines(std::string_view text)
 {
     const char lineEnd = LineEndOf(text);
     bool terminated = false;
-    m_lines.reserve(text.size() / lineLength);
-    m_lineNumbers.reserve(text.size() / lineLength);
     Line line;
     while (!text.empty())
     {
@@ -180,33 +191,39 @@ void File::SortLines(std::string_view text)
 void File::AddParameterLine(const Line& line)
 {
     constexpr std::size_t nameWidth = 8;
-    const char* const name = line.text.data() + Record::width;
-    // As a rule the name is to the letter that of the line before.
-    if (m_lines.empty() || std::memcmp(name, m_lines.back() + Record::width, nameWidth) != 0)
+    const char* const start = line.text.data();
+    const std::string_view name(start + Record::width, nameWidth);
+    // As a rule the name is to the letter that of the lines before.
+    const bool isNew =
+        m_runs.empty() || (std::memcmp(name.data(), m_runs.back().first + Record::width, nameWidth) != 0 &&
+                           Trimmed(name) != m_records.back().name);
+    if (isNew)
     {
-        const std::string_view trimmed = Trimmed({name, nameWidth});
-        if (m_records.empty() || m_records.back().name != trimmed)
+        m_firstRuns.push_back(m_runs.size());
+        m_records.emplace_back().name = Trimmed(name);
+        m_records.back().directory = ReadColumns(line, 65, 72);
+    }
+    ++m_records.back().lineCount;
+    if (!isNew && line.number == m_runs.back().number + m_runs.back().count)
+    {
+        LineRun& run = m_runs.back();
+        if (run.count == 1)
+            run.distance = static_cast<std::size_t>(start - run.first);
+        if (start == run[run.count])
         {
-            m_firstLines.push_back(m_lines.size());
-            m_records.emplace_back().name = trimmed;
-            m_records.back().directory = ReadColumns(line, 65, 72);
+            ++run.count;
+            return;
         }
     }
-    m_lines.push_back(line.text.data());
-    m_lineNumbers.push_back(line.number);
+    m_runs.push_back({start, 0, 1, line.number});
 }
 
 /// When their list does not grow any more.
-void File::HandOutLines()
+void File::HandOutRuns()
 {
-    m_firstLines.push_back(m_lines.size());
+    m_firstRuns.push_back(m_runs.size());
     for (std::size_t i = 0; i < m_records.size(); ++i)
-    {
-        const std::size_t first = m_firstLines[i];
-        const std::size_t count = m_firstLines[i + 1] - first;
-        m_records[i].lines = std::span(m_lines).subspan(first, count);
-        m_records[i].numbers = std::span(m_lineNumbers).subspan(first, count);
-    }
+        m_records[i].runs = std::span(m_runs).subspan(m_firstRuns[i], m_firstRuns[i + 1] - m_firstRuns[i]);
 }
 
 void File::ReadGlobalSection()

@@ -6,7 +6,7 @@
 //     CTextInputOutputFile mapped(path);
 //     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
 //     for (const iges::Record& record : file.Records())
-//         Read(iges::RecordPtr(&mapped, file.FieldDelimiters(), record.Lines(), record.numbers));
+//         Read(iges::RecordPtr(&mapped, file.FieldDelimiters(), record.Lines(), record.LineNumbers()));
 //
 // Bad input throws nothing: what can be made out is there, and the rest is a message.
 // All of it points into the text, which must outlive it. Once made, it may be read by any thread.
@@ -22,18 +22,30 @@
 namespace iges
 {
 
+/// Lines one behind the other in the file, all equally long.
+struct LineRun
+{
+    const char* first = nullptr; ///< where the first one begins
+    std::size_t distance = 0;    ///< from there to where the next one does
+    int count = 0;
+    int number = 0; ///< of the first one in the file, from 1
+
+    const char* operator[](int i) const { return first + static_cast<std::size_t>(i) * distance; }
+};
+
 /// A parameter record: columns 1 to 64 of the lines that name the same directory entry.
 struct Record
 {
     static constexpr std::size_t width = 64;
 
     std::vector<std::string_view> Lines() const;
+    std::vector<int> LineNumbers() const;
 
-    std::string_view name;              ///< columns 65 to 72, without blanks around: the number of the directory entry
-    int directory = 0;                  ///< the same as a number, 0 if it is none
-    std::span<const char* const> lines; ///< where each begins; there are `width` characters of it
-    std::span<const int> numbers;       ///< of the lines in the file, from 1
-    std::wstring trouble;               ///< what is wrong with its lines, empty if nothing is
+    std::string_view name;         ///< columns 65 to 72, without blanks around: the number of the directory entry
+    int directory = 0;             ///< the same as a number, 0 if it is none
+    std::span<const LineRun> runs; ///< its lines, mostly in one run
+    std::size_t lineCount = 0;
+    std::wstring trouble; ///< what is wrong with its lines, empty if nothing is
 };
 
 /// A directory entry, which is two lines of fields of eight columns.
@@ -89,7 +101,7 @@ private:
 
     void SortLines(std::string_view text);
     void AddParameterLine(const Line& line);
-    void HandOutLines();
+    void HandOutRuns();
     void ReadGlobalSection();
     void ReadDirectory();
     void ReadEntry(const Line& first, const Line& second, Entry& entry);
@@ -104,9 +116,8 @@ private:
     Unit m_unit;
     std::vector<Entry> m_directory;
     std::vector<Record> m_records;
-    std::vector<const char*> m_lines; ///< those of all records
-    std::vector<int> m_lineNumbers;
-    std::vector<std::size_t> m_firstLines; ///< of each record among them
+    std::vector<LineRun> m_runs;          ///< those of all records
+    std::vector<std::size_t> m_firstRuns; ///< of each record among them
 };
 
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 namespace iges
 {
@@ -42,10 +43,10 @@ double Field::Number() const
 }
 
 RecordPtr::RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
-                     std::span<const int> numbers)
+                     std::vector<int> numbers)
     : CDelimitedTextRecordPtr(file, std::string{delimiters.parameter, delimiters.record}),
       m_delimiters(delimiters),
-      m_lineNumbers(numbers)
+      m_lineNumbers(std::move(numbers))
 {
     for (const std::string_view line : lines)
         Add(line.data(), line.data() + line.size() - 1);

@@ -20,6 +20,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace iges
 {
@@ -59,7 +60,7 @@ public:
     /// At the first field. A line must not be empty. With the numbers of the lines a message says where a bad field is;
     /// without a file there is none.
     RecordPtr(CTextInputOutputFile* file, Delimiters delimiters, std::span<const std::string_view> lines,
-              std::span<const int> numbers = {});
+              std::vector<int> numbers = {});
 
     /// Reads the field at the cursor. False if it is bad: what there is of a text is kept, a number is FieldKind::bad.
     bool ReadField(Field& field);
@@ -75,7 +76,7 @@ private:
     bool IsDelimiter(char c) const { return c == m_delimiters.parameter || c == m_delimiters.record; }
 
     Delimiters m_delimiters;
-    std::span<const int> m_lineNumbers;
+    std::vector<int> m_lineNumbers;
     std::list<TextLine>::const_iterator m_line; // not behind the cursor's; where a field begins, that of the field
     std::size_t m_lineIndex = 0;
     int m_number = 1;

@@ -21,12 +21,15 @@ bool IsInteger(double whole)
 /// than the numbers in them.
 bool RecordNumbers::Read(const Record& record, Delimiters delimiters)
 {
-    m_text.resize(record.lines.size() * Record::width);
+    m_text.resize(record.lineCount * Record::width);
     char* to = m_text.data();
-    for (const char* const line : record.lines)
+    for (const LineRun& run : record.runs)
     {
-        std::memcpy(to, line, Record::width);
-        to += Record::width;
+        for (int i = 0; i < run.count; ++i)
+        {
+            std::memcpy(to, run[i], Record::width);
+            to += Record::width;
+        }
     }
     const std::array<std::string_view, 1> line = {m_text};
     RecordPtr cursor(nullptr, delimiters, line);

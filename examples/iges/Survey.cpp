@@ -73,7 +73,7 @@ bool Survey::ReadAhead(const Record& record, const std::function<void(const Fiel
     const std::vector<double>& numbers = isWhole ? m_record.Numbers() : m_numbers;
     m_found.recordLengths.AddVal(static_cast<double>(numbers.size()));
     LogFile(LogSeverityInformation, GetThreadDatabase())
-        << L"Lines: " << record.lines.size() << L", fields: " << numbers.size();
+        << L"Lines: " << record.lineCount << L", fields: " << numbers.size();
 
     const Entry* const entry = m_file.Find(record.directory);
     if (entry == nullptr)
@@ -112,7 +112,7 @@ void Survey::Add(const Findings& other)
 void Survey::ReadFields(const Record& record, const std::function<void(const Field&)>& onField)
 {
     m_numbers.clear();
-    RecordPtr cursor(m_file.Messages(), m_file.FieldDelimiters(), record.Lines(), record.numbers);
+    RecordPtr cursor(m_file.Messages(), m_file.FieldDelimiters(), record.Lines(), record.LineNumbers());
     do
     {
         if (cursor.ReadField(m_field))

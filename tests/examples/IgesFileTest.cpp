@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 
 namespace
@@ -53,7 +52,7 @@ TEST_F(IgesFileTest, FindsEntriesAndTheirRecords)
     EXPECT_EQ(line->use, 5);
     EXPECT_EQ(line->record, &file->Records()[1]);
     EXPECT_EQ(line->record->name, "3");
-    EXPECT_EQ(line->record->lines.size(), 2u);
+    EXPECT_EQ(line->record->lineCount, 2u);
     EXPECT_EQ(line->record->Lines().at(1).size(), 64u);
     EXPECT_EQ(file->Find(2), nullptr);
 }
@@ -87,9 +86,9 @@ TEST_F(IgesFileTest, LinesMayEndInCrAloneOrFollowEachOtherWithoutAnEnd)
         EXPECT_EQ(errors, Errors());
         EXPECT_EQ(file->Directory().size(), 2u);
         ASSERT_EQ(file->Records().size(), 2u);
-        EXPECT_EQ(file->Records()[1].lines.size(), 2u);
-        const int before = file->Records()[0].numbers.back();
-        EXPECT_TRUE(std::ranges::equal(file->Records()[1].numbers, std::array{before + 1, before + 2}));
+        EXPECT_EQ(file->Records()[1].lineCount, 2u);
+        const int before = file->Records()[0].LineNumbers().back();
+        EXPECT_EQ(file->Records()[1].LineNumbers(), (std::vector<int>{before + 1, before + 2}));
     }
 }
 
@@ -169,7 +168,7 @@ TEST_F(IgesFileTest, ALineOfAnotherLengthIsSaidOfItsRecord)
     ASSERT_EQ(file->Records().size(), 2u);
     EXPECT_EQ(file->Records()[0].trouble, L"");
     EXPECT_EQ(file->Records()[1].trouble, L"Line 9 does not have 80 columns.");
-    EXPECT_EQ(file->Records()[1].lines.size(), 1u);
+    EXPECT_EQ(file->Records()[1].lineCount, 1u);
 }
 
 TEST_F(IgesFileTest, ALineOfAnotherLengthAheadOfTheRecordsIsSaidOfTheFile)
