@@ -259,7 +259,7 @@ using Batch = std::span<const iges::Record>;
 /// By the file alone.
 std::vector<Batch> BatchesOf(std::span<const iges::Record> records)
 {
-    constexpr std::size_t fewestLines = 8'000;
+    constexpr std::size_t fewestLines = 16'000;
     std::vector<Batch> batches;
     std::size_t first = 0;
     std::size_t lines = 0;

@@ -226,7 +226,7 @@ double ShareOutside(const Extents& extents, const Point& point)
     return share;
 }
 
-constexpr double lastBits = 4e-15;
+constexpr double negligible = 4e-15;
 
 /// `splits` is how many more there may be.
 void AddHull(Hull& hull, int& splits, Extents& extents)
@@ -236,7 +236,7 @@ void AddHull(Hull& hull, int& splits, Extents& extents)
         outside = std::max(outside, ShareOutside(extents, Projected(point)));
     if (outside == 0.0)
         return;
-    if (outside < lastBits || splits == 0)
+    if (outside < negligible || splits == 0)
     {
         for (const Weighted& point : hull)
             extents.Add(Projected(point));
@@ -586,7 +586,7 @@ void AddToExtents(const Spline& spline, const Transform& transform, Extents& ext
         for (const auto& farthest : {lowest, highest})
         {
             const auto index = static_cast<std::size_t>(farthest - places.begin());
-            if (extents.IsEmpty() || ShareOutside(extents, *farthest) >= lastBits)
+            if (extents.IsEmpty() || ShareOutside(extents, *farthest) >= negligible)
                 add(std::clamp(index + (degree + 1) / 2, degree, places.size() - 1));
         }
     }
@@ -594,8 +594,8 @@ void AddToExtents(const Spline& spline, const Transform& transform, Extents& ext
     for (std::size_t last = 0; last < places.size(); ++last)
     {
         const double outside = extents.IsEmpty() ? 1.0 : ShareOutside(extents, places[last]);
-        inside = outside < lastBits ? inside + 1 : 0;
-        if (outside > 0.0 && outside < lastBits)
+        inside = outside < negligible ? inside + 1 : 0;
+        if (outside > 0.0 && outside < negligible)
             extents.Add(places[last]);
         if (last >= degree && inside <= degree)
             add(last);

@@ -886,7 +886,7 @@ TEST(IgesSurveyTest, WhatIsReadAheadIsTheSameWhereverItIsCut)
 {
     const std::string bytes = SampleBytes();
     const Surveyed whole = SurveyOf(bytes);
-    for (const std::size_t batch : {1, 2, 3, 100})
+    for (const std::size_t batch : {1U, 2U, 3U, 100U})
     {
         const Surveyed cut = SurveyAhead(bytes, batch, 30'000'000);
         ExpectBox(cut, whole.extents.Low(), whole.extents.High());
@@ -909,7 +909,7 @@ TEST(IgesSurveyTest, WhatMayBeReadAgainEndsAtTheSameEntityWhereverItIsCut)
     const Surveyed whole = SurveyOf(part.Bytes(), forTen);
     EXPECT_GT(whole.errors.size(), 5u);
     EXPECT_LT(whole.errors.size(), 15u);
-    for (const std::size_t batch : {1, 4, 100})
+    for (const std::size_t batch : {1U, 4U, 100U})
     {
         const Surveyed cut = SurveyAhead(part.Bytes(), batch, forTen);
         ExpectBox(cut, whole.extents.Low(), whole.extents.High());

@@ -53,9 +53,9 @@ std::vector<std::size_t> UpTo(std::size_t count)
 
 TEST(InOrderThreadsTest, ResultsAreInTheOrderOfTheirNumbersOnAnyNumberOfThreads)
 {
-    for (const std::size_t threads : {1, 2, 3, 8, 50})
+    for (const std::size_t threads : {1U, 2U, 3U, 8U, 50U})
     {
-        for (const std::size_t count : {0, 1, 2, 7, 500})
+        for (const std::size_t count : {0U, 1U, 2U, 7U, 500U})
             EXPECT_EQ(NumbersOf(threads, count), UpTo(count)) << threads << " threads";
     }
 }
@@ -111,7 +111,7 @@ TEST(InOrderThreadsTest, NoneGoesFarAheadOfWhatWasTaken)
 
 TEST(InOrderThreadsTest, WhatIsThrownComesWhereTheResultWouldAndWhatIsInFrontOfItIsThere)
 {
-    for (const std::size_t threads : {1, 4})
+    for (const std::size_t threads : {1U, 4U})
     {
         InOrder<std::size_t, Hand> pieces(
             threads, 100, [] { return Hand(); },

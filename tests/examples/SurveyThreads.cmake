@@ -1,7 +1,7 @@
 # The survey's output, messages and exit status are those of one thread, however many there are:
 # cmake -D PROGRAM=… -D EMULATOR=… -D FOLDER=… -D "FILES=…;…" -P SurveyThreads.cmake
 #
-# Beside the files there is one of 8,000 records with seven lines each, so that threads have much to do.
+# Beside the files there is one of 8,000 records of thirteen lines, so that threads have much to do.
 function(padded variable text width)
   string(LENGTH "${text}" length)
   math(EXPR missing "${width} - ${length}")
@@ -67,7 +67,7 @@ foreach(i RANGE 7999)
   number(directory ${directory} 8)
   string(APPEND parameters "${record}${directory}P${first}\n")
   # What stands behind a record is a comment.
-  string(REPEAT "${comment}${directory}P${first}\n" 6 comments)
+  string(REPEAT "${comment}${directory}P${first}\n" 12 comments)
   string(APPEND parameters "${comments}")
   if(group MATCHES "50$")
     string(APPEND parameters "a line of another length\n")
