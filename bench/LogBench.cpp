@@ -1,5 +1,6 @@
-// A log message of a text and a number into a store of the last 500, and one that the level keeps out. Every logger has
-// its level set and tests it in both cases; the streams stand for what is written by hand.
+// Log messages into a store of the last 500, and one that the level keeps out. Every logger has its level set and tests it
+// in both cases; the streams stand for what is written by hand. Where there are several threads the time is that of the
+// clock.
 //
 // What the others leave out or do more: spdlog's messages are narrow, and its sink formats nothing but the message
 // itself until it is read; Boost.Log's are wide like the library's. The _mt sink locks as the library's store does, _st
@@ -21,10 +22,14 @@
 #include <spdlog/logger.h>
 #include <spdlog/sinks/ringbuffer_sink.h>
 
+#include <barrier>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace
 {
@@ -64,6 +69,11 @@ public:
     ~UtilityLog() { SetLogLevel(LogSeverityInformation); }
 
     void Accepted(int number) { LogFile(LogSeverityWarning, this) << L"Feed rate too high in line " << number; }
+    void Between(int number)
+    {
+        LogFile(LogSeverityWarning, this) << L"Tool " << number << L" is worn and has to be changed";
+    }
+    void Real(double value) { LogFile(LogSeverityWarning, this) << L"Feed rate too high by " << value; }
     void FilteredOut(int number) { LogFile(LogSeverityInformation, this) << L"Feed rate too high in line " << number; }
 
     bool Holds(std::size_t count, int last)
@@ -87,6 +97,8 @@ public:
     SpdLog() { m_logger.set_level(spdlog::level::warn); }
 
     void Accepted(int number) { m_logger.warn("Feed rate too high in line {}", number); }
+    void Between(int number) { m_logger.warn("Tool {} is worn and has to be changed", number); }
+    void Real(double value) { m_logger.warn("Feed rate too high by {}", value); }
     void FilteredOut(int number) { m_logger.info("Feed rate too high in line {}", number); }
 
     bool Holds(std::size_t count, int last)
@@ -159,6 +171,53 @@ void Accepted(benchmark::State& state)
         state.SkipWithError("other messages");
 }
 
+/// A number between two texts, and one of another kind behind a text.
+template <class Log>
+void BetweenTexts(benchmark::State& state)
+{
+    Log log;
+    WriteAll(state, [&log](int number) { log.Between(number); });
+}
+
+template <class Log>
+void Reals(benchmark::State& state)
+{
+    Log log;
+    WriteAll(state, [&log](int number) { log.Real(number * 0.037); });
+}
+
+/// Two threads, each by a log of its own or both by one.
+template <class Log, bool isShared>
+void OnTwoThreads(benchmark::State& state)
+{
+    constexpr int threadCount = 2;
+    constexpr int messages = 10'000;
+    Log logs[threadCount];
+    for (auto _ : state)
+    {
+        std::barrier start(threadCount + 1);
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < threadCount; ++i)
+        {
+            threads.emplace_back(
+                [&start, &log = logs[isShared ? 0 : i]]
+                {
+                    start.arrive_and_wait();
+                    for (int number = 0; number < messages; ++number)
+                        log.Accepted(number);
+                });
+        }
+        start.arrive_and_wait();
+        const auto begin = std::chrono::steady_clock::now();
+        threads.clear();
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+        state.SetIterationTime(taken.count());
+    }
+    state.SetItemsProcessed(state.iterations() * threadCount * messages);
+    if (!logs[0].Holds(capacity, messages - 1))
+        state.SkipWithError("other messages");
+}
+
 template <class Log>
 void FilteredOut(benchmark::State& state)
 {
@@ -200,14 +259,28 @@ void FilteredOutByStream(benchmark::State& state)
              });
 }
 
+using SpdLogMt = SpdLog<spdlog::sinks::ringbuffer_sink_mt>;
+
 BENCHMARK(Accepted<UtilityLog>)->Name("log message/Utility");
-BENCHMARK(Accepted<SpdLog<spdlog::sinks::ringbuffer_sink_mt>>)->Name("log message/spdlog ring _mt");
+BENCHMARK(Accepted<SpdLogMt>)->Name("log message/spdlog ring _mt");
 BENCHMARK(Accepted<SpdLog<spdlog::sinks::ringbuffer_sink_st>>)->Name("log message/spdlog ring _st");
 BENCHMARK(Accepted<BoostLog>)->Name("log message/Boost.Log");
 BENCHMARK(AcceptedByStream)->Name("log message/wostringstream");
 
+BENCHMARK(BetweenTexts<UtilityLog>)->Name("log message, number between texts/Utility");
+BENCHMARK(BetweenTexts<SpdLogMt>)->Name("log message, number between texts/spdlog ring _mt");
+BENCHMARK(Reals<UtilityLog>)->Name("log message, double/Utility");
+BENCHMARK(Reals<SpdLogMt>)->Name("log message, double/spdlog ring _mt");
+
+BENCHMARK(OnTwoThreads<UtilityLog, true>)->Name("log message, two threads, one owner/Utility")->UseManualTime();
+BENCHMARK(OnTwoThreads<SpdLogMt, true>)->Name("log message, two threads, one owner/spdlog ring _mt")->UseManualTime();
+BENCHMARK(OnTwoThreads<UtilityLog, false>)->Name("log message, two threads, an owner each/Utility")->UseManualTime();
+BENCHMARK(OnTwoThreads<SpdLogMt, false>)
+    ->Name("log message, two threads, an owner each/spdlog ring _mt")
+    ->UseManualTime();
+
 BENCHMARK(FilteredOutByUtility)->Name("log message below the level/Utility");
-BENCHMARK(FilteredOut<SpdLog<spdlog::sinks::ringbuffer_sink_mt>>)->Name("log message below the level/spdlog");
+BENCHMARK(FilteredOut<SpdLogMt>)->Name("log message below the level/spdlog");
 BENCHMARK(FilteredOut<BoostLog>)->Name("log message below the level/Boost.Log");
 BENCHMARK(FilteredOutByStream)->Name("log message below the level/wostringstream");
 

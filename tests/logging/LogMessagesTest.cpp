@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <set>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -378,6 +379,30 @@ TEST_F(LogMessagesThreadTest, CapacityThatIsSetWhileTheCallersMessagesDieIsUndon
     }
     EXPECT_TRUE(cameBetween);
     EXPECT_EQ(popped(), 500u);
+}
+
+TEST_F(LogMessagesThreadTest, EachOfManyOwnersHasItsStoreWhoeverAsks)
+{
+    // Neighbours, and so many that they are in each other's way.
+    constexpr std::size_t ownerCount = 500;
+    static const char owners[ownerCount] = {};
+    std::vector<std::vector<CLogMessages*>> found(4);
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < found.size(); ++t)
+        threads.emplace_back(
+            [&stores = found[t], t]
+            {
+                for (int round = 0; round < 20; ++round)
+                    for (std::size_t i = 0; i < ownerCount; ++i)
+                        stores.push_back(&CLogMessages::instance(owners + (t % 2 == 0 ? i : ownerCount - 1 - i)));
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+    const std::vector<CLogMessages*> stores(found[0].begin(), found[0].begin() + ownerCount);
+    EXPECT_EQ(std::set<CLogMessages*>(stores.begin(), stores.end()).size(), ownerCount);
+    for (std::size_t t = 0; t < found.size(); ++t)
+        for (std::size_t i = 0; i < found[t].size(); ++i)
+            ASSERT_EQ(found[t][i], stores[t % 2 == 0 ? i % ownerCount : ownerCount - 1 - i % ownerCount]);
 }
 
 TEST_F(LogMessagesThreadTest, StoreIsMadeOnceHoweverManyAskForIt)

@@ -3,11 +3,14 @@
 #include "tests/support/GlobalLocale.h"
 #include "tests/support/LogSettings.h"
 #include "tests/support/Substitute.h"
+#include "tests/support/Thorough.h"
 #include "utility/platform/Text.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cfenv>
+#include <cmath>
 #include <cstdint>
 #include <functional>
 #include <iomanip>
@@ -15,6 +18,7 @@
 #include <locale>
 #include <optional>
 #include <random>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -642,6 +646,95 @@ TEST_F(LogStreamTest, NumberIsRoundedAsAStreamRoundsItInTheThread)
 }
 
 INSTANTIATE_TEST_SUITE_P(Locales, LogStreamEquivalenceTest, ::testing::Bool());
+
+/// Some numbers in one message, through a helper and through a stream.
+void ExpectAsFromAStream(const std::vector<double>& values)
+{
+    const void* const owner = support::NewOwner();
+    std::wostringstream stream;
+    stream.imbue(std::locale::classic());
+    {
+        CLogStreamHelper helper(owner, LogSeverityError);
+        for (const double value : values)
+        {
+            helper << value << L' ';
+            stream << value << L' ';
+        }
+    }
+    ASSERT_EQ(Take(owner), (Messages{{LogSeverityError, stream.str() + L'\n'}}));
+}
+
+TEST_F(LogStreamTest, NumbersOfAllSizesAreThoseOfAStream)
+{
+    std::mt19937_64 random(6);
+    CLogStreamHelper helper(owner, LogSeverityError);
+    std::wostringstream stream;
+    stream.imbue(std::locale::classic());
+    for (int i = 0; i < support::Cases(3'000'000); ++i)
+    {
+        double value = std::bit_cast<double>(random());
+        const std::uint64_t digits = random() % 2'000'000;
+        switch (random() % 4)
+        {
+        case 0: // any size
+            break;
+        case 1: // the usual sizes
+            value = static_cast<double>(static_cast<std::int64_t>(random())) * 0x1p-63 *
+                    std::pow(10.0, static_cast<int>(random() % 16) - 6);
+            break;
+        case 2: // a few digits, and those halfway between two texts
+            value = static_cast<double>(digits) / std::pow(10.0, static_cast<int>(random() % 12));
+            break;
+        default: // an exact tie, or a value beside one
+            value = std::ldexp(static_cast<double>(digits | 1), -static_cast<int>(random() % 24));
+            value = random() % 3 == 0 ? std::nextafter(value, static_cast<double>(random() % 2) * 1e9) : value;
+        }
+        helper << value << L' ';
+        stream << value << L' ';
+        if (i % 18 == 17)
+        {
+            helper << std::flush;
+            ASSERT_EQ(Take(owner), (Messages{{LogSeverityError, stream.str() + L'\n'}}));
+            stream.str(std::wstring());
+        }
+    }
+}
+
+TEST_F(LogStreamTest, NumbersBesideAPowerOfTenAreThoseOfAStream)
+{
+    for (int exponent = -320; exponent <= 308; ++exponent)
+    {
+        for (const double digits : {1.0, 1.000005, 1.0000049999, 9.999995, 9.9999949999, 9.999985, 5.0})
+        {
+            double value = digits * std::pow(10.0, exponent);
+            std::vector<double> values;
+            for (int step = 0; step < 4; ++step)
+                value = std::nextafter(value, 0.0);
+            for (int step = 0; step < 8; ++step, value = std::nextafter(value, 1e308))
+                values.insert(values.end(), {value, -value});
+            ExpectAsFromAStream(values);
+        }
+    }
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+    ExpectAsFromAStream(
+        {0.0, -0.0, 999'999.5, 999'999.4999999999, -999'999.5, 1e-4, 0.00009999995, infinity, -infinity});
+    ExpectAsFromAStream({notANumber, 0.1F, 16'777'216.0F, 123'456.5F});
+}
+
+TEST_F(LogStreamTest, NumbersAroundTheLengthThatFitsAreWhole)
+{
+    for (std::size_t length = 225; length < 262; ++length)
+    {
+        const std::wstring text(length, L'x');
+        LogFile(LogSeverityError, owner) << text << -1234567 << 0.000123457 << 18446744073709551615U << -1.5e-300;
+        ExpectMessage(text + L"-12345670.00012345718446744073709551615-1.5e-300\n");
+        LogFile(LogSeverityError, owner) << text << -0.000123457;
+        ExpectMessage(text + L"-0.000123457\n");
+        LogFile(LogSeverityError, owner) << text << std::numeric_limits<std::int64_t>::min();
+        ExpectMessage(text + L"-9223372036854775808\n");
+    }
+}
 
 // Several threads
 

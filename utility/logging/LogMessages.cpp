@@ -5,6 +5,7 @@
 #include "utility/platform/AtFork.h"
 #include "utility/platform/LoadOrder.h"
 
+#include <array>
 #include <map>
 #include <memory>
 #include <utility>
@@ -32,6 +33,11 @@ public:
 
     CLogMessages& Of(const void* owner)
     {
+        // Stores stay until the library is unloaded, so one that was found before is found without the lock.
+        std::atomic<CLogMessages*>& found = m_found[PlaceOf(owner)];
+        if (CLogMessages* const store = found.load(std::memory_order_acquire);
+            store != nullptr && store->m_owner == owner)
+            return *store;
         const LockGuard guard(m_lock);
         auto place = m_stores.lower_bound(owner);
         if (place == m_stores.end() || place->first != owner)
@@ -41,10 +47,19 @@ public:
             store->m_owner = owner;
             place = m_stores.emplace_hint(place, owner, std::move(store));
         }
+        found.store(place->second.get(), std::memory_order_release);
         return *place->second;
     }
 
 private:
+    static constexpr int placeBits = 6;
+
+    static std::size_t PlaceOf(const void* owner)
+    {
+        // By the golden ratio: owners are often so many bytes apart.
+        return reinterpret_cast<std::uintptr_t>(owner) * 0x9E37'79B9'7F4A'7C15 >> (64 - placeBits);
+    }
+
     void Hold() override
     {
         m_lock.Lock();
@@ -61,6 +76,7 @@ private:
 
     CCriticalSectionSpinCount m_lock;
     std::map<const void*, std::unique_ptr<CLogMessages>> m_stores;
+    std::array<std::atomic<CLogMessages*>, 1 << placeBits> m_found{}; ///< each the latest that was found of its owners
 };
 
 }

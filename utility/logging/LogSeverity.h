@@ -4,6 +4,7 @@
 
 #include "utility/platform/Export.h"
 
+#include <atomic>
 #include <cstdint>
 
 /// How grave a message is. Only the order counts.
@@ -24,3 +25,12 @@ UTILITY_API void SetLogLevel(LogSeverity level) noexcept;
 /// first.
 UTILITY_API bool LogDebugMessages() noexcept;
 UTILITY_API void SetLogDebugMessages(bool enable) noexcept;
+
+namespace utility::detail
+{
+
+/// What the functions above set, for those that test it inline.
+UTILITY_API extern std::atomic<LogSeverity> logLevel;
+UTILITY_API extern std::atomic<bool> logDebugMessages;
+
+}

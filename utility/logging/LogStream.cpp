@@ -1,15 +1,19 @@
 #include "utility/logging/LogStream.h"
 
 #include "utility/logging/LogMessages.h"
+#include "utility/numbers/FloatFormat.h"
+#include "utility/numbers/internal/FixedDigits.h"
 #include "utility/platform/Text.h"
 
 #include <algorithm>
 #include <cfenv>
 #include <charconv>
+#include <cmath>
 #include <exception>
 #include <iterator>
 #include <locale>
 #include <new>
+#include <span>
 #include <utility>
 
 namespace utility::detail
@@ -61,19 +65,25 @@ CLogStream::~CLogStream()
     }
 }
 
-CLogStreamHelper::CLogStreamHelper(const void* owner, LogSeverity severity)
-    : m_pOwner(owner), m_eSeverity(severity), m_bEnabled(severity >= GetLogLevel()), m_nLength(0)
+void CLogStreamHelper::Begin()
 {
     // Other locales may group the digits of a number.
-    if (m_bEnabled && std::locale() != std::locale::classic())
+    if (std::locale() != std::locale::classic())
         m_stream.emplace(m_pOwner, m_eSeverity);
 }
 
-CLogStreamHelper::~CLogStreamHelper() noexcept(false)
+void CLogStreamHelper::End()
 {
-    // Most messages are below the level.
-    if (!m_bEnabled)
-        return;
+    // The destructor relies on it.
+    struct LeavingNothing
+    {
+        CLogStreamHelper& helper;
+        ~LeavingNothing()
+        {
+            helper.m_stream.reset();
+            std::wstring().swap(helper.m_strLong);
+        }
+    } const leavingNothing{*this};
     try
     {
         if (m_stream)
@@ -88,17 +98,14 @@ CLogStreamHelper::~CLogStreamHelper() noexcept(false)
     }
 }
 
-CLogStreamHelper&
-CLogStreamHelper::operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&))
+void CLogStreamHelper::Apply(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&))
 {
     constexpr auto endl = &std::endl<wchar_t, std::char_traits<wchar_t>>;
     constexpr auto flush = &std::flush<wchar_t, std::char_traits<wchar_t>>;
-    if (!m_bEnabled)
-        return *this;
     if (manipulator != endl && manipulator != flush)
     {
         Stream() << manipulator;
-        return *this;
+        return;
     }
     if (m_stream)
     {
@@ -107,12 +114,11 @@ CLogStreamHelper::operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::ba
             m_stream->put(L'\n');
         if (m_stream->good())
             m_stream->rdbuf()->pubsync();
-        return *this;
+        return;
     }
     if (manipulator == endl)
         AppendText(L"\n");
     Deliver();
-    return *this;
 }
 
 void CLogStreamHelper::InsertText(std::wstring_view text)
@@ -138,49 +144,63 @@ void CLogStreamHelper::InsertNarrow(std::string_view text)
         InsertText(wide);
 }
 
-void CLogStreamHelper::AppendText(std::wstring_view text)
+/// At the end of the text, which is that much longer then.
+wchar_t* CLogStreamHelper::RoomFor(std::size_t length)
 {
-    if (m_strLong.empty() && text.size() <= std::size(m_szText) - m_nLength)
+    if (m_strLong.empty() && length <= std::size(m_szText) - m_nLength) [[likely]]
     {
-        text.copy(m_szText + m_nLength, text.size());
-        m_nLength += text.size();
-        return;
+        m_nLength += length;
+        return m_szText + m_nLength - length;
     }
     if (m_strLong.empty())
     {
-        m_strLong.reserve(2 * (m_nLength + text.size()));
+        m_strLong.reserve(2 * (m_nLength + length));
         m_strLong.append(m_szText, m_nLength);
     }
-    m_strLong += text;
+    m_strLong.append(length, L'\0');
+    return m_strLong.data() + m_strLong.size() - length;
 }
+
+void CLogStreamHelper::AppendText(std::wstring_view text) { std::copy(text.begin(), text.end(), RoomFor(text.size())); }
 
 void CLogStreamHelper::AppendInteger(std::uint64_t magnitude, bool negative)
 {
-    wchar_t text[20];
-    wchar_t* begin = std::end(text);
-    do
-        *--begin = static_cast<wchar_t>(L'0' + magnitude % 10);
-    while ((magnitude /= 10) != 0);
+    const std::size_t length = utility::detail::CountDigits(magnitude);
+    wchar_t* to = RoomFor((negative ? 1 : 0) + length);
     if (negative)
-        *--begin = L'-';
-    AppendText({begin, static_cast<std::size_t>(std::end(text) - begin)});
+        *to++ = L'-';
+    utility::detail::WriteDigits(to, magnitude, length);
 }
 
 // As a stream does it, which on Windows sets the locale of the whole process for a moment meanwhile.
 void CLogStreamHelper::AppendReal(double value)
 {
-    // A stream may round to where the thread rounds.
-    if (std::fegetround() != FE_TONEAREST)
+    // A stream may round to where the thread rounds, and the sign of what is no number is the system's.
+    if (std::isnan(value) || std::fegetround() != FE_TONEAREST)
     {
         Stream() << value;
+        return;
+    }
+    const double magnitude = std::fabs(value);
+    if (magnitude >= 1e-4 && magnitude < 999'999.5)
+    {
+        // No exponent, and no zeros at the end. A value that rounds up to a power of ten gets the same text if it is taken
+        // for one below that as if it is taken for the power.
+        constexpr double powers[] = {1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
+        const auto reached = std::ranges::count_if(powers, [magnitude](double power) { return power <= magnitude; });
+        const auto format = [value, places = static_cast<int>(std::size(powers) - reached)](std::span<wchar_t> text)
+        { return FormatFixed(text, value, places, false, L".", true); };
+        wchar_t text[16];
+        if (m_strLong.empty() && std::size(text) <= std::size(m_szText) - m_nLength)
+            m_nLength += format(std::span(m_szText).subspan(m_nLength));
+        else
+            AppendText({text, format(text)});
         return;
     }
     constexpr int digitsOfAStream = 6;
     char text[32];
     const char* const end = std::to_chars(text, std::end(text), value, std::chars_format::general, digitsOfAStream).ptr;
-    wchar_t wide[std::size(text)];
-    std::copy(static_cast<const char*>(text), end, wide);
-    AppendText({wide, static_cast<std::size_t>(end - text)});
+    std::copy(static_cast<const char*>(text), end, RoomFor(static_cast<std::size_t>(end - text)));
 }
 
 CLogStream& CLogStreamHelper::Stream()
@@ -231,16 +251,4 @@ CLogStreamHelper& operator<<(CLogStreamHelper& helper, const std::string& text)
 {
     helper.InsertNarrow(text);
     return helper;
-}
-
-CLogStreamHelper LogFile(LogSeverity severity, const void* owner) { return CLogStreamHelper(owner, severity); }
-
-CLogStreamHelper DbgLogFile(LogSeverity severity, const void* owner)
-{
-    return CLogStreamHelper(owner, LogDebugMessages() ? severity : LogSeverityNone);
-}
-
-CLogStreamHelper DbgLogFile(LogSeverity severity, CEntityDatabase* database)
-{
-    return DbgLogFile(severity, static_cast<const void*>(database));
 }

@@ -78,20 +78,41 @@ class UTILITY_API CLogStreamHelper
 {
 public:
     /// For messages of this severity, if the level lets them pass now, to the store of `owner`, which may be null.
-    CLogStreamHelper(const void* owner, LogSeverity severity);
+    UTILITY_INLINE CLogStreamHelper(const void* owner, LogSeverity severity)
+        : m_pOwner(owner),
+          m_eSeverity(severity),
+          m_bEnabled(severity >= utility::detail::logLevel.load(std::memory_order_relaxed)),
+          m_nLength(0)
+    {
+        if (m_bEnabled) [[unlikely]]
+            Begin();
+    }
     CLogStreamHelper(const CLogStreamHelper&) = delete;
     CLogStreamHelper& operator=(const CLogStreamHelper&) = delete;
     /// Stores what is left. A failed allocation is thrown from here, unless another exception is on its way.
-    ~CLogStreamHelper() noexcept(false);
+    UTILITY_INLINE ~CLogStreamHelper() noexcept(false)
+    {
+        if (m_bEnabled) [[unlikely]]
+            End();
+        // So a compiler sees that a message below the level leaves nothing to do.
+        if (m_stream || m_strLong.capacity() != std::wstring().capacity())
+            __builtin_unreachable();
+    }
 
     /// Manipulators; std::flush and std::endl store what was inserted so far as a message.
-    CLogStreamHelper& operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&));
+    UTILITY_INLINE CLogStreamHelper&
+    operator<<(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&))
+    {
+        if (m_bEnabled) [[unlikely]]
+            Apply(manipulator);
+        return *this;
+    }
 
     /// Whatever can be inserted into a wide stream, but for narrow text, which has its own operators below.
     template <class T>
     requires(!utility::detail::IsNarrowText<T>) CLogStreamHelper& operator<<(const T& value)
     {
-        if (m_bEnabled)
+        if (m_bEnabled) [[unlikely]] // most messages are below the level
             Insert(value);
         return *this;
     }
@@ -130,9 +151,13 @@ private:
             Stream() << value;
     }
 
+    void Begin();
+    void End();
+    void Apply(std::basic_ostream<wchar_t>& (*manipulator)(std::basic_ostream<wchar_t>&));
     void InsertText(std::wstring_view text);
     void InsertText(const wchar_t* text);
     UTILITY_LOCAL void InsertNarrow(std::string_view text);
+    UTILITY_LOCAL wchar_t* RoomFor(std::size_t length);
     UTILITY_LOCAL void AppendText(std::wstring_view text);
     void AppendInteger(std::uint64_t magnitude, bool negative);
     void AppendReal(double value);
@@ -158,8 +183,24 @@ inline CLogStreamHelper& operator<<(CLogStreamHelper&& helper, const char* const
 inline CLogStreamHelper& operator<<(CLogStreamHelper&& helper, const std::string& text) { return helper << text; }
 
 /// A stream for a message to the store of `owner`, which is only used as an address and may be null.
-UTILITY_API CLogStreamHelper LogFile(LogSeverity severity, const void* owner);
+UTILITY_INLINE CLogStreamHelper LogFile(LogSeverity severity, const void* owner) { return {owner, severity}; }
+
+namespace utility::detail
+{
+
+inline LogSeverity DebugSeverity(LogSeverity severity)
+{
+    return logDebugMessages.load(std::memory_order_relaxed) ? severity : LogSeverityNone;
+}
+
+}
 
 /// The same for a message for debugging: of severity LogSeverityNone unless LogDebugMessages().
-UTILITY_API CLogStreamHelper DbgLogFile(LogSeverity severity, const void* owner);
-UTILITY_API CLogStreamHelper DbgLogFile(LogSeverity severity, CEntityDatabase* database);
+UTILITY_INLINE CLogStreamHelper DbgLogFile(LogSeverity severity, const void* owner)
+{
+    return {owner, utility::detail::DebugSeverity(severity)};
+}
+UTILITY_INLINE CLogStreamHelper DbgLogFile(LogSeverity severity, CEntityDatabase* database)
+{
+    return {database, utility::detail::DebugSeverity(severity)};
+}

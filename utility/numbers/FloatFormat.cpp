@@ -165,9 +165,15 @@ template <class Char, class Use>
             const std::size_t length = text.Length() + behind.size();
             if constexpr (std::is_same_v<Number, FixedNumber>)
             {
-                // What fits into the string itself allocates nothing.
-                if (text.IsShort() && behind.empty() && length > std::wstring().capacity()) [[likely]]
+                if (text.IsShort() && behind.empty()) [[likely]]
                 {
+                    // What fits into the string itself allocates nothing.
+                    if (length <= std::wstring().capacity())
+                    {
+                        wchar_t array[text.shortLength];
+                        text.WriteShort(array);
+                        return std::wstring(array, length);
+                    }
                     static constexpr wchar_t room[text.shortLength] = {};
                     std::wstring result(room, text.shortLength);
                     text.WriteShort(result.data());
