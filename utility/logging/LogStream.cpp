@@ -187,9 +187,9 @@ void CLogStreamHelper::AppendReal(double value)
         // No exponent, and no zeros at the end. A value that rounds up to a power of ten gets the same text if it is taken
         // for one below that as if it is taken for the power.
         constexpr double powers[] = {1e-3, 1e-2, 1e-1, 1e0, 1e1, 1e2, 1e3, 1e4, 1e5};
-        const auto reached = std::ranges::count_if(powers, [magnitude](double power) { return power <= magnitude; });
-        const auto format = [value, places = static_cast<int>(std::size(powers) - reached)](std::span<wchar_t> text)
-        { return FormatFixed(text, value, places, false, L".", true); };
+        const auto places = std::ranges::count_if(powers, [magnitude](double power) { return power > magnitude; });
+        const auto format = [value, places](std::span<wchar_t> text)
+        { return FormatFixed(text, value, static_cast<int>(places), false, L".", true); };
         wchar_t text[16];
         if (m_strLong.empty() && std::size(text) <= std::size(m_szText) - m_nLength)
             m_nLength += format(std::span(m_szText).subspan(m_nLength));

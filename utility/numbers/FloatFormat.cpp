@@ -167,15 +167,16 @@ template <class Char, class Use>
             {
                 if (text.IsShort() && behind.empty()) [[likely]]
                 {
+                    constexpr std::size_t shortLength = FixedText<wchar_t, Number>::shortLength;
                     // What fits into the string itself allocates nothing.
                     if (length <= std::wstring().capacity())
                     {
-                        wchar_t array[text.shortLength];
+                        wchar_t array[shortLength];
                         text.WriteShort(array);
                         return std::wstring(array, length);
                     }
-                    static constexpr wchar_t room[text.shortLength] = {};
-                    std::wstring result(room, text.shortLength);
+                    static constexpr wchar_t room[shortLength] = {};
+                    std::wstring result(room, shortLength);
                     text.WriteShort(result.data());
                     result.resize(length);
                     return result;
