@@ -72,6 +72,35 @@ protected:
         }
     }
 
+    /// Gives how many there are, those in folders of this one included.
+    std::size_t ExpectSameOfFilesIn(const std::filesystem::path& folder)
+    {
+        const std::size_t most = support::Thorough() ? 20'000 : 1'500;
+        std::size_t files = 0;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        {
+            if (!entry.is_regular_file())
+                continue;
+            SCOPED_TRACE(entry.path().string());
+            std::ifstream stream(entry.path(), std::ios::binary);
+            const std::string text{std::istreambuf_iterator<char>(stream), {}};
+            // As a program would read the columns of numbers, and as it should not.
+            std::vector<std::string_view> columns;
+            std::vector<std::string_view> lines;
+            for (std::string_view rest = text; !rest.empty() && lines.size() < most;)
+            {
+                const std::string_view line = rest.substr(0, rest.find('\n'));
+                rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+                lines.push_back(line);
+                columns.push_back(line.substr(0, 64));
+            }
+            ExpectSame({columns});
+            ExpectSame({lines, ",;\r", ',', 33});
+            ++files;
+        }
+        return files;
+    }
+
     std::mt19937 m_random{20'000'077};
 
 private:
@@ -157,7 +186,8 @@ std::vector<std::string_view> Cut(std::string_view text, const std::function<std
 
 }
 
-INSTANTIATE_TEST_SUITE_P(By, RunMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "single reads"), NameOfMethod);
+INSTANTIATE_TEST_SUITE_P(By, RunMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "single reads"),
+                         NameOfMethod);
 
 TEST(DelimitedTextRecordPtrTest, EndsAreTheCharactersThatItIsGiven)
 {
@@ -369,6 +399,46 @@ TEST_P(RunMethodTest, AnyNumberOfDigitsIsWhatASingleReadGives)
     }
 }
 
+TEST_P(RunMethodTest, UsualNumbersNeedNoReadOfTheirOwn)
+{
+    using namespace utility::detail;
+    const RunMethod& method = UsedRunMethod();
+    if (method.find == nullptr)
+        return;
+    const std::string_view reals = "1,-2,+3.5,.5,5.,,    7,1.5E3,1.5e-3,1D+12,-1d5,123456789012345.1234567890123456,"
+                                   "                                        -0.5E-07,1E0123,;";
+    const std::string_view integers = "1,-2,+3,,    7,1234567890123456,                                        -12;";
+    const RunEnds ends{{',', ';'}, 2};
+    for (const bool isReal : {true, false})
+    {
+        RunText text{};
+        RunFields fields;
+        fields.Clear();
+        const std::string_view numbers = isReal ? reals : integers;
+        method.find(text, numbers.copy(text.text, RunText::capacity), ends, fields);
+        EXPECT_TRUE(fields.endsRun);
+        EXPECT_EQ(fields.count, isReal ? 15U : 7U);
+        std::vector<double> realValues(20);
+        std::vector<int> integerValues(20);
+        EXPECT_EQ(isReal ? method.readReals(text, fields, 0, 20, realValues.data(), nullptr)
+                         : method.readInts(text, fields, 0, 20, integerValues.data()),
+                  fields.count);
+    }
+    // More than are looked at in one go.
+    RunText text{};
+    RunFields fields;
+    fields.Clear();
+    std::string many;
+    for (int i = 0; i < 100; ++i)
+        many += std::to_string(i) + ".5,";
+    method.find(text, many.copy(text.text, RunText::capacity), ends, fields);
+    std::vector<double> values(100);
+    std::size_t reads = 0;
+    for (std::size_t read = 0; read != 100 && reads < 100; ++reads)
+        read += method.readReals(text, fields, read, 100, &values[read], nullptr);
+    EXPECT_EQ(reads, 2U);
+}
+
 TEST_P(RunMethodTest, EachExponentIsWhatASingleReadGives)
 {
     for (int exponent = -1100; exponent <= 1100; exponent += exponent > -330 && exponent < 330 ? 1 : 7)
@@ -417,6 +487,18 @@ TEST_P(RunMethodTest, LinesWithoutACharacterArePassed)
     ExpectSame({{none, view.substr(0, 2), none, none, view.substr(2), none}});
     ExpectSame({{none}});
     ExpectSame({{}});
+
+    CDelimitedTextRecordPtr cursor(nullptr, ",;");
+    cursor.Add(nullptr, nullptr);
+    cursor.Add(text.data(), text.data() + 2);
+    cursor.Add(nullptr, nullptr);
+    cursor.Add(text.data() + 6, text.data() + 1);
+    cursor.Add(text.data() + 3, text.data() + 6);
+    std::vector<double> values(3);
+    std::size_t count = 0;
+    EXPECT_TRUE(cursor.ReadReals(values, ',', count));
+    EXPECT_EQ(count, 2U);
+    EXPECT_EQ(values, (std::vector<double>{1.5, 2.5, 0.0}));
 }
 
 TEST_P(RunMethodTest, AnySetOfEndsIsWhatASingleReadGives)
@@ -428,6 +510,8 @@ TEST_P(RunMethodTest, AnySetOfEndsIsWhatASingleReadGives)
         for (const char separator : {',', ';', '|', '.', ' ', '?'})
             ExpectSame({{text}, ends, separator, 4});
     }
+    for (std::size_t length = 60; length < 70; ++length)
+        ExpectSame({{std::string_view(text + std::string(length, ' ')).substr(0, length)}, std::string(",\0", 2), ','});
     const std::string zeros("1,2\0003,4", 7);
     ExpectSame({{zeros}, std::string(",\0", 2), ','});
     ExpectSame({{zeros}, std::string(",\0", 2), '\0'});
@@ -443,6 +527,8 @@ TEST_P(RunMethodTest, FieldsLongerThanAPieceAreWhatSingleReadsGive)
         ExpectSame({{text}});
         ExpectSame({Cut(text, [] { return 64; })});
         ExpectSame({{text}, ",;", ',', 1});
+        const std::string number(length, '7');
+        ExpectSame({{number}, std::string(",\0", 2), '\0'});
     }
 }
 
@@ -522,37 +608,19 @@ TEST_P(RunMethodTest, ThreadsReadAtOnce)
         EXPECT_EQ(sum, 500 * 41.0);
 }
 
+TEST_P(RunMethodTest, HostileFilesAreWhatSingleReadsGive)
+{
+    EXPECT_GT(ExpectSameOfFilesIn(UTILITY_SAMPLES), 3U);
+    EXPECT_GT(ExpectSameOfFilesIn(UTILITY_CORPUS), 10U);
+}
+
 TEST_P(RunMethodTest, RealFilesAreWhatSingleReadsGive)
 {
     if (std::string(UTILITY_TEST_DATA).empty())
         GTEST_SKIP() << "No folder of real files is given (UTILITY_TEST_DATA): only made ones are read";
-    const std::size_t most = support::Thorough() ? 20'000 : 1'500;
-    std::size_t files = 0;
-    for (const char* const folder : {"iges", "iges/malformed", "text"})
-    {
-        for (const auto& entry : std::filesystem::directory_iterator(std::filesystem::path(UTILITY_TEST_DATA) / folder))
-        {
-            if (!entry.is_regular_file())
-                continue;
-            SCOPED_TRACE(entry.path().string());
-            std::ifstream stream(entry.path(), std::ios::binary);
-            const std::string text{std::istreambuf_iterator<char>(stream), {}};
-            // As a program would read the columns of numbers, and as it should not.
-            std::vector<std::string_view> columns;
-            std::vector<std::string_view> lines;
-            for (std::string_view rest = text; !rest.empty() && lines.size() < most;)
-            {
-                const std::string_view line = rest.substr(0, rest.find('\n'));
-                rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-                lines.push_back(line);
-                columns.push_back(line.substr(0, 64));
-            }
-            ExpectSame({columns});
-            ExpectSame({lines, ",;\r", ',', 33});
-            ++files;
-        }
-    }
-    EXPECT_GT(files, 10U);
+    const std::filesystem::path folder = UTILITY_TEST_DATA;
+    EXPECT_GT(ExpectSameOfFilesIn(folder / "iges"), 10U); // malformed ones among them
+    EXPECT_GT(ExpectSameOfFilesIn(folder / "text"), 3U);
 }
 
 TEST(RunsOneByOneTest, AnyCursorReadsRuns)

@@ -12,9 +12,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iterator>
 #include <new>
+#include <string>
+#include <string_view>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
@@ -77,6 +81,29 @@ void SetAction(int signal, void (*action)(int), int flags = 0)
     set.sa_handler = action;
     set.sa_flags = flags;
     ::sigaction(signal, &set, nullptr);
+}
+
+/// A thread that runs the action of a fault has the signal blocked.
+int ThreadsWithinFaults()
+{
+    int count = 0;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
+    {
+        std::ifstream status(thread.path() / "status");
+        for (std::string line; std::getline(status, line);)
+        {
+            constexpr std::string_view blocked = "SigBlk:";
+            if (line.starts_with(blocked))
+                count += (std::stoull(line.substr(blocked.size()), nullptr, 16) >> (SIGSEGV - 1)) & 1 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+void AwaitThreadsWithinFaults(int count)
+{
+    while (ThreadsWithinFaults() < count) // the child's alarm ends it
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
 class FaultsTest : public testing::Test
@@ -431,7 +458,9 @@ TEST_F(FaultsTest, ThreadsThatFaultAtOnceAreEachReportedToTheEnd)
                   {
                       whileReporting = []
                       {
-                          // The later ones take longer.
+                          // Ahead of the first report's end all are within their faults. The later ones take longer.
+                          if (told->value == 0)
+                              AwaitThreadsWithinFaults(4);
                           std::this_thread::sleep_for(std::chrono::milliseconds(20 * ++told->value));
                       };
                       std::atomic<int> waiting = 4;
