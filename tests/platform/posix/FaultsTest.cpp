@@ -18,7 +18,6 @@
 #include <iterator>
 #include <new>
 #include <string>
-#include <string_view>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
@@ -83,26 +82,21 @@ void SetAction(int signal, void (*action)(int), int flags = 0)
     ::sigaction(signal, &set, nullptr);
 }
 
-/// A thread that runs the action of a fault has the signal blocked.
-int ThreadsWithinFaults()
+/// Until all threads but this one wait for something.
+void AwaitOthersWaiting()
 {
-    int count = 0;
-    for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
+    const auto areOthersRunning = []
     {
-        std::ifstream status(thread.path() / "status");
-        for (std::string line; std::getline(status, line);)
+        int running = 0;
+        for (const auto& thread : std::filesystem::directory_iterator("/proc/self/task"))
         {
-            constexpr std::string_view blocked = "SigBlk:";
-            if (line.starts_with(blocked))
-                count += (std::stoull(line.substr(blocked.size()), nullptr, 16) >> (SIGSEGV - 1)) & 1 ? 1 : 0;
+            std::string line;
+            std::getline(std::ifstream(thread.path() / "stat"), line);
+            running += line.find(") R ") != std::string::npos ? 1 : 0;
         }
-    }
-    return count;
-}
-
-void AwaitThreadsWithinFaults(int count)
-{
-    while (ThreadsWithinFaults() < count) // the child's alarm ends it
+        return running > 1;
+    };
+    while (areOthersRunning()) // the child's alarm ends it
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
@@ -460,7 +454,7 @@ TEST_F(FaultsTest, ThreadsThatFaultAtOnceAreEachReportedToTheEnd)
                       {
                           // Ahead of the first report's end all are within their faults. The later ones take longer.
                           if (told->value == 0)
-                              AwaitThreadsWithinFaults(4);
+                              AwaitOthersWaiting();
                           std::this_thread::sleep_for(std::chrono::milliseconds(20 * ++told->value));
                       };
                       std::atomic<int> waiting = 4;
