@@ -130,6 +130,8 @@ boost::filesystem::path LocalData()
 
 void Print(std::FILE* stream, const std::string& text) { std::fwrite(text.data(), 1, text.size(), stream); }
 
+bool IsPrinted() { return std::fflush(stdout) == 0 && std::ferror(stdout) == 0; }
+
 std::string ReasonOf(CException* failure, const boost::filesystem::path& path)
 {
     wchar_t text[1024] = L"";

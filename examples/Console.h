@@ -28,6 +28,10 @@ boost::filesystem::path PathOf(const std::string& text);
 /// Prints zero bytes too, which the content of a file may have anywhere.
 void Print(std::FILE* stream, const std::string& text);
 
+/// Brings to the standard output what is printed, and tells whether all has come there so far: what was refused is not
+/// tried again, and a later flush knows nothing of it.
+bool IsPrinted();
+
 /// Why a file could not be opened or written, as UTF-8. Ends the failure.
 std::string ReasonOf(CException* failure, const boost::filesystem::path& path);
 

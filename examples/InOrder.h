@@ -16,7 +16,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -25,7 +24,7 @@ template <class Result, class State>
 class InOrder
 {
 public:
-    /// If the system does not give so many threads, there are fewer.
+    /// If the system does not give so many threads, or the memory for them, there are fewer.
     InOrder(std::size_t threads, std::size_t count, std::function<State()> makeState,
             std::function<Result(State&, std::size_t)> work)
         : m_count(count),
@@ -39,7 +38,7 @@ public:
             for (std::size_t i = 1; i < threads && i < count; ++i)
                 m_threads.emplace_back([this] { Work(); });
         }
-        catch (const std::system_error&)
+        catch (const std::exception&)
         {
         }
     }

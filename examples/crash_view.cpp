@@ -116,7 +116,7 @@ ExitStatus Run(const Options& options)
         console::Print(stdout, crash::TerminalText(report, log));
     else
         Save(options.page, crash::PageText(report, log, crash::Shown(console::Utf8(options.report.filename()))));
-    if (std::fflush(stdout) != 0)
+    if (!console::IsPrinted())
     {
         console::Print(stderr, "the output cannot be written\n");
         return exitNotReadable;

@@ -121,7 +121,7 @@ ExitStatus Run(const boost::filesystem::path& path)
     Show("needs", executable->needed);
     Show("version", VersionLines(path));
     Show("messages", executable->faults);
-    if (std::fflush(stdout) != 0)
+    if (!console::IsPrinted())
     {
         console::Print(stderr, "the output cannot be written\n");
         return exitNotReadable;

@@ -523,7 +523,7 @@ ExitStatus Run(const Options& options)
     if (!options.dump && !said.empty())
         console::Print(stdout, "messages\n");
     console::Print(options.dump ? stderr : stdout, said);
-    if (std::fflush(stdout) != 0)
+    if (!console::IsPrinted())
     {
         console::Print(stderr, "the output cannot be written\n");
         return exitNotReadable;

@@ -212,7 +212,7 @@ int main(int argumentCount, char** argumentTexts)
     try
     {
         command->run(arguments);
-        return std::fflush(stdout) == 0 ? exitGood : Failed(exitFailed, "the output cannot be written");
+        return console::IsPrinted() ? exitGood : Failed(exitFailed, "the output cannot be written");
     }
     catch (const keys::Failure& failure)
     {

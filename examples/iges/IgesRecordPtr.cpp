@@ -109,7 +109,7 @@ bool RecordPtr::LookAhead(FieldKind& kind)
     constexpr std::int64_t highest = std::numeric_limits<int>::max();
     std::int64_t magnitude = 0;
     bool onlyDigits = true;
-    const bool negative = *place == '-';
+    bool negative = false; // the sign may follow zeros
     auto line = m_line;
     while (!IsDelimiter(*place))
     {
@@ -129,6 +129,7 @@ bool RecordPtr::LookAhead(FieldKind& kind)
             magnitude = AppendDigit(magnitude, c, highest + 2);
         else
             onlyDigits = false;
+        negative = negative || c == '-';
         if (place != line->Last())
             ++place;
         else if (++line != Lines().end())

@@ -196,13 +196,16 @@ TEST_F(IgesRecordTest, ATextThatIsLongerThanItsCountIsSaid)
 
 TEST_F(IgesRecordTest, IntegersHave32Bits)
 {
-    Read({"2147483647,-2147483648,0000000000001,2147483648,-2147483649,99999999999999999999999;"});
-    ASSERT_EQ(fields.size(), 6u);
+    Read({"2147483647,-2147483648,0000000000001,2147483648,-2147483649,99999999999999999999999,", "00-2147483648;"});
+    ASSERT_EQ(fields.size(), 7u);
     EXPECT_EQ(fields[0].integer, 2147483647);
     EXPECT_EQ(fields[1].integer, -2147483647 - 1);
     EXPECT_EQ(fields[2].integer, 1);
     for (std::size_t i = 3; i < 6; ++i)
         EXPECT_EQ(fields[i].kind, FieldKind::bad) << i;
+    // A sign may follow zeros.
+    EXPECT_EQ(fields[6].kind, FieldKind::integer);
+    EXPECT_EQ(fields[6].integer, -2147483647 - 1);
     EXPECT_EQ(errors.size(), 6u);
 }
 
