@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cfenv>
 #include <cfloat>
 #include <climits>
 #include <clocale>
@@ -187,6 +188,24 @@ TEST(ToWStringOfTest, DirectionOfRoundingOfTheThreadIsIgnored)
 }
 
 // --- FormatFixed
+
+TEST(ToWStringOfTest, NoNumberRaisesNoExceptionOfTheProcessor)
+{
+    // Somebody may trap them.
+    for (const double value : {quietNan, -quietNan, infinity, -infinity})
+    {
+        char text[8];
+        std::feclearexcept(FE_ALL_EXCEPT);
+        const std::wstring fixed = to_wstring(value, 3);
+        const std::size_t length = FormatFixed(text, value, 3);
+        const std::wstring precise = QLMFormatFloatPrecise(value, 3);
+        const std::wstring scientific = QLMFormatFloatE(value, 3);
+        EXPECT_EQ(std::fetestexcept(FE_ALL_EXCEPT & ~FE_INEXACT), 0) << value;
+        EXPECT_EQ(length, fixed.size());
+        EXPECT_EQ(precise, std::isnan(value) ? L"0.000" : fixed);
+        EXPECT_EQ(scientific, std::isnan(value) ? L"0.000E+000" : fixed + L"E+000");
+    }
+}
 
 TEST(FormatFixedTest, TextThatDoesNotFitIsNotWrittenAndItsLengthTold)
 {

@@ -67,8 +67,9 @@ public:
     [[gnu::always_inline]] FixedText(double value, Number& number, int decimals, const Layout<Char>& layout)
         : m_number(number)
     {
-        // Signs come as they like, so a branch would be a toss-up.
-        const int isNegative = value < 0.0 ? 1 : 0;
+        // Signs come as they like, so a branch would be a toss-up. The operator would raise an exception of a NaN, which
+        // the thread may trap.
+        const int isNegative = std::isless(value, 0.0) ? 1 : 0;
         m_signLength = static_cast<std::size_t>(isNegative | (layout.showPlus ? 1 : 0));
         m_sign = static_cast<Char>('+' + isNegative * ('-' - '+'));
         m_places = static_cast<std::size_t>(std::max(decimals, 0));
@@ -287,6 +288,7 @@ std::wstring QLMFormatFloatPrecise(double value, int decimals)
 {
     // What rounds to a negative zero, and a NaN.
     const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
-    const bool isZero = !(value >= 0.0) & !(tenthsOfLastPlace >= 5.0); // without a branch
+    // Without a branch, and without an exception of a NaN.
+    const bool isZero = !std::isgreaterequal(value, 0.0) & !std::isgreaterequal(tenthsOfLastPlace, 5.0);
     return to_wstring(isZero ? 0.0 : value, decimals);
 }
