@@ -201,18 +201,25 @@ constexpr Element MatchOf(unsigned int dictionaryBits, unsigned int bits)
     return Element::Match(used + distance.bits, length, distance.value, LowDistanceBits(length, dictionaryBits));
 }
 
-template <bool isCoded, unsigned int dictionaryBits>
-constexpr Elements elements = []
+Elements MakeElements(bool isCoded, unsigned int dictionaryBits)
 {
     Elements made;
     for (unsigned int bits = 0; bits < made.size(); ++bits)
         made[bits] = bits % 2 == 0 ? LiteralsOf(isCoded, bits) : MatchOf(dictionaryBits, bits);
     return made;
-}();
+}
 
-constexpr const Elements* elementsOf[2][3] = {
-    {&elements<false, 4>, &elements<false, 5>, &elements<false, 6>},
-    {&elements<true, 4>, &elements<true, 5>, &elements<true, 6>},
+/// Made for the first stream of their kind: in the library's file the six of them would be a tenth of it.
+template <bool isCoded, unsigned int dictionaryBits>
+const Elements& ElementsOf()
+{
+    static const Elements elements = MakeElements(isCoded, dictionaryBits);
+    return elements;
+}
+
+constexpr const Elements& (*elementsOf[2][3])() = {
+    {ElementsOf<false, 4>, ElementsOf<false, 5>, ElementsOf<false, 6>},
+    {ElementsOf<true, 4>, ElementsOf<true, 5>, ElementsOf<true, 6>},
 };
 
 template <class Word>
@@ -282,7 +289,7 @@ struct BlastState
 
     bool isCoded = false;
     std::uint8_t dictionaryBits = 4;
-    const Elements* elements = elementsOf[0][0];
+    const Elements* elements = &ElementsOf<false, 4>();
     bool isFirstWindow = true;
     bool isEndMarkRead = false;
 
@@ -579,7 +586,7 @@ int blastInit(BlastInput input, void* context, BlastState** state)
         return -2;
     made.isCoded = isCoded == 1;
     made.dictionaryBits = static_cast<std::uint8_t>(dictionaryBits);
-    made.elements = elementsOf[isCoded][dictionaryBits - 4];
+    made.elements = &elementsOf[isCoded][dictionaryBits - 4]();
     return good;
 }
 
