@@ -232,7 +232,7 @@ bool IsSupported() { return true; }
 }
 
 #undef TARGET
-#define TARGET __attribute__((target("avx2,bmi,bmi2,lzcnt,popcnt")))
+#define TARGET __attribute__((target("avx2,bmi,bmi2,popcnt")))
 
 namespace bits256
 {
@@ -324,13 +324,13 @@ bool IsSupported()
 {
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
-           __builtin_cpu_supports("lzcnt") && __builtin_cpu_supports("popcnt");
+           __builtin_cpu_supports("popcnt");
 }
 
 }
 
 #undef TARGET
-#define TARGET __attribute__((target("avx2,bmi,bmi2,lzcnt,popcnt,avx512f,avx512bw,avx512vl")))
+#define TARGET __attribute__((target("avx2,bmi,bmi2,popcnt,avx512f,avx512bw,avx512vl")))
 
 namespace bits512
 {
