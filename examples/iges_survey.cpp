@@ -28,6 +28,7 @@
 #include <span>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 /// To the library the database is an address. This program is its own host, and this is what it works on.
@@ -190,7 +191,7 @@ struct Message
 {
     std::string subject; ///< what it is about
     std::string text;
-    bool isError = false;
+    std::string kind; ///< the text without its numbers
 };
 
 std::string SubjectOf(const iges::File& file, const iges::Record& record)
@@ -200,36 +201,61 @@ std::string SubjectOf(const iges::File& file, const iges::Record& record)
            (entry == nullptr ? ", no type" : ", type " + std::to_string(entry->type));
 }
 
-/// Takes the messages of the calling thread out of the log.
-void TakeMessages(const std::function<std::string()>& subject, std::vector<Message>& messages)
+/// Of messages that differ by their numbers alone no more than this are shown.
+constexpr std::uint64_t shownOfAKind = 20;
+
+/// What is kept of many messages: a bad file may have more of them than there is memory for.
+struct Messages
 {
-    boost::circular_buffer_space_optimized<CLogMessage> popped;
-    CLogMessages::instance(GetThreadDatabase()).pop(popped);
-    for (const CLogMessage& message : popped)
-        messages.push_back(
-            {subject(), from_utf(message.m_strMessage, codePageUtf8), message.m_eSeverity >= LogSeverityError});
-}
+    std::vector<Message> shown; ///< the first of each kind
+    std::map<std::string, std::uint64_t> counts;
+    bool hasErrors = false;
+
+    /// Takes those of the calling thread out of the log.
+    void Take(const std::function<std::string()>& subject)
+    {
+        boost::circular_buffer_space_optimized<CLogMessage> popped;
+        CLogMessages::instance(GetThreadDatabase()).pop(popped);
+        for (const CLogMessage& message : popped)
+        {
+            std::string text = from_utf(message.m_strMessage, codePageUtf8);
+            std::string kind = WithoutNumbers(text);
+            hasErrors = hasErrors || message.m_eSeverity >= LogSeverityError;
+            if (++counts[kind] <= shownOfAKind)
+                shown.push_back({subject(), std::move(text), std::move(kind)});
+        }
+    }
+};
 
 /// Of messages that differ by their numbers alone it keeps the first, and how many there are.
 class Summary
 {
 public:
-    void Add(const std::vector<Message>& messages)
+    /// Those that are shown, from one on up to another. The rest of them is added by AddRest.
+    void AddShown(const Messages& messages, std::size_t first, std::size_t end)
     {
-        for (const Message& message : messages)
+        for (std::size_t i = first; i < end; ++i)
         {
-            if (++m_counts[WithoutNumbers(message.text)] <= shownOfAKind)
+            const Message& message = messages.shown[i];
+            if (++m_counts[message.kind] <= shownOfAKind)
                 m_text += message.subject + ": " + message.text;
-            m_hasErrors = m_hasErrors || message.isError;
         }
     }
 
-    /// Those of the calling thread.
-    void Add(const std::string& subject)
+    void AddRest(const Messages& messages)
     {
-        std::vector<Message> messages;
-        TakeMessages([&] { return subject; }, messages);
-        Add(messages);
+        for (const auto& [kind, count] : messages.counts)
+            m_counts[kind] += count - std::min(count, shownOfAKind);
+        m_hasErrors = m_hasErrors || messages.hasErrors;
+    }
+
+    /// Those of the calling thread.
+    void Add(const std::function<std::string()>& subject)
+    {
+        Messages messages;
+        messages.Take(subject);
+        AddShown(messages, 0, messages.shown.size());
+        AddRest(messages);
     }
 
     bool HasErrors() const { return m_hasErrors; }
@@ -246,8 +272,6 @@ public:
     }
 
 private:
-    static constexpr std::uint64_t shownOfAKind = 20;
-
     std::map<std::string, std::uint64_t> m_counts;
     std::string m_text;
     bool m_hasErrors = false;
@@ -279,7 +303,7 @@ std::vector<Batch> BatchesOf(std::span<const iges::Record> records)
 /// What comes of a batch.
 struct Found
 {
-    /// One whose entity is yet to be measured, with so many messages up to it.
+    /// One whose entity is yet to be measured, with so many messages shown up to it.
     struct Late
     {
         const iges::Record* record;
@@ -288,7 +312,7 @@ struct Found
 
     iges::Findings findings;
     std::string dump;
-    std::vector<Message> messages;
+    Messages messages;
     std::vector<Late> late;
 };
 
@@ -318,9 +342,9 @@ public:
             const bool isMeasured = m_survey.ReadAhead(record, dumpField);
             if (m_isDumping)
                 found.dump += '\n';
-            TakeMessages([&] { return SubjectOf(m_file, record); }, found.messages);
+            found.messages.Take([&] { return SubjectOf(m_file, record); });
             if (!isMeasured)
-                found.late.push_back({&record, found.messages.size()});
+                found.late.push_back({&record, found.messages.shown.size()});
         }
         found.findings = m_survey.Take();
         return found;
@@ -336,21 +360,18 @@ private:
 };
 
 /// Measures what is late, and puts what is said of it where it belongs.
-void Complete(const iges::File& file, Found& found, iges::Survey& survey)
+void Complete(const iges::File& file, const Found& found, iges::Survey& survey, Summary& summary)
 {
-    std::vector<Message> messages;
-    auto taken = found.messages.begin();
+    std::size_t added = 0;
     survey.Add(found.findings);
     for (const Found::Late& late : found.late)
     {
-        const auto end = found.messages.begin() + static_cast<std::ptrdiff_t>(late.messages);
-        messages.insert(messages.end(), std::make_move_iterator(taken), std::make_move_iterator(end));
-        taken = end;
+        summary.AddShown(found.messages, std::exchange(added, late.messages), late.messages);
         survey.Measure(*late.record);
-        TakeMessages([&] { return SubjectOf(file, *late.record); }, messages);
+        summary.Add([&] { return SubjectOf(file, *late.record); });
     }
-    messages.insert(messages.end(), std::make_move_iterator(taken), std::make_move_iterator(found.messages.end()));
-    found.messages = std::move(messages);
+    summary.AddShown(found.messages, added, found.messages.shown.size());
+    summary.AddRest(found.messages);
 }
 
 /// As dialogs show a length, or by its power of ten if that is long.
@@ -459,11 +480,10 @@ bool ReadAll(const Options& options, const iges::File& file, iges::Part& part, s
         [&](Worker& worker, std::size_t i) { return worker.Read(batches[i]); });
     console::Progress progress(size >= longFile && !options.dump ? size : 0);
     std::uint64_t done = 0;
-    while (std::optional<Found> found = work.Next())
+    while (const std::optional<Found> found = work.Next())
     {
-        Complete(file, *found, survey);
+        Complete(file, *found, survey, summary);
         console::Print(stdout, found->dump);
-        summary.Add(found->messages);
         progress.Show(size * ++done / batches.size());
         if (console::Interruption::IsAsked())
             return false;
@@ -497,7 +517,7 @@ ExitStatus Run(const Options& options)
     timing.LogNextTime(L"finding lines and entries");
 
     Summary summary;
-    summary.Add("file");
+    summary.Add([] { return "file"; });
     iges::Part part(file);
     timing.LogNextTime(L"following references");
     iges::Survey survey(file, part);
@@ -513,7 +533,7 @@ ExitStatus Run(const Options& options)
     if (isDrawn)
     {
         const iges::Wireframe wireframe = WireframeOf(file, part, survey.Found().extents, options.error);
-        summary.Add("drawing");
+        summary.Add([] { return "drawing"; });
         if (!options.dump)
             ShowDrawing(wireframe, file.LengthUnit().name.c_str());
         if (!Save(options, wireframe))
