@@ -289,6 +289,7 @@ std::wstring QLMFormatFloatPrecise(double value, int decimals)
     // What rounds to a negative zero, and a NaN.
     const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
     // Without a branch, and without an exception of a NaN.
-    const bool isZero = !std::isgreaterequal(value, 0.0) & !std::isgreaterequal(tenthsOfLastPlace, 5.0);
-    return to_wstring(isZero ? 0.0 : value, decimals);
+    const bool isPositive = std::isgreaterequal(value, 0.0);
+    const bool isLarge = std::isgreaterequal(tenthsOfLastPlace, 5.0);
+    return to_wstring((isPositive | isLarge) ? value : 0.0, decimals);
 }
