@@ -1,9 +1,9 @@
 // What is in an IGES file: the road of a file through the library, from the mapping to the messages.
 //
-// The file is mapped and never copied. iges::File finds its records, each a list of lines that need not be adjacent;
-// iges::RecordPtr, a cursor derived from the library's CTextRecordPtr, walks such a list as one stream and reads its
-// numbers. What is wrong with them becomes a message in the log, which is collected here, record by record. iges::Part
-// knows what of it is the part, and hands its shapes on to what measures or draws them.
+// The file is mapped. iges::File finds its records, each of lines that need not be adjacent; iges::RecordPtr, a cursor
+// derived from the library's CDelimitedTextRecordPtr, reads their numbers in runs. What is wrong with them becomes a
+// message in the log, which is collected here, record by record. iges::Part knows what of it is the part, and hands its
+// shapes on to what measures or draws them.
 //
 // Threads read batches of records, each with a survey and an owner in the log of its own. The batches are those of the
 // file, however many threads there are, and what comes of them is put together in their order: so is the output.
