@@ -2,16 +2,18 @@
 # cmake -D PROGRAM=… -D EMULATOR=… -D FOLDER=… -D "FILES=…;…" -P SurveyThreads.cmake
 #
 # Beside the files there is one of 8,000 records of thirteen lines, so that threads have much to do.
-function(padded variable text width)
+function(blanks_beside variable text width)
   string(LENGTH "${text}" length)
   math(EXPR missing "${width} - ${length}")
   string(REPEAT " " ${missing} blanks)
+  set(${variable} "${blanks}" PARENT_SCOPE)
+endfunction()
+function(padded variable text width)
+  blanks_beside(blanks "${text}" ${width})
   set(${variable} "${text}${blanks}" PARENT_SCOPE)
 endfunction()
 function(number variable value width)
-  string(LENGTH "${value}" length)
-  math(EXPR missing "${width} - ${length}")
-  string(REPEAT " " ${missing} blanks)
+  blanks_beside(blanks "${value}" ${width})
   set(${variable} "${blanks}${value}" PARENT_SCOPE)
 endfunction()
 
