@@ -32,6 +32,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using boost::filesystem::path;
@@ -73,11 +74,31 @@ private:
     pid_t m_process = 0;
 };
 
-bool ComesFile(const path& file)
+bool Comes(const std::function<bool()>& what)
 {
-    for (int tries = 0; tries < 400 && !boost::filesystem::exists(file); ++tries)
-        std::this_thread::sleep_for(std::chrono::milliseconds(25));
-    return boost::filesystem::exists(file);
+    for (int tries = 0; tries < 2400; ++tries, std::this_thread::sleep_for(std::chrono::milliseconds(25)))
+        if (what())
+            return true;
+    return false;
+}
+
+/// A socket without a name, and the address of one that has.
+std::pair<int, sockaddr_un> SocketFor(const path& name)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    EXPECT_LT(name.size(), sizeof(address.sun_path));
+    std::strncpy(address.sun_path, name.c_str(), sizeof(address.sun_path) - 1);
+    return {::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0), address};
+}
+
+/// The file of a socket is there before anyone may connect.
+bool TakesConnections(const path& name)
+{
+    const auto [asking, address] = SocketFor(name);
+    const bool takes = ::connect(asking, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+    ::close(asking);
+    return takes;
 }
 
 /// A session bus of its own, and a portal on it that does as it is told.
@@ -94,7 +115,7 @@ protected:
 <allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy></busconfig>)");
         m_daemon = std::make_unique<Running>(
             std::vector<std::string>{daemon, "--nofork", "--nopidfile", "--config-file=" + configuration.string()});
-        ASSERT_TRUE(ComesFile(m_bus));
+        ASSERT_TRUE(Comes([this] { return TakesConnections(m_bus); }));
         m_path.Set("");
         boost::filesystem::create_directory(m_temporary);
         boost::filesystem::save_string_file(m_part, "N10 G01\n");
@@ -106,7 +127,7 @@ protected:
         boost::filesystem::remove(m_record);
         m_portal =
             std::make_unique<Running>(std::vector<std::string>{UTILITY_MAIL_PORTAL, behaviour, m_record.string()});
-        ASSERT_TRUE(ComesFile(m_record));
+        ASSERT_TRUE(Comes([this] { return boost::filesystem::exists(m_record); }));
     }
 
     std::optional<std::uint32_t> Send(const utility::platform::posix::MailTexts& texts = {}) const
@@ -250,12 +271,8 @@ TEST_F(MailPortalTest, BusThatNeverAnswersIsNotWaitedForForEver)
 {
     m_daemon.reset();
     boost::filesystem::remove(m_bus);
-    const int listening = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    ASSERT_LT(m_bus.string().size(), sizeof(address.sun_path));
-    std::strcpy(address.sun_path, m_bus.c_str());
-    ASSERT_EQ(::bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    const auto [listening, address] = SocketFor(m_bus);
+    ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     ASSERT_EQ(::listen(listening, 8), 0);
     EXPECT_LT(SecondsOf([&] { EXPECT_FALSE(HasMailPortal(m_short)); }), 12.0);
     ::close(listening);
