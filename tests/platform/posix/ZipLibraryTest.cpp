@@ -49,6 +49,14 @@ bool IsMinizipThere()
         EXPECT_TRUE(missing.HasFailed());
         EXPECT_FALSE(boost::filesystem::exists(folder / "a.zip"));
     }
+    // One without a function that is called is none.
+    for (const int at : {1, 5})
+    {
+        const FailingCall missing("dlsym", ENOENT, at);
+        EXPECT_FALSE(IsMinizipThere());
+        EXPECT_TRUE(missing.HasFailed());
+        EXPECT_FALSE(IsMinizipLoaded());
+    }
     // Found by the next call when it is there.
     EXPECT_TRUE(Zip::ZipFiles(folder / "a.zip", {file}));
     boost::filesystem::remove_all(folder.Path());

@@ -49,6 +49,14 @@ bool IsZlibThere() { return Zlib().Checksum(0, "123456789", 9) == 0xCBF43926; }
         EXPECT_EQ(Zlib().Checksum(7, "123456789", 9), 0u);
         EXPECT_TRUE(missing.HasFailed());
     }
+    // One without a function that is called is none.
+    for (const int at : {1, 8})
+    {
+        const FailingCall missing("dlsym", ENOENT, at);
+        EXPECT_EQ(Zlib().Checksum(7, "123456789", 9), 0u);
+        EXPECT_TRUE(missing.HasFailed());
+        EXPECT_FALSE(IsZlibLoaded());
+    }
     // Found by the next call when it is there.
     EXPECT_EQ(Zlib().DeflateInit(stream, 6, ZLIB_VERSION, sizeof(stream)), Z_OK);
     EXPECT_EQ(Zlib().DeflateEnd(stream), Z_OK);

@@ -1,16 +1,13 @@
 #include "utility/platform/ZipLibrary.h"
 
 #include "utility/platform/AtFork.h"
+#include "utility/platform/posix/modules/SystemLibrary.h"
 #include "utility/platform/posix/ziplibrary/Minizip.h"
 #include "utility/platform/posix/ziplibrary/Pack.h"
 #include "utility/platform/SystemService.h"
 
-#include <dlfcn.h>
-#include <mutex>
 #include <span>
 #include <string_view>
-#include <type_traits>
-#include <utility>
 
 namespace utility::platform
 {
@@ -25,39 +22,11 @@ public:
     PosixZipLibrary() = default;
     PosixZipLibrary(const PosixZipLibrary&) = delete;
     PosixZipLibrary& operator=(const PosixZipLibrary&) = delete;
-    ~PosixZipLibrary() override
-    {
-        if (m_library != nullptr)
-            ::dlclose(m_library);
-    }
+    ~PosixZipLibrary() override { m_library.Unload(); }
 
     int ZpInit(ZipCallbacks& /*callbacks*/) override
     {
-        // Ahead of the lock: the system's loader has one as well, and holds it while static objects of another library
-        // are made, which may write an archive.
-        void* library = ::dlopen("libminizip.so.1", RTLD_NOW | RTLD_LOCAL);
-        posix::Minizip found;
-        const auto find = [library](const char* name, auto*& function)
-        {
-            function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, name));
-            return function != nullptr;
-        };
-        const bool isWhole = library != nullptr && find("zipOpen2_64", found.zipOpen2_64) &&
-                             find("zipOpenNewFileInZip4_64", found.zipOpenNewFileInZip4_64) &&
-                             find("zipWriteInFileInZip", found.zipWriteInFileInZip) &&
-                             find("zipCloseFileInZip", found.zipCloseFileInZip) && find("zipClose", found.zipClose);
-        if (isWhole)
-        {
-            const std::lock_guard lock(m_loading);
-            if (m_library == nullptr)
-            {
-                m_minizip = found;
-                m_library = std::exchange(library, nullptr);
-            }
-        }
-        if (library != nullptr)
-            ::dlclose(library);
-        return isWhole ? 1 : 0;
+        return m_library.Load("libminizip.so.1", m_minizip, m_loading) ? 1 : 0;
     }
 
     int ZpArchive(const ZipCommand& command, ZipOptions& options) override
@@ -70,7 +39,7 @@ public:
 
 private:
     ForkSafeMutex m_loading;
-    void* m_library = nullptr;
+    posix::SystemLibrary m_library;
     posix::Minizip m_minizip;
 };
 

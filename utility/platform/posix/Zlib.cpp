@@ -1,13 +1,10 @@
 #include "utility/platform/Zlib.h"
 
 #include "utility/platform/AtFork.h"
+#include "utility/platform/posix/modules/SystemLibrary.h"
 #include "utility/platform/SystemService.h"
 
 #include <atomic>
-#include <dlfcn.h>
-#include <mutex>
-#include <type_traits>
-#include <utility>
 #include <zlib.h>
 
 namespace utility::platform
@@ -26,6 +23,16 @@ struct Functions
     decltype(&::inflate) inflate = nullptr;
     decltype(&::inflateEnd) inflateEnd = nullptr;
     decltype(&::crc32) checksum = nullptr;
+
+    bool FindIn(void* library)
+    {
+        using posix::FindFunction;
+        return FindFunction(library, "deflateInit_", deflateInit) &&
+               FindFunction(library, "deflateInit2_", deflateInit2) && FindFunction(library, "deflate", deflate) &&
+               FindFunction(library, "deflateEnd", deflateEnd) && FindFunction(library, "inflateInit_", inflateInit) &&
+               FindFunction(library, "inflate", inflate) && FindFunction(library, "inflateEnd", inflateEnd) &&
+               FindFunction(library, "crc32", checksum);
+    }
 };
 
 /// The system's zlib stays loaded as long as the library.
@@ -35,11 +42,7 @@ public:
     PosixZlib() = default;
     PosixZlib(const PosixZlib&) = delete;
     PosixZlib& operator=(const PosixZlib&) = delete;
-    ~PosixZlib() override
-    {
-        if (m_library != nullptr)
-            ::dlclose(m_library);
-    }
+    ~PosixZlib() override { m_library.Unload(); }
 
     int DeflateInit(z_stream& stream, int level, const char* version, int streamSize) override
     {
@@ -91,39 +94,15 @@ private:
 
     bool Load()
     {
-        // Ahead of the lock: the system's loader has one as well, and holds it while static objects of another library
-        // are made, which may compress something.
-        void* library = ::dlopen("libz.so.1", RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr)
-            return false;
-        Functions found;
-        const auto find = [library](const char* name, auto*& function)
-        { function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, name)); };
-        find("deflateInit_", found.deflateInit);
-        find("deflateInit2_", found.deflateInit2);
-        find("deflate", found.deflate);
-        find("deflateEnd", found.deflateEnd);
-        find("inflateInit_", found.inflateInit);
-        find("inflate", found.inflate);
-        find("inflateEnd", found.inflateEnd);
-        find("crc32", found.checksum);
-        {
-            const std::lock_guard lock(m_loading);
-            if (m_library == nullptr)
-            {
-                m_functions = found;
-                m_library = std::exchange(library, nullptr);
-                m_isLoaded.store(true, std::memory_order_release);
-            }
-        }
-        if (library != nullptr)
-            ::dlclose(library);
-        return true;
+        const bool isLoaded = m_library.Load("libz.so.1", m_functions, m_loading);
+        if (isLoaded)
+            m_isLoaded.store(true, std::memory_order_release);
+        return isLoaded;
     }
 
     ForkSafeMutex m_loading;
     std::atomic<bool> m_isLoaded = false;
-    void* m_library = nullptr;
+    posix::SystemLibrary m_library;
     Functions m_functions;
 };
 

@@ -22,13 +22,14 @@ struct Sqlite
 #define UTILITY_MEMBER(function) decltype(&::sqlite3_##function) function; // NOLINT(bugprone-macro-parentheses)
     UTILITY_SQLITE(UTILITY_MEMBER)
 #undef UTILITY_MEMBER
+
+    bool FindIn(void* library) noexcept;
 };
 
 /// All null until LoadSqlite has succeeded.
 extern Sqlite sqlite;
 
-/// False where SQLite is not installed. Who uses it has `users` locked, which must be free here: the system's loader has
-/// a lock as well, and holds it while static objects of another library are made, which may use settings.
+/// False where SQLite is not installed. Who uses it has `users` locked, which must be free here, as SystemLibrary has it.
 bool LoadSqlite(std::mutex& users) noexcept;
 /// For when the last database is closed.
 void UnloadSqlite() noexcept;

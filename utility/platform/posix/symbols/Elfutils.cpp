@@ -1,5 +1,7 @@
 #include "utility/platform/posix/symbols/Elfutils.h"
 
+#include "utility/platform/posix/modules/SystemLibrary.h"
+
 #include <dlfcn.h>
 
 namespace utility::platform::posix
@@ -14,11 +16,7 @@ struct Library
     {
         void* const library = ::dlopen("libdw.so.1", RTLD_LAZY | RTLD_LOCAL);
         isWhole = library != nullptr;
-        if (!isWhole)
-            return;
-#define UTILITY_FIND(function)                                                                                         \
-    functions.function = reinterpret_cast<decltype(functions.function)>(::dlsym(library, #function));                  \
-    isWhole = isWhole && functions.function != nullptr;
+#define UTILITY_FIND(function) isWhole = isWhole && FindFunction(library, #function, functions.function);
         UTILITY_ELFUTILS(UTILITY_FIND)
 #undef UTILITY_FIND
     }

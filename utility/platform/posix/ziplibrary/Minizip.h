@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utility/platform/posix/modules/SystemLibrary.h"
+
 #include <minizip/zip.h>
 
 namespace utility::platform::posix
@@ -13,6 +15,15 @@ struct Minizip
     decltype(&::zipWriteInFileInZip) zipWriteInFileInZip = nullptr;
     decltype(&::zipCloseFileInZip) zipCloseFileInZip = nullptr;
     decltype(&::zipClose) zipClose = nullptr;
+
+    bool FindIn(void* library)
+    {
+        return FindFunction(library, "zipOpen2_64", zipOpen2_64) &&
+               FindFunction(library, "zipOpenNewFileInZip4_64", zipOpenNewFileInZip4_64) &&
+               FindFunction(library, "zipWriteInFileInZip", zipWriteInFileInZip) &&
+               FindFunction(library, "zipCloseFileInZip", zipCloseFileInZip) &&
+               FindFunction(library, "zipClose", zipClose);
+    }
 };
 
 }
