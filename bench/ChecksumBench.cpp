@@ -110,7 +110,7 @@ const bool areRegistered = []
         add("ISA-L, reflected", ByIsalReflected, ByZlib);
         add("libdeflate, reflected", ByLibdeflate, ByZlib);
         add("zlib, reflected", ByZlib, ByLibdeflate);
-        for (const utility::detail::ChecksumMethod& each : utility::detail::ChecksumMethods())
+        for (const utility::detail::ChecksumMethod& each : utility::detail::checksumMethods.All())
         {
             if (each.isSupported())
             {

@@ -332,7 +332,7 @@ BENCHMARK(ReadAll<Integers, ByStream<std::int64_t, int>>)->Name("integers from t
 
 const bool areRegistered = []
 {
-    for (const utility::detail::RunMethod& each : utility::detail::RunMethods())
+    for (const utility::detail::RunMethod& each : utility::detail::runMethods.All())
     {
         if (!each.isSupported() || each.find == nullptr)
             continue;

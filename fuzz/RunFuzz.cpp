@@ -1,7 +1,9 @@
 // Runs of numbers, by each method that the processor has, against single reads. An input is a byte for the ends of
 // fields and the separator, one for how many values are read at a time, one for the lengths of the lines, and the text.
 
+#include "tests/support/ForcedMethod.h"
 #include "tests/support/RunTrial.h"
+#include "utility/records/internal/RunMethods.h"
 #include "utility/startup/LibraryFrame.h"
 
 #include <algorithm>
@@ -25,11 +27,11 @@ struct Trial : support::RunTrial
 
     void Compare(const support::RunCase& each)
     {
-        for (const utility::detail::RunMethod& method : utility::detail::RunMethods())
+        for (const utility::detail::RunMethod& method : utility::detail::runMethods.All())
         {
             if (!method.isSupported())
                 continue;
-            const support::ForcedRunMethod forced(method);
+            const support::ForcedMethod forced(utility::detail::runMethods, method);
             const std::string difference = Difference<double>(each) + Difference<int>(each);
             if (difference.empty())
                 continue;

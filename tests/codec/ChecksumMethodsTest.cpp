@@ -1,7 +1,9 @@
 #include "utility/codec/internal/ChecksumMethods.h"
 
 #include "tests/support/ChecksumModel.h"
+#include "tests/support/ForcedMethod.h"
 #include "tests/support/GuardedText.h"
+#include "tests/support/MethodTest.h"
 #include "utility/codec/CyclicRedundancyCheck.h"
 
 #include <gtest/gtest.h>
@@ -16,33 +18,19 @@
 
 using support::ChecksumModel;
 using utility::detail::checksumBlock;
-using utility::detail::ChecksumMethod;
-using utility::detail::ChecksumMethods;
+using utility::detail::checksumMethods;
 
 namespace
 {
 
 /// A method by its name.
-class ChecksumMethodTest : public testing::TestWithParam<const char*>
+class ChecksumMethodTest : public support::MethodTest<checksumMethods>
 {
 protected:
     ChecksumMethodTest() : m_bytes(1U << 13)
     {
         for (unsigned char& byte : m_bytes)
             byte = static_cast<unsigned char>(m_random());
-    }
-
-    void SetUp() override
-    {
-        const auto methods = ChecksumMethods();
-        const auto found =
-            std::find_if(methods.begin(), methods.end(),
-                         [](const ChecksumMethod& each) { return each.name == std::string(GetParam()); });
-        if (found == methods.end())
-            GTEST_SKIP() << "The build lacks a method by " << GetParam();
-        if (!found->isSupported())
-            GTEST_SKIP() << "The processor lacks what the method by " << GetParam() << " takes";
-        m_method = &*found;
     }
 
     DWORD Random() { return static_cast<DWORD>(m_random()); }
@@ -63,20 +51,12 @@ protected:
 
     std::mt19937 m_random{20'000'017};
     std::vector<unsigned char> m_bytes;
-    const ChecksumMethod* m_method = nullptr;
 };
-
-std::string NameOfMethod(const testing::TestParamInfo<const char*>& info)
-{
-    std::string name = info.param;
-    name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
-    return name;
-}
 
 }
 
 INSTANTIATE_TEST_SUITE_P(By, ChecksumMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "slicing"),
-                         NameOfMethod);
+                         support::NameOfMethod);
 
 TEST_P(ChecksumMethodTest, EveryLengthAtEveryAlignmentGivesWhatSingleBytesGive)
 {
@@ -138,8 +118,7 @@ TEST_P(ChecksumMethodTest, NothingOutsideTheBytesIsRead)
 
 TEST_P(ChecksumMethodTest, CheckThatTakesItLeavesShorterBlocksAlone)
 {
-    auto& fastest = utility::detail::fastestChecksumMethod;
-    const auto earlier = fastest.exchange(m_method->fold);
+    const support::ForcedMethod forced(checksumMethods, *m_method);
     const support::GuardedText text(std::string_view(reinterpret_cast<const char*>(m_bytes.data()), m_bytes.size()),
                                     support::GuardedText::Touches::pageBehind);
     for (std::size_t count = 0; count <= 100; ++count)
@@ -151,24 +130,12 @@ TEST_P(ChecksumMethodTest, CheckThatTakesItLeavesShorterBlocksAlone)
             EXPECT_EQ(check.Current(), ChecksumModel(0, bytes, count));
         }
     }
-    fastest = earlier;
 }
 
 TEST(ChecksumMethodsTest, LastOneIsSupportedEverywhere)
 {
-    EXPECT_TRUE(ChecksumMethods().back().isSupported());
-    EXPECT_EQ(ChecksumMethods().back().name, std::string("slicing"));
+    EXPECT_TRUE(checksumMethods.All().back().isSupported());
+    EXPECT_EQ(checksumMethods.All().back().name, std::string("slicing"));
 }
 
-TEST(ChecksumMethodsTest, FirstThatTheProcessorHasIsTakenOnceItIsFound)
-{
-    const std::string bytes(100, 'x');
-    const auto* const data = reinterpret_cast<const unsigned char*>(bytes.data());
-    const auto& fastest = utility::detail::fastestChecksumMethod;
-    for (int call = 0; call < 2; ++call)
-        EXPECT_EQ(fastest.load()(1, data, bytes.size()), ChecksumModel(1, data, bytes.size()));
-    const auto methods = ChecksumMethods();
-    const auto first =
-        std::find_if(methods.begin(), methods.end(), [](const auto& each) { return each.isSupported(); });
-    EXPECT_EQ(fastest.load(), first->fold);
-}
+TEST(ChecksumMethodsTest, FirstThatTheProcessorHasIsInUse) { support::ExpectFastestInUse(checksumMethods); }

@@ -1,6 +1,7 @@
 #include "utility/desktop/internal/ImageCurves.h"
 
 #include "tests/support/GuardedText.h"
+#include "tests/support/MethodTest.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +17,7 @@ using utility::detail::ApplyGamma;
 using utility::detail::ApplyTable;
 using utility::detail::ChannelTable;
 using utility::detail::GammaTable;
-using utility::detail::TableMethod;
-using utility::detail::TableMethods;
+using utility::detail::tableMethods;
 using utility::detail::Tint;
 using utility::detail::WashesOf;
 using utility::detail::WashTable;
@@ -163,28 +163,19 @@ TEST(TintTest, RedIsLowest)
     EXPECT_EQ(std::tuple(tint.red, tint.green, tint.blue), std::tuple(0x11, 0x22, 0x33));
 }
 
-/// A method by its name.
-class TableMethodTest : public testing::TestWithParam<const char*>
-{
-};
+using TableMethodTest = support::MethodTest<tableMethods>;
 
 TEST_P(TableMethodTest, EachChannelGoesThroughTheCurveAndAlphaStays)
 {
-    const auto methods = TableMethods();
-    const auto method = std::ranges::find_if(methods, [](const TableMethod& each)
-                                             { return each.name == std::string_view(GetParam()); });
-    if (method == methods.end())
-        GTEST_SKIP() << "The build lacks a method by " << GetParam();
-    if (!method->isSupported())
-        GTEST_SKIP() << "The processor lacks what the method by " << GetParam() << " takes";
     for (const std::size_t count : {0, 1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 1000})
-        EXPECT_EQ(Applied<ChannelTable>(method->apply, GammaTable(hotGamma), RandomPixels(count)),
+        EXPECT_EQ(Applied<ChannelTable>(m_method->apply, GammaTable(hotGamma), RandomPixels(count)),
                   HotByPower(RandomPixels(count)))
             << count;
 }
 
-INSTANTIATE_TEST_SUITE_P(By, TableMethodTest, testing::Values("512bits", "256bits", "bytes"),
-                         [](const auto& info) { return std::string(info.param); });
+INSTANTIATE_TEST_SUITE_P(By, TableMethodTest, testing::Values("512 bits", "256 bits", "bytes"), support::NameOfMethod);
+
+TEST(TableMethodsTest, FirstThatTheProcessorHasIsInUse) { support::ExpectFastestInUse(tableMethods); }
 
 TEST(HotPixels, EachChannelGoesThroughTheCurveAndAlphaStays)
 {

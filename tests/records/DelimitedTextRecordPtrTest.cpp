@@ -1,9 +1,12 @@
 #include "utility/records/DelimitedTextRecordPtr.h"
 
+#include "tests/support/ForcedMethod.h"
 #include "tests/support/GuardedText.h"
 #include "tests/support/LogSettings.h"
+#include "tests/support/MethodTest.h"
 #include "tests/support/RunTrial.h"
 #include "tests/support/Thorough.h"
+#include "utility/records/internal/RunMethods.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +32,7 @@ using support::RunCase;
 using support::RunTrial;
 using support::SlowDelimitedCursor;
 using utility::detail::RunMethod;
-using utility::detail::RunMethods;
+using utility::detail::runMethods;
 
 /// A cursor without a file over one line.
 class OneLine : public CDelimitedTextRecordPtr
@@ -42,19 +45,15 @@ public:
 };
 
 /// With a method by its name.
-class RunMethodTest : public testing::TestWithParam<const char*>
+class RunMethodTest : public support::MethodTest<runMethods>
 {
 protected:
     void SetUp() override
     {
-        const auto methods = RunMethods();
-        const auto found = std::find_if(methods.begin(), methods.end(),
-                                        [](const RunMethod& each) { return each.name == std::string(GetParam()); });
-        if (found == methods.end())
-            GTEST_SKIP() << "The build lacks a method by " << GetParam();
-        if (!found->isSupported())
-            GTEST_SKIP() << "The processor lacks what the method by " << GetParam() << " takes";
-        m_forced.emplace(*found);
+        MethodTest::SetUp();
+        if (m_method == nullptr)
+            return;
+        m_forced.emplace(runMethods, *m_method);
         SetLogDebugMessages(true);
     }
 
@@ -105,16 +104,9 @@ protected:
 
 private:
     support::LogSettings m_settings;
-    std::optional<support::ForcedRunMethod> m_forced;
+    std::optional<support::ForcedMethod<RunMethod>> m_forced;
     RunTrial m_trial;
 };
-
-std::string NameOfMethod(const testing::TestParamInfo<const char*>& info)
-{
-    std::string name = info.param;
-    std::erase(name, ' ');
-    return name;
-}
 
 /// Made of what numbers are made of, and now and then of something else.
 class FieldMaker
@@ -187,7 +179,7 @@ std::vector<std::string_view> Cut(std::string_view text, const std::function<std
 }
 
 INSTANTIATE_TEST_SUITE_P(By, RunMethodTest, testing::Values("512 bits", "256 bits", "128 bits", "single reads"),
-                         NameOfMethod);
+                         support::NameOfMethod);
 
 TEST(DelimitedTextRecordPtrTest, EndsAreTheCharactersThatItIsGiven)
 {
@@ -399,10 +391,12 @@ TEST_P(RunMethodTest, AnyNumberOfDigitsIsWhatASingleReadGives)
     }
 }
 
+TEST(RunMethodsTest, FirstThatTheProcessorHasIsInUse) { support::ExpectFastestInUse(runMethods); }
+
 TEST_P(RunMethodTest, UsualNumbersNeedNoReadOfTheirOwn)
 {
     using namespace utility::detail;
-    const RunMethod& method = UsedRunMethod();
+    const RunMethod& method = runMethods.Used();
     if (method.find == nullptr)
         return;
     const std::string_view reals = "1,-2,+3.5,.5,5.,,    7,1.5E3,1.5e-3,1D+12,-1d5,123456789012345.1234567890123456,"

@@ -5,7 +5,6 @@
 #include "tests/support/ThreadLog.h"
 #include "utility/files/TextInputOutputFile.h"
 #include "utility/records/DelimitedTextRecordPtr.h"
-#include "utility/records/internal/RunMethods.h"
 
 #include <algorithm>
 #include <bit>
@@ -17,22 +16,6 @@
 
 namespace support
 {
-
-/// A method in place of the fastest one.
-class ForcedRunMethod
-{
-public:
-    explicit ForcedRunMethod(const utility::detail::RunMethod& method)
-        : m_earlier(utility::detail::usedRunMethod.exchange(&method))
-    {
-    }
-    ForcedRunMethod(const ForcedRunMethod&) = delete;
-    ForcedRunMethod& operator=(const ForcedRunMethod&) = delete;
-    ~ForcedRunMethod() { utility::detail::usedRunMethod.store(m_earlier); }
-
-private:
-    const utility::detail::RunMethod* m_earlier;
-};
 
 /// What a CDelimitedTextRecordPtr is, by virtual calls.
 class SlowDelimitedCursor final : public CTextRecordPtr

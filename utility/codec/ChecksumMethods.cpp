@@ -1,8 +1,6 @@
 #include "utility/codec/internal/ChecksumMethods.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 
 #if defined(__x86_64__)
 #include <immintrin.h>
@@ -285,11 +283,7 @@ TARGET inline Vector LoadHead(const unsigned char* data, std::size_t size)
 
 #include "utility/codec/internal/Folding.inc"
 
-bool IsSupported()
-{
-    return bits256::IsSupported() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-           __builtin_cpu_supports("avx512vl");
-}
+bool IsSupported() { return bits256::IsSupported() && platform::HasMaskedVectors(); }
 
 }
 
@@ -299,25 +293,16 @@ bool IsSupported()
 
 constexpr ChecksumMethod methods[] = {
 #if defined(__x86_64__)
-    {"512 bits", bits512::IsSupported, bits512::Fold},
-    {"256 bits", bits256::IsSupported, bits256::Fold},
-    {"128 bits", bits128::IsSupported, bits128::Fold},
+    {{"512 bits", bits512::IsSupported}, bits512::Fold},
+    {{"256 bits", bits256::IsSupported}, bits256::Fold},
+    {{"128 bits", bits128::IsSupported}, bits128::Fold},
 #endif
-    {"slicing", [] { return true; }, Slicing::Fold},
+    {{"slicing", platform::OnAnyProcessor}, Slicing::Fold},
 };
 
-DWORD FindFastest(DWORD value, const unsigned char* data, std::size_t count) noexcept
-{
-    const auto* const method = std::find_if(std::begin(methods), std::end(methods),
-                                            [](const ChecksumMethod& each) { return each.isSupported(); });
-    fastestChecksumMethod.store(method->fold, std::memory_order_relaxed);
-    return method->fold(value, data, count);
 }
 
-}
-
-std::span<const ChecksumMethod> ChecksumMethods() noexcept { return methods; }
-
-constinit std::atomic<FoldChecksum*> fastestChecksumMethod = FindFastest;
+constinit platform::ProcessorMethods<ChecksumMethod> checksumMethods(methods);
+[[maybe_unused]] const bool isFastestTaken = checksumMethods.TakeFastest();
 
 }

@@ -11,7 +11,7 @@ DWORD CyclicRedundancyCheck::Fold(DWORD value, const void* data, std::int64_t co
     const auto* bytes = static_cast<const unsigned char*>(data);
     const auto size = static_cast<std::size_t>(count);
     if (size >= utility::detail::checksumBlock)
-        return utility::detail::fastestChecksumMethod.load(std::memory_order_relaxed)(value, bytes, size);
+        return utility::detail::checksumMethods.Used().fold(value, bytes, size);
     InitTable32();
     for (std::size_t i = 0; i < size; ++i)
         value = m_vCRCTable[value >> 24 ^ bytes[i]] ^ value << 8;

@@ -1,6 +1,5 @@
 #include "utility/desktop/internal/ImageCurves.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -43,9 +42,13 @@ void ApplyTableByteByByte(const ChannelTable& table, const std::byte* source, st
 
 #if defined(__x86_64__)
 
-bool HasTablesOfBytes() { return __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512bw"); }
+bool HasTablesOfBytes() { return platform::HasMaskedVectors() && __builtin_cpu_supports("avx512vbmi"); }
 
-bool HasTablesOfHalfBytes() { return __builtin_cpu_supports("avx2"); }
+bool HasTablesOfHalfBytes()
+{
+    __builtin_cpu_init();
+    return __builtin_cpu_supports("avx2");
+}
 
 /// Sixteen pixels at a time: the processor looks up each of their bytes in a half of the table.
 [[gnu::target("avx512vbmi,avx512bw")]] void ApplyTableOfBytes(const ChannelTable& table, const std::byte* source,
@@ -115,10 +118,10 @@ template <std::size_t size>
 
 constexpr TableMethod methods[] = {
 #if defined(__x86_64__)
-    {"512bits", HasTablesOfBytes, ApplyTableOfBytes},
-    {"256bits", HasTablesOfHalfBytes, ApplyTableOfHalfBytes},
+    {{"512 bits", HasTablesOfBytes}, ApplyTableOfBytes},
+    {{"256 bits", HasTablesOfHalfBytes}, ApplyTableOfHalfBytes},
 #endif
-    {"bytes", [] { return true; }, ApplyTableByteByByte},
+    {{"bytes", platform::OnAnyProcessor}, ApplyTableByteByByte},
 };
 
 }
@@ -145,12 +148,12 @@ WashTable WashesOf(const Tint& tint, double gamma)
     return table;
 }
 
-std::span<const TableMethod> TableMethods() noexcept { return methods; }
+constinit platform::ProcessorMethods<TableMethod> tableMethods(methods);
+[[maybe_unused]] const bool isFastestTaken = tableMethods.TakeFastest();
 
 void ApplyTable(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count)
 {
-    std::ranges::find_if(methods, [](const TableMethod& each) { return each.isSupported(); })
-        ->apply(table, source, destination, count);
+    tableMethods.Used().apply(table, source, destination, count);
 }
 
 void ApplyTable(const WashTable& table, const std::byte* source, std::byte* destination, std::size_t count)

@@ -51,7 +51,7 @@ template <class Value>
 bool CDelimitedTextRecordPtr::ReadRun(std::span<Value> values, char separator, std::size_t& count,
                                       std::span<TextFieldForm> forms)
 {
-    const RunMethod& method = UsedRunMethod();
+    const RunMethod& method = runMethods.Used();
     RunEnds ends{m_ends, m_endCount};
     const auto last = ends.characters.begin() + static_cast<std::ptrdiff_t>(std::min(m_endCount, m_ends.size()));
     const auto place = std::find(ends.characters.begin(), last, separator);

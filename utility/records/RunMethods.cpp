@@ -227,8 +227,6 @@ TARGET inline bool ReadDigits(const char* end, std::size_t count, std::uint32_t&
 
 #include "utility/records/internal/Runs.inc"
 
-bool IsSupported() { return true; }
-
 }
 
 #undef TARGET
@@ -391,11 +389,7 @@ TARGET inline void Compute(const RealParts& parts, std::size_t i, double* values
 
 #include "utility/records/internal/Runs.inc"
 
-bool IsSupported()
-{
-    return bits256::IsSupported() && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-           __builtin_cpu_supports("avx512vl");
-}
+bool IsSupported() { return bits256::IsSupported() && platform::HasMaskedVectors(); }
 
 }
 
@@ -405,27 +399,16 @@ bool IsSupported()
 
 constexpr RunMethod methods[] = {
 #if defined(__x86_64__)
-    {"512 bits", bits512::IsSupported, bits512::Find, bits512::ReadReals, bits512::ReadInts},
-    {"256 bits", bits256::IsSupported, bits256::Find, bits256::ReadReals, bits256::ReadInts},
-    {"128 bits", bits128::IsSupported, bits128::Find, bits128::ReadReals, bits128::ReadInts},
+    {{"512 bits", bits512::IsSupported}, bits512::Find, bits512::ReadReals, bits512::ReadInts},
+    {{"256 bits", bits256::IsSupported}, bits256::Find, bits256::ReadReals, bits256::ReadInts},
+    {{"128 bits", platform::OnAnyProcessor}, bits128::Find, bits128::ReadReals, bits128::ReadInts},
 #endif
-    {"single reads", [] { return true; }, nullptr, nullptr, nullptr},
+    {{"single reads", platform::OnAnyProcessor}, nullptr, nullptr, nullptr},
 };
 
 }
 
-std::span<const RunMethod> RunMethods() noexcept { return methods; }
+constinit platform::ProcessorMethods<RunMethod> runMethods(methods);
+[[maybe_unused]] const bool isFastestTaken = runMethods.TakeFastest();
 
-constinit std::atomic<const RunMethod*> usedRunMethod = nullptr;
-
-const RunMethod& UsedRunMethod() noexcept
-{
-    const RunMethod* used = usedRunMethod.load(std::memory_order_relaxed);
-    if (used == nullptr)
-    {
-        used = std::ranges::find_if(methods, [](const RunMethod& each) { return each.isSupported(); });
-        usedRunMethod.store(used, std::memory_order_relaxed);
-    }
-    return *used;
-}
 }

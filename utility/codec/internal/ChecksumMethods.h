@@ -3,11 +3,10 @@
 // The ways to fold bytes into the register of a CyclicRedundancyCheck that are faster than its loop over single bytes,
 // with the same results.
 
+#include "utility/platform/ProcessorMethods.h"
 #include "utility/platform/Types.h"
 
-#include <atomic>
 #include <cstddef>
-#include <span>
 
 namespace utility::detail
 {
@@ -24,18 +23,11 @@ inline constexpr std::size_t checksumBlock = 16;
 /// The register after these bytes. Nothing outside them is read.
 using FoldChecksum = DWORD(DWORD value, const unsigned char* data, std::size_t count) noexcept;
 
-struct ChecksumMethod
+struct ChecksumMethod : platform::ProcessorMethod
 {
-    const char* name;
-    /// Whether this processor, and its system, has what the method takes.
-    bool (*isSupported)();
     FoldChecksum* fold;
 };
 
-/// All that the library has been compiled with, the fastest first. The last one is supported everywhere.
-std::span<const ChecksumMethod> ChecksumMethods() noexcept;
-
-/// The first one that is supported here: what stands here until its first call finds that out.
-extern std::atomic<FoldChecksum*> fastestChecksumMethod;
+extern platform::ProcessorMethods<ChecksumMethod> checksumMethods;
 
 }

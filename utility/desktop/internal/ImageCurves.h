@@ -4,10 +4,10 @@
 // bright as the pixel. Pixels are blue, green, red and alpha in memory, which stays as it is.
 
 #include "utility/platform/ImageTypes.h"
+#include "utility/platform/ProcessorMethods.h"
 
 #include <array>
 #include <cstddef>
-#include <span>
 
 namespace utility::detail
 {
@@ -58,15 +58,11 @@ void ApplyTable(const ChannelTable& table, const std::byte* source, std::byte* d
 void ApplyTable(const WashTable& table, const std::byte* source, std::byte* destination, std::size_t count);
 
 /// A way to do the first of them.
-struct TableMethod
+struct TableMethod : platform::ProcessorMethod
 {
-    const char* name;
-    /// Whether this processor, and its system, has what the method takes.
-    bool (*isSupported)();
     void (*apply)(const ChannelTable& table, const std::byte* source, std::byte* destination, std::size_t count);
 };
 
-/// All that the library has been compiled with, the fastest first. The last one is supported everywhere.
-std::span<const TableMethod> TableMethods() noexcept;
+extern platform::ProcessorMethods<TableMethod> tableMethods;
 
 }

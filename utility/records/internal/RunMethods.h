@@ -4,13 +4,12 @@
 // results. A field that a way does not take is left to such a read: one of too many characters, with blanks behind its
 // number, and whatever is wrong.
 
+#include "utility/platform/ProcessorMethods.h"
 #include "utility/records/TextRecordPtr.h"
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace utility::detail
 {
@@ -55,11 +54,8 @@ struct RunEnds
     std::size_t count = 0;
 };
 
-struct RunMethod
+struct RunMethod : platform::ProcessorMethod
 {
-    const char* name;
-    /// Whether this processor, and its system, has what the method takes.
-    bool (*isSupported)();
     /// Finds the ends among the first `size` characters, as far as the first that is no separator.
     void (*find)(const RunText& text, std::size_t size, const RunEnds& ends, RunFields& fields);
     /// Reads fields, from this index on, up to the first that it leaves alone, and gives how many. There are as many
@@ -70,12 +66,7 @@ struct RunMethod
                             int* values);
 };
 
-/// All that the library has been compiled with, the fastest first. The last one, which reads nothing, is supported
-/// everywhere.
-std::span<const RunMethod> RunMethods() noexcept;
-
-/// The one in use: the first that is supported here, once somebody has asked.
-const RunMethod& UsedRunMethod() noexcept;
-extern std::atomic<const RunMethod*> usedRunMethod;
+/// The last one reads nothing.
+extern platform::ProcessorMethods<RunMethod> runMethods;
 
 }
