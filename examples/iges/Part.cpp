@@ -156,7 +156,7 @@ bool Part::Has(int directory) const
            !m_placed.contains(directory);
 }
 
-const wchar_t* Part::Show(int directory, const std::vector<double>& numbers, Receiver& receiver)
+const wchar_t* Part::Show(int directory, std::span<const double> numbers, Receiver& receiver)
 {
     Transform transform;
     if (!WholeTransformOf(directory, transform))
@@ -168,7 +168,7 @@ const wchar_t* Part::Show(int directory, const std::vector<double>& numbers, Rec
 
 bool Part::ReadsAgain(const Entry& entry) { return Places::AreThoseOf(entry.type) || entry.type == offsetCurve; }
 
-const wchar_t* Part::TroubleOf(const Entry& entry, const std::vector<double>& numbers) const
+const wchar_t* Part::TroubleOf(const Entry& entry, std::span<const double> numbers) const
 {
     if (Places::AreThoseOf(entry.type))
         return Places().Read(Numbers(numbers));
@@ -235,7 +235,7 @@ void Part::Mark(int directory, const Predicate& hasParts, std::set<int>& marked)
 }
 
 /// Counts what is read once more. A small file may ask for that without end.
-bool Part::MayRead(const std::vector<double>& numbers) const
+bool Part::MayRead(std::span<const double> numbers) const
 {
     constexpr std::int64_t fieldsOfAnEntry = 100;
     m_fieldsLeft -= fieldsOfAnEntry + static_cast<std::int64_t>(numbers.size());
@@ -407,7 +407,7 @@ std::vector<double> Part::NumbersOf(const Entry& entry, std::size_t most) const
         return numbers;
     RecordNumbers record;
     if (most == all && record.Read(*entry.record, m_file.FieldDelimiters()))
-        return record.Numbers();
+        return {record.Numbers().begin(), record.Numbers().end()};
     RecordPtr cursor(nullptr, m_file.FieldDelimiters(), entry.record->Lines());
     Field field;
     do

@@ -15,6 +15,7 @@
 
 #include <limits>
 #include <set>
+#include <span>
 
 namespace iges
 {
@@ -50,13 +51,13 @@ public:
 
     /// Hands on the shapes of an entity, those of all of its copies if it is a subfigure or an array. `numbers` are its
     /// record's. What is wrong is given back in words, null if nothing is.
-    const wchar_t* Show(int directory, const std::vector<double>& numbers, Receiver& receiver);
+    const wchar_t* Show(int directory, std::span<const double> numbers, Receiver& receiver);
 
     /// Whether Show and TroubleOf count what they read again of such an entity. Of others any thread may call them.
     static bool ReadsAgain(const Entry& entry);
 
     /// What is wrong with an entity's numbers.
-    const wchar_t* TroubleOf(const Entry& entry, const std::vector<double>& numbers) const;
+    const wchar_t* TroubleOf(const Entry& entry, std::span<const double> numbers) const;
 
     /// The first of an entity's record, or all. Any thread may call.
     std::vector<double> NumbersOf(const Entry& entry, std::size_t most = all) const;
@@ -74,7 +75,7 @@ private:
     void MarkPlaced(int directory);
     template <class Predicate>
     void Mark(int directory, const Predicate& hasParts, std::set<int>& marked) const;
-    bool MayRead(const std::vector<double>& numbers) const;
+    bool MayRead(std::span<const double> numbers) const;
     bool TransformOf(const Entry& entry, Transform& transform) const;
     bool WholeTransformOf(int directory, Transform& transform) const;
     Curve CurveOf(int directory) const;

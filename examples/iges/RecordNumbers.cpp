@@ -12,7 +12,7 @@ namespace
 
 bool IsInteger(double whole)
 {
-    return whole >= std::numeric_limits<int>::min() && whole <= std::numeric_limits<int>::max();
+    return (whole >= std::numeric_limits<int>::min()) & (whole <= std::numeric_limits<int>::max());
 }
 
 }
@@ -37,28 +37,33 @@ bool RecordNumbers::Read(const Record& record, Delimiters delimiters)
     if (cursor.IsExponentChar(delimiters.parameter) || cursor.IsExponentChar(delimiters.record))
         return false;
 
-    m_numbers.clear();
+    m_count = 0;
     m_integers = 0;
     m_reals = 0;
     for (;; cursor.AdvancePtr())
     {
-        const std::size_t start = m_numbers.size();
-        m_numbers.resize(start + fieldsAtOnce);
+        if (m_numbers.size() - m_count < fieldsAtOnce)
+            m_numbers.resize(2 * m_numbers.size() + fieldsAtOnce);
+        const std::span<double> numbers = std::span(m_numbers).subspan(m_count, fieldsAtOnce);
         std::size_t count = 0;
-        if (!cursor.ReadReals(std::span(m_numbers).subspan(start), delimiters.parameter, count, m_forms))
+        if (!cursor.ReadReals(numbers, delimiters.parameter, count, m_forms))
             return false;
-        m_numbers.resize(start + count);
+        std::size_t integers = 0;
+        std::size_t reals = 0;
+        bool areGood = true;
         for (std::size_t i = 0; i < count; ++i)
         {
-            double& number = m_numbers[start + i];
-            m_reals += m_forms[i] == TextFieldForm::real;
-            if (m_forms[i] != TextFieldForm::whole)
-                continue;
-            if (!IsInteger(number))
-                return false;
-            number += 0.0; // an integer has no negative zero
-            ++m_integers;
+            const bool isWhole = m_forms[i] == TextFieldForm::whole;
+            areGood &= !isWhole | IsInteger(numbers[i]);
+            numbers[i] += isWhole ? 0.0 : -0.0; // an integer has no negative zero
+            integers += isWhole;
+            reals += m_forms[i] == TextFieldForm::real;
         }
+        if (!areGood)
+            return false;
+        m_integers += integers;
+        m_reals += reals;
+        m_count += count;
         if (*cursor != delimiters.parameter)
             return *cursor == delimiters.record;
     }

@@ -11,7 +11,9 @@
 #include "examples/iges/IgesFile.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,7 +27,7 @@ public:
     bool Read(const Record& record, Delimiters delimiters);
 
     /// As Field::Number has them.
-    const std::vector<double>& Numbers() const { return m_numbers; }
+    std::span<const double> Numbers() const { return std::span(m_numbers).first(m_count); }
     std::uint64_t Integers() const { return m_integers; }
     std::uint64_t Reals() const { return m_reals; }
 
@@ -33,7 +35,8 @@ private:
     static constexpr std::size_t fieldsAtOnce = 512;
 
     std::string m_text;
-    std::vector<double> m_numbers;
+    std::vector<double> m_numbers; ///< and room for more
+    std::size_t m_count = 0;
     std::array<TextFieldForm, fieldsAtOnce> m_forms;
     std::uint64_t m_integers = 0;
     std::uint64_t m_reals = 0;

@@ -33,7 +33,7 @@ Curve CurvesOf(const Shape& shape);
 class Numbers
 {
 public:
-    explicit Numbers(const std::vector<double>& numbers) : m_numbers(numbers) {}
+    explicit Numbers(std::span<const double> numbers) : m_numbers(numbers) {}
 
     bool Has(std::size_t start, std::size_t count) const
     {
@@ -48,12 +48,12 @@ public:
     bool CountAt(std::size_t index, std::size_t& count) const;
     std::span<const double> Range(std::size_t start, std::size_t count) const
     {
-        return std::span(m_numbers).subspan(start, count);
+        return m_numbers.subspan(start, count);
     }
     std::size_t Size() const { return m_numbers.size(); }
 
 private:
-    const std::vector<double>& m_numbers;
+    std::span<const double> m_numbers;
 };
 
 /// The types are those of `drawnTypes` and `hullTypes`; others add nothing.

@@ -70,7 +70,7 @@ bool Survey::ReadAhead(const Record& record, const std::function<void(const Fiel
     }
     else
         ReadFields(record, onField);
-    const std::vector<double>& numbers = isWhole ? m_record.Numbers() : m_numbers;
+    const std::span<const double> numbers = isWhole ? m_record.Numbers() : m_numbers;
     m_found.recordLengths.AddVal(static_cast<double>(numbers.size()));
     LogFile(LogSeverityInformation, GetThreadDatabase())
         << L"Lines: " << record.lineCount << L", fields: " << numbers.size();
@@ -128,7 +128,7 @@ void Survey::ReadFields(const Record& record, const std::function<void(const Fie
 }
 
 /// What does not stand for itself is looked at just for what is wrong with it.
-void Survey::Measure(const Entry& entry, const std::vector<double>& numbers)
+void Survey::Measure(const Entry& entry, std::span<const double> numbers)
 {
     Measurer measurer(m_found.extents);
     const wchar_t* const trouble =

@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -64,7 +65,7 @@ public:
 
 private:
     void ReadFields(const Record& record, const std::function<void(const Field&)>& onField);
-    void Measure(const Entry& entry, const std::vector<double>& numbers);
+    void Measure(const Entry& entry, std::span<const double> numbers);
 
     const File& m_file;
     Part& m_part;

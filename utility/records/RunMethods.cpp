@@ -48,7 +48,8 @@ constexpr Signs signs;
 /// What so many digits of a fraction, the point among them, are to be divided by.
 struct Divisors
 {
-    double of[18] = {1.0, 1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16};
+    double of[longestMantissa + 2] = {1.0,  1.0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                      1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
 };
 constexpr Divisors divisors;
 
@@ -57,29 +58,70 @@ constexpr Divisors divisors;
 struct RealParts
 {
     static constexpr std::size_t capacity = 64;
+    static constexpr std::size_t block = 8; ///< so many are computed with at least
+    static constexpr std::size_t mostDigits = 16;
+    static constexpr std::size_t longestExponent = 4; ///< in characters behind its letter
 
     /// Eight digits each: whole part, its lower ones behind its upper ones, and fraction.
     alignas(64) std::int32_t digits[capacity][4];
     alignas(64) double divisor[capacity]; ///< of the fraction
     alignas(64) double scale[capacity];
-    alignas(64) std::uint64_t sign[capacity]; ///< the sign bit of a double, or 0
+    alignas(64) std::uint64_t sign[capacity];           ///< the sign bit of a double, or 0
+    alignas(64) std::uint32_t exponentText[capacity];   ///< the last characters of the field
+    alignas(64) std::uint32_t behindMantissa[capacity]; ///< so many of them are of an exponent, the letter among them
+    alignas(64) std::int32_t exponents[capacity];
+    TextFieldForm forms[capacity];
 
-    struct Exponent
+    /// A fraction of more digits.
+    struct LongFraction
     {
-        const char* letter;
-        const char* end;
+        double value;
         std::size_t field;
     };
-    Exponent exponents[capacity];
-    TextFieldForm forms[capacity];
-    std::size_t exponentCount = 0;
+    LongFraction longFractions[capacity];
+    std::size_t longFractionCount = 0;
 
     /// Something to compute with.
     void SetZero(std::size_t i)
     {
         std::fill(std::begin(digits[i]), std::end(digits[i]), 0);
-        divisor[i] = scale[i] = 1.0;
-        sign[i] = 0;
+        divisor[i] = 1.0;
+        sign[i] = exponentText[i] = behindMantissa[i] = 0;
+    }
+
+    void SetExponent(std::size_t i, const char* end, std::size_t size)
+    {
+        std::memcpy(&exponentText[i], end - longestExponent, longestExponent);
+        behindMantissa[i] = static_cast<std::uint32_t>(size);
+    }
+
+    /// False if there are too many, or something else among those that StoreDigits has not seen. It has stored the last
+    /// ones.
+    bool AddLongFraction(std::size_t i, const char* begin, std::size_t count)
+    {
+        if (count > longestMantissa)
+            return false;
+        std::uint64_t value = 0;
+        for (std::size_t j = 0; j < count - mostDigits; ++j)
+        {
+            const auto digit = static_cast<unsigned char>(begin[j] - '0');
+            if (digit > 9)
+                return false;
+            value = value * 10 + digit;
+        }
+        value = value * 10'000'000'000'000'000 + static_cast<std::uint64_t>(digits[i][2]) * 100'000'000 +
+                static_cast<std::uint64_t>(digits[i][3]);
+        longFractions[longFractionCount++] = {ChainOfDoubles(value), i};
+        return true;
+    }
+
+    double ValueOf(const LongFraction& fraction) const
+    {
+        const std::size_t i = fraction.field;
+        const auto isSigned = [&](double value)
+        { return std::bit_cast<double>(std::bit_cast<std::uint64_t>(value) ^ sign[i]); };
+        const double whole = digits[i][0] * 1e8 + digits[i][1];
+        return scale[i] * (isSigned(fraction.value / divisor[i]) + isSigned(whole));
     }
 };
 
@@ -98,15 +140,18 @@ constexpr char exceptLetterBits = static_cast<char>(~0x21);
 /// 1 if the characters are the same, else 0. A comparison may be compiled to a branch.
 inline std::uint32_t Is(char c, char other) { return (std::uint32_t{static_cast<unsigned char>(c ^ other)} - 1) >> 31; }
 
-/// The number of up to four digits that end at `end`. False if there is something else among them.
-inline bool ReadExponent(const char* end, std::size_t count, unsigned& number)
+/// False if there is something else than digits behind its sign.
+inline bool ReadExponent(RealParts& parts, std::size_t i)
 {
-    std::uint32_t text;
-    std::memcpy(&text, end - sizeof text, sizeof text);
-    const auto mask = static_cast<std::uint32_t>(0xFFFF'FFFF'0000'0000 >> (8 * count));
+    const std::uint32_t text = parts.exponentText[i];
+    const std::size_t ahead = 8 * (RealParts::longestExponent + 1 - parts.behindMantissa[i]);
+    const auto first = static_cast<unsigned char>(std::uint64_t{text} >> ahead);
+    const std::uint32_t isNegative = Is(static_cast<char>(first), '-');
+    const auto mask = static_cast<std::uint32_t>(0xFFFF'FFFF'FFFF'FFFF << ahead << 8 * signs.count[first]);
     const std::uint32_t digits = (text ^ 0x3030'3030) & mask;
     const std::uint32_t pairs = (digits * 10 + (digits >> 8)) & 0x00FF'00FF;
-    number = (pairs * 100 + (pairs >> 16)) & 0xFFFF;
+    const std::uint32_t number = (pairs * 100 + (pairs >> 16)) & 0xFFFF;
+    parts.exponents[i] = static_cast<std::int32_t>((number ^ (0 - isNegative)) + isNegative);
     return (((digits + 0x7676'7676) | digits) & 0x8080'8080) == 0;
 }
 
@@ -144,7 +189,12 @@ TARGET inline std::uint32_t Bits(__m128i lower, __m128i upper)
                                                                       << 16;
 }
 
-TARGET inline FieldBits BitsOf(const char* at)
+/// What the first pass compares with, and what it takes off.
+struct Constants
+{
+};
+
+TARGET inline FieldBits BitsOf(const char* at, const Constants&)
 {
     const __m128i lower = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
     const __m128i upper = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 16));
@@ -183,13 +233,31 @@ TARGET inline bool IsZero(__m128i v) { return _mm_movemask_epi8(_mm_cmpeq_epi8(v
 /// The digits of the whole part, and of what is behind it up to the end of the mantissa. False if something else is
 /// among them.
 TARGET inline bool StoreDigits(const char* wholeEnd, std::size_t wholeCount, const char* fractionEnd,
-                               std::size_t behindWhole, std::int32_t* to)
+                               std::size_t behindWhole, std::int32_t* to, const Constants&)
 {
     const __m128i whole = DigitsBefore(wholeEnd, lastBytes.Leaving(wholeCount));
     const __m128i fraction = DigitsBefore(fractionEnd, lastBytes.LeavingBehindPoint(behindWhole));
     const __m128i eights = _mm_unpacklo_epi64(Eights(whole), Eights(fraction));
     _mm_store_si128(reinterpret_cast<__m128i*>(to), eights);
     return IsZero(_mm_or_si128(Excess(whole), Excess(fraction)));
+}
+
+TARGET inline std::size_t ReadExponents(RealParts& parts, std::size_t count)
+{
+    std::size_t fields[RealParts::capacity];
+    std::size_t found = 0;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        parts.exponents[i] = 0;
+        fields[found] = i;
+        found += parts.behindMantissa[i] != 0 ? 1 : 0;
+    }
+    for (std::size_t i = 0; i < found; ++i)
+    {
+        if (!ReadExponent(parts, fields[i])) [[unlikely]]
+            return fields[i];
+    }
+    return count;
 }
 
 constexpr std::size_t together = 2;
@@ -255,31 +323,98 @@ TARGET inline std::uint64_t Equal(const Characters64& characters, char c)
     return EqualBits(characters.lower, c) | std::uint64_t{EqualBits(characters.upper, c)} << 32;
 }
 
-TARGET inline FieldBits BitsOf(const char* at)
+/// In a register for as long as it is needed: otherwise the compiler makes it anew for each field.
+TARGET inline __m256i Kept(char c)
+{
+    __m256i characters = _mm256_set1_epi8(c);
+    asm("" : "+x"(characters));
+    return characters;
+}
+
+struct Constants
+{
+    __m256i blank;
+    __m256i point;
+    __m256i letter;
+    __m256i exceptLetter;
+    __m256i zero;
+    __m256i nine;
+
+    TARGET Constants()
+        : blank(Kept(' ')),
+          point(Kept('.')),
+          letter(Kept('D')),
+          exceptLetter(Kept(exceptLetterBits)),
+          zero(Kept('0')),
+          nine(Kept(9))
+    {
+    }
+};
+
+TARGET inline std::uint32_t EqualBits(__m256i characters, __m256i others)
+{
+    return static_cast<std::uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(characters, others)));
+}
+
+TARGET inline FieldBits BitsOf(const char* at, const Constants& constants)
 {
     const __m256i characters = Load32(at);
-    return {EqualBits(characters, ' '), EqualBits(characters, '.'),
-            EqualBits(_mm256_and_si256(characters, _mm256_set1_epi8(exceptLetterBits)), 'D')};
+    return {EqualBits(characters, constants.blank), EqualBits(characters, constants.point),
+            EqualBits(_mm256_and_si256(characters, constants.exceptLetter), constants.letter)};
 }
 
 TARGET inline __m128i Load16(const void* at) { return _mm_loadu_si128(static_cast<const __m128i*>(at)); }
 
 TARGET inline bool StoreDigits(const char* wholeEnd, std::size_t wholeCount, const char* fractionEnd,
-                               std::size_t behindWhole, std::int32_t* to)
+                               std::size_t behindWhole, std::int32_t* to, const Constants& constants)
 {
     const __m256i characters =
         _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(wholeEnd - 16)), Load16(fractionEnd - 16), 1);
     const __m256i mask = _mm256_inserti128_si256(_mm256_castsi128_si256(Load16(lastBytes.Leaving(wholeCount))),
                                                  Load16(lastBytes.LeavingBehindPoint(behindWhole)), 1);
-    const __m256i digits = _mm256_and_si256(_mm256_xor_si256(characters, _mm256_set1_epi8('0')), mask);
+    const __m256i digits = _mm256_and_si256(_mm256_xor_si256(characters, constants.zero), mask);
     const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(1 << 8 | 10));
     const __m256i fours = _mm256_madd_epi16(pairs, _mm256_set1_epi32(1 << 16 | 100));
     const __m256i eights = _mm256_madd_epi16(_mm256_packus_epi32(fours, fours), _mm256_set1_epi32(1 << 16 | 10'000));
     constexpr int first64OfEach = 0b1000;
     const __m128i stored = _mm256_castsi256_si128(_mm256_permute4x64_epi64(eights, first64OfEach));
     _mm_store_si128(reinterpret_cast<__m128i*>(to), stored);
-    const __m256i excess = _mm256_subs_epu8(digits, _mm256_set1_epi8(9));
+    const __m256i excess = _mm256_subs_epu8(digits, constants.nine);
     return _mm256_testz_si256(excess, excess) != 0;
+}
+
+/// Of eight fields, a bit for each whose exponent is good.
+TARGET inline unsigned ReadExponentsOfBlock(RealParts& parts, std::size_t first)
+{
+    const auto load = [first](const std::uint32_t* from) __attribute__((always_inline, target("avx2")))
+    {
+        return _mm256_load_si256(reinterpret_cast<const __m256i*>(from + first));
+    };
+    const __m256i text = load(parts.exponentText);
+    const __m256i longest = _mm256_set1_epi32(RealParts::longestExponent + 1);
+    // The bits ahead of the exponent: all of them, or more, if there is none.
+    const __m256i ahead = _mm256_slli_epi32(_mm256_sub_epi32(longest, load(parts.behindMantissa)), 3);
+    const __m256i first8 = _mm256_and_si256(_mm256_srlv_epi32(text, ahead), _mm256_set1_epi32(0xFF));
+    const __m256i isNegative = _mm256_cmpeq_epi32(first8, _mm256_set1_epi32('-'));
+    const __m256i isSign = _mm256_or_si256(isNegative, _mm256_cmpeq_epi32(first8, _mm256_set1_epi32('+')));
+    const __m256i aheadOfDigits = _mm256_add_epi32(ahead, _mm256_and_si256(isSign, _mm256_set1_epi32(8)));
+    const __m256i mask = _mm256_sllv_epi32(_mm256_set1_epi32(-1), aheadOfDigits);
+    const __m256i digits = _mm256_and_si256(_mm256_xor_si256(text, _mm256_set1_epi8('0')), mask);
+    const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(1 << 8 | 10));
+    const __m256i number = _mm256_madd_epi16(pairs, _mm256_set1_epi32(1 << 16 | 100));
+    const __m256i exponents = _mm256_sub_epi32(_mm256_xor_si256(number, isNegative), isNegative);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(parts.exponents + first), exponents);
+    const __m256i excess = _mm256_subs_epu8(digits, _mm256_set1_epi8(9));
+    const __m256i isGood = _mm256_cmpeq_epi32(excess, _mm256_setzero_si256());
+    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(isGood)));
+}
+
+TARGET inline std::size_t ReadExponents(RealParts& parts, std::size_t count)
+{
+    std::size_t read = 0;
+    for (std::size_t i = 0; read == i && i < count; i += RealParts::block)
+        read += static_cast<std::size_t>(std::countr_one(ReadExponentsOfBlock(parts, i)));
+    return read;
 }
 
 constexpr std::size_t together = 4;
@@ -333,8 +468,11 @@ bool IsSupported()
 namespace bits512
 {
 
+using bits256::BitsOf;
+using bits256::Constants;
 using bits256::Load32;
 using bits256::ReadDigits;
+using bits256::ReadExponents;
 using bits256::StoreDigits;
 using Characters64 = __m512i;
 
@@ -343,15 +481,6 @@ TARGET inline Characters64 Load64(const char* at) { return _mm512_loadu_si512(at
 TARGET inline std::uint64_t Equal(const Characters64& characters, char c)
 {
     return _mm512_cmpeq_epi8_mask(characters, _mm512_set1_epi8(c));
-}
-
-TARGET inline FieldBits BitsOf(const char* at)
-{
-    const __m256i characters = Load32(at);
-    return {_mm256_cmpeq_epi8_mask(characters, _mm256_set1_epi8(' ')),
-            _mm256_cmpeq_epi8_mask(characters, _mm256_set1_epi8('.')),
-            _mm256_cmpeq_epi8_mask(_mm256_and_si256(characters, _mm256_set1_epi8(exceptLetterBits)),
-                                   _mm256_set1_epi8('D'))};
 }
 
 constexpr std::size_t together = 8;
