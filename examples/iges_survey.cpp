@@ -277,20 +277,41 @@ private:
     bool m_hasErrors = false;
 };
 
+/// Has the system map the pages of a file ahead of its reader, on a thread of its own: it maps what is touched, and that
+/// takes as long as finding lines there.
+std::jthread TouchAhead(const char* data, std::uint64_t size)
+{
+    constexpr std::uint64_t page = 4096;
+    const auto touch = [=](const std::stop_token& stop)
+    {
+        for (std::uint64_t at = 0; at < size && !stop.stop_requested(); at += page)
+            static_cast<void>(*static_cast<const volatile char*>(data + at));
+    };
+    try
+    {
+        return std::jthread(touch);
+    }
+    catch (const std::exception&)
+    {
+        return {};
+    }
+}
+
 /// Records that one thread reads.
 using Batch = std::span<const iges::Record>;
 
-/// By the file alone.
+/// By the file alone. The first is short, as the others wait for the box around what it has.
 std::vector<Batch> BatchesOf(std::span<const iges::Record> records)
 {
-    constexpr std::size_t fewestLines = 16'000;
+    constexpr std::size_t firstLines = 1'000;
+    constexpr std::size_t usualLines = 16'000;
     std::vector<Batch> batches;
     std::size_t first = 0;
     std::size_t lines = 0;
     for (std::size_t i = 0; i < records.size(); ++i)
     {
         lines += records[i].lineCount;
-        if (lines >= fewestLines || i + 1 == records.size())
+        if (lines >= (batches.empty() ? firstLines : usualLines) || i + 1 == records.size())
         {
             batches.push_back(records.subspan(first, i + 1 - first));
             first = i + 1;
@@ -320,8 +341,8 @@ struct Found
 class Worker
 {
 public:
-    Worker(const iges::File& file, iges::Part& part, bool isDumping)
-        : m_file(file), m_survey(file, part), m_isDumping(isDumping), m_earlier(GetThreadDatabase())
+    Worker(const iges::File& file, iges::Part& part, bool isDumping, const iges::Extents& known)
+        : m_file(file), m_survey(file, part, known), m_isDumping(isDumping), m_earlier(GetThreadDatabase())
     {
         SetThreadDatabase(&m_database);
     }
@@ -468,24 +489,32 @@ bool Save(const Options& options, const iges::Wireframe& wireframe)
 }
 
 /// False if it was interrupted.
-bool ReadAll(const Options& options, const iges::File& file, iges::Part& part, std::uint64_t size, iges::Survey& survey,
-             Summary& summary)
+bool ReadAll(const Options& options, std::size_t jobs, const iges::File& file, iges::Part& part, std::uint64_t size,
+             iges::Survey& survey, Summary& summary)
 {
     const console::Interruption interruption;
-    const std::size_t jobs = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
     const std::vector<Batch> batches = BatchesOf(file.Records());
-    InOrder<Found, Worker> work(
-        std::min(jobs, std::max<std::size_t>(1, batches.size())), batches.size(),
-        [&] { return Worker(file, part, options.dump); },
-        [&](Worker& worker, std::size_t i) { return worker.Read(batches[i]); });
     console::Progress progress(size >= longFile && !options.dump ? size : 0);
     std::uint64_t done = 0;
+    const auto take = [&](const Found& found)
+    {
+        Complete(file, found, survey, summary);
+        console::Print(stdout, found.dump);
+        progress.Show(size * ++done / batches.size());
+        return !console::Interruption::IsAsked();
+    };
+    if (batches.empty())
+        return true;
+    const Found first = Worker(file, part, options.dump, {}).Read(batches.front());
+    if (!take(first))
+        return false;
+    InOrder<Found, Worker> work(
+        std::min(jobs, batches.size()), batches.size() - 1,
+        [&] { return Worker(file, part, options.dump, first.findings.extents); },
+        [&](Worker& worker, std::size_t i) { return worker.Read(batches[i + 1]); });
     while (const std::optional<Found> found = work.Next())
     {
-        Complete(file, *found, survey, summary);
-        console::Print(stdout, found->dump);
-        progress.Show(size * ++done / batches.size());
-        if (console::Interruption::IsAsked())
+        if (!take(*found))
             return false;
     }
     return true;
@@ -507,6 +536,8 @@ ExitStatus Run(const Options& options)
         return exitNotReadable;
     }
     timing.LogNextTime(L"mapping the file");
+    const std::size_t jobs = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+    const std::jthread ahead = jobs > 1 ? TouchAhead(mapped.DataPtr(), mapped.GetFileSize()) : std::jthread();
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
     if (!file.IsIges())
     {
@@ -521,7 +552,7 @@ ExitStatus Run(const Options& options)
     iges::Part part(file);
     timing.LogNextTime(L"following references");
     iges::Survey survey(file, part);
-    if (!ReadAll(options, file, part, mapped.GetFileSize(), survey, summary))
+    if (!ReadAll(options, jobs, file, part, mapped.GetFileSize(), survey, summary))
         return Interrupted();
     timing.LogNextTime(L"reading and measuring records");
     if (options.times)

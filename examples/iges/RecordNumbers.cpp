@@ -10,6 +10,9 @@ namespace iges
 namespace
 {
 
+using enum TextFieldForm;
+constexpr std::array manyReals = {real, real, real, real, real, real, real, real};
+
 bool IsInteger(double whole)
 {
     return (whole >= std::numeric_limits<int>::min()) & (whole <= std::numeric_limits<int>::max());
@@ -53,6 +56,12 @@ bool RecordNumbers::Read(const Record& record, Delimiters delimiters)
         bool areGood = true;
         for (std::size_t i = 0; i < count; ++i)
         {
+            if (count - i >= manyReals.size() && std::memcmp(&m_forms[i], manyReals.data(), manyReals.size()) == 0)
+            {
+                i += manyReals.size() - 1;
+                reals += manyReals.size();
+                continue;
+            }
             const bool isWhole = m_forms[i] == TextFieldForm::whole;
             areGood &= !isWhole | IsInteger(numbers[i]);
             numbers[i] += isWhole ? 0.0 : -0.0; // an integer has no negative zero

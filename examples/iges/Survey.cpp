@@ -49,7 +49,10 @@ private:
 
 }
 
-Survey::Survey(const File& file, Part& part) : m_file(file), m_part(part) {}
+Survey::Survey(const File& file, Part& part, const Extents& known) : m_file(file), m_part(part), m_known(known)
+{
+    m_found.extents = m_known;
+}
 
 void Survey::Read(const Record& record, const std::function<void(const Field&)>& onField)
 {

@@ -43,7 +43,8 @@ struct Findings
 class Survey
 {
 public:
-    Survey(const File& file, Part& part);
+    /// What `known` encloses need not be measured. It is a part of what is found.
+    Survey(const File& file, Part& part, const Extents& known = {});
 
     /// Reads a record to its end. Each field is handed to `onField`, if that is given.
     void Read(const Record& record, const std::function<void(const Field&)>& onField = nullptr);
@@ -58,7 +59,12 @@ public:
     const Findings& Found() const { return m_found; }
 
     /// Begins anew.
-    Findings Take() { return std::exchange(m_found, {}); }
+    Findings Take()
+    {
+        Findings anew;
+        anew.extents = m_known;
+        return std::exchange(m_found, std::move(anew));
+    }
 
     /// Takes over what another one found.
     void Add(const Findings& other);
@@ -69,6 +75,7 @@ private:
 
     const File& m_file;
     Part& m_part;
+    Extents m_known;
     RecordNumbers m_record;
     std::vector<double> m_numbers;
     Field m_field;

@@ -60,6 +60,23 @@ TEST(IgesSurveyTest, CountsFieldsByKind)
     EXPECT_TRUE(surveyed.errors.empty());
 }
 
+TEST(IgesSurveyTest, KnownExtentsArePartOfEachFinding)
+{
+    support::IgesText part;
+    part.Entity(110, {"110,1.0,2.0,3.0,9.0,2.0,3.0;"});
+    const std::string bytes = part.Bytes();
+    support::Messages messages;
+    const iges::File file(bytes.data(), bytes.size(), &messages.file);
+    iges::Part entities(file, 1'000);
+    iges::Extents known;
+    known.Add({0.0, 0.0, 0.0});
+    known.Add({5.0, 5.0, 5.0});
+    iges::Survey survey(file, entities, known);
+    survey.Read(file.Records()[0]);
+    ExpectBox({survey.Take().extents, 0, 0, 0, {}, {}}, {0, 0, 0}, {9, 5, 5});
+    ExpectBox({survey.Take().extents, 0, 0, 0, {}, {}}, {0, 0, 0}, {5, 5, 5});
+}
+
 TEST(IgesSurveyTest, CountsTheFieldsOfEachRecord)
 {
     support::IgesText part;
