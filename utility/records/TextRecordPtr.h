@@ -163,17 +163,18 @@ protected:
 private:
     friend class CDelimitedTextRecordPtr;
 
+    // What few numbers need is kept apart: within a read it would take registers that each character needs.
     template <class Format>
-    UTILITY_LOCAL bool ReadLongIntAs(std::uint32_t sum, bool hasSign, bool isNegative, int& value);
+    [[gnu::noinline]] UTILITY_LOCAL bool ReadLongIntAs(std::uint32_t sum, bool hasSign, bool isNegative, int& value);
     template <class Format>
     UTILITY_LOCAL TextFieldForm FormAs();
     template <class Format>
-    UTILITY_LOCAL bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
+    [[gnu::noinline]] UTILITY_LOCAL bool ReadLongRealAs(utility::detail::LongMantissa mantissa, double& value);
     // Not inlined, it would need the mantissa in memory, from the first character on.
     template <class Format, class Mantissa>
     [[gnu::always_inline]] bool EndRealAs(const Mantissa& mantissa, bool atTerminator, double& value);
     template <class Format>
-    UTILITY_LOCAL bool SkipToTerminatorAs(bool isWhole);
+    [[gnu::noinline]] UTILITY_LOCAL bool SkipToTerminatorAs(bool isWhole);
     /// AdvancePtr, for a caller who knows where the cursor is and wants to know where it is then.
     const char* StepFrom(const char* place)
     {
@@ -205,26 +206,33 @@ bool CTextRecordPtr::ReadIntAs(int& value)
     using namespace utility::detail;
     auto& format = static_cast<Format&>(*this);
     format.SkipBlanks();
-    // As in a mantissa, and as far as the line goes: a sign is a digit that is 0.
+    // As far as the line goes, and without a branch on whether there is a sign.
     const char* at = m_pCurrent;
     const char* const last = m_pLast;
-    unsigned int state = integerStart;
-    unsigned int kinds = 0;
     std::uint32_t sum = 0;
-    bool atTerminator = false;
-    while (!(atTerminator = format.IsTerminator(*at)))
+    bool hasSign = false;
+    bool isNegative = false;
+    bool atTerminator = format.IsTerminator(*at);
+    const auto first = static_cast<std::uint32_t>(*at) - std::uint32_t{'0'};
+    const bool isMinus = *at == '-';
+    const bool isSign = isMinus | (*at == '+');
+    if (!atTerminator && ((isSign | (first <= 9)) & (at != last))) [[likely]]
     {
-        const MantissaCharacter& character = ToMantissa(*at);
-        if ((character.kind & state) == 0 || at == last)
-            break;
-        state &= character.next;
-        kinds |= character.kind;
-        sum = sum * 10 + character.digit; // wraps without notice, which signed arithmetic may not
+        isNegative = isMinus;
+        hasSign = isSign;
+        sum = isSign ? 0 : first;
         m_pCurrent = ++at;
+        while (!(atTerminator = format.IsTerminator(*at)))
+        {
+            const auto digit = static_cast<std::uint32_t>(*at) - std::uint32_t{'0'};
+            if ((digit > 9) | (at == last)) [[unlikely]]
+                break;
+            sum = sum * 10 + digit; // wraps without notice, which signed arithmetic may not
+            m_pCurrent = ++at;
+        }
     }
-    const bool isNegative = (state & isPositive) == 0;
     if (!atTerminator) [[unlikely]]
-        return ReadLongIntAs<Format>(sum, (kinds & mayBeSign) != 0, isNegative, value);
+        return ReadLongIntAs<Format>(sum, hasSign, isNegative, value);
     value = static_cast<int>(isNegative ? 0 - sum : sum);
     return true;
 }
