@@ -112,7 +112,7 @@ TEST(CriticalSectionTest, YieldsTheAddressOfItsSection)
 
 TEST(CriticalSectionThreadTest, OneThreadAtATimeIsInside)
 {
-    for (const DWORD spinCount : {DWORD{0}, DWORD{1}, DWORD{4000}})
+    for (const DWORD spinCount : {DWORD{0}, DWORD{1}, DWORD{100}, DWORD{4000}})
     {
         CCriticalSectionSpinCount section(spinCount);
         constexpr int rounds = 5000;
@@ -133,6 +133,28 @@ TEST(CriticalSectionThreadTest, OneThreadAtATimeIsInside)
             thread.join();
         EXPECT_EQ(counter, 4 * rounds);
     }
+}
+
+TEST(CriticalSectionThreadTest, ThreadComesInThoughAnotherTakesItAgainAndAgain)
+{
+    CCriticalSectionSpinCount section;
+    std::atomic<bool> isRunning = true;
+    std::thread other(
+        [&]
+        {
+            while (isRunning)
+            {
+                section.Lock();
+                section.Unlock();
+            }
+        });
+    for (int round = 0; round < 10'000; ++round)
+    {
+        section.Lock();
+        section.Unlock();
+    }
+    isRunning = false;
+    other.join();
 }
 
 TEST(CriticalSectionThreadTest, ThreadMayTakeItAgainAndOthersWaitForTheLastUnlock)

@@ -94,6 +94,33 @@ TEST_F(LogMessagesTest, SameOwnerHasTheSameStoreAndNullIsAnOwner)
     EXPECT_EQ(&CLogMessages::instance(owner), &ofOwner);
 }
 
+TEST_F(LogMessagesTest, StoresShareNoCacheLineWithAnything)
+{
+    const auto address = [] { return reinterpret_cast<std::uintptr_t>(&CLogMessages::instance(support::NewOwner())); };
+    std::set<std::uintptr_t> lines;
+    for (int i = 0; i < 100; ++i)
+    {
+        const std::uintptr_t first = address();
+        EXPECT_EQ(first % 64, 0U);
+        for (std::uintptr_t line = first; line < first + sizeof(CLogMessages); line += 64)
+            EXPECT_TRUE(lines.insert(line).second);
+    }
+}
+
+TEST_F(LogMessagesTest, MessageInAFullStoreIsWholeWhetherLongerOrShorterThanTheOldest)
+{
+    store.SetLogCapacity(2);
+    for (const std::size_t length : {1U, 2U, 3U, 4U, 5U, 31U, 32U, 33U, 100U, 160U, 161U, 500U})
+    {
+        const std::wstring text(length, static_cast<wchar_t>(L'a' + length % 26));
+        Push(text);
+        Push(L"other");
+        EXPECT_EQ(Texts(), (Expected{text, L"other"})) << length;
+        Push(L"the first of those that are full");
+        Push(L"b");
+    }
+}
+
 TEST_F(LogMessagesTest, MessagesComeBackOldestFirstAsTheyWerePushed)
 {
     store.push(LogSeverityNone, L"no line feed");

@@ -8,14 +8,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cfenv>
 #include <cmath>
 #include <cstdint>
 #include <functional>
 #include <iomanip>
+#include <iterator>
 #include <limits>
 #include <locale>
+#include <new>
 #include <optional>
 #include <random>
 #include <sstream>
@@ -223,6 +226,35 @@ TEST_F(LogStreamTest, TextThatBeginsWithANullIsDroppedButItsOwnerHasAStore)
     ExpectNothing();
     LogFile(LogSeverityError, owner) << std::string("\0lost", 5) << std::flush << L"kept";
     ExpectMessage(L"kept\n");
+}
+
+TEST_F(LogStreamTest, WhatIsFormattedBehindANullIsStillOfTheSameMessage)
+{
+    CLogStreamHelper helper(owner, LogSeverityError);
+    helper << L"a" << std::wstring_view(L"b\0c", 3) << 1 << 0.5 << L"d" << std::flush << 2 << L"\0" << 255;
+    ExpectMessage(L"ab");
+    helper << std::flush;
+    ExpectMessage(L"2255\n");
+}
+
+TEST_F(LogStreamTest, ArrayEndsAtItsNullAndMoreMayFollow)
+{
+    const wchar_t array[8] = L"ab";
+    wchar_t changing[4] = L"c";
+    LogFile(LogSeverityError, owner) << array << changing << L"d" << std::endl;
+    ExpectMessage(L"abcd\n");
+}
+
+TEST_F(LogStreamTest, RefusedHelperIsNotMadeAndNotDestroyed)
+{
+    // Whatever was there before: a text that is destroyed gives memory back that was never taken.
+    alignas(CLogStreamHelper) unsigned char place[sizeof(CLogStreamHelper)];
+    std::fill(std::begin(place), std::end(place), 0xFF);
+    asm volatile("" : : "r"(place) : "memory");
+    auto* const helper = ::new (place) CLogStreamHelper(owner, LogSeverityNone);
+    *helper << L"text" << 1 << 0.5 << "narrow" << std::hex << std::wstring(300, L'x') << std::endl;
+    helper->~CLogStreamHelper();
+    ExpectNothing();
 }
 
 TEST_F(LogStreamTest, LevelZeroLetsSeverityZeroPass)

@@ -20,12 +20,21 @@ others { next }
         names[name]
     }
 }
+# A union without a name, which stands ahead of the field that it is the type of, is what it holds.
+/<union-decl .* is-anonymous='yes'/ { union = attribute("id") }
+/<data-member / && !/layout-offset-in-bits=/ && path[depth - 2] ~ /__anonymous_union__/ {
+    getline
+    held[FILENAME, union] = held[FILENAME, union] attribute("name")
+}
 /<(data-member|base-class) .*layout-offset-in-bits=/ {
     class = path[depth - 2]
     offset = attribute("layout-offset-in-bits")
     if (/<data-member /)
         getline
-    layout[FILENAME, class] = layout[FILENAME, class] ", " attribute("name") " at " offset
+    name = attribute("name")
+    if (name == "")
+        name = held[FILENAME, attribute("type-id")]
+    layout[FILENAME, class] = layout[FILENAME, class] ", " name " at " offset
 }
 END {
     for (name in names)

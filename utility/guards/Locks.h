@@ -55,7 +55,7 @@ private:
 class UTILITY_API CCriticalSectionSpinCount
 {
 public:
-    /// A thread that has to wait first tries `spinCount` times, where there is more than one processor.
+    /// A thread that has to wait first spins `spinCount` times, where there is more than one processor.
     explicit CCriticalSectionSpinCount(DWORD spinCount = 4000) noexcept;
     CCriticalSectionSpinCount(const CCriticalSectionSpinCount&) = delete;
     CCriticalSectionSpinCount& operator=(const CCriticalSectionSpinCount&) = delete;

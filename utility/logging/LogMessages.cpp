@@ -7,7 +7,6 @@
 
 #include <array>
 #include <map>
-#include <memory>
 #include <utility>
 
 namespace
@@ -24,6 +23,13 @@ namespace utility::detail
 /// A store for each owner.
 class LogStores final : platform::HeldAtFork
 {
+    /// In cache lines of its own: other threads write to what is beside it. All that a message changes of it is in one.
+    struct alignas(64) Store final : CLogMessages
+    {
+        Store(const void* owner, std::uint64_t capacity) : CLogMessages(capacity) { m_owner = owner; }
+    };
+    using Stores = std::map<const void*, Store>;
+
 public:
     static LogStores& The()
     {
@@ -34,21 +40,15 @@ public:
     CLogMessages& Of(const void* owner)
     {
         // Stores stay until the library is unloaded, so one that was found before is found without the lock.
-        std::atomic<CLogMessages*>& found = m_found[PlaceOf(owner)];
-        if (CLogMessages* const store = found.load(std::memory_order_acquire);
-            store != nullptr && store->m_owner == owner)
-            return *store;
+        std::atomic<Stores::value_type*>& found = m_found[PlaceOf(owner)];
+        if (Stores::value_type* const each = found.load(std::memory_order_acquire);
+            each != nullptr && each->first == owner)
+            return each->second;
         const LockGuard guard(m_lock);
-        auto place = m_stores.lower_bound(owner);
-        if (place == m_stores.end() || place->first != owner)
-        {
-            const std::uint64_t capacity = CLogMessages::m_nDefaultLogCapacity.load(std::memory_order_relaxed);
-            std::unique_ptr<CLogMessages> store(new CLogMessages(capacity));
-            store->m_owner = owner;
-            place = m_stores.emplace_hint(place, owner, std::move(store));
-        }
-        found.store(place->second.get(), std::memory_order_release);
-        return *place->second;
+        const std::uint64_t capacity = CLogMessages::m_nDefaultLogCapacity.load(std::memory_order_relaxed);
+        Stores::value_type& each = *m_stores.try_emplace(owner, owner, capacity).first;
+        found.store(&each, std::memory_order_release);
+        return each.second;
     }
 
 private:
@@ -63,20 +63,21 @@ private:
     void Hold() override
     {
         m_lock.Lock();
-        for (const auto& [owner, store] : m_stores)
-            store->m_lock.Lock();
+        for (auto& [owner, store] : m_stores)
+            store.m_lock.Lock();
     }
 
     void Release() override
     {
-        for (const auto& [owner, store] : m_stores)
-            store->m_lock.Unlock();
+        for (auto& [owner, store] : m_stores)
+            store.m_lock.Unlock();
         m_lock.Unlock();
     }
 
     CCriticalSectionSpinCount m_lock;
-    std::map<const void*, std::unique_ptr<CLogMessages>> m_stores;
-    std::array<std::atomic<CLogMessages*>, 1 << placeBits> m_found{}; ///< each the latest that was found of its owners
+    Stores m_stores;
+    /// Each the latest that was found of its owners.
+    std::array<std::atomic<Stores::value_type*>, 1 << placeBits> m_found{};
 };
 
 }
@@ -92,6 +93,12 @@ namespace
 CLogMessage::CLogMessage(LogSeverity severity, const std::wstring& message)
     : m_eSeverity(severity), m_strMessage(message)
 {
+}
+
+void utility::detail::DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text)
+{
+    // The store comes first: an owner has one even if the text began with a null and nothing is left of it.
+    LogStores::The().Of(owner).Store(severity, text);
 }
 
 constinit std::atomic<std::uint64_t> CLogMessages::m_nDefaultLogCapacity = 500;
@@ -140,10 +147,14 @@ void CLogMessages::Store(LogSeverity severity, std::wstring_view message)
     {
         // The oldest message gives its place, and its memory if that is not far too much.
         CLogMessage& oldest = m_ring.front();
-        if (oldest.m_strMessage.capacity() <= message.size() + spareLength)
-            oldest.m_strMessage = message;
+        std::wstring& text = oldest.m_strMessage;
+        if (text.capacity() < message.size() || text.capacity() > message.size() + spareLength)
+            std::wstring(message).swap(text);
         else
-            std::wstring(message).swap(oldest.m_strMessage);
+        {
+            text.resize(message.size());
+            message.copy(text.data(), message.size());
+        }
         oldest.m_eSeverity = severity;
         if (m_ring.size() > 1)
             m_ring.rotate(m_ring.begin() + 1);

@@ -9,6 +9,7 @@
 #include <cfenv>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <exception>
 #include <iterator>
 #include <locale>
@@ -16,14 +17,16 @@
 #include <span>
 #include <utility>
 
-namespace utility::detail
+namespace
 {
 
-void DeliverLogText(const void* owner, LogSeverity severity, std::wstring_view text)
+/// Asked for each message.
+bool IsGlobalLocaleClassic()
 {
-    // The store comes first: an owner has one even if the text begins with a null and nothing is left of it. That the
-    // text is cut there, its line feed with it, is deliberate.
-    CLogMessages::instance(owner).Store(severity, text.substr(0, text.find(L'\0')));
+    static const std::locale& classic = std::locale::classic();
+    const std::locale global;
+    // What has the same bytes is the same locale, and the operator is a call.
+    return std::memcmp(static_cast<const void*>(&global), &classic, sizeof global) == 0 || global == classic;
 }
 
 }
@@ -43,7 +46,8 @@ int CLogStream::CLogStreamBuffer::sync()
     std::wstring text = std::move(*this).str();
     if (text.back() != L'\n')
         text += L'\n';
-    utility::detail::DeliverLogText(m_pOwner, m_eSeverity, text);
+    // That the text is cut at its first null, its line feed with it, is deliberate.
+    utility::detail::DeliverLogText(m_pOwner, m_eSeverity, std::wstring_view(text).substr(0, text.find(L'\0')));
     return 0;
 }
 
@@ -67,21 +71,25 @@ CLogStream::~CLogStream()
 
 void CLogStreamHelper::Begin()
 {
+    m_nLength = 0;
+    ::new (&m_strLong) std::wstring();
+    ::new (&m_stream) std::optional<CLogStream>();
     // Other locales may group the digits of a number.
-    if (std::locale() != std::locale::classic())
+    if (!IsGlobalLocaleClassic())
         m_stream.emplace(m_pOwner, m_eSeverity);
 }
 
 void CLogStreamHelper::End()
 {
-    // The destructor relies on it.
+    // They are not destroyed.
     struct LeavingNothing
     {
         CLogStreamHelper& helper;
         ~LeavingNothing()
         {
             helper.m_stream.reset();
-            std::wstring().swap(helper.m_strLong);
+            if (helper.m_strLong.capacity() != std::wstring().capacity()) [[unlikely]]
+                std::wstring().swap(helper.m_strLong);
         }
     } const leavingNothing{*this};
     try
@@ -117,24 +125,25 @@ void CLogStreamHelper::Apply(std::basic_ostream<wchar_t>& (*manipulator)(std::ba
         return;
     }
     if (manipulator == endl)
-        AppendText(L"\n");
+        *RoomFor(1) = L'\n';
     Deliver();
 }
 
 void CLogStreamHelper::InsertText(std::wstring_view text)
 {
-    if (m_stream)
-        *m_stream << text;
+    // A null is left to the stream, which cuts the message there.
+    if (m_stream || text.find(L'\0') != std::wstring_view::npos)
+        Stream() << text;
     else
         AppendText(text);
 }
 
 void CLogStreamHelper::InsertText(const wchar_t* text)
 {
-    if (text == nullptr)
+    if (m_stream || text == nullptr)
         Stream() << text;
     else
-        InsertText(std::wstring_view(text));
+        AppendText(text);
 }
 
 void CLogStreamHelper::InsertNarrow(std::string_view text)
@@ -145,13 +154,16 @@ void CLogStreamHelper::InsertNarrow(std::string_view text)
 }
 
 /// At the end of the text, which is that much longer then.
-wchar_t* CLogStreamHelper::RoomFor(std::size_t length)
+inline wchar_t* CLogStreamHelper::RoomFor(std::size_t length)
 {
-    if (m_strLong.empty() && length <= std::size(m_szText) - m_nLength) [[likely]]
-    {
-        m_nLength += length;
-        return m_szText + m_nLength - length;
-    }
+    if (!m_strLong.empty() || length > std::size(m_szText) - m_nLength) [[unlikely]]
+        return LongRoomFor(length);
+    m_nLength += length;
+    return m_szText + m_nLength - length;
+}
+
+[[gnu::noinline]] wchar_t* CLogStreamHelper::LongRoomFor(std::size_t length)
+{
     if (m_strLong.empty())
     {
         m_strLong.reserve(2 * (m_nLength + length));
@@ -209,7 +221,7 @@ CLogStream& CLogStreamHelper::Stream()
     {
         m_stream.emplace(m_pOwner, m_eSeverity);
         // A stream keeps the locale that it began with.
-        if (std::locale() != std::locale::classic())
+        if (!IsGlobalLocaleClassic())
             m_stream->imbue(std::locale::classic());
         const std::wstring_view text = Text();
         m_stream->rdbuf()->sputn(text.data(), static_cast<std::streamsize>(text.size()));
@@ -237,7 +249,7 @@ void CLogStreamHelper::Deliver()
         }
     } const emptying{*this};
     if (Text().back() != L'\n')
-        AppendText(L"\n");
+        *RoomFor(1) = L'\n';
     utility::detail::DeliverLogText(m_pOwner, m_eSeverity, Text());
 }
 

@@ -81,8 +81,7 @@ public:
     UTILITY_INLINE CLogStreamHelper(const void* owner, LogSeverity severity)
         : m_pOwner(owner),
           m_eSeverity(severity),
-          m_bEnabled(severity >= utility::detail::logLevel.load(std::memory_order_relaxed)),
-          m_nLength(0)
+          m_bEnabled(severity >= utility::detail::logLevel.load(std::memory_order_relaxed))
     {
         if (m_bEnabled) [[unlikely]]
             Begin();
@@ -94,9 +93,6 @@ public:
     {
         if (m_bEnabled) [[unlikely]]
             End();
-        // So a compiler sees that a message below the level leaves nothing to do.
-        if (m_stream || m_strLong.capacity() != std::wstring().capacity())
-            __builtin_unreachable();
     }
 
     /// Manipulators; std::flush and std::endl store what was inserted so far as a message.
@@ -158,6 +154,7 @@ private:
     void InsertText(const wchar_t* text);
     UTILITY_LOCAL void InsertNarrow(std::string_view text);
     UTILITY_LOCAL wchar_t* RoomFor(std::size_t length);
+    UTILITY_LOCAL wchar_t* LongRoomFor(std::size_t length);
     UTILITY_LOCAL void AppendText(std::wstring_view text);
     void AppendInteger(std::uint64_t magnitude, bool negative);
     void AppendReal(double value);
@@ -168,10 +165,17 @@ private:
     const void* m_pOwner;
     LogSeverity m_eSeverity;
     bool m_bEnabled;
+    // What follows is there from Begin on, and End leaves nothing in it to destroy: a message below the level has none.
     std::size_t m_nLength;
-    /// The whole text, once it is too long for m_szText.
-    std::wstring m_strLong;
-    std::optional<CLogStream> m_stream;
+    union
+    {
+        /// The whole text, once it is too long for m_szText.
+        std::wstring m_strLong;
+    };
+    union
+    {
+        std::optional<CLogStream> m_stream;
+    };
     wchar_t m_szText[256];
 };
 

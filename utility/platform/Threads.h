@@ -25,7 +25,7 @@ void SetThreadSlotValue(DWORD slot, void* value) noexcept;
 /// How many processors the machine has, those that are not this process's to use among them.
 [[nodiscard]] DWORD ProcessorCount() noexcept;
 
-/// A lock that a thread may take again while it holds it. A thread that has to wait first tries `spinCount` times
+/// A lock that a thread may take again while it holds it. A thread that has to wait first spins `spinCount` times
 /// where there is more than one processor.
 void InitialiseCriticalSection(_RTL_CRITICAL_SECTION& section, DWORD spinCount) noexcept;
 void DeleteCriticalSection(_RTL_CRITICAL_SECTION& section) noexcept;

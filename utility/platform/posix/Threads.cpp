@@ -1,5 +1,6 @@
 #include "utility/platform/Threads.h"
 
+#include <algorithm>
 #include <atomic>
 #include <unistd.h>
 
@@ -27,9 +28,16 @@ bool Take(_RTL_CRITICAL_SECTION& section) noexcept
 
 void WaitAndTake(_RTL_CRITICAL_SECTION& section) noexcept
 {
-    for (std::uint32_t tries = canSpin ? section.spinCount : 0; tries != 0; --tries)
+    // Looks less and less often: each look takes memory from the processor that works with it. One that is left alone
+    // may take the lock many times in the time that memory takes from one processor to another and back.
+    constexpr std::uint32_t longestPause = 64;
+    std::uint32_t pause = 1;
+    for (std::uint32_t left = canSpin ? section.spinCount : 0; left != 0; pause = std::min(2 * pause, longestPause))
     {
-        __builtin_ia32_pause();
+        pause = std::min(pause, left);
+        left -= pause;
+        for (std::uint32_t i = 0; i != pause; ++i)
+            __builtin_ia32_pause();
         if (StateOf(section).load(std::memory_order_relaxed) == stateFree && Take(section))
             return;
     }

@@ -12,5 +12,5 @@ struct _RTL_CRITICAL_SECTION
     int state = 0;                ///< 0 is free
     pthread_t owner = 0;          ///< the thread that holds it
     std::uint32_t takenAgain = 0; ///< how often more than once
-    std::uint32_t spinCount = 0;  ///< how often a thread tries before it sleeps
+    std::uint32_t spinCount = 0;  ///< how often a thread spins before it sleeps
 };
