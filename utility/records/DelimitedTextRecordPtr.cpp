@@ -10,7 +10,7 @@ using namespace utility::detail;
 namespace
 {
 
-/// More text than so many fields usually have is not looked at for them.
+/// More text than so many fields usually have is not looked at for them. That is what is supposed ahead of the first.
 constexpr std::size_t usualField = 24;
 
 bool CanStandInANumber(char c) { return std::string_view("0123456789+-. DEde").find(c) != std::string_view::npos; }
@@ -72,10 +72,11 @@ bool CDelimitedTextRecordPtr::ReadRun(std::span<Value> values, char separator, s
     };
     count = 0;
     // Many a run is short, and what is copied behind its end is copied again.
+    std::size_t fieldSize = usualField;
     for (std::size_t piece = 256; count != values.size(); piece = RunText::capacity)
     {
         bool isAll = false;
-        const std::size_t wanted = (values.size() - count + 2) * usualField;
+        const std::size_t wanted = (values.size() - count + 2) * fieldSize;
         const std::size_t size = CopyAhead(text.text, std::min(piece, wanted), isAll);
         std::fill_n(text.text + size, RunText::margin, '\0');
         fields.Clear();
@@ -95,6 +96,7 @@ bool CDelimitedTextRecordPtr::ReadRun(std::span<Value> values, char separator, s
             AdvancePtr();
             continue;
         }
+        fieldSize = size / fields.count + 1;
 
         std::size_t at = 0; // where the cursor stands
         for (std::size_t next = 0; next != fields.count;)
