@@ -151,7 +151,8 @@ inline bool ReadExponent(RealParts& parts, std::size_t i)
     const std::uint32_t digits = (text ^ 0x3030'3030) & mask;
     const std::uint32_t pairs = (digits * 10 + (digits >> 8)) & 0x00FF'00FF;
     const std::uint32_t number = (pairs * 100 + (pairs >> 16)) & 0xFFFF;
-    parts.exponents[i] = static_cast<std::int32_t>((number ^ (0 - isNegative)) + isNegative);
+    const auto exponent = static_cast<std::int32_t>((number ^ (0 - isNegative)) + isNegative);
+    parts.exponents[i] = std::clamp<std::int32_t>(exponent, lowestExponent, highestExponent);
     return (((digits + 0x7676'7676) | digits) & 0x8080'8080) == 0;
 }
 
@@ -403,7 +404,9 @@ TARGET inline unsigned ReadExponentsOfBlock(RealParts& parts, std::size_t first)
     const __m256i pairs = _mm256_maddubs_epi16(digits, _mm256_set1_epi16(1 << 8 | 10));
     const __m256i number = _mm256_madd_epi16(pairs, _mm256_set1_epi32(1 << 16 | 100));
     const __m256i exponents = _mm256_sub_epi32(_mm256_xor_si256(number, isNegative), isNegative);
-    _mm256_store_si256(reinterpret_cast<__m256i*>(parts.exponents + first), exponents);
+    const __m256i clamped = _mm256_min_epi32(_mm256_max_epi32(exponents, _mm256_set1_epi32(lowestExponent)),
+                                             _mm256_set1_epi32(highestExponent));
+    _mm256_store_si256(reinterpret_cast<__m256i*>(parts.exponents + first), clamped);
     const __m256i excess = _mm256_subs_epu8(digits, _mm256_set1_epi8(9));
     const __m256i isGood = _mm256_cmpeq_epi32(excess, _mm256_setzero_si256());
     return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(isGood)));
