@@ -81,6 +81,9 @@ struct RealParts
     LongFraction longFractions[capacity];
     std::size_t longFractionCount = 0;
 
+    /// To whole blocks.
+    static constexpr std::size_t Padded(std::size_t count) { return (count + block - 1) / block * block; }
+
     /// Something to compute with.
     void SetZero(std::size_t i)
     {
