@@ -13,6 +13,7 @@ namespace
 using enum FailingDatabase::Failure;
 
 constinit thread_local FailingDatabase* current = nullptr;
+constinit thread_local std::int64_t slept = 0;
 
 // SQLite's way to the system: the one it comes with, and a file of its behind each of ours.
 
@@ -135,7 +136,10 @@ int FullPath(sqlite3_vfs*, const char* name, int size, char* path)
 
 int Sleep(sqlite3_vfs*, int microseconds)
 {
-    return current != nullptr ? microseconds : systemFiles->xSleep(systemFiles, microseconds);
+    if (current != nullptr)
+        return microseconds;
+    slept += microseconds;
+    return systemFiles->xSleep(systemFiles, microseconds);
 }
 
 // SQLite's way to memory.
@@ -182,6 +186,8 @@ FailingDatabase::FailingDatabase(Failure failure, Lasting lasting, int at) noexc
 }
 
 FailingDatabase::~FailingDatabase() { current = nullptr; }
+
+std::int64_t FailingDatabase::Slept() noexcept { return slept; }
 
 bool FailingDatabase::Fails(Failure failure) noexcept
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace support
 {
 
@@ -33,6 +35,9 @@ public:
 
     /// Whether a call that can fail in this way, and is about to be made, does.
     static bool Fails(Failure failure) noexcept;
+
+    /// How many microseconds SQLite has slept on this thread, at all times, to wait for others.
+    static std::int64_t Slept() noexcept;
 
 private:
     Failure m_failure;
