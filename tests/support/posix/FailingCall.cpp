@@ -18,6 +18,7 @@
 #include <sys/types.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+#include <utility>
 
 namespace support
 {
@@ -26,6 +27,7 @@ namespace
 {
 
 constinit thread_local FailingCall* latest = nullptr;
+constinit thread_local AheadOfCall* awaiting = nullptr;
 
 }
 
@@ -39,6 +41,7 @@ FailingCall::~FailingCall() { latest = m_earlier; }
 
 bool FailingCall::Fails(std::string_view name) noexcept
 {
+    AheadOfCall::Tell(name);
     bool fails = false;
     for (FailingCall* each = latest; each != nullptr; each = each->m_earlier)
     {
@@ -48,6 +51,21 @@ bool FailingCall::Fails(std::string_view name) noexcept
         each->m_hasFailed = fails = true;
     }
     return fails;
+}
+
+AheadOfCall::AheadOfCall(std::string_view name, std::function<void()> work) : m_name(name), m_work(std::move(work))
+{
+    awaiting = this;
+}
+
+AheadOfCall::~AheadOfCall() { awaiting = nullptr; }
+
+void AheadOfCall::Tell(std::string_view name)
+{
+    if (awaiting == nullptr || awaiting->m_isDone || awaiting->m_name != name)
+        return;
+    awaiting->m_isDone = true;
+    awaiting->m_work();
 }
 
 }

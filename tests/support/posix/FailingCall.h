@@ -3,6 +3,7 @@
 #include <boost/filesystem/operations.hpp>
 
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <optional>
@@ -45,6 +46,27 @@ private:
     int m_made = 0;
     bool m_hasFailed = false;
     FailingCall* m_earlier;
+};
+
+/// Does something ahead of the first call of this name on this thread in its lifetime.
+class AheadOfCall
+{
+public:
+    AheadOfCall(std::string_view name, std::function<void()> work);
+    AheadOfCall(const AheadOfCall&) = delete;
+    AheadOfCall& operator=(const AheadOfCall&) = delete;
+    ~AheadOfCall();
+
+    /// Whether it has come to that.
+    bool IsDone() const noexcept { return m_isDone; }
+
+    /// The call is about to be made.
+    static void Tell(std::string_view name);
+
+private:
+    std::string_view m_name;
+    std::function<void()> m_work;
+    bool m_isDone = false;
 };
 
 /// For its lifetime a call of write on this thread takes no more bytes than this.
