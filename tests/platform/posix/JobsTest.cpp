@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/Script.h"
 #include "tests/support/posix/ScriptTest.h"
 #include "tests/support/posix/Threads.h"
 #include "tests/support/Thorough.h"
@@ -42,7 +43,7 @@ using utility::platform::posix::ControlGroupFolder;
 namespace
 {
 
-constexpr DWORD soon = 30000;
+constexpr DWORD soon = 100000;
 
 /// A daemon, two processes away from the one that the job started and in a session of its own.
 constexpr char daemonScript[] =
@@ -105,6 +106,7 @@ protected:
         ::kill(supervisor, SIGKILL);
         ::kill(guard, SIGKILL);
         EXPECT_TRUE(GoesAway(guard));
+        EXPECT_TRUE(GoesAway(supervisor));
     }
 
     /// Whether the system lets this process have groups in its own.
@@ -142,7 +144,7 @@ protected:
     /// Whether a folder is gone soon.
     static bool IsRemoved(const std::string& folder)
     {
-        for (int tries = 0; boost::filesystem::exists(folder) && tries < 1000; ++tries)
+        for (int tries = 0; boost::filesystem::exists(folder) && tries < 10000; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return !boost::filesystem::exists(folder);
     }
@@ -248,17 +250,17 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(PosixJobTest, ProcessesThatForkOnAndOnAreKilled)
 {
-    // Each ends as soon as it has started the next one, a thousand times at most.
+    // Each ends as soon as it has started the next one, some ten thousand times at most.
     ASSERT_NE(
         Shell("echo 'echo $$ >> \"$here/told\"; test $1 -gt 0 && sh \"$here/next\" $(($1 - 1)) &' > \"$here/next\"; "
-              "sh \"$here/next\" 1000"),
+              "sh \"$here/next\" 20000"),
         nullptr);
     while (Processes().size() < 20)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     Close();
     EXPECT_EQ(Jobs().WaitForExitCode(m_watch, soon), 0u);
     const std::size_t count = Processes().size();
-    EXPECT_LT(count, 1000u);
+    EXPECT_LT(count, 20000u);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(Processes().size(), count);
     for (const pid_t each : Processes())
@@ -471,7 +473,7 @@ TEST_F(PosixJobTest, NextJobKillsWhatAKilledOwnerWithAKilledSupervisorHasLeftInA
                 std::ofstream(outside) << 0;
                 // The guard may be there for a moment more.
                 bool isGone = false;
-                for (int tries = 0; !(isGone = ::rmdir(folder.c_str()) == 0) && tries < 1000; ++tries)
+                for (int tries = 0; !(isGone = ::rmdir(folder.c_str()) == 0) && tries < 10000; ++tries)
                     std::this_thread::sleep_for(std::chrono::milliseconds(10));
                 EXPECT_TRUE(isGone);
             }
@@ -679,8 +681,9 @@ TEST_F(PosixJobTest, HostIsToldOfNoChild)
 
 TEST_F(PosixJobTest, WaitGoesOnBehindASignal)
 {
-    const support::FrequentAlarm told;
-    EXPECT_EQ(Run("sleep 0.3; exit 8"), 8u);
+    const boost::filesystem::path often = m_folder / "often";
+    const support::FrequentAlarm told(often.string());
+    EXPECT_EQ(Run(support::AwaitingFile(often) + "exit 8"), 8u);
     EXPECT_GT(told.Count(), 5);
 }
 

@@ -2,6 +2,7 @@
 
 #include "tests/support/posix/Child.h"
 #include "tests/support/posix/FailingCall.h"
+#include "tests/support/posix/Script.h"
 #include "tests/support/posix/ScriptTest.h"
 #include "utility/platform/Error.h"
 #include "utility/platform/formats/CommandLine.h"
@@ -70,8 +71,10 @@ TEST_F(PosixProgramsTest, ProgramThatIsAwaitedHasEnded)
 
 TEST_F(PosixProgramsTest, ProgramThatIsNotAwaitedIsAGroupOfItsOwn)
 {
-    EXPECT_TRUE(Run("sleep 0.3; echo $(ps -o pgid= -p $$) $$ > \"$here/told\"", UntilItEnds::goOn));
+    EXPECT_TRUE(Run(support::AwaitingFile(m_folder / "now") + "echo $(ps -o pgid= -p $$) $$ > \"$here/told\"",
+                    UntilItEnds::goOn));
     EXPECT_EQ(Told(), "");
+    m_folder.File("now", "");
     const std::string told = ToldAtLast();
     EXPECT_EQ(told.substr(0, told.find(' ')) + '\n', told.substr(told.find(' ') + 1));
 }
@@ -125,8 +128,9 @@ TEST_F(PosixProgramsTest, HostThatAdoptsOrphansIsLeftWithNone)
 TEST_F(PosixProgramsTest, SignalsArriveWhileAProgramIsAwaited)
 {
     {
-        const support::FrequentAlarm told;
-        EXPECT_TRUE(Run("sleep 0.3; echo done > \"$here/told\""));
+        const boost::filesystem::path often = m_folder / "often";
+        const support::FrequentAlarm told(often.string());
+        EXPECT_TRUE(Run(support::AwaitingFile(often) + "echo done > \"$here/told\""));
         EXPECT_GT(told.Count(), 5);
     }
     EXPECT_EQ(Told(), "done\n");

@@ -16,4 +16,11 @@ inline void MakeScript(const boost::filesystem::path& file, const std::string& s
     boost::filesystem::permissions(file, boost::filesystem::owner_all);
 }
 
+/// What has a script wait until a file is there, or for more than a minute.
+inline std::string AwaitingFile(const boost::filesystem::path& file)
+{
+    return "tries=0; until [ -e '" + file.string() +
+           "' ] || [ $tries -ge 6000 ]; do /bin/sleep 0.01; tries=$((tries + 1)); done; ";
+}
+
 }

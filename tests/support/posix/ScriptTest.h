@@ -5,14 +5,18 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <string>
 #include <sys/time.h>
 #include <sys/types.h>
 #include <thread>
+#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace support
@@ -37,7 +41,7 @@ protected:
     std::string ToldAtLast(const char* file = "told") const
     {
         std::string told;
-        for (int tries = 0; !(told = Told(file)).ends_with('\n') && tries < 3000; ++tries)
+        for (int tries = 0; !(told = Told(file)).ends_with('\n') && tries < 10000; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return told;
     }
@@ -57,7 +61,7 @@ protected:
     /// Whether it is gone soon, for one that nobody tells the end of.
     static bool GoesAway(pid_t process)
     {
-        for (int tries = 0; IsThere(process) && tries < 3000; ++tries)
+        for (int tries = 0; IsThere(process) && tries < 10000; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return !IsThere(process);
     }
@@ -65,15 +69,23 @@ protected:
     const TemporaryFolder m_folder;
 };
 
-/// Counts how often a signal arrives in its lifetime.
+/// Counts how often a signal arrives in its lifetime. If a file is named, the sixth one makes it.
 class CountedSignal
 {
 public:
-    explicit CountedSignal(int number) : m_number(number)
+    explicit CountedSignal(int number, std::string file = {}) : m_number(number), m_file(std::move(file))
     {
         s_count = 0;
+        s_file = m_file.c_str();
         struct sigaction counting = {};
-        counting.sa_handler = [](int) { s_count = s_count + 1; };
+        counting.sa_handler = [](int)
+        {
+            const int earlier = errno;
+            s_count = s_count + 1;
+            if (s_count == 6 && *s_file != '\0')
+                ::close(::open(s_file, O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+            errno = earlier;
+        };
         ::sigaction(m_number, &counting, &m_earlier);
     }
     CountedSignal(const CountedSignal&) = delete;
@@ -84,8 +96,10 @@ public:
 
 private:
     static inline volatile sig_atomic_t s_count;
+    static inline const char* s_file;
 
     int m_number;
+    std::string m_file;
     struct sigaction m_earlier = {};
 };
 
@@ -93,7 +107,10 @@ private:
 class FrequentAlarm : public CountedSignal
 {
 public:
-    FrequentAlarm() : CountedSignal(SIGALRM) { SetTimer({{0, 10000}, {0, 10000}}); }
+    explicit FrequentAlarm(std::string file = {}) : CountedSignal(SIGALRM, std::move(file))
+    {
+        SetTimer({{0, 10000}, {0, 10000}});
+    }
     FrequentAlarm(const FrequentAlarm&) = delete;
     FrequentAlarm& operator=(const FrequentAlarm&) = delete;
     ~FrequentAlarm() { SetTimer({}); }

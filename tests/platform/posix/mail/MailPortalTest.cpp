@@ -223,7 +223,17 @@ TEST_F(MailPortalTest, AttachmentThatIsNoFileIsNotHandedOver)
 TEST_F(MailPortalTest, NoAnswerToAMailIsAFailureInTime)
 {
     Portal("silent");
-    EXPECT_LT(SecondsOf([&] { EXPECT_EQ(SendByPortal({}, m_part, m_short), utility::platform::mailFailed); }), 12.0);
+    // On a busy machine the bus itself may not answer in the shorter time, and then nothing was asked.
+    std::optional<std::uint32_t> sent;
+    for (const int answer : {1000, 4000})
+    {
+        const PortalWaits waits{std::chrono::milliseconds(answer), m_short.user};
+        if (!sent)
+        {
+            EXPECT_LT(SecondsOf([&] { sent = SendByPortal({}, m_part, waits); }), 12.0);
+        }
+    }
+    EXPECT_EQ(sent, utility::platform::mailFailed);
 }
 
 TEST_F(MailPortalTest, UserWhoDoesNotAnswerIsNotAskedForEver)
