@@ -646,14 +646,14 @@ TEST_F(HeaderExampleTest, ResourceCounter)
 
 TEST_F(HeaderExampleTest, Version)
 {
-    boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
+    support::TemporaryFolder::Copy(TestModules() / "WholeVersion.dll", "app.exe");
 #include "settings/Version.example"
     EXPECT_EQ(shown.substr(0, 13), L"the \"product\"");
 }
 
 TEST_F(HeaderExampleTest, ExeFile)
 {
-    boost::filesystem::copy_file(TestModules() / "WholeVersion.dll", "app.exe");
+    support::TemporaryFolder::Copy(TestModules() / "WholeVersion.dll", "app.exe");
 #include "system/ExeFile.example"
     EXPECT_EQ(shown, L"0|");
 }

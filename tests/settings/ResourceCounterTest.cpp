@@ -114,7 +114,7 @@ protected:
     /// Puts one of the modules made for the tests beside the module Milling.
     void Put(const char* kind, const char* name) const
     {
-        boost::filesystem::copy_file(boost::filesystem::path(UTILITY_TEST_MODULES) / kind, m_folder / name);
+        support::TemporaryFolder::Copy(boost::filesystem::path(UTILITY_TEST_MODULES) / kind, m_folder / name);
     }
 
     support::ScratchHives m_hives;
@@ -308,7 +308,7 @@ TEST_F(ResourceCounterTest, FolderMayLookLikeAFormat)
 {
     const boost::filesystem::path folder = m_folder / "50%s %d%1%.x";
     boost::filesystem::create_directory(folder);
-    boost::filesystem::copy_file(boost::filesystem::path(UTILITY_TEST_MODULES) / current, folder / "%sResDEU.dll");
+    support::TemporaryFolder::Copy(boost::filesystem::path(UTILITY_TEST_MODULES) / current, folder / "%sResDEU.dll");
     RecordingModules modules(folder / "%s.dll", m_events);
     const RecordingLocale locale(0x0407, m_events);
     const CResourceCounter counter(modules.Module());
@@ -355,7 +355,7 @@ TEST(ResourceCounterOfALoadedModuleTest, TakesOverOneReference)
     Events events;
     const RecordingLocale locale(0x0407, events);
     for (const char* const name : {"Milling.dll", "MillingResDEU.dll"})
-        boost::filesystem::copy_file(boost::filesystem::path(UTILITY_TEST_MODULES) / current, folder / name);
+        support::TemporaryFolder::Copy(boost::filesystem::path(UTILITY_TEST_MODULES) / current, folder / name);
     const HINSTANCE module = Modules().Load(WideFromPath(folder / "Milling.dll").c_str());
     ASSERT_NE(module, nullptr);
     HINSTANCE satellite = nullptr;

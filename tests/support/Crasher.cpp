@@ -15,7 +15,7 @@ void Crasher::UseCopy(const boost::filesystem::path& name)
 {
     const boost::filesystem::path folder = m_folder / "program";
     boost::filesystem::create_directory(folder);
-    boost::filesystem::copy_file(m_program, folder / name);
+    TemporaryFolder::Copy(m_program, folder / name);
     m_program = folder / name;
 }
 

@@ -51,6 +51,13 @@ public:
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
+    /// Also from another file system, which that of Boost refuses on newer kernels.
+    static void Copy(const boost::filesystem::path& from, const boost::filesystem::path& to)
+    {
+        std::ofstream(PlainName(to), std::ios::binary) << std::ifstream(PlainName(from), std::ios::binary).rdbuf();
+        boost::filesystem::permissions(to, boost::filesystem::status(from).permissions());
+    }
+
 private:
     static std::string PlainName(const boost::filesystem::path& path) { return path.string(); }
 

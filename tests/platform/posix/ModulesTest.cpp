@@ -66,7 +66,7 @@ namespace
 /// from then on and becomes another one by `change`.
 bool IsToldItsFileName(const boost::filesystem::path& folder, const std::function<void()>& change)
 {
-    boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, folder / "near.so");
+    support::TemporaryFolder::Copy(UTILITY_VERSIONED_MODULE, folder / "near.so");
     support::Child child(
         [&]
         {
@@ -107,7 +107,7 @@ TEST(PosixModulesTest, FileNameMayEndLikeTheMarkOfOneThatIsGone)
 {
     const support::TemporaryFolder folder;
     const auto path = folder / "near.so (deleted)";
-    boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, path);
+    support::TemporaryFolder::Copy(UTILITY_VERSIONED_MODULE, path);
     support::Child child(
         [&]
         {
@@ -128,8 +128,8 @@ TEST(PosixModulesTest, PathsMayHaveAnyLengthThatTheSystemHas)
         while (folder.size() + 8 < length)
             folder /= std::string(std::min<std::size_t>(200, length - folder.size() - 8), 'x');
         boost::filesystem::create_directories(folder);
-        boost::filesystem::copy_file(UTILITY_VERSIONED_MODULE, folder / "far.so");
-        boost::filesystem::copy_file(UTILITY_TEST_MODULES "/Resources.dll", folder / "far.dll");
+        support::TemporaryFolder::Copy(UTILITY_VERSIONED_MODULE, folder / "far.so");
+        support::TemporaryFolder::Copy(UTILITY_TEST_MODULES "/Resources.dll", folder / "far.dll");
         void* const library = ::dlopen((folder / "far.so").c_str(), RTLD_NOW);
         ASSERT_NE(library, nullptr) << ::dlerror();
         EXPECT_EQ(Modules().FileName(Modules().ModuleAt(::dlsym(library, "main"))),

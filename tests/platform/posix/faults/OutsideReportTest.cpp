@@ -19,8 +19,8 @@ class OutsideReportTest : public testing::Test
 protected:
     OutsideReportTest()
     {
-        copy_file(UTILITY_REPORTING_PROGRAM, m_folder / "host");
-        copy_file(UTILITY_REPORT_PROGRAM, m_folder / "UtilityCrashReport");
+        support::TemporaryFolder::Copy(UTILITY_REPORTING_PROGRAM, m_folder / "host");
+        support::TemporaryFolder::Copy(UTILITY_REPORT_PROGRAM, m_folder / "UtilityCrashReport");
     }
 
     /// What the program says at its end.
