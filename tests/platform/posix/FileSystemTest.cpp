@@ -358,7 +358,7 @@ TEST_F(PosixSwapTest, NewFileThatTheLibraryHasJustFlushedIsFlushedOnlyIfItHasCha
     };
     // A system that gives all changes of a tick one time cannot tell at each try.
     int fewest = 2;
-    for (int tries = 0; fewest == 2 && tries < 20000; ++tries)
+    for (int tries = 0; fewest == 2 && tries < 5000; ++tries)
     {
         write("replacement", "newer");
         fewest = flushes();

@@ -708,6 +708,9 @@ void Execute(const path& file, const char* statements)
 constexpr char writing[] = "begin immediate; update \"values\" set data = x'6E6577'";
 constexpr char withoutALog[] = "pragma journal_mode = delete";
 
+/// Longer than who reads waits and shorter than who writes does, in microseconds.
+constexpr std::int64_t betweenReadersAndWriters = 2'500'000;
+
 class HiveOfOthersTest : public HiveTest
 {
 protected:
@@ -735,7 +738,6 @@ TEST_F(HiveOfOthersTest, IsReadWhileAnotherProcessIsWriting)
 
 TEST_F(HiveOfOthersTest, ThatHasNoLogIsRefusedSoonToWhoReadsAndLateToWhoWrites)
 {
-    constexpr std::int64_t betweenBoth = 2'500'000;
     Execute(m_file, withoutALog);
     Hive open(m_file, Hive::Owner::user);
     EXPECT_EQ(open.Writable(), 0);
@@ -746,9 +748,9 @@ TEST_F(HiveOfOthersTest, ThatHasNoLogIsRefusedSoonToWhoReadsAndLateToWhoWrites)
         const std::int64_t start = support::FailingDatabase::Slept();
         EXPECT_EQ(closed.Find(Hive::root, L"Key", key), Status(ERROR_BUSY));
         EXPECT_EQ(Text(open, m_key, L"Name"), "<170>");
-        EXPECT_LT(support::FailingDatabase::Slept() - start, betweenBoth);
+        EXPECT_LT(support::FailingDatabase::Slept() - start, betweenReadersAndWriters);
         EXPECT_EQ(open.Set(m_key, L"Name", REG_SZ, "new"), Status(ERROR_BUSY));
-        EXPECT_GT(support::FailingDatabase::Slept() - start, betweenBoth);
+        EXPECT_GT(support::FailingDatabase::Slept() - start, betweenReadersAndWriters);
     }
     {
         OtherUser other(m_file, "begin exclusive", 1000);
@@ -1600,7 +1602,9 @@ TEST_F(HiveFilesTest, KeyToBeReadIsRefusedSoonAndOneToBeWrittenWaitedForWhereThe
     Execute(m_folder / "user.db", withoutALog);
     OtherUser other(m_folder / "user.db", "begin exclusive", 1000);
     HKEY key = nullptr;
+    const std::int64_t start = support::FailingDatabase::Slept();
     EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_READ, key), Status(ERROR_BUSY));
+    EXPECT_LT(support::FailingDatabase::Slept() - start, betweenReadersAndWriters);
     other.LetGo();
     EXPECT_EQ(Registry().RegOpenKeyExW(HKEY_CURRENT_USER, L"Key", KEY_WRITE, key), 0);
     EXPECT_EQ(Registry().RegCloseKey(key), 0);
