@@ -254,7 +254,7 @@ TEST(DebugReportThreadTest, AssertionCountsUntilItsTextIsOutAlsoWhereTheFirstHas
             if (narrow.size() > 1)
                 return;
             isWriting.set_value();
-            mayEnd.get_future().wait_for(std::chrono::seconds(10));
+            mayEnd.get_future().wait_for(std::chrono::seconds(100));
         }
         std::promise<void> isWriting;
         std::promise<void> mayEnd;
@@ -264,7 +264,7 @@ TEST(DebugReportThreadTest, AssertionCountsUntilItsTextIsOutAlsoWhereTheFirstHas
     desktop.whileAsking = [&]
     {
         second = std::thread([] { ZeloDbgReport(reportAssertion, 0, true, "b.cpp", 2, nullptr, nullptr); });
-        debugger.isWriting.get_future().wait_for(std::chrono::seconds(10));
+        debugger.isWriting.get_future().wait_for(std::chrono::seconds(100));
     };
     EXPECT_EQ(ZeloDbgReport(reportAssertion, 0, true, "a.cpp", 1, nullptr, nullptr), 0);
     ASSERT_TRUE(second.joinable());

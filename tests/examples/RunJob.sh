@@ -11,7 +11,7 @@ gone() {
     tries=0
     while kill -0 "$1" 2>/dev/null; do
         tries=$((tries + 1))
-        if [ "$tries" -gt 200 ]; then
+        if [ "$tries" -gt 2000 ]; then
             echo "process $1 is still there"
             exit 1
         fi

@@ -382,7 +382,7 @@ TEST_F(LogMessagesThreadTest, CapacityThatIsSetWhileTheCallersMessagesDieIsUndon
     // The store is not locked while so many die, which takes long enough for the other thread to come in the midst.
     const CLogMessage message(LogSeverityError, std::wstring(40, L'x'));
     bool cameBetween = false;
-    for (int attempt = 0; attempt < 20 && !cameBetween; ++attempt)
+    for (int attempt = 0; attempt < 200 && !cameBetween; ++attempt)
     {
         store.SetLogCapacity(500);
         ring = Ring(200000, message);

@@ -49,7 +49,7 @@ int main()
     const pid_t child = ::fork();
     if (child == 0)
     {
-        ::alarm(10); // what waits for ever ends by a signal
+        ::alarm(100); // what waits for ever ends by a signal
         ::_exit(CQLMAppSettings::instance().SetValue(L"Child", L"Number", 7) ? 0 : 1);
     }
     maker.join();

@@ -28,7 +28,7 @@ public:
     /// Waits a while for it to tell something.
     std::string ToldAtLast() const
     {
-        for (int tries = 0; Told().empty() && tries < 1000; ++tries)
+        for (int tries = 0; Told().empty() && tries < 10000; ++tries)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         return Told();
     }

@@ -232,7 +232,7 @@ protected:
     boost::filesystem::path Helper() const { return m_crasher.Program().parent_path() / reportProgram; }
     void UseHastyHelper()
     {
-        boost::filesystem::copy_file(boost::filesystem::path(UTILITY_CRASHERS) / "HastyCrashReport", Helper());
+        support::TemporaryFolder::Copy(boost::filesystem::path(UTILITY_CRASHERS) / "HastyCrashReport", Helper());
     }
 };
 
@@ -563,7 +563,7 @@ TEST_F(PosixCrashReport, StackOfTheHostsMayHaveAnySizeAndTheProcessEndsByTheSign
                                   [size]
                                   {
                                       UseOwnStack(size);
-                                      ::alarm(20);
+                                      ::alarm(100);
                                   });
             EXPECT_TRUE(m_end.isCrash) << m_end.output;
             // Where the system finds no room for the signal it ends the process by one of its own.

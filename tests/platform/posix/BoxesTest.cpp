@@ -125,7 +125,7 @@ TEST(BoxTest, WhatWasTypedBeforeTheQuestionIsNoAnswer)
             ::write(STDOUT_FILENO, "ready", 5);
             // The line is there once it can be read; it is left unread.
             pollfd waiting{STDIN_FILENO, POLLIN, 0};
-            ::poll(&waiting, 1, 10000);
+            ::poll(&waiting, 1, 100000);
             return Ask();
         },
         Child::Terminal::foreground);
@@ -315,7 +315,7 @@ TEST(BoxTest, EnterAheadOfATextIsNoAnswerToIt)
         {
             ::write(STDOUT_FILENO, "ready", 5);
             pollfd waiting{STDIN_FILENO, POLLIN, 0};
-            ::poll(&waiting, 1, 10000);
+            ::poll(&waiting, 1, 100000);
             return ShowText();
         },
         Child::Terminal::foreground);

@@ -47,7 +47,7 @@ protected:
         EXPECT_NE(watcher, nullptr);
         // Not by the call that is scripted here.
         DWORD code = STILL_ACTIVE;
-        for (int tries = 0; code == STILL_ACTIVE && tries < 1000; ++tries)
+        for (int tries = 0; code == STILL_ACTIVE && tries < 20000; ++tries)
         {
             ::Sleep(5);
             ::GetExitCodeThread(watcher, &code);
@@ -172,7 +172,7 @@ TEST(JobsTest, JobThatIsClosedAheadOfTheWatchIsAnEndWithOne)
     const HANDLE job = Jobs().MakeJob();
     ASSERT_TRUE(Handles().CloseHandle(job));
     const HANDLE watcher = Jobs().Watch(job);
-    EXPECT_EQ(Jobs().WaitForExitCode(watcher, 30000), 1u);
+    EXPECT_EQ(Jobs().WaitForExitCode(watcher, 100000), 1u);
     Handles().CloseHandle(watcher);
 }
 
@@ -204,7 +204,7 @@ TEST(JobsTest, ProcessRunsOnlyWhenItIsInTheJob)
     BOOL isInJob = FALSE;
     EXPECT_TRUE(::IsProcessInJob(process, job, &isInJob));
     EXPECT_TRUE(isInJob);
-    EXPECT_EQ(Jobs().WaitForExitCode(process, 30000), 5u);
+    EXPECT_EQ(Jobs().WaitForExitCode(process, 100000), 5u);
     Handles().CloseHandle(process);
     Handles().CloseHandle(job);
 }
@@ -223,7 +223,7 @@ TEST(JobsTest, ProcessThatTheJobDoesNotTakeNeverRuns)
     const HANDLE job = Jobs().MakeJob();
     EXPECT_EQ(Jobs().StartIn(job, L"cmd /c exit 5"), nullptr);
     EXPECT_EQ(LastError(), static_cast<DWORD>(ERROR_ACCESS_DENIED));
-    EXPECT_EQ(Jobs().WaitForExitCode(refused, 30000), 1u);
+    EXPECT_EQ(Jobs().WaitForExitCode(refused, 100000), 1u);
     Handles().CloseHandle(refused);
     Handles().CloseHandle(job);
 }

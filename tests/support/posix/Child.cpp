@@ -45,7 +45,7 @@ std::string Child::ReadUntil(std::string_view end) const
         pollfd waiting{m_terminal, POLLIN, 0};
         char byte = 0;
         // What is wrong takes longer than this; what is right does not.
-        if (::poll(&waiting, 1, 10000) <= 0 || ::read(m_terminal, &byte, 1) != 1)
+        if (::poll(&waiting, 1, 100000) <= 0 || ::read(m_terminal, &byte, 1) != 1)
             break;
         text += byte;
     }

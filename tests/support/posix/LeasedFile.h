@@ -41,7 +41,7 @@ private:
         [[maybe_unused]] const ssize_t told = ::write(m_ends[1], "x", 1);
         if (!hasLease)
             return 1;
-        const timespec wait = {10, 0};
+        const timespec wait = {100, 0};
         const bool isWanted = ::sigtimedwait(&breaks, nullptr, &wait) == SIGIO;
         ::usleep(50000);
         return ::fcntl(file, F_SETLEASE, F_UNLCK) == 0 && isWanted ? 0 : 1;

@@ -36,7 +36,7 @@ void ExpectChildrenOfThreadsToWork(Work work, Task task)
         support::Child child(
             [&]
             {
-                ::alarm(10); // what waits for ever ends by a signal
+                ::alarm(100); // what waits for ever ends by a signal
                 for (int repeated = 0; repeated < 10; ++repeated)
                 {
                     if (!task())

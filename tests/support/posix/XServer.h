@@ -36,7 +36,7 @@ public:
         // It tells its number when it is ready.
         char c = 0;
         for (pollfd ready{pipe[0], POLLIN, 0};
-             ::poll(&ready, 1, 20000) > 0 && ::read(pipe[0], &c, 1) == 1 && c != '\n';)
+             ::poll(&ready, 1, 100000) > 0 && ::read(pipe[0], &c, 1) == 1 && c != '\n';)
             m_display += c;
         ::close(pipe[0]);
     }

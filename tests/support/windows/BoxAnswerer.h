@@ -67,7 +67,7 @@ private:
     void Answer(int button, const Look& look)
     {
         HWND box = nullptr;
-        for (int i = 0; i < 1000 && box == nullptr; ++i)
+        for (int i = 0; i < 10000 && box == nullptr; ++i)
         {
             ::Sleep(10);
             ::EnumWindows(&IsBox, reinterpret_cast<LPARAM>(&box));
