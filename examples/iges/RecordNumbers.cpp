@@ -13,9 +13,11 @@ namespace
 using enum TextFieldForm;
 constexpr std::array manyReals = {real, real, real, real, real, real, real, real};
 
-bool IsInteger(double whole)
+bool IsInteger(double value)
 {
-    return (whole >= std::numeric_limits<int>::min()) & (whole <= std::numeric_limits<int>::max());
+    constexpr double lowest = std::numeric_limits<int>::min();
+    constexpr double highest = std::numeric_limits<int>::max();
+    return (value >= lowest) & (value <= highest);
 }
 
 }

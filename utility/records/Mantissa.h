@@ -41,7 +41,6 @@ enum MantissaState : std::uint8_t
     mayBeSign = 4,
     isPositive = 8,
     mantissaStart = mayBeDigit | mayBePoint | mayBeSign | isPositive,
-    integerStart = mayBeDigit | mayBeSign | isPositive,
 };
 
 inline constexpr auto mantissaCharacters = []
