@@ -446,17 +446,19 @@ TEST_P(RunMethodTest, EachExponentIsWhatASingleReadGives)
 
 TEST_P(RunMethodTest, EachCharacterAnywhereInANumberIsWhatASingleReadGives)
 {
-    const std::string number = "-123.456E-07";
-    for (std::size_t place = 0; place <= number.size(); ++place)
+    for (const std::string number : {"-123.456E-07", "7.1234567890123456789"})
     {
-        for (int c = 0; c < 256; ++c)
+        for (std::size_t place = 0; place <= number.size(); ++place)
         {
-            std::string other = number;
-            other.insert(place, 1, static_cast<char>(c));
-            if (place < number.size())
-                other.erase(place + 1, 1);
-            const std::string text = "1.5," + other + ",2.5,3";
-            ExpectSame({{text}});
+            for (int c = 0; c < 256; ++c)
+            {
+                std::string other = number;
+                other.insert(place, 1, static_cast<char>(c));
+                if (place < number.size())
+                    other.erase(place + 1, 1);
+                const std::string text = "1.5," + other + ",2.5,3";
+                ExpectSame({{text}});
+            }
         }
     }
 }
@@ -577,6 +579,25 @@ TEST_P(RunMethodTest, RoundingIsThatOfASingleRead)
     {
         ASSERT_EQ(std::fesetround(rounding), 0);
         ExpectSame({{text}});
+    }
+}
+
+TEST_P(RunMethodTest, NumbersThatNeedNoRoundingRaiseNoFloatingPointException)
+{
+    for (const char* const number : {"1.5,", "1.5E2,"})
+    {
+        std::string text;
+        for (std::size_t count = 1; count < 20; ++count)
+        {
+            text += number;
+            OneLine cursor(text);
+            std::vector<double> values(count);
+            std::size_t read = 0;
+            std::feclearexcept(FE_ALL_EXCEPT);
+            EXPECT_TRUE(cursor.ReadReals(values, ',', read));
+            EXPECT_EQ(std::fetestexcept(FE_ALL_EXCEPT), 0) << text;
+            EXPECT_EQ(read, count);
+        }
     }
 }
 
