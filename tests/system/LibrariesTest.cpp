@@ -81,7 +81,7 @@ private:
     support::Substitute<utility::platform::LibraryService> m_scope{utility::platform::LibrariesSlot(), *this};
 };
 
-using Calls = std::vector<std::string>;
+using LibraryCalls = std::vector<std::string>;
 
 }
 
@@ -94,7 +94,7 @@ TEST(GetDLLVersionTest, IsWhatTheLibraryTells)
     EXPECT_EQ(GetDLLVersion("tools.dll", major, minor), 7);
     EXPECT_EQ(major, 4u);
     EXPECT_EQ(minor, 71u);
-    EXPECT_EQ(libraries.calls, (Calls{"load tools.dll", "find DllGetVersion", "free"}));
+    EXPECT_EQ(libraries.calls, (LibraryCalls{"load tools.dll", "find DllGetVersion", "free"}));
 }
 
 TEST(GetDLLVersionTest, LibraryThatIsNotThereIsAFailure)
@@ -106,7 +106,7 @@ TEST(GetDLLVersionTest, LibraryThatIsNotThereIsAFailure)
     EXPECT_EQ(GetDLLVersion("tools.dll", major, minor), notThere);
     EXPECT_EQ(major, 1u);
     EXPECT_EQ(minor, 2u);
-    EXPECT_EQ(libraries.calls, Calls{"load tools.dll"});
+    EXPECT_EQ(libraries.calls, LibraryCalls{"load tools.dll"});
 }
 
 TEST(GetDLLVersionTest, LibraryWithoutTheFunctionIsAFailureAndIsReleased)
@@ -117,7 +117,7 @@ TEST(GetDLLVersionTest, LibraryWithoutTheFunctionIsAFailureAndIsReleased)
     DWORD minor = 2;
     EXPECT_EQ(GetDLLVersion("tools.dll", major, minor), notThere);
     EXPECT_EQ(major, 1u);
-    EXPECT_EQ(libraries.calls, (Calls{"load tools.dll", "find DllGetVersion", "free"}));
+    EXPECT_EQ(libraries.calls, (LibraryCalls{"load tools.dll", "find DllGetVersion", "free"}));
 }
 
 TEST(GetDLLVersionTest, NegativeStatusStoresNothing)
@@ -192,7 +192,7 @@ TEST(IsDLLAvailableTest, LibraryIsReleasedAgain)
 {
     ScriptedLibraries libraries;
     EXPECT_TRUE(IsDLLAvailable("tools.dll"));
-    EXPECT_EQ(libraries.calls, (Calls{"load tools.dll", "free"}));
+    EXPECT_EQ(libraries.calls, (LibraryCalls{"load tools.dll", "free"}));
     libraries.loads = false;
     EXPECT_FALSE(IsDLLAvailable("tools.dll"));
     EXPECT_EQ(libraries.calls.back(), "load tools.dll");
