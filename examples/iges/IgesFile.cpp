@@ -57,6 +57,22 @@ std::string_view TakeLine(std::string_view& text, char lineEnd)
     return line;
 }
 
+/// The letter in the section column, or 0.
+char SectionOf(std::string_view line) { return line.size() < sectionColumn ? '\0' : line[sectionColumn - 1]; }
+
+/// Asked first: of what is another kind of file nothing is to be said line by line.
+bool HasSections(std::string_view text)
+{
+    const char lineEnd = LineEndOf(text);
+    while (!text.empty())
+    {
+        const char section = SectionOf(TakeLine(text, lineEnd));
+        if (section != '\0' && std::strchr("SGDPT", section) != nullptr)
+            return true;
+    }
+    return false;
+}
+
 /// Takes a delimiter (such as 1H,) and the parameter delimiter behind it from the start of the global section. An empty
 /// field stands for the usual one, and a character that can stand in a number for none.
 char TakeDelimiter(std::string_view& global, char usual)
@@ -131,12 +147,13 @@ std::vector<int> Record::LineNumbers() const
     return numbers;
 }
 
-File::File(const char* text, std::size_t size, CTextInputOutputFile* messages) : m_messages(messages)
+File::File(const char* text, std::size_t size, CTextInputOutputFile* messages)
+    : m_messages(messages), m_hasSections(HasSections({text, size}))
 {
-    SortLines({text, size});
-    HandOutRuns();
     if (!m_hasSections)
         return;
+    SortLines({text, size});
+    HandOutRuns();
     ReadGlobalSection();
     ReadDirectory();
 }
@@ -160,7 +177,7 @@ void File::SortLines(std::string_view text)
     {
         line.text = TakeLine(text, lineEnd);
         ++line.number;
-        const char section = line.text.size() < sectionColumn ? '\0' : line.text[sectionColumn - 1];
+        const char section = SectionOf(line.text);
         bool known = true;
         if (section == 'P')
             AddParameterLine(line);
@@ -172,7 +189,6 @@ void File::SortLines(std::string_view text)
             terminated = true;
         else
             known = section == 'S';
-        m_hasSections = m_hasSections || known;
 
         // What may follow the last section is nobody's business.
         if ((known && line.text.size() == lineLength) || (terminated && !known))
@@ -184,7 +200,7 @@ void File::SortLines(std::string_view text)
         else if (m_records.back().trouble.empty())
             m_records.back().trouble = L"Line " + std::to_wstring(line.number) + L" " + trouble + L".";
     }
-    if (m_hasSections && !terminated)
+    if (!terminated)
         Complain(*m_messages, L"The file ends before its last section.");
 }
 

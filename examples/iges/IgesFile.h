@@ -74,7 +74,7 @@ public:
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
-    /// False if no line has a section letter: then this is something else.
+    /// False if no line has a section letter: then this is something else, of whose lines nothing is said.
     bool IsIges() const { return m_hasSections; }
 
     Delimiters FieldDelimiters() const { return m_delimiters; }
@@ -109,7 +109,7 @@ private:
     void ComplainOf(const Line& line, const wchar_t* text) const;
 
     CTextInputOutputFile* m_messages;
-    bool m_hasSections = false;
+    bool m_hasSections;
     std::vector<std::string_view> m_globalLines;
     std::vector<Line> m_directoryLines;
     Delimiters m_delimiters;

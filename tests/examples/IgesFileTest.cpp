@@ -147,6 +147,7 @@ TEST_F(IgesFileTest, TextThatIsNoIgesFileIsNone)
     EXPECT_FALSE(Load("\n\n\r\n").IsIges());
     EXPECT_FALSE(Load(std::string(72, 'P')).IsIges());
     EXPECT_FALSE(Load(std::string(80, 'x')).IsIges());
+    EXPECT_EQ(errors, Errors());
     EXPECT_TRUE(Load(std::string(73, 'P')).IsIges());
 }
 
