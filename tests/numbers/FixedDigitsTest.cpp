@@ -229,6 +229,39 @@ TEST(FixedDigitsTest, TrimmedFractionEndsWithItsLastDigit)
     EXPECT_EQ(trimmed(0.1, 100), "0.1000000000000000055511151231257827021181583404541015625");
 }
 
+TEST(FixedNumberTest, HoldsAnyNumberOfPlacesBehindAnyWholePart)
+{
+    for (double whole = 1.0; whole < 1e19; whole *= 10.0)
+    {
+        for (const double fraction : {0.0, 0.5, 0.999999999, 0.9999, 0.0625, 1.0 - 0x1p-20, 0x1p-30, 1.0 / 3})
+        {
+            for (const double value : {whole - 1.0 + fraction, whole + fraction, 9.0 * whole + fraction})
+            {
+                for (int decimals = 0; decimals <= 19; ++decimals)
+                {
+                    FixedNumber number;
+                    if (!number.Holds(value, decimals))
+                    {
+                        EXPECT_GE(value, 0x1p64);
+                        continue;
+                    }
+                    ASSERT_EQ(Text(number), Expected(value, decimals)) << value << ' ' << decimals;
+                }
+            }
+        }
+    }
+}
+
+TEST(FixedNumberTest, TieWithoutPlacesGoesToTheEvenNumber)
+{
+    for (double whole = 0.0; whole < 2000.0; ++whole)
+    {
+        FixedNumber number;
+        ASSERT_TRUE(number.Holds(whole + 0.5, 0));
+        ASSERT_EQ(Text(number), Expected(whole + 0.5, 0));
+    }
+}
+
 class DigitCountTest : public ::testing::TestWithParam<int>
 {
 };

@@ -250,6 +250,31 @@ TEST(FormatFixedTest, NothingBesideTheTextIsTouched)
     }
 }
 
+TEST(FormatFixedTest, TextIsTheSameInARoomOfAnySize)
+{
+    for (const double value : {0.0, 1.0, -9.5, 12.125, -999.9995, 1234567.0625, 12345678.5, 99999999.875, -1e15})
+    {
+        for (int decimals = 0; decimals <= 16; ++decimals)
+        {
+            for (const bool trims : {false, true})
+            {
+                const std::string text = Formatted<char>(value, decimals, true, ",", trims, false);
+                const std::wstring wide(text.begin(), text.end());
+                ASSERT_EQ(to_wstring(value, decimals, true, L",", trims), wide);
+                for (std::size_t room = text.size(); room != text.size() + 20; ++room)
+                {
+                    std::string place(room, '#');
+                    std::wstring widePlace(room, L'#');
+                    ASSERT_EQ(FormatFixed(std::span(place), value, decimals, true, ",", trims), text.size());
+                    ASSERT_EQ(FormatFixed(std::span(widePlace), value, decimals, true, L",", trims), text.size());
+                    ASSERT_EQ(place, text + std::string(room - text.size(), '#'));
+                    ASSERT_EQ(widePlace, wide + std::wstring(room - text.size(), L'#'));
+                }
+            }
+        }
+    }
+}
+
 TEST(FormatFixedTest, SymbolMayBeAnyText)
 {
     // In more bytes than one, in one that is no ASCII, and beyond those.

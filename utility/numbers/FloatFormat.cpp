@@ -85,46 +85,50 @@ public:
 
     std::size_t Length() const { return m_signLength + m_length; }
 
-    [[gnu::always_inline]] void Write(Char* to) const
+    /// To a place of this size, which is at least that of the text.
+    [[gnu::always_inline]] void Write(Char* to, std::size_t size) const
     {
-        *to = m_sign;
-        to += m_signLength;
         if constexpr (std::is_same_v<Number, FixedNumber>)
         {
             if (IsShort()) [[likely]]
-                return utility::detail::WriteBytes(to, Bytes(), m_length);
+                return WriteShort(to, size, true);
         }
+        *to = m_sign;
+        to += m_signLength;
         m_number.WriteWhole(to);
         to = std::copy(m_symbol.begin(), m_symbol.end(), to + m_number.WholeLength());
         m_number.WriteFraction(to);
         std::fill(to + m_number.FractionLength(), to + m_places, Char{'0'});
     }
 
-    /// Whether the text but for its sign is in sixteen bytes, as the usual one is.
-    bool IsShort() const
+    /// Whether the text but for its sign has no more than sixteen characters, as the usual one has.
+    [[gnu::always_inline]] bool IsShort() const
     {
-        return m_length <= 16 &&
-               (m_symbol.empty() || (m_symbol.size() == 1 && m_number.WholeLength() <= 7 &&
-                                     static_cast<Char>(static_cast<unsigned char>(m_symbol[0])) == m_symbol[0]));
+        return m_length <= 16 && m_number.WholeLength() <= 7 &&
+               (m_symbol.size() == 1 ? static_cast<Char>(static_cast<unsigned char>(m_symbol[0])) == m_symbol[0]
+                                     : m_symbol.empty() && m_places == 0);
     }
 
-    /// Writes a short text, and whatever comes behind it: a length that differs from text to text is mispredicted.
+    /// Writes a short text. Nothing depends on its length but where there is little room: it differs from text to text,
+    /// so a branch would be mispredicted.
+    /// @param isRestKept whether what is behind the text stays as it is
     static constexpr std::size_t shortLength = 1 + 16;
-    [[gnu::always_inline]] void WriteShort(Char* to) const
+    [[gnu::always_inline]] void WriteShort(Char* to, std::size_t size, bool isRestKept) const
     {
         *to = m_sign;
         to += m_signLength;
-        const Uint128 bytes = Bytes();
-        utility::detail::WriteEight(to, static_cast<std::uint64_t>(bytes));
-        utility::detail::WriteEight(to + 8, static_cast<std::uint64_t>(bytes >> 64));
+        if (m_places > 8)
+            return m_number.WriteManyPlaces(to, m_symbol[0]);
+        const Uint128 bytes = m_number.Bytes(static_cast<unsigned char>(m_symbol.empty() ? 0 : m_symbol[0]));
+        if (!isRestKept)
+            utility::detail::WriteSixteen(to, bytes);
+        else if (size >= shortLength) [[likely]]
+            utility::detail::WriteFirst(to, bytes, m_length);
+        else
+            utility::detail::WriteBytes(to, bytes, m_length);
     }
 
 private:
-    Uint128 Bytes() const
-    {
-        return m_symbol.empty() ? m_number.Bytes() : m_number.Bytes(static_cast<unsigned char>(m_symbol[0]));
-    }
-
     const Number& m_number;
     Char m_sign;
     std::size_t m_signLength;
@@ -173,18 +177,18 @@ template <class Char, class Use>
                     if (length <= std::wstring().capacity())
                     {
                         wchar_t array[shortLength];
-                        text.WriteShort(array);
+                        text.WriteShort(array, shortLength, false);
                         return std::wstring(array, length);
                     }
                     static constexpr wchar_t room[shortLength] = {};
                     std::wstring result(room, shortLength);
-                    text.WriteShort(result.data());
+                    text.WriteShort(result.data(), shortLength, false);
                     result.resize(length);
                     return result;
                 }
             }
             std::wstring result(length, L'0');
-            text.Write(result.data());
+            text.Write(result.data(), length);
             behind.copy(result.data() + text.Length(), behind.size());
             return result;
         });
@@ -199,7 +203,7 @@ template <class Char>
         value, decimals, layout, [place](const auto& text) __attribute__((always_inline)) {
             const std::size_t length = text.Length();
             if (length <= place.size())
-                text.Write(place.data());
+                text.Write(place.data(), place.size());
             return length;
         });
 }

@@ -60,7 +60,8 @@ UTILITY_API void SetDialogDecimalPlaces(int places) noexcept;
                                                   bool trimZeros = false, bool keepSymbol = false);
 
 /// Writes the text that to_wstring gives, of the same arguments, into the caller's memory, without a null behind it. A
-/// text that is too long for that is not written at all.
+/// text that is too long for that is not written at all. What is behind the text stays as it is, and may be read: no
+/// other thread may write there meanwhile.
 /// @return the length of the text, in characters, also of one that does not fit: an empty span asks for it
 /// @param decimalSymbol in whatever encoding the text is to have; not a part of `text`
 [[nodiscard]] UTILITY_API std::size_t FormatFixed(std::span<char> text, double value, int decimals,

@@ -14,11 +14,13 @@
 #include "utility/numbers/PowersOfTen.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <emmintrin.h>
+#include <type_traits>
 
 namespace utility::detail
 {
@@ -32,14 +34,13 @@ inline std::size_t CountDigits(std::uint64_t number)
     return atLeast + (number >= integerPowers[atLeast] ? 1 : 0);
 }
 
-/// The sixteen digits of a number below 10^16, in bytes, the first in the lowest. All are found at once: the number is
-/// split in halves until each has one digit, dividing by a multiplication and a shift.
-inline Uint128 SixteenDigits(std::uint64_t number)
+/// The eight digits each of two numbers below 10^8, in bytes, the first in the lowest. All are found at once: the numbers
+/// are split in halves until each has one digit, dividing by a multiplication and a shift.
+inline Uint128 EightDigitsEach(std::uint64_t first, std::uint64_t second)
 {
-    constexpr std::uint64_t eight = 100'000'000;
     const auto halves = [](__m128i all, __m128i upper, __m128i scale, int bits)
     { return _mm_or_si128(upper, _mm_slli_epi64(_mm_sub_epi16(all, _mm_mullo_epi16(upper, scale)), bits)); };
-    __m128i all = _mm_set_epi64x(static_cast<std::int64_t>(number % eight), static_cast<std::int64_t>(number / eight));
+    __m128i all = _mm_set_epi64x(static_cast<std::int64_t>(second), static_cast<std::int64_t>(first));
     __m128i upper = _mm_srli_epi64(_mm_mul_epu32(all, _mm_set1_epi64x(3518437209)), 45); // by 10000
     all = _mm_or_si128(upper, _mm_slli_epi64(_mm_sub_epi32(all, _mm_mul_epu32(upper, _mm_set1_epi64x(10000))), 32));
     upper = _mm_srli_epi16(_mm_mulhi_epu16(all, _mm_set1_epi32(5243)), 3); // by 100
@@ -48,6 +49,13 @@ inline Uint128 SixteenDigits(std::uint64_t number)
     all = halves(all, upper, _mm_set1_epi16(10), 8);
     return static_cast<Uint128>(_mm_cvtsi128_si64(_mm_unpackhi_epi64(all, all))) << 64 |
            static_cast<std::uint64_t>(_mm_cvtsi128_si64(all));
+}
+
+/// The sixteen digits of a number below 10^16.
+inline Uint128 SixteenDigits(std::uint64_t number)
+{
+    constexpr std::uint64_t eight = 100'000'000;
+    return EightDigitsEach(number / eight, number % eight);
 }
 
 /// What makes characters of digits.
@@ -74,6 +82,14 @@ void WriteEight(Char* to, std::uint64_t bytes)
     }
 }
 
+/// Sixteen bytes as characters.
+template <class Char>
+void WriteSixteen(Char* to, Uint128 bytes)
+{
+    WriteEight(to, static_cast<std::uint64_t>(bytes));
+    WriteEight(to + 8, static_cast<std::uint64_t>(bytes >> 64));
+}
+
 /// The first `count` bytes of sixteen as characters, and nothing behind them.
 template <class Char>
 void WriteBytes(Char* to, Uint128 bytes, std::size_t count)
@@ -98,6 +114,31 @@ void WriteBytes(Char* to, Uint128 bytes, std::size_t count)
         to[i] = eight[i];
 }
 
+/// The same where there is room for sixteen characters, of which those behind are read and written back.
+template <class Char>
+void WriteFirst(Char* to, Uint128 bytes, std::size_t count)
+{
+    constexpr std::size_t all = 16;
+    constexpr std::size_t atOnce = sizeof(__m128i) / sizeof(Char);
+    // All bits set ahead of the end, none behind it.
+    static constexpr auto masks = []
+    {
+        std::array<std::make_unsigned_t<Char>, 2 * all> made{};
+        std::fill_n(made.begin(), all, static_cast<std::make_unsigned_t<Char>>(-1));
+        return made;
+    }();
+    Char characters[all];
+    WriteSixteen(characters, bytes);
+    for (std::size_t i = 0; i != all; i += atOnce)
+    {
+        const auto at = [](auto* place) { return reinterpret_cast<const __m128i*>(place); };
+        const __m128i mask = _mm_loadu_si128(at(masks.data() + all - count + i));
+        const __m128i written = _mm_and_si128(mask, _mm_loadu_si128(at(characters + i)));
+        const __m128i kept = _mm_andnot_si128(mask, _mm_loadu_si128(at(to + i)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_or_si128(written, kept));
+    }
+}
+
 /// The `count` digits of a number that has no more, leading zeros included.
 template <class Char>
 void WriteDigits(Char* to, std::uint64_t number, std::size_t count)
@@ -112,7 +153,7 @@ void WriteDigits(Char* to, std::uint64_t number, std::size_t count)
         WriteBytes(to, (SixteenDigits(number) ^ zeroCharacters) >> 8 * (atOnce - count), count);
 }
 
-/// One that is, without its point, below 2^64, as all are of which a double holds the digits.
+/// One whose whole part is below 2^64, with up to nineteen places.
 class FixedNumber
 {
 public:
@@ -120,42 +161,56 @@ public:
     bool Holds(double value, int decimals);
 
     /// At least 1.
-    std::size_t WholeLength() const { return std::max(CountDigits(m_number), m_fractionLength + 1) - m_fractionLength; }
+    std::size_t WholeLength() const { return CountDigits(m_whole); }
     std::size_t FractionLength() const { return m_fractionLength; }
 
     /// Drops the zeros at the end of the fraction.
     void TrimFraction()
     {
-        for (; m_fractionLength != 0 && m_number % 10 == 0; m_number /= 10)
+        for (; m_fractionLength != 0 && m_fraction % 10 == 0; m_fraction /= 10)
             --m_fractionLength;
     }
 
     template <class Char>
     void WriteWhole(Char* to) const
     {
-        WriteDigits(to, m_number / integerPowers[m_fractionLength], WholeLength());
+        WriteDigits(to, m_whole, WholeLength());
     }
     template <class Char>
     void WriteFraction(Char* to) const
     {
-        WriteDigits(to, m_number % integerPowers[m_fractionLength], m_fractionLength);
+        WriteDigits(to, m_fraction, m_fractionLength);
     }
 
-    /// All of it in sixteen bytes, of which it must not need more.
-    Uint128 Bytes() const { return Digits() ^ zeroCharacters; }
-    /// The same with a symbol, behind seven digits at the most.
+    /// A whole part of up to seven digits, a symbol and up to eight places as characters in sixteen bytes, with zeros
+    /// behind the last place.
     Uint128 Bytes(unsigned char symbol) const
     {
-        const Uint128 digits = Digits();
         const std::size_t bits = 8 * WholeLength();
-        const std::uint64_t whole = static_cast<std::uint64_t>(digits) & ~(~0ULL << bits);
-        return ((digits ^ whole) << 8 | whole | static_cast<std::uint64_t>(symbol ^ '0') << bits) ^ zeroCharacters;
+        const Uint128 characters =
+            EightDigitsEach(m_whole, m_fraction * integerPowers[8 - m_fractionLength]) ^ zeroCharacters;
+        const std::uint64_t whole = static_cast<std::uint64_t>(characters) >> (64 - bits);
+        const auto fraction = static_cast<std::uint64_t>(characters >> 64);
+        return static_cast<Uint128>(fraction >> (56 - bits)) << 64 | (fraction << 8 | symbol) << bits | whole;
+    }
+
+    /// Writes a whole part of up to seven digits, a symbol and nine to fifteen places. The parts overlap.
+    template <class Char>
+    void WriteManyPlaces(Char* to, Char symbol) const
+    {
+        const std::size_t wholeLength = WholeLength();
+        const Uint128 whole = EightDigitsEach(m_whole, 0) ^ zeroCharacters;
+        const Uint128 fraction = SixteenDigits(m_fraction) ^ zeroCharacters;
+        WriteEight(to, static_cast<std::uint64_t>(whole) >> (64 - 8 * wholeLength));
+        to += wholeLength;
+        *to++ = symbol;
+        WriteEight(to, static_cast<std::uint64_t>(fraction >> 8 * (16 - m_fractionLength)));
+        WriteEight(to + m_fractionLength - 8, static_cast<std::uint64_t>(fraction >> 64));
     }
 
 private:
-    Uint128 Digits() const { return SixteenDigits(m_number) >> 8 * (16 - WholeLength() - m_fractionLength); }
-
-    std::uint64_t m_number = 0;
+    std::uint64_t m_whole = 0;
+    std::uint64_t m_fraction = 0; ///< in units of the last place
     std::size_t m_fractionLength = 0;
 };
 
@@ -171,30 +226,41 @@ inline bool FixedNumber::Holds(double value, int decimals)
     if (static_cast<unsigned>(decimals) >= integerPowers.size() || shift <= -12)
         return false;
     const std::uint64_t mantissa = (bits & ((1ULL << mantissaBits) - 1)) | 1ULL << mantissaBits;
-    const Uint128 scaled = static_cast<Uint128>(mantissa) * integerPowers[static_cast<unsigned>(decimals)];
     m_fractionLength = static_cast<std::size_t>(decimals);
+    const std::uint64_t one = integerPowers[m_fractionLength];
+    if (shift <= 0)
+    {
+        m_whole = mantissa << -shift;
+        m_fraction = 0;
+        return true;
+    }
 
     // What is dropped, in units of 2^-64. Its last bit stands for all below.
     std::uint64_t dropped = 0;
-    Uint128 number = 0;
-    if (shift <= 0)
-        number = scaled << -shift;
-    else if (shift < 64)
+    m_whole = 0;
+    m_fraction = 0;
+    if (shift < 64) [[likely]]
     {
-        number = scaled >> shift;
-        dropped = static_cast<std::uint64_t>(scaled) << (64 - shift);
+        m_whole = mantissa >> shift;
+        const Uint128 scaled = static_cast<Uint128>(mantissa << (64 - shift)) * one;
+        m_fraction = static_cast<std::uint64_t>(scaled >> 64);
+        dropped = static_cast<std::uint64_t>(scaled);
     }
     else if (shift < 128)
     {
-        number = scaled >> shift;
+        const Uint128 scaled = static_cast<Uint128>(mantissa) * one;
         const Uint128 rest = scaled << (128 - shift);
+        m_fraction = static_cast<std::uint64_t>(scaled >> shift);
         dropped = static_cast<std::uint64_t>(rest >> 64) | (static_cast<std::uint64_t>(rest) != 0 ? 1 : 0);
     }
-    // Without a branch, which would be a toss-up: ties go to even.
+    // Without a branch, which would be a toss-up: ties go to even. Without places the last digit is that of the whole part.
     constexpr std::uint64_t half = 1ULL << 63;
-    number += dropped > half - (static_cast<std::uint64_t>(number) & 1) ? 1 : 0;
-    m_number = static_cast<std::uint64_t>(number);
-    return number == m_number;
+    const std::uint64_t isOdd = (m_fraction ^ (m_whole & one)) & 1;
+    m_fraction += dropped > half - isOdd ? 1 : 0;
+    const std::uint64_t carry = m_fraction >= one ? 1 : 0;
+    m_whole += carry;
+    m_fraction -= one & (0 - carry);
+    return true;
 }
 
 /// All digits of any finite value. With a negative number of places the whole part is rounded to tens, hundreds and so
