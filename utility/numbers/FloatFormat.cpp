@@ -290,10 +290,13 @@ std::wstring QLMFormatFloatE(double value, int decimals, bool showPlus, const st
 
 std::wstring QLMFormatFloatPrecise(double value, int decimals)
 {
-    // What rounds to a negative zero, and a NaN.
-    const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
-    // Without a branch, and without an exception of a NaN.
-    const bool isPositive = std::isgreaterequal(value, 0.0);
-    const bool isLarge = std::isgreaterequal(tenthsOfLastPlace, 5.0);
-    return to_wstring((isPositive | isLarge) ? value : 0.0, decimals);
+    // What rounds to a negative zero, and a NaN. Nothing here raises an exception of a NaN.
+    const bool mayBeZero = decimals < 0 || !std::isgreaterequal(std::fabs(value), 1.0);
+    if (mayBeZero && !std::isgreaterequal(value, 0.0))
+    {
+        const double tenthsOfLastPlace = -1.0 / pow10(-1 - decimals) * value;
+        if (!std::isgreaterequal(tenthsOfLastPlace, 5.0))
+            value = 0.0;
+    }
+    return to_wstring(value, decimals);
 }
