@@ -33,7 +33,7 @@ function(utility_options target)
   endif()
 endfunction()
 
-# The heavy headers of the standard library and of Boost, or another one, compiled once for the target.
+# The heavy headers of the standard library, or another one, compiled once for the target.
 function(utility_precompile target)
   set(header "${PROJECT_SOURCE_DIR}/cmake/Precompiled.h" ${ARGN})
   list(GET header -1 header)
