@@ -767,6 +767,23 @@ TEST_P(ReadIntTest, FailureLeavesTheCursorBehindTheBadCharacterInTheNextLine)
     EXPECT_EQ(outcome.place, 3U);
 }
 
+TEST_P(ReadIntTest, NothingElseIsADigit)
+{
+    for (int code = 1; code < 256; ++code)
+    {
+        const char c = static_cast<char>(code);
+        if (std::string_view(" +-,\n").find(c) != std::string_view::npos)
+            continue;
+        const bool isDigit = c >= '0' && c <= '9';
+        const Outcome<int> first = ReadInt({{c, ','}});
+        EXPECT_EQ(first.result, isDigit) << code;
+        EXPECT_EQ(first.value, isDigit ? c - '0' : 0) << code;
+        const Outcome<int> second = ReadInt({{'1', c, ','}});
+        EXPECT_EQ(second.result, isDigit) << code;
+        EXPECT_EQ(second.value, isDigit ? 10 + c - '0' : 1) << code;
+    }
+}
+
 TEST_P(ReadIntTest, DigitsMayEndFields)
 {
     const Outcome<int> outcome = ReadInt({"1253"}, Terminators("5"));
