@@ -4,6 +4,7 @@
 #include "utility/platform/Text.h"
 #include "utility/platform/Types.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -222,7 +223,8 @@ private:
         constexpr const char* others = "+- 0123456789ABCDEFINPXabcdefinpx";
         const std::size_t symbol = text.find_first_not_of(others);
         if (symbol != std::string::npos)
-            text.replace(symbol, text.find_first_of(others, symbol) - symbol, ".");
+            text =
+                text.substr(0, symbol) + '.' + text.substr(std::min(text.find_first_of(others, symbol), text.size()));
         const auto width = static_cast<std::size_t>(directive.width);
         if (directive.Has('0') && !directive.Has('-') && std::isfinite(value) && width > text.size())
         {
