@@ -4,6 +4,7 @@
 #include <boost/filesystem/path.hpp>
 
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -54,8 +55,7 @@ public:
     /// Also from another file system, which that of Boost refuses on newer kernels.
     static void Copy(const boost::filesystem::path& from, const boost::filesystem::path& to)
     {
-        std::ofstream(PlainName(to), std::ios::binary) << std::ifstream(PlainName(from), std::ios::binary).rdbuf();
-        boost::filesystem::permissions(to, boost::filesystem::status(from).permissions());
+        std::filesystem::copy_file(from.native(), to.native());
     }
 
 private:

@@ -154,7 +154,7 @@ void CLogStreamHelper::InsertNarrow(std::string_view text)
 }
 
 /// At the end of the text, which is that much longer then.
-inline wchar_t* CLogStreamHelper::RoomFor(std::size_t length)
+wchar_t* CLogStreamHelper::RoomFor(std::size_t length)
 {
     if (!m_strLong.empty() || length > std::size(m_szText) - m_nLength) [[unlikely]]
         return LongRoomFor(length);
