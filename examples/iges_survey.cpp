@@ -277,6 +277,12 @@ private:
     bool m_hasErrors = false;
 };
 
+/// How many threads read.
+std::size_t JobsOf(const Options& options)
+{
+    return options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
+}
+
 /// Has the system map the pages of a file ahead of its reader, on a thread of its own: it maps what is touched, and that
 /// takes as long as finding lines there.
 std::jthread TouchAhead(const char* data, std::uint64_t size)
@@ -489,8 +495,8 @@ bool Save(const Options& options, const iges::Wireframe& wireframe)
 }
 
 /// False if it was interrupted.
-bool ReadAll(const Options& options, std::size_t jobs, const iges::File& file, iges::Part& part, std::uint64_t size,
-             iges::Survey& survey, Summary& summary)
+bool ReadAll(const Options& options, const iges::File& file, iges::Part& part, std::uint64_t size, iges::Survey& survey,
+             Summary& summary)
 {
     const console::Interruption interruption;
     const std::vector<Batch> batches = BatchesOf(file.Records());
@@ -508,10 +514,11 @@ bool ReadAll(const Options& options, std::size_t jobs, const iges::File& file, i
     const Found first = Worker(file, part, options.dump, {}).Read(batches.front());
     if (!take(first))
         return false;
+    const std::span<const Batch> rest = std::span(batches).subspan(1);
     InOrder<Found, Worker> work(
-        std::min(jobs, batches.size()), batches.size() - 1,
+        std::min(JobsOf(options), std::max<std::size_t>(1, rest.size())), rest.size(),
         [&] { return Worker(file, part, options.dump, first.findings.extents); },
-        [&](Worker& worker, std::size_t i) { return worker.Read(batches[i + 1]); });
+        [&](Worker& worker, std::size_t i) { return worker.Read(rest[i]); });
     while (const std::optional<Found> found = work.Next())
     {
         if (!take(*found))
@@ -536,8 +543,8 @@ ExitStatus Run(const Options& options)
         return exitNotReadable;
     }
     timing.LogNextTime(L"mapping the file");
-    const std::size_t jobs = options.jobs != 0 ? options.jobs : std::max(1U, std::thread::hardware_concurrency());
-    const std::jthread ahead = jobs > 1 ? TouchAhead(mapped.DataPtr(), mapped.GetFileSize()) : std::jthread();
+    const bool isTouched = JobsOf(options) > 1 && mapped.GetFileSize() >= longFile;
+    const std::jthread ahead = isTouched ? TouchAhead(mapped.DataPtr(), mapped.GetFileSize()) : std::jthread();
     const iges::File file(mapped.DataPtr(), mapped.GetFileSize(), &mapped);
     if (!file.IsIges())
     {
@@ -552,7 +559,7 @@ ExitStatus Run(const Options& options)
     iges::Part part(file);
     timing.LogNextTime(L"following references");
     iges::Survey survey(file, part);
-    if (!ReadAll(options, jobs, file, part, mapped.GetFileSize(), survey, summary))
+    if (!ReadAll(options, file, part, mapped.GetFileSize(), survey, summary))
         return Interrupted();
     timing.LogNextTime(L"reading and measuring records");
     if (options.times)

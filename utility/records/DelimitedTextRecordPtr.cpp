@@ -10,7 +10,7 @@ using namespace utility::detail;
 namespace
 {
 
-/// More text than so many fields usually have is not looked at for them. That is what is supposed ahead of the first.
+/// In characters, as long as none has been seen. More text than the fields of a run usually have is not looked at.
 constexpr std::size_t usualField = 24;
 
 bool CanStandInANumber(char c) { return std::string_view("0123456789+-. DEde").find(c) != std::string_view::npos; }
